@@ -1,0 +1,68 @@
+// The memory image of the target program: bytes by 32-bit target address, kept as ascending areas
+// that neither overlap nor touch. There is one image in the process. Every operation takes the
+// image's own lock, so that the worker thread may add while the user interface reads.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+enum FileType : int { FILETYPE_NONE = 0, FILETYPE_INTEL = 1, FILETYPE_SRECORD = 2 };
+
+struct AreaInfo {
+    uint32_t start = 0;
+    uint32_t length = 0; // at least 1
+    uint32_t last() const { return start + length - 1; }
+};
+
+// The message of an addition that would define an address twice.
+inline constexpr char kMultipleDefinitions[] = "Multiple definitions for same address !";
+
+// Adds bytes; touching areas join. When they overlap held bytes the user is asked once a run
+// whether to overwrite; without consent nothing is added and the add-error text is set. Any thread.
+void HEXDATA_AddData(uint32_t address, std::span<const uint8_t> bytes);
+// The text of the last refused addition, empty when there was none since the last clear.
+std::string HEXDATA_GetAddError();
+void HEXDATA_ClearAddError();
+
+// Removes every held byte from `address` on; `count` 0 removes nothing.
+void HEXDATA_DeleteRange(uint32_t address, uint64_t count);
+void HEXDATA_Clear();
+// Adds the offset to every area's start address (32-bit). False, and nothing is changed, when some
+// areas would pass the end of the address space and others not, or one would be torn by it.
+bool HEXDATA_Relocate(int32_t offset);
+
+// Moves `address` to the first held byte at or after it and points `data` to it. Result: the number
+// of held bytes from there to the end of their area, 0 when there are none. The pointer is valid
+// until the image changes.
+uint32_t HEXDATA_GetData(uint32_t& address, const uint8_t*& data);
+// Copies the held bytes of a range; held[i] tells which of them the image holds (may be empty).
+void HEXDATA_Copy(uint32_t address, std::span<uint8_t> bytes, std::span<bool> held);
+
+uint32_t HEXDATA_GetFirstAddr(); // 0 when empty
+uint32_t HEXDATA_GetLastAddr();  // 0 when empty
+uint32_t HEXDATA_GetNumAreas();
+uint32_t HEXDATA_GetNumBytes();
+bool HEXDATA_IsEmpty();
+// A snapshot of all areas in ascending order.
+std::vector<AreaInfo> HEXDATA_GetAreas();
+
+int HEXDATA_GetFileType(); // of the last file read
+void HEXDATA_SetFileType(int type);
+// Whether the loaded data fits into the selected blocks (the loaded-data summary).
+void HEXDATA_SetFits(bool fits);
+bool HEXDATA_GetFits();
+
+// Accumulate the 16-bit sum or CRC over `count` bytes from `address`; bytes that the image does not
+// hold count as `fill`. `restart` begins a new value and is cleared. CRC: polynomial 0x1021, start
+// 0xFFFF, no reflection, no final XOR, each byte fed into the low end (see the source).
+void HEXDATA_CalcSum(uint32_t address, uint32_t count, bool& restart, uint8_t fill);
+void HEXDATA_CalcCRC(uint32_t address, uint32_t count, bool& restart, uint8_t fill);
+// The value and its label, "SUM:" or "CRC:", of whichever was computed last.
+uint16_t HEXDATA_GetChecksum();
+std::string HEXDATA_GetChecksumLabel();
+
+// Forgets that the user has agreed to overwrite, and everything else: a fresh process, for tests.
+void HEXDATA_Reset();

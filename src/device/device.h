@@ -1,0 +1,84 @@
+// The table of known devices, filled once at start-up from the descriptions beside the program and
+// read-only afterwards, and the queries on the selected device. Any thread may query.
+#pragma once
+
+#include "device/device_record.h"
+
+#include <cstdint>
+#include <string>
+
+inline constexpr int kMaxDevices = 200;
+
+// Reads every description in the folder Device beside the program. 0 when at least one was found
+// and none was refused; 1 otherwise, reported.
+int DEVICE_Init();
+// Parses one description and adds its device. 0 when it was accepted, 1 when refused, reported.
+int _ParseDeviceFile(const std::string& text, const std::string& path);
+void _AddDevice(const DeviceRecord& record);
+int DEVICE_GetNumDevices();
+// Empties the table, for tests.
+void DEVICE_Clear();
+
+// Selects the device of that name: 0. Unknown: device 0 is selected, 1; reported unless the name is
+// empty. User-interface thread.
+int DEVICE_FindByName(const std::string& name);
+
+// Name of the device in a slot of the table; empty beyond the last.
+std::string DEVICE_GetNameAt(int index);
+// Blocks of a device (below 0: the selected one), the extra data area of the properties included.
+int DEVICE_GetNumBlocks(int deviceIndex);
+void DEVICE_GetBlock(int blockIndex, uint32_t& start, uint32_t& len, int deviceIndex);
+// First address of the selected device's first block and last address of its last block.
+uint32_t DEVICE_GetFlashStart();
+uint32_t DEVICE_GetFlashEnd(); // inclusive
+
+// The record of the selected device; a blank record when the table is empty.
+const DeviceRecord& DEVICE_Selected();
+
+uint32_t DEVICE_GetIDAdr(int index); // 0 when there is none
+// Fills the arguments from interrupt vector `index`; unchanged when there is none.
+void DEVICE_GetIVector(int index, int32_t& number, std::string& name, int32_t& bits,
+                       uint32_t& address);
+// A chip address as the image sees it: moved when it lies in the relocation range.
+uint32_t DEVICE_RelocateAddr(uint32_t address);
+
+// One getter a field of the selected device.
+const std::string& DEVICE_GetManufacturer();
+const std::string& DEVICE_GetName();
+uint8_t DEVICE_GetWritable();
+uint8_t DEVICE_GetIDLenMin();
+uint8_t DEVICE_GetIDLenMax();
+uint32_t DEVICE_GetIDLenAdr();
+uint8_t DEVICE_GetNumIDAdr();
+uint8_t DEVICE_GetNumIVector();
+const std::string& DEVICE_GetRamcodeFile();
+int32_t DEVICE_GetRamcodeType();
+uint32_t DEVICE_GetRamStart();
+uint32_t DEVICE_GetRamLen();
+uint32_t DEVICE_GetPWAreaStart();
+uint32_t DEVICE_GetPWAreaLen();
+uint32_t DEVICE_GetTimeoutEraseAll();
+uint32_t DEVICE_GetTimeoutEraseBlock();
+uint32_t DEVICE_GetTimeoutGetSUM();
+uint32_t DEVICE_GetRelocateFrom();
+uint32_t DEVICE_GetRelocateTo();
+uint32_t DEVICE_GetRelocateLen();
+uint32_t DEVICE_GetSprtProtectChip();
+uint32_t DEVICE_GetSprtProtectBlock();
+uint32_t DEVICE_GetSprtEraseChip();
+uint32_t DEVICE_GetSprtCRC();
+uint32_t DEVICE_GetSprtErase();
+uint32_t DEVICE_GetSprtBlankCheck();
+uint32_t DEVICE_GetSprtFlashEraseCMD();
+uint32_t DEVICE_GetSprtReadProtect();
+uint32_t DEVICE_GetSprtFlashMemStatus();
+uint32_t DEVICE_GetRAMCodeAdrLen();
+uint32_t DEVICE_GetFLASHPageLen();
+uint32_t DEVICE_GetFLASHIsEE();
+uint32_t DEVICE_GetSkipPasswordCheck();
+uint32_t DEVICE_GetRewriteVersion();
+uint32_t DEVICE_GetTimerInit();
+uint8_t DEVICE_GetPICode();
+uint32_t DEVICE_GetPIValue1();
+uint32_t DEVICE_GetPIValue2();
+const std::string& DEVICE_GetPIText();

@@ -1,0 +1,24 @@
+// What the boot-ROM protocol and the RAM-code link share: the state of the conversation with the
+// boot ROM, ending the connection, reporting a failure that ends it.
+#pragma once
+
+#include <string_view>
+
+enum BootStateCode : int {
+    BOOT_UNSYNCED = 0, // nothing agreed; the next operation resets and synchronises the target
+    BOOT_SYNCED = 1,   // the boot ROM waits for a command
+    BOOT_RAMCODE = 2,  // the RAM loader runs; the boot ROM is not addressed any more
+};
+
+// Any thread.
+int BOOT_GetState();
+void BOOT_SetState(int state);
+int BOOT_GetResult(); // outcome of the last download or erase, 0 or 1
+void BOOT_SetResult(int result);
+
+// Unsynchronised, no result, and the wait for a running operation ends. Any thread.
+void _BootReset();
+// Ends the connection: _BootReset, LINK_IDLE, 100 ms pause. Any thread.
+void TARGET_Disconnect();
+// Reports the text (ERROR_Out), then calls _BootReset. Any thread.
+void TARGET_ReportError(std::string_view text, int exitCode);

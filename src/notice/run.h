@@ -1,0 +1,19 @@
+// What the run as a whole remembers: its exit code, whether it is unattended, whether the user has
+// interrupted it. Words of their own, so that every layer can read and set them from any thread.
+#pragma once
+
+// 0 or 1. Set to 1 by every reported error; the boot-ROM operations set it to 1 when they start and
+// to 0 when they succeed. After an interruption it stays 1.
+void RUN_SetExitCode(int code);
+int RUN_GetExitCode();
+
+// Unattended: Exit is queued on the command line, nothing may be shown or asked.
+void RUN_SetUnattended(bool unattended);
+bool RUN_IsUnattended();
+
+// The user ended the run (Ctrl-C): the exit code is 1 from here on, long waits end.
+void RUN_Interrupt();
+bool RUN_IsInterrupted();
+
+// Back to the state of a fresh process.
+void RUN_Reset();

@@ -1,0 +1,99 @@
+// Files as the program uses them: read whole or in pieces, replaced in one step, found beside the
+// program. Failures come back with the system's reason; nothing here reports to the user.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+enum class FileStatus { ok, notFound, failed };
+
+struct FileResult {
+    FileStatus status = FileStatus::ok;
+    std::string reason; // the system's text for a failure, e.g. "Permission denied"
+    bool ok() const { return status == FileStatus::ok; }
+};
+
+// A file open for reading in pieces. Move-only; closes itself. A directory counts as a failure.
+class FileReader {
+public:
+    FileReader() = default;
+    FileReader(FileReader&& other) noexcept;
+    FileReader& operator=(FileReader&& other) noexcept;
+    ~FileReader();
+    FileResult open(const std::filesystem::path& path);
+    // Bytes read, 0 at the end of the file, -1 on a failure.
+    ptrdiff_t read(std::span<char> buffer);
+    uint64_t size() const; // bytes, as the system reported it at open
+
+private:
+    int descriptor_ = -1;
+    uint64_t size_ = 0;
+};
+
+// A file that replaces `path` when it is complete: the text goes to a temporary file in the same
+// folder (the target of a symbolic link is what is replaced), commit() renames it. Without a commit
+// nothing changes at `path`.
+class FileReplacer {
+public:
+    FileReplacer() = default;
+    FileReplacer(const FileReplacer&) = delete;
+    FileReplacer& operator=(const FileReplacer&) = delete;
+    ~FileReplacer();
+    FileResult open(const std::filesystem::path& path);
+    FileResult write(std::string_view text);
+    FileResult commit();
+
+private:
+    int descriptor_ = -1;
+    std::filesystem::path temporary_;
+    std::filesystem::path target_;
+};
+
+// A log: created empty, appended to line by line, readable by others meanwhile. Not open: writes do
+// nothing. Closing is left to the destructor.
+class AppendFile {
+public:
+    AppendFile() = default;
+    AppendFile(const AppendFile&) = delete;
+    AppendFile& operator=(const AppendFile&) = delete;
+    ~AppendFile();
+    FileResult create(const std::filesystem::path& path);
+    FileResult write(std::string_view text); // one write call
+    FileResult flush();                      // to the disk
+    void close();
+    bool isOpen() const { return descriptor_ >= 0; }
+
+private:
+    int descriptor_ = -1;
+};
+
+// Reads the whole file into `text`, NUL bytes included.
+FileResult FILES_ReadAll(const std::filesystem::path& path, std::string& text);
+// Replaces the file at `path` by `text` in one step (FileReplacer).
+FileResult FILES_Replace(const std::filesystem::path& path, std::string_view text);
+bool FILES_Exists(const std::filesystem::path& path);
+// Keeps a file under another name, replacing what has that name.
+FileResult FILES_Rename(const std::filesystem::path& from, const std::filesystem::path& to);
+// The last-write time in nanoseconds; none when the file cannot be looked at.
+std::optional<int64_t> FILES_WriteTime(const std::filesystem::path& path);
+// The regular files of a folder whose name ends in `extension` (".dev"), sorted by name; empty when
+// the folder is missing or holds none.
+std::vector<std::filesystem::path> FILES_List(const std::filesystem::path& folder,
+                                              std::string_view extension);
+
+// The folder of the program's own file, ending in a separator.
+std::string FILES_ProgramFolder();
+// The program's own file name without folder and extension ("calvorin").
+std::string FILES_ProgramBaseName();
+// The path of a file beside the program, named like it, e.g. "ini" gives .../calvorin.ini.
+std::string FILES_BesideProgram(std::string_view extension);
+// Lets tests put the program's own file elsewhere; an empty path restores the true one.
+void FILES_SetProgramPath(const std::filesystem::path& path);
+// The user's configuration folder of the program (created on demand by whoever writes there).
+std::filesystem::path FILES_UserConfigFolder();

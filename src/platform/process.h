@@ -1,0 +1,27 @@
+// The program's own process: its terminal, its signals, loading the desktop module.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+// Writes to standard output or standard error in one call.
+void PROCESS_WriteOut(std::string_view text);
+void PROCESS_WriteError(std::string_view text);
+
+// Whether standard error is a terminal, and its width in columns (80 when it does not say).
+bool PROCESS_ErrorIsTerminal();
+int PROCESS_TerminalWidth();
+// Whether NO_COLOR is set to anything but an empty text.
+bool PROCESS_NoColour();
+
+// The audible signal, where standard error is a terminal.
+void PROCESS_Beep();
+
+// Runs `handler` on a thread of its own for the first SIGINT, SIGTERM or SIGHUP; a second one ends
+// the process at once. To be called before any other thread is started.
+void PROCESS_CatchSignals(std::function<void()> handler);
+
+// Loads a module that stands beside the executable and finds a function of it; nullptr with the
+// system's reason in `error` when that fails. The module stays loaded.
+void* PROCESS_LoadFunction(const std::string& moduleFile, const char* function, std::string& error);

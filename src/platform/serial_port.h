@@ -1,0 +1,65 @@
+// Serial port kinds. A kind is a record of operations on an open line; the name of a device selects
+// the kind: "rfc2217://host:port" a TCP port server, "faulty://FAULTS@DEVICE" another device whose
+// line is spoilt on purpose, anything else a device file of the system.
+#pragma once
+
+#include "platform/clock.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+// Rate in bits per second; framing in the encoding of the program's settings: parity 0 none,
+// stopBits 0 one.
+struct LineSettings {
+    uint32_t baudrate = 0;
+    uint8_t byteSize = 8;
+    uint8_t parity = 0;
+    uint8_t stopBits = 0;
+};
+
+// An open serial line. Used by one thread at a time, but for `isLost`. Destroying the record closes
+// the line; what the port changed on the device (low latency) is put back.
+struct SerialPort {
+    // Reads up to buffer.size() bytes until they have all arrived, the deadline has passed or
+    // `stop` holds (an empty condition never does). Result: the bytes that arrived. On a lost line
+    // the result is short at once.
+    std::function<size_t(std::span<uint8_t>, Moment deadline, const Condition& stop)> read;
+    // Waits until a byte can be read, the line is lost, `stop` holds or the deadline has passed.
+    // Result: whether a byte can be read.
+    std::function<bool(Moment deadline, const Condition& stop)> waitReadable;
+    // Hands all bytes over in one call; waits while the device takes no more. False on failure.
+    std::function<bool(std::span<const uint8_t>)> write;
+    // Rate and raw framing without flow control; DTR off and RTS on afterwards. Waits until what
+    // was written has left at the old rate. The rate in force before, or none on failure.
+    std::function<std::optional<uint32_t>(const LineSettings&)> configure;
+    // Control lines; a device without them (a pseudo-terminal) ignores the call and returns true.
+    std::function<bool(bool on)> setDtr;
+    std::function<bool(bool on)> setRts;
+    // Why the line is of no use any more (device unplugged, connection dropped); empty while it is.
+    std::function<std::string()> lostReason;
+    std::string description; // e.g. "/dev/ttyUSB0"
+};
+using SerialPortPtr = std::shared_ptr<SerialPort>;
+
+// An opener returns the open line, or null with the reason in `error` ("No such file or directory",
+// "in use by another program", "permission denied; the group dialout would give it").
+using SerialOpener = std::function<SerialPortPtr(const std::string& device, std::string& error)>;
+
+// Opens `device` with the kind that its name selects.
+SerialPortPtr SERIALPORT_Open(const std::string& device, std::string& error);
+// Adds a kind for names that begin with `prefix` ("sim://"); the opener gets the whole name.
+void SERIALPORT_AddKind(std::string_view prefix, SerialOpener opener);
+
+// Openers of the built-in kinds.
+SerialPortPtr TTYPORT_Open(const std::string& device, std::string& error);
+SerialPortPtr RFC2217PORT_Open(const std::string& device, std::string& error);
+SerialPortPtr FAULTYPORT_Open(const std::string& device, std::string& error);
+
+// The device file that stands for COM1 to COM20 where the settings name none: COM1-4 /dev/ttyS0-3,
+// COM5-12 /dev/ttyUSB0-7, COM13-20 /dev/ttyACM0-7; empty for any other number.
+std::string SERIALPORT_DefaultDevice(uint32_t comNumber);

@@ -1,0 +1,79 @@
+// The program's one serial port: raw 8-bit, read with a timeout a call, written synchronously, with
+// the two control lines that reset the target. Every byte is recorded in the communication log
+// while that is on. Who may use the port is decided by the link state, not here; opening and
+// closing wait until the worker has left it.
+#pragma once
+
+#include "platform/clock.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+inline constexpr uint32_t kMaxComPort = 20;
+inline constexpr uint32_t kBaudrates[] = {2400, 4800, 9600, 19200, 38400, 57600, 115200};
+
+struct SioConfig {
+    uint32_t Port = 0;     // COM number, 0 none
+    uint32_t Baudrate = 0; // bits per second
+    uint32_t Logging = 0;  // 0 or 1
+    bool operator==(const SioConfig&) const = default;
+};
+
+enum LineFunction : uint32_t { SETRTS = 3, CLRRTS = 4, SETDTR = 5, CLRDTR = 6 };
+
+// Stores the line format and the configuration; opens no port. Starts the communication log when
+// port, rate and logging are all given.
+void SIO_Init(uint32_t port, uint32_t baudrate, uint32_t logging, uint8_t byteSize, uint8_t parity,
+              uint8_t stopBits);
+// Closes the port and the communication log.
+void SIO_Exit();
+
+SioConfig SIO_GetConfig();
+// Stores the configuration and reopens the port with it.
+void SIO_SetConfig(const SioConfig& config);
+// Closes the port and opens the configured one; nothing for port 0. False when that failed,
+// reported unless failures are expected (below).
+bool SIO_Restart();
+void SIO_CloseAll();
+bool SIO_IsOpen();
+
+// While tolerated, a port that cannot be opened is no error: nothing is reported, the reason stays
+// for SIO_GetOpenFailure. For runs that queue no command that needs the port.
+void SIO_TolerateOpenFailure(bool tolerate);
+// "COM3 (/dev/ttyS2): No such file or directory"; empty when the last opening succeeded.
+std::string SIO_GetOpenFailure();
+// The device that stands for a COM number: the settings' [Settings PORTS], else the default.
+std::string SIO_DeviceOfPort(uint32_t port);
+
+uint32_t SIO_GetPort();
+uint32_t SIO_GetBaudrate();
+uint32_t SIO_GetLogging();
+void SIO_SetPort(uint32_t port);         // takes effect at the next opening
+void SIO_SetBaudrate(uint32_t baudrate); // takes effect at the next opening
+void SIO_SetLogging(uint32_t on);        // starts or stops the communication log when it differs
+
+// The rate in force before, 0 when the change failed (reported).
+uint32_t SIO_ChangeBaudrate(uint32_t baudrate);
+// Reads up to `count` bytes, waiting at most `timeoutMs` in all, or until `stop` holds. Result: the
+// bytes that arrived. Without a port, or with one that is lost, the time passes and nothing
+// arrives.
+size_t SIO_Read(uint8_t* buffer, size_t count, uint32_t timeoutMs, const Condition& stop = {});
+// Waits until a byte can be read or `stop` holds; true for a byte. Without a usable port it waits
+// for `stop` alone.
+bool SIO_WaitReadable(const Condition& stop);
+bool SIO_Write(std::span<const uint8_t> bytes);
+bool SIO_WriteByte(uint8_t value);
+// Passes one control-line function on; false without a port.
+bool SIO_SetLines(LineFunction function);
+
+// While one exists, writes are logged one by one as always but reach the port together when the
+// last one goes out of scope: one kernel call a frame.
+class SioFrame {
+public:
+    SioFrame();
+    ~SioFrame();
+    SioFrame(const SioFrame&) = delete;
+    SioFrame& operator=(const SioFrame&) = delete;
+};

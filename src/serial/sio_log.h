@@ -1,0 +1,15 @@
+// The communication log: every read and write of the serial port, one line a call, in a text file
+// beside the program that is meant to be read by a person.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+void SIO_EnableLogging();
+void SIO_DisableLogging();
+
+// Any thread; nothing while logging is off.
+void _LogEvent(std::string_view text);
+// `direction` is "WRITE" or "READ ".
+void _LogData(std::span<const uint8_t> bytes, std::string_view direction);

@@ -1,0 +1,22 @@
+// The commands of the Target menu, run to their end: connect, operation, log lines, result box.
+// User-interface thread; every wait processes events. Failures have been reported on return.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+void TARGET_DownloadRamImage(const std::string& path);
+void TARGET_StartApplication();
+int TARGET_EraseChip(bool showBox); // 0 done, 1 failed
+void TARGET_EraseBlocks();
+void TARGET_Program(uint32_t first, uint32_t last); // addresses, last inclusive
+void TARGET_ProgramTarget();
+void TARGET_ReadBack(uint32_t start, uint32_t end); // end inclusive; replaces the image
+uint16_t TARGET_GetCrc(bool showBox);
+uint16_t TARGET_GetSum(bool showBox);
+void TARGET_Verify(uint32_t first, uint32_t last); // last inclusive
+void TARGET_BlankCheckChip();
+void TARGET_BlankCheckBlocks();
+void TARGET_ProtectChip();
+void TARGET_ProtectBlocks();
+int TARGET_FlashStatus(); // 0 done
