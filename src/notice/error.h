@@ -36,7 +36,7 @@ void ERROR_SetHandlers(ErrorNotifier errorNotifier, QuestionNotifier questionNot
                        ExitCodeSetter exitCodeSetter);
 
 // Reports a failure: error log, notifier, then exit code, in this order and all done on return.
-// Any thread; calls of two threads follow one another.
+// Any thread.
 void ERROR_Out(WindowHandle window, std::string_view text, int exitCode);
 
 // Asks or informs through the question notifier; its answer, 0 when none is registered. Any thread.

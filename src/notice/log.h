@@ -2,6 +2,8 @@
 // beside the program and for whoever watches.
 #pragma once
 
+#include "notice/log_text.h"
+
 #include <functional>
 #include <string>
 #include <string_view>
@@ -19,13 +21,3 @@ void LOG_RestartClock();
 // Adds one line. Any thread.
 void LOG_Add(std::string_view text);
 void LOG_SetObserver(LogObserver observer);
-// "H:MM:SS:mmm " of `elapsedMs` milliseconds; the hour is one digit and starts again after 9.
-std::string LOG_Stamp(unsigned elapsedMs);
-
-// The header that the log and the error log share, after their first line: a rule, the local date
-// and time under their caption, a rule. Every line ends in CR LF.
-std::string LOG_HeaderBlock();
-// A row of 56 asterisks between blank lines.
-std::string LOG_Rule();
-// When the program was built, "Mar  9 2006 10:12:41".
-std::string LOG_BuildTime();

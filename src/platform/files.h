@@ -82,7 +82,7 @@ bool FILES_Exists(const std::filesystem::path& path);
 FileResult FILES_Rename(const std::filesystem::path& from, const std::filesystem::path& to);
 // The last-write time in nanoseconds; none when the file cannot be looked at.
 std::optional<int64_t> FILES_WriteTime(const std::filesystem::path& path);
-// The regular files of a folder whose name ends in `extension` (".dev"), sorted by name; empty when
+// The entries of a folder whose name ends in `extension` (".dev"), sorted by name; empty when
 // the folder is missing or holds none.
 std::vector<std::filesystem::path> FILES_List(const std::filesystem::path& folder,
                                               std::string_view extension);

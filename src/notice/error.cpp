@@ -1,0 +1,87 @@
+#include "notice/error.h"
+
+#include "notice/log_text.h"
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "platform/format.h"
+#include "platform/process.h"
+
+#include <mutex>
+
+namespace {
+
+std::mutex handlersMutex;
+ErrorNotifier errorNotifier;
+QuestionNotifier questionNotifier;
+ExitCodeSetter exitCodeSetter;
+
+std::mutex fileMutex;
+AppendFile file;
+bool fileTried = false;
+
+void writeToErrorLog(std::string_view text) {
+    const std::lock_guard lock(fileMutex);
+    if (!fileTried) {
+        fileTried = true;
+        file.create(FILES_BesideProgram("err"));
+        file.write(formatText("%s error log file, compiled at ", FILES_ProgramBaseName().c_str()) +
+                   LOG_BuildTime() + "\r\n" + LOG_HeaderBlock());
+    }
+    const CivilTime now = CLOCK_LocalTime();
+    file.write(formatText("* %4d-%02d-%02d, %02d:%02d:%02d\r\n", now.year, now.month, now.day,
+                          now.hour, now.minute, now.second) +
+               std::string(text) + "\r\n");
+}
+
+template <class Handler>
+Handler current(const Handler& handler) {
+    const std::lock_guard lock(handlersMutex);
+    return handler;
+}
+
+void passOn(WindowHandle window, const std::string& text, int exitCode) {
+    if (const auto notify = current(errorNotifier)) {
+        notify(window, text, exitCode);
+    } else {
+        PROCESS_Beep();
+    }
+    if (const auto setExitCode = current(exitCodeSetter)) {
+        setExitCode(exitCode);
+    }
+}
+
+} // namespace
+
+void ERROR_SetHandlers(ErrorNotifier newErrorNotifier, QuestionNotifier newQuestionNotifier,
+                       ExitCodeSetter newExitCodeSetter) {
+    const std::lock_guard lock(handlersMutex);
+    errorNotifier = std::move(newErrorNotifier);
+    questionNotifier = std::move(newQuestionNotifier);
+    exitCodeSetter = std::move(newExitCodeSetter);
+}
+
+void ERROR_Out(WindowHandle window, std::string_view text, int exitCode) {
+    writeToErrorLog(text);
+    passOn(window, std::string(text), exitCode);
+}
+
+void ERROR_Notify(std::string_view text) {
+    passOn(nullptr, std::string(text), 1);
+}
+
+int ERROR_Ask(WindowHandle window, std::string_view text, std::string_view caption,
+              unsigned boxType) {
+    if (const auto ask = current(questionNotifier)) {
+        return ask(window, std::string(text), std::string(caption), boxType);
+    }
+    PROCESS_Beep();
+    return ANSWER_NONE;
+}
+
+void ERROR_Exit() {
+    ERROR_SetHandlers({}, {}, {});
+    const std::lock_guard lock(fileMutex);
+    file.write(LOG_Rule());
+    file.close();
+    fileTried = false;
+}

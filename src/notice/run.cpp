@@ -1,0 +1,41 @@
+#include "notice/run.h"
+
+#include <atomic>
+
+namespace {
+
+std::atomic<int> exitCode{0};
+std::atomic<bool> unattended{false};
+std::atomic<bool> interrupted{false};
+
+} // namespace
+
+void RUN_SetExitCode(int code) {
+    exitCode = code;
+}
+
+int RUN_GetExitCode() {
+    return interrupted ? 1 : exitCode.load();
+}
+
+void RUN_SetUnattended(bool on) {
+    unattended = on;
+}
+
+bool RUN_IsUnattended() {
+    return unattended;
+}
+
+void RUN_Interrupt() {
+    interrupted = true;
+}
+
+bool RUN_IsInterrupted() {
+    return interrupted;
+}
+
+void RUN_Reset() {
+    exitCode = 0;
+    unattended = false;
+    interrupted = false;
+}
