@@ -66,12 +66,9 @@ std::vector<uint8_t> expectedPassword(const Chip& chip, size_t length) {
     return expected;
 }
 
-void checkPasswordAddress(Chip& chip, uint32_t address, const char* which) {
-    const DeviceRecord& device = chip.device;
-    if (device.PWAreaLen != 0 &&
-        (address < device.PWAreaStart || address - device.PWAreaStart >= device.PWAreaLen))
-        SIM_Violation(
-            chip, formatText("password %s address %X outside the password area", which, address));
+bool isInPasswordArea(const DeviceRecord& device, uint32_t address) {
+    return device.PWAreaLen == 0 ||
+           (address >= device.PWAreaStart && address - device.PWAreaStart < device.PWAreaLen);
 }
 
 void passwordBytes(Chip& chip, Moment at) {
@@ -89,8 +86,11 @@ void passwordAddresses(Chip& chip, Moment at) {
     const std::span<const uint8_t> bytes = chip.boot.bytes;
     const uint32_t count = SIMFLASH_ToChip(chip.flash, bigEndian(bytes.first(width)));
     const uint32_t compare = SIMFLASH_ToChip(chip.flash, bigEndian(bytes.subspan(width)));
-    checkPasswordAddress(chip, count, "count");
-    checkPasswordAddress(chip, compare, "compare");
+    if (!isInPasswordArea(chip.device, count) || !isInPasswordArea(chip.device, compare)) {
+        SIM_TranscriptNote(chip, "password refused: addresses outside its area", at);
+        chip.boot.refused = true;
+        return;
+    }
     chip.boot.compareAddress = compare;
     const uint32_t length = passwordLength(chip, count);
     if (length == 0)
