@@ -16,6 +16,7 @@
 #include <charconv>
 #include <deque>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -119,15 +120,15 @@ void hangUp(FaultyLine& faulty) {
     CLOCK_Notify();
 }
 
-// Spoils what has just arrived. A late byte holds up those behind it, as on a real line.
-void takeReceived(FaultyLine& faulty, std::span<const uint8_t> bytes) {
+// Spoils what has just arrived; false when the line is hung up at one of the bytes. A late byte
+// holds up those behind it, as on a real line.
+bool takeReceived(FaultyLine& faulty, std::span<const uint8_t> bytes) {
     const Moment now = CLOCK_Now();
     const std::lock_guard lock(faulty.mutex);
     for (const uint8_t byte : bytes) {
         const Fate fate = nextFate(faulty.lanes[kRx]);
         if (fate.hangup) {
-            hangUp(faulty);
-            return;
+            return false;
         }
         Moment due{now.us + fate.delayMs * 1000};
         if (!faulty.underWay.empty()) {
@@ -136,6 +137,7 @@ void takeReceived(FaultyLine& faulty, std::span<const uint8_t> bytes) {
         faulty.underWay.insert(faulty.underWay.end(), static_cast<size_t>(fate.copies),
                                {static_cast<uint8_t>(byte ^ fate.flipMask), due});
     }
+    return true;
 }
 
 // When the next byte under way is due; none when there is none.
@@ -170,10 +172,12 @@ bool waitForByte(FaultyLine& faulty, size_t room, Moment deadline, const Conditi
         }
         std::vector<uint8_t> arrived(room);
         arrived.resize(faulty.inner->read(arrived, CLOCK_Now(), {}));
-        if (arrived.empty()) {
+        if (arrived.empty() && !faulty.inner->lostReason().empty()) {
             return false;
         }
-        takeReceived(faulty, arrived);
+        if (!takeReceived(faulty, arrived)) {
+            hangUp(faulty);
+        }
     }
 }
 
