@@ -57,13 +57,13 @@ void _Write2Logfile(std::string_view text) {
 }
 
 // One entry, one write. Logging may stop while the other thread is about to add one: it is dropped.
-// The stamp has the form of those in the program's log and ends in its blank.
+// The stamp has the form of those in the program's log.
 void writeEntry(const std::string& text) {
     const char* problem = nullptr;
     {
         const std::lock_guard lock(mutex);
         if (logFile) {
-            problem = writeProblem(LOG_Stamp(CLOCK_Tick() - startTick) + text + "\r\n");
+            problem = writeProblem(LOG_Stamp(CLOCK_Tick() - startTick) + " " + text + "\r\n");
         }
     }
     report(problem);
