@@ -1,0 +1,146 @@
+#include "device_world.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+
+namespace {
+
+std::string repeated(const std::string& first, const std::string& item, size_t count) {
+    std::string text = first;
+    for (size_t i = 0; i < count; ++i)
+        text += item;
+    return text;
+}
+
+const std::string kLongText(256, 'x');
+
+} // namespace
+
+TEST(DeviceParser, NamesWhatIsWrongWithAStatement) {
+    const std::string text100 = kLongText.substr(156);
+    struct Case {
+        std::string error;
+        std::vector<std::string> statements;
+    };
+    const Case cases[] = {
+        {"Unknown identifier: ", {"# no comment", "; no comment", "  \t", "\t= 1"}},
+        {"Unknown identifier: device", {"device = \"x\"", "Bank = 0, 1\rdevice"}},
+        {"Expected '=', got 'V'", {"Vpp VCC", "Version  V"}},
+        {"Expected '=', got '", {"Version"}},
+        {"Expected ',', got 'x'", {"Bank = 0x1000, 100"}},
+        {"Expected '-', got ','", {"VCC = 2700, 5500"}},
+        {"Expected ',', got ' '",
+         {"UARTRamcode = \"ram.s\" , \"TYPE_B\"", "IVector = 0 , \"Reset\", 16, FFFE",
+          "IVector = 0, \"Reset\", 16 , FFFE", "PWArea = 10 , 7", "Ram = 10 , 7",
+          "Relocate = 0, 1 , 2", "ProductInfo = 90, 4, 0 , \"00\""}},
+        {"Expecting a number",
+         {"Version = x", "Bank = 0, 100,", "Bank = 0, 100,\n200, 100", "aConstIDData = g"}},
+        {"Expected a value >= 0", {"IDLenMin = -1"}},
+        {"Expected a value >= 1",
+         {"Version = 0", "FLASHPageLen = 0", "RAMCodeAdrLen = 0", "Bank = F000, 0"}},
+        {"Expected a value >= 10", {"aHWRange = 10, 5"}},
+        {"Expected a value >= 2000", {"VCC = 1999 - 5500", "VCC = 2700 - 1999"}},
+        {"Unexpected identifier : Expecting VCC", {"Vpp = 1000", "Vpp = vcc", "Vpp ="}},
+        {"SIFType: Unsupported interface", {"SIFType = sda79", "SIFType = \"SDA"}},
+        {"AlgoS: Unsupported serial algorithm", {"AlgoS = S508"}},
+        {"AlgoP: Unsupported parallel algorithm", {"AlgoP = \"P62\""}},
+        {"IDCheckFunction: Unknown function defined",
+         {"IDCheckFunction = \"CheckM7906\"", "IDCheckFunction = CheckM7907"}},
+        {"UARTRamcode: Unsupported protocoll", {"UARTRamcode = \"ram.s\", \"TYPE_C\""}},
+        {"\x01",
+         {"UARTRamcode = \"ram.s\", TYPE_B", "IVector = 0, Reset, 16, FFFE",
+          "ProductInfo = 90, 4, 0, 00", "Manufacturer = \"ACME", "Device = ACME"}},
+        {"NUL byte in the text", {std::string("Bank = 0, 1\0,2", 14)}},
+        // More than a record holds.
+        {"Device: more than 255 characters", {"Device = \"" + kLongText + "\""}},
+        {"UARTRamcode: more than 255 characters",
+         {"UARTRamcode = \"" + kLongText + "\", \"TYPE_A\""}},
+        {"IVector: more than 99 characters", {"IVector = 0, \"" + text100 + "\", 16, 0"}},
+        {"ProductInfo: more than 99 characters", {"ProductInfo = 0, 0, 0, \"" + text100 + "\""}},
+        {"Bank: more than 79 blocks", {repeated("Bank = 100, 1", ", 100, 1", 78)}},
+        {"aHWRange: more than 10 pairs", {repeated("aHWRange = 1, 2", ", 1, 2", 10)}},
+        {"aIDAdr: more than 20 addresses", {repeated("aIDAdr = 1", ", 1", 20)}},
+        {"aConstIDData: more than 20 bytes", {repeated("aConstIDData = 1", ", 1", 20)}},
+        {"IVector: more than 100 entries",
+         {repeated("IVector = 1, \"a\", 8, 1", ", 1, \"a\", 8, 1", 100)}},
+    };
+    for (const Case& c : cases)
+        for (const std::string& statement : c.statements) {
+            // Blank lines do not count, comments do.
+            const DeviceParseResult result =
+                DEVICE_ParseText(kHead + "\r\n\n// note\n" + statement);
+            EXPECT_EQ(result.error, c.error) << statement;
+            EXPECT_EQ(result.line, statement.find('\r') == std::string::npos ? 5 : 6) << statement;
+            EXPECT_FALSE(result.record) << statement;
+        }
+    EXPECT_EQ(DEVICE_ParseText("\n" + kHead).error, "Unknown identifier: ");
+    EXPECT_EQ(DEVICE_ParseText(kHead + "Bad = 1\nWorse = 1").error, "Unknown identifier: Bad");
+}
+
+TEST(DeviceParser, NamesTheFirstMissingParameter) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "Device not specified"},
+        {"// nothing\n", "Device not specified"},
+        {"Device = \"\"\nManufacturer = \"A\"\nBank = 0, 1", "Device not specified"},
+        {"Device = \"D\"\nBank = 0, 1", "Manufacturer not specified"},
+        {"Device = \"D\"\rManufacturer = \"A\"", "Bank not specified"},
+    };
+    for (const auto& [text, missing] : cases) {
+        const DeviceParseResult result = DEVICE_ParseText(text);
+        EXPECT_EQ(result.error + result.missing, missing) << text;
+        EXPECT_FALSE(result.record) << text;
+    }
+}
+
+TEST(DeviceParser, ReadsNumbersAndCodes) {
+    using R = DeviceRecord;
+    struct Case {
+        std::string statement;
+        std::function<int64_t(const R&)> field;
+        int64_t value;
+    };
+    const Case cases[] = {
+        {"Version = 9999", [](const R& r) { return r.Writable; }, 1},
+        {" // text\nDevice/ text", [](const R& r) { return r.RamcodeType; }, -1},
+        {"IDLenMin = 4 bytes", [](const R& r) { return r.IDLenMin; }, 4},
+        {"IDLenMin=4\nIDLenMin\t=\t99", [](const R& r) { return r.IDLenMin; }, 15},
+        {"IDLenAdr = 1fFfFfFfF", [](const R& r) { return r.IDLenAdr; }, 0xFFFFFFFF},
+        {"Bank = 1000 ,200000", [](const R& r) { return r.aBlock[1].Len; }, 0x100000},
+        {"VCC = 2700 - 5500", [](const R& r) { return r.VCCMin * 100 + r.VCCMax; }, 2755},
+        {"Vpp = 20000", [](const R& r) { return r.Vpp; }, 125},
+        {"Vpp = 5000\nVpp = nc", [](const R& r) { return r.Vpp; }, 0},
+        {"SIFType = SDA79", [](const R& r) { return r.SIFType; }, 4},
+        {"SIFType = \"ST7\"", [](const R& r) { return r.SIFType; }, 6},
+        {"AlgoS = S507", [](const R& r) { return r.AlgoS; }, 0x87},
+        {"IDCheckFunction = CheckM7906", [](const R& r) { return r.idCheck(); }, 0},
+        {"PWArea = 1, 1FFFFFF", [](const R& r) { return r.PWAreaLen; }, 0xFFFFFF},
+        {"TimeoutGetSUM = 999999", [](const R& r) { return r.TimeoutGetSUM; }, 200000},
+        {"FLASHPageLen = 4096", [](const R& r) { return r.FLASHPageLen; }, 2048},
+        {"SprtCRC = 7", [](const R& r) { return r.SprtCRC; }, 1},
+        {"UARTRamcode = \"a\",\"TYPE_B\"", [](const R& r) { return r.RamcodeType; }, 1},
+        {"ProductInfo = 1FF,4,300,\"\"", [](const R& r) { return r.PICode + r.PIValue2; }, 510},
+        {"aHWRange = 5 , 2000, 7, 7", [](const R& r) { return r.aHWRange[0].second; }, 1000},
+        {"aConstIDData = 1, 1FF", [](const R& r) { return r.aConstIDData[1]; }, 0xFF},
+    };
+    for (const Case& c : cases) {
+        const DeviceParseResult result = DEVICE_ParseText(kHead + c.statement);
+        ASSERT_TRUE(result.record) << c.statement << ": " << result.error;
+        EXPECT_EQ(c.field(*result.record), c.value) << c.statement;
+    }
+}
+
+TEST(DeviceParser, ReadsTextsAndListsUpToTheirLimits) {
+    const std::string name(255, 'n');
+    const DeviceParseResult result = DEVICE_ParseText(
+        "Device = \"" + name + "\"\nManufacturer = \"two\nlines\"\n" +
+        repeated("Bank = 0, 1", ", 0, 1", 77) + "\nBank = 10000 , 8000\n" +
+        "IVector = 0, \"Reset\", 16, FFFE, 1, \"NMI\" , 20, FFFC\naIDAdr = A ,b\naIDAdr = C\n" +
+        std::string(3, '\0'));
+    ASSERT_TRUE(result.record) << result.error;
+    const DeviceRecord& record = *result.record;
+    EXPECT_EQ(record.Manufacturer + record.Device, "two\nlines" + name);
+    EXPECT_EQ(record.aBlock.at(78).Start + record.aBlock.at(78).Len, 0x18000U);
+    EXPECT_EQ(record.aIVector.at(1).Name, "NMI");
+    EXPECT_EQ(record.aIVector.at(1).Address, 0xFFFCU);
+    EXPECT_EQ(record.aIDAdr, (std::vector<uint32_t>{0xA, 0xB, 0xC}));
+}
