@@ -1,1 +1,5 @@
-int main() { return 0; }
+#include "shell/shell.h"
+
+int main(int argc, char** argv) {
+    return SHELL_Run(argc, argv);
+}

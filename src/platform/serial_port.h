@@ -22,8 +22,9 @@ struct LineSettings {
     uint8_t stopBits = 0;
 };
 
-// An open serial line. Used by one thread at a time, but for `isLost`. Destroying the record closes
-// the line; what the port changed on the device (low latency) is put back.
+// An open serial line. One thread reads or waits for bytes while another may write, set the lines
+// or ask for `lostReason`. Destroying the record closes the line; what the port changed on the
+// device (low latency) is put back.
 struct SerialPort {
     // Reads up to buffer.size() bytes until they have all arrived, the deadline has passed or
     // `stop` holds (an empty condition never does). Result: the bytes that arrived. On a lost line
@@ -43,6 +44,8 @@ struct SerialPort {
     // Why the line is of no use any more (device unplugged, connection dropped); empty while it is.
     std::function<std::string()> lostReason;
     std::string description; // e.g. "/dev/ttyUSB0"
+    // Why the last configure, setDtr or setRts failed; may be left out by a kind that never fails.
+    std::function<std::string()> refusal;
 };
 using SerialPortPtr = std::shared_ptr<SerialPort>;
 
@@ -52,7 +55,8 @@ using SerialOpener = std::function<SerialPortPtr(const std::string& device, std:
 
 // Opens `device` with the kind that its name selects.
 SerialPortPtr SERIALPORT_Open(const std::string& device, std::string& error);
-// Adds a kind for names that begin with `prefix` ("sim://"); the opener gets the whole name.
+// Adds a kind for names that begin with `prefix` ("sim://"), or replaces it; the opener gets the
+// whole name.
 void SERIALPORT_AddKind(std::string_view prefix, SerialOpener opener);
 
 // Openers of the built-in kinds.

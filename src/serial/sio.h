@@ -47,6 +47,13 @@ std::string SIO_GetOpenFailure();
 // The device that stands for a COM number: the settings' [Settings PORTS], else the default.
 std::string SIO_DeviceOfPort(uint32_t port);
 
+// Whether the open port has been lost (unplugged, connection dropped). Any thread. The log has said
+// so once, with the port's name; the port stays open until it is closed or opened again.
+bool SIO_IsLost();
+// For whoever begins a connection: opens the port again when it was lost. False when that failed,
+// reported as by SIO_Restart; true and nothing done otherwise.
+bool SIO_ReopenLost();
+
 uint32_t SIO_GetPort();
 uint32_t SIO_GetBaudrate();
 uint32_t SIO_GetLogging();
@@ -57,19 +64,22 @@ void SIO_SetLogging(uint32_t on);        // starts or stops the communication lo
 // The rate in force before, 0 when the change failed (reported).
 uint32_t SIO_ChangeBaudrate(uint32_t baudrate);
 // Reads up to `count` bytes, waiting at most `timeoutMs` in all, or until `stop` holds. Result: the
-// bytes that arrived. Without a port, or with one that is lost, the time passes and nothing
-// arrives.
+// bytes that arrived; none are taken once `stop` holds. Without a port, or with one that is lost,
+// the time passes and nothing arrives.
 size_t SIO_Read(uint8_t* buffer, size_t count, uint32_t timeoutMs, const Condition& stop = {});
-// Waits until a byte can be read or `stop` holds; true for a byte. Without a usable port it waits
-// for `stop` alone.
+// Waits until a byte can be read or `stop` holds; true for a byte, false once `stop` holds. Without
+// a usable port it waits for one, or for `stop`.
 bool SIO_WaitReadable(const Condition& stop);
+// True when the port has taken the bytes; while a frame is held, when the port is usable and took
+// what it was given last.
 bool SIO_Write(std::span<const uint8_t> bytes);
 bool SIO_WriteByte(uint8_t value);
 // Passes one control-line function on; false without a port.
 bool SIO_SetLines(LineFunction function);
 
-// While one exists, writes are logged one by one as always but reach the port together when the
-// last one goes out of scope: one kernel call a frame.
+// While one exists, the writes of its thread are logged one by one as always but reach the port
+// together when the thread's last one goes out of scope: one kernel call a frame. Reads, rate
+// changes and control lines send what is waiting first, so that the order on the line stays.
 class SioFrame {
 public:
     SioFrame();

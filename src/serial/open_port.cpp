@@ -1,0 +1,94 @@
+#include "serial/open_port.h"
+
+#include "notice/log.h"
+#include "platform/clock.h"
+#include "platform/format.h"
+
+#include <mutex>
+#include <utility>
+
+namespace {
+
+std::mutex mutex; // guards `current`
+std::shared_ptr<OpenPort> current;
+std::atomic<int> users{0};
+std::atomic<uint32_t> generation{0};
+
+} // namespace
+
+void OPENPORT_Set(SerialPortPtr line, uint32_t number, const std::string& device) {
+    auto port = std::make_shared<OpenPort>();
+    port->line = std::move(line);
+    port->number = number;
+    port->device = device;
+    {
+        const std::lock_guard lock(mutex);
+        current = std::move(port);
+    }
+    ++generation;
+    CLOCK_Notify();
+}
+
+void OPENPORT_Close() {
+    const std::shared_ptr<OpenPort> port = OPENPORT_Get();
+    if (!port) {
+        return;
+    }
+    {
+        const std::lock_guard lock(mutex);
+        port->closing = true;
+    }
+    CLOCK_Notify();
+    CLOCK_Wait(kNever, [] { return users == 0; });
+    {
+        const std::lock_guard lock(mutex);
+        current.reset();
+    }
+    port->line.reset();
+    ++generation;
+    CLOCK_Notify();
+}
+
+std::shared_ptr<OpenPort> OPENPORT_Get() {
+    const std::lock_guard lock(mutex);
+    return current;
+}
+
+uint32_t OPENPORT_Generation() {
+    return generation;
+}
+
+PortUse::PortUse() {
+    const std::lock_guard lock(mutex);
+    if (current && !current->closing) {
+        port_ = current;
+        ++users;
+    }
+}
+
+PortUse::~PortUse() {
+    if (port_) {
+        --users;
+        if (port_->closing) {
+            CLOCK_Notify();
+        }
+    }
+}
+
+bool PortUse::usable() const {
+    return port_ && !port_->closing && !port_->lost;
+}
+
+void PortUse::noteLoss() {
+    const std::string reason = port_->line->lostReason();
+    if (reason.empty() || port_->lost.exchange(true)) {
+        return;
+    }
+    LOG_Add(
+        formatText("COM%u lost: %s (%s)", port_->number, reason.c_str(), port_->device.c_str()));
+    CLOCK_Notify();
+}
+
+Condition PortUse::orClosing(const Condition& stop) const {
+    return [port = port_, stop] { return port->closing || (stop && stop()); };
+}

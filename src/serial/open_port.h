@@ -1,0 +1,49 @@
+// The one open port and who is inside it at the moment: what lets the worker thread use the port
+// while the user-interface thread may close it.
+#pragma once
+
+#include "platform/serial_port.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+struct OpenPort {
+    SerialPortPtr line;
+    uint32_t number = 0;
+    std::string device;
+    std::atomic<bool> closing{false};
+    std::atomic<bool> lost{false};
+    std::atomic<bool> writeFailed{false}; // the last hand-over of bytes failed
+};
+
+// Makes `line` the open port; there is none before. User-interface thread.
+void OPENPORT_Set(SerialPortPtr line, uint32_t number, const std::string& device);
+// Has every user leave the port, then closes it. User-interface thread.
+void OPENPORT_Close();
+// The open port, for a look from the user-interface thread; null when there is none.
+std::shared_ptr<OpenPort> OPENPORT_Get();
+// Goes up whenever the port is opened or closed. Any thread.
+uint32_t OPENPORT_Generation();
+
+// Keeps the port open while it exists. Any thread.
+class PortUse {
+public:
+    PortUse();
+    ~PortUse();
+    PortUse(const PortUse&) = delete;
+    PortUse& operator=(const PortUse&) = delete;
+
+    // Whether there is a port, neither closing nor lost.
+    bool usable() const;
+    // Looks after a call that fell short whether the line is lost; says so in the log, once.
+    void noteLoss();
+    // A wait that ends when `stop` holds or the port is to be closed.
+    Condition orClosing(const Condition& stop) const;
+    OpenPort& port() const { return *port_; }
+    SerialPort& line() const { return *port_->line; }
+
+private:
+    std::shared_ptr<OpenPort> port_;
+};

@@ -1,0 +1,359 @@
+#include "serial/sio.h"
+
+#include "notice/error.h"
+#include "notice/log.h"
+#include "persist/ini.h"
+#include "platform/format.h"
+#include "serial/open_port.h"
+#include "serial/sio_log.h"
+
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace {
+
+std::mutex mutex; // guards the words below
+SioConfig config;
+LineSettings lineFormat;
+std::string openFailure;
+bool failureTolerated = false;
+
+// What the calling thread holds back while it builds a frame.
+struct HeldFrame {
+    int depth = 0;
+    std::vector<uint8_t> bytes;
+};
+thread_local HeldFrame held;
+
+bool writeNow(std::span<const uint8_t> bytes) {
+    PortUse use;
+    if (!use.usable()) {
+        return false;
+    }
+    const bool written = use.line().write(bytes);
+    use.port().writeFailed = !written;
+    if (!written) {
+        use.noteLoss();
+    }
+    return written;
+}
+
+void sendHeld() {
+    if (!held.bytes.empty()) {
+        writeNow(std::exchange(held.bytes, {}));
+    }
+}
+
+// Whether bytes given to the port now have a chance to be sent.
+bool acceptsBytes() {
+    const PortUse use;
+    return use.usable() && !use.port().writeFailed;
+}
+
+// Says in the log which device refused something, where it gave a reason.
+void logRefusal(const PortUse& use) {
+    const std::string reason = use.line().refusal ? use.line().refusal() : std::string();
+    if (!reason.empty()) {
+        LOG_Add(formatText("COM%u (%s): %s", use.port().number, use.port().device.c_str(),
+                           reason.c_str()));
+    }
+}
+
+// Null when the rate is set, with the one in force before, else the error to report. The port is
+// left before anything is reported: an error's message box may be where the port gets closed.
+const char* setRate(uint32_t baudrate, uint32_t& before) {
+    PortUse use;
+    if (!use.usable()) {
+        return "SIO::SIO_ChangeBaudrate: GetCommState failed";
+    }
+    LineSettings settings;
+    {
+        const std::lock_guard lock(mutex);
+        settings = lineFormat;
+    }
+    settings.baudrate = baudrate;
+    const std::optional<uint32_t> result = use.line().configure(settings);
+    if (!result) {
+        use.noteLoss();
+        logRefusal(use);
+        return "SIO::SIO_ChangeBaudrate: SetCommState failed";
+    }
+    before = *result;
+    return nullptr;
+}
+
+uint32_t changeRate(uint32_t baudrate, bool quiet) {
+    uint32_t before = 0;
+    const char* error = setRate(baudrate, before);
+    if (error != nullptr && !quiet) {
+        ERROR_Out(nullptr, error, 1);
+    }
+    return before;
+}
+
+void logOpenState(const std::string& text) {
+    LOG_Add(text);
+    _LogEvent(text);
+}
+
+// The line for `port`, or null with the whole text for the user in `failure`.
+SerialPortPtr openLine(uint32_t port, std::string& device, std::string& failure) {
+    if (port > kMaxComPort) {
+        failure = formatText("COM%u is not one of COM1 to COM20", port);
+        return nullptr;
+    }
+    device = SIO_DeviceOfPort(port);
+    std::string reason;
+    SerialPortPtr line = SERIALPORT_Open(device, reason);
+    if (!line) {
+        failure = formatText("COM%u (%s): %s", port, device.c_str(), reason.c_str());
+    }
+    return line;
+}
+
+void setOpenFailure(const std::string& text) {
+    const std::lock_guard lock(mutex);
+    openFailure = text;
+}
+
+bool isFailureTolerated() {
+    const std::lock_guard lock(mutex);
+    return failureTolerated;
+}
+
+bool _InitSIO(uint32_t baudrate) {
+    const SioConfig wanted = SIO_GetConfig();
+    std::string device;
+    std::string failure;
+    SerialPortPtr line = openLine(wanted.Port, device, failure);
+    setOpenFailure(failure);
+    if (!line) {
+        if (!isFailureTolerated()) {
+            LOG_Add(failure);
+            ERROR_Out(nullptr, "SIO::_InitSIO: Port not available", 1);
+        }
+        return false;
+    }
+    OPENPORT_Set(std::move(line), wanted.Port, device);
+    changeRate(baudrate, isFailureTolerated());
+    logOpenState(formatText("COM%d opened with %d Baud", static_cast<int>(wanted.Port),
+                            static_cast<int>(wanted.Baudrate)));
+    return true;
+}
+
+bool _StartComm(uint32_t baudrate) {
+    SIO_CloseAll();
+    setOpenFailure({});
+    if (SIO_GetPort() == 0) {
+        return true;
+    }
+    if (!_InitSIO(baudrate)) {
+        if (!isFailureTolerated()) {
+            ERROR_Out(nullptr, "SIO::_StartComm: Could not open COM-Port", 1);
+        }
+        return false;
+    }
+    LOG_Add("Communication started");
+    return true;
+}
+
+} // namespace
+
+void SIO_Init(uint32_t port, uint32_t baudrate, uint32_t logging, uint8_t byteSize, uint8_t parity,
+              uint8_t stopBits) {
+    {
+        const std::lock_guard lock(mutex);
+        config = {port, baudrate, logging};
+        lineFormat = {0, byteSize, parity, stopBits};
+        openFailure.clear();
+        failureTolerated = false;
+    }
+    if (port != 0 && baudrate != 0 && logging != 0) {
+        SIO_EnableLogging();
+    }
+}
+
+void SIO_Exit() {
+    SIO_CloseAll();
+    SIO_DisableLogging();
+}
+
+SioConfig SIO_GetConfig() {
+    const std::lock_guard lock(mutex);
+    return config;
+}
+
+void SIO_SetConfig(const SioConfig& newConfig) {
+    {
+        const std::lock_guard lock(mutex);
+        config = newConfig;
+    }
+    _StartComm(newConfig.Baudrate);
+}
+
+bool SIO_Restart() {
+    return _StartComm(SIO_GetBaudrate());
+}
+
+void SIO_CloseAll() {
+    const std::shared_ptr<OpenPort> port = OPENPORT_Get();
+    if (!port) {
+        return;
+    }
+    logOpenState(formatText("Closing COM%d", static_cast<int>(port->number)));
+    OPENPORT_Close();
+}
+
+bool SIO_IsOpen() {
+    return OPENPORT_Get() != nullptr;
+}
+
+bool SIO_IsLost() {
+    const std::shared_ptr<OpenPort> port = OPENPORT_Get();
+    return port && port->lost;
+}
+
+bool SIO_ReopenLost() {
+    return !SIO_IsLost() || SIO_Restart();
+}
+
+void SIO_TolerateOpenFailure(bool tolerate) {
+    const std::lock_guard lock(mutex);
+    failureTolerated = tolerate;
+}
+
+std::string SIO_GetOpenFailure() {
+    const std::lock_guard lock(mutex);
+    return openFailure;
+}
+
+std::string SIO_DeviceOfPort(uint32_t port) {
+    std::string device;
+    INI_ReadText("Settings PORTS", formatText("COM%u", port), device);
+    return device.empty() ? SERIALPORT_DefaultDevice(port) : device;
+}
+
+uint32_t SIO_GetPort() {
+    return SIO_GetConfig().Port;
+}
+
+uint32_t SIO_GetBaudrate() {
+    return SIO_GetConfig().Baudrate;
+}
+
+uint32_t SIO_GetLogging() {
+    return SIO_GetConfig().Logging;
+}
+
+void SIO_SetPort(uint32_t port) {
+    const std::lock_guard lock(mutex);
+    config.Port = port;
+}
+
+void SIO_SetBaudrate(uint32_t baudrate) {
+    const std::lock_guard lock(mutex);
+    config.Baudrate = baudrate;
+}
+
+void SIO_SetLogging(uint32_t on) {
+    {
+        const std::lock_guard lock(mutex);
+        if (config.Logging == on) {
+            return;
+        }
+        config.Logging = on;
+    }
+    if (on == 0) {
+        SIO_DisableLogging();
+    } else {
+        SIO_EnableLogging();
+    }
+}
+
+uint32_t SIO_ChangeBaudrate(uint32_t baudrate) {
+    sendHeld();
+    return changeRate(baudrate, false);
+}
+
+size_t SIO_Read(uint8_t* buffer, size_t count, uint32_t timeoutMs, const Condition& stop) {
+    const Moment deadline = CLOCK_After(timeoutMs);
+    sendHeld();
+    size_t arrived = 0;
+    bool usable = false;
+    if (PortUse use; use.usable() && !(stop && stop())) {
+        arrived = use.line().read({buffer, count}, deadline, use.orClosing(stop));
+        if (arrived < count) {
+            use.noteLoss();
+        }
+        usable = use.usable();
+    }
+    if (arrived > 0) {
+        _LogData({buffer, arrived}, "READ ");
+    }
+    if (arrived < count && !usable) {
+        CLOCK_Wait(deadline, [&stop] { return stop && stop(); });
+    }
+    return arrived;
+}
+
+bool SIO_WaitReadable(const Condition& stop) {
+    sendHeld();
+    while (!stop()) {
+        const uint32_t generation = OPENPORT_Generation();
+        if (PortUse use; use.usable()) {
+            const bool readable = use.line().waitReadable(kNever, use.orClosing(stop));
+            if (stop()) {
+                return false;
+            }
+            use.noteLoss();
+            if (use.usable()) {
+                if (readable) {
+                    return true;
+                }
+                continue;
+            }
+        }
+        CLOCK_Wait(kNever, [&] { return stop() || OPENPORT_Generation() != generation; });
+    }
+    return false;
+}
+
+bool SIO_Write(std::span<const uint8_t> bytes) {
+    _LogData(bytes, "WRITE");
+    if (held.depth == 0) {
+        return writeNow(bytes);
+    }
+    held.bytes.insert(held.bytes.end(), bytes.begin(), bytes.end());
+    return acceptsBytes();
+}
+
+bool SIO_WriteByte(uint8_t value) {
+    return SIO_Write({&value, 1});
+}
+
+bool SIO_SetLines(LineFunction function) {
+    sendHeld();
+    PortUse use;
+    if (!use.usable()) {
+        return false;
+    }
+    const bool on = function == SETDTR || function == SETRTS;
+    const bool isDtr = function == SETDTR || function == CLRDTR;
+    const bool done = isDtr ? use.line().setDtr(on) : use.line().setRts(on);
+    if (!done) {
+        use.noteLoss();
+        logRefusal(use);
+    }
+    return done;
+}
+
+SioFrame::SioFrame() {
+    ++held.depth;
+}
+
+SioFrame::~SioFrame() {
+    if (--held.depth == 0) {
+        sendHeld();
+    }
+}

@@ -1,0 +1,60 @@
+#include "shell/notifiers.h"
+
+#include "notice/error.h"
+#include "notice/log.h"
+#include "notice/run.h"
+#include "platform/format.h"
+#include "shell/console.h"
+#include "shell/front_end.h"
+
+namespace {
+
+constexpr unsigned kButtonsMask = 0xF;
+
+std::string onOneLine(const std::string& text) {
+    std::string line;
+    for (const char character : text) {
+        const bool lineEnd = character == '\r' || character == '\n';
+        if (!lineEnd) {
+            line += character;
+        } else if (!line.empty() && line.back() != ' ') {
+            line += ' ';
+        }
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    return line;
+}
+
+void notifyError(WindowHandle window, const std::string& text, int) {
+    LOG_Add(formatText("Error: %s", text.c_str()));
+    if (RUN_IsUnattended()) {
+        RUN_SetExitCode(1);
+    }
+    if (RUN_IsUnattended() || !FRONTEND_Get().hasWindows) {
+        CONSOLE_PrintError(text);
+    } else {
+        FRONTEND_Get().showError(window, text);
+    }
+}
+
+int notifyQuestion(WindowHandle window, const std::string& text, const std::string& caption,
+                   unsigned boxType) {
+    if (RUN_IsUnattended() || !FRONTEND_Get().hasWindows) {
+        CONSOLE_PrintLine(NOTIFIERS_UnattendedLine(text, caption, boxType));
+        return ANSWER_NONE;
+    }
+    return FRONTEND_Get().ask(window, text, caption, boxType);
+}
+
+} // namespace
+
+void NOTIFIERS_Register() {
+    ERROR_SetHandlers(notifyError, notifyQuestion, RUN_SetExitCode);
+}
+
+std::string NOTIFIERS_UnattendedLine(const std::string& text, const std::string& caption,
+                                     unsigned boxType) {
+    const bool question = (boxType & kButtonsMask) != BOX_OK;
+    const std::string start = caption.empty() ? "" : onOneLine(caption) + ": ";
+    return start + onOneLine(text) + (question ? " [not asked]" : "");
+}

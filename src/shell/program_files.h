@@ -1,0 +1,21 @@
+// Opening, merging, saving and closing program files as the main frame does it: log line, image,
+// session, views. Failures are reported where they are found.
+#pragma once
+
+#include <string>
+
+// Loads a file in place of the image. A failed load leaves the image empty and the path unchanged.
+void PROGRAM_Open(const std::string& path);
+void PROGRAM_Merge(const std::string& path);
+void PROGRAM_Save(const std::string& path, int type);
+// Closes the data views and empties the image.
+void PROGRAM_Close();
+
+// The file commands with their dialogs.
+void PROGRAM_OpenDialog();
+void PROGRAM_MergeDialog();
+void PROGRAM_SaveCurrent(); // Save As when there is no current path
+void PROGRAM_SaveAsDialog();
+
+// Asks whether to reload when the current file has changed on disk since it was opened or saved.
+void PROGRAM_CheckChanged();

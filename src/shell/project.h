@@ -1,0 +1,23 @@
+// Project files (*.tpu): port, baud rate, logging, program file, device and password settings as
+// text, one statement a line. User-interface thread only.
+#pragma once
+
+#include <string>
+
+// Replaces the file in one step; `programFile` empty: no File line. Nothing is reported, false when
+// it could not be written.
+bool PROJECT_Save(const std::string& path, const std::string& programFile);
+// Applies each statement as it is read; what is wrong is reported and ends the reading. False when
+// the file was not read to its end.
+bool PROJECT_Load(const std::string& path);
+
+// The commands of the Project menu.
+void PROJECT_New();
+void PROJECT_OpenDialog();
+void PROJECT_Open(const std::string& path);
+void PROJECT_SaveCurrent();
+void PROJECT_SaveAsDialog();
+
+// The sequence of a first start and of a new project: all blocks selected, then the dialogs for
+// device, reset and port; defaults where one is cancelled.
+void PROJECT_FirstStart();

@@ -1,0 +1,110 @@
+#include "shell/shell.h"
+
+#include "notice/log.h"
+#include "notice/progress.h"
+#include "notice/run.h"
+#include "platform/event_queue.h"
+#include "platform/process.h"
+#include "shell/cmdline.h"
+#include "shell/command_ids.h"
+#include "shell/console.h"
+#include "shell/front_end.h"
+#include "shell/identity.h"
+#include "shell/session.h"
+#include "shell/startup.h"
+
+#include <algorithm>
+
+namespace {
+
+// The user ends the run: what runs is cancelled, the main loop ends. Called on the signal thread.
+void interrupt() {
+    RUN_Interrupt();
+    PROGRESS_Cancel();
+    CLOCK_Notify();
+    EVENTS_Post([] { SESSION_Get().quit = true; });
+}
+
+// Puts the desktop in place; false, with the reason printed, when it cannot be had.
+bool loadDesktop(int argc, char** argv, std::string& reason) {
+    auto* create = reinterpret_cast<FrontEndFactory>(
+        PROCESS_LoadFunction(kDesktopModule, kFrontEndFactoryName, reason));
+    FrontEnd frontEnd;
+    if (create == nullptr || !create(argc, argv, frontEnd, reason)) {
+        return false;
+    }
+    FRONTEND_Set(std::move(frontEnd));
+    return true;
+}
+
+bool chooseFrontEnd(int argc, char** argv, const std::vector<std::string>& arguments) {
+    if (CMDLINE_Contains(arguments, CMD_EXIT)) {
+        FRONTEND_Set(CONSOLE_FrontEnd());
+        return true;
+    }
+    std::string reason;
+    if (loadDesktop(argc, argv, reason)) {
+        return true;
+    }
+    if (arguments == std::vector<std::string>{"-?"}) {
+        CMDLINE_PrintHelp();
+        return false;
+    }
+    RUN_SetExitCode(1);
+    PROCESS_WriteError("Error: the desktop is not available (" + reason +
+                       ").\nA run without it needs -Exit on the command line; --help lists the "
+                       "options.\n");
+    return false;
+}
+
+// The arguments that are answered before anything starts.
+bool answerAtOnce(const std::vector<std::string>& arguments) {
+    if (arguments == std::vector<std::string>{"--help"}) {
+        CMDLINE_PrintHelp();
+        return true;
+    }
+    if (arguments == std::vector<std::string>{"--version"}) {
+        PROCESS_WriteOut(IDENTITY_Title() + "\n");
+        return true;
+    }
+    return false;
+}
+
+void mainLoop() {
+    const Session& session = SESSION_Get();
+    while (!session.quit && !RUN_IsInterrupted()) {
+        const bool running = CMDLINE_IsRunning();
+        FRONTEND_Get().showFrame(!running);
+        if (running) {
+            EVENTS_Post([] {}); // the queue goes on without the user's doing
+        } else if (!FRONTEND_Get().hasWindows) {
+            return; // nothing is left that could end the run
+        }
+        EVENTS_WaitOne();
+        CMDLINE_Poll();
+    }
+}
+
+} // namespace
+
+int SHELL_Run(int argc, char** argv) {
+    const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+    if (answerAtOnce(arguments)) {
+        return 0;
+    }
+    PROCESS_CatchSignals(interrupt);
+    EVENTS_Open();
+    CMDLINE_SetDispatcher(CMD_EXIT, {});
+    if (!chooseFrontEnd(argc, argv, arguments)) {
+        return RUN_GetExitCode();
+    }
+    if (STARTUP_Run(arguments)) {
+        mainLoop();
+        STARTUP_Finish();
+    }
+    if (RUN_IsInterrupted()) {
+        CONSOLE_PrintLine("Interrupted");
+    }
+    STARTUP_Close();
+    return RUN_GetExitCode();
+}

@@ -1,0 +1,167 @@
+#include "shell/startup.h"
+
+#include "data/hexdata.h"
+#include "device/device.h"
+#include "device/devprops_store.h"
+#include "link/password.h"
+#include "notice/error.h"
+#include "notice/log.h"
+#include "notice/run.h"
+#include "notice/status.h"
+#include "persist/ini.h"
+#include "persist/mru.h"
+#include "platform/event_queue.h"
+#include "platform/files.h"
+#include "serial/sio.h"
+#include "serial/terminal_buffer.h"
+#include "shell/cmdline.h"
+#include "shell/cmdline_commands.h"
+#include "shell/command_ids.h"
+#include "shell/console.h"
+#include "shell/front_end.h"
+#include "shell/identity.h"
+#include "shell/notifiers.h"
+#include "shell/program_files.h"
+#include "shell/project.h"
+#include "shell/session.h"
+#include "shell/summary.h"
+#include "target/worker.h"
+
+namespace {
+
+constexpr char kSection[] = "Settings MAINFRAME";
+constexpr int kRecentEntries = 8;
+constexpr int32_t kDefaultRight = 800;
+constexpr int32_t kDefaultBottom = 600;
+
+bool defaultProjectIsBad = false;
+
+void readFrameSettings() {
+    Session& session = SESSION_Get();
+    INI_ReadRect(kSection, "Rect", session.frameRect);
+    INI_ReadInt(kSection, "ShowTerminal", session.showTerminal);
+    INI_ReadInt(kSection, "ShowLog", session.showLog);
+    INI_ReadInt(kSection, "ShowHexListView", session.showHexListView);
+    INI_ReadInt(kSection, "ShowDevice", session.showDevice);
+    int32_t& right = session.frameRect[2];
+    int32_t& bottom = session.frameRect[3];
+    right = right == 0 ? kDefaultRight : right;
+    bottom = bottom == 0 ? kDefaultBottom : bottom;
+}
+
+void prepareModules() {
+    LOG_Init();
+    STATUS_Init();
+    STATUS_SetText("Disconnected", STATUS_CONNECTION);
+    STATUS_SetText("Target CRC: ----", STATUS_CHECKSUM);
+    NOTIFIERS_Register();
+    FRONTEND_Get().start();
+    INI_Load();
+    readFrameSettings();
+    PASSWORD_SetDialog(FRONTEND_Get().passwordDialog);
+    MRU_Init(MRU_PROGRAMS, kRecentEntries);
+    MRU_Init(MRU_PROJECTS, kRecentEntries);
+    SIO_Init(0, 0, 0, 8, 0, 0);
+    DEVPROPS_Load();
+}
+
+void loadDefaultProject() {
+    if (FILES_Exists(IDENTITY_DefaultProject())) {
+        defaultProjectIsBad = !PROJECT_Load(IDENTITY_DefaultProject());
+    } else {
+        PROJECT_FirstStart();
+    }
+}
+
+// A conversion needs no port: a run that nobody watches and that queues no target command goes on
+// without one and says so.
+void openPort() {
+    const bool needless = RUN_IsUnattended() &&
+                          !CMDLINE_IsQueued(CMD_TARGET_DOWNLOAD_RAM_IMAGE, CMD_TARGET_FLASH_STATUS);
+    SIO_TolerateOpenFailure(needless);
+    SIO_Restart();
+    if (needless && !SIO_GetOpenFailure().empty()) {
+        CONSOLE_PrintLine("Note: the port is not available, " + SIO_GetOpenFailure() +
+                          "; no command of this run needs it");
+    }
+    SIO_TolerateOpenFailure(false);
+}
+
+void openRememberedViews() {
+    const Session& session = SESSION_Get();
+    if (session.showLog != 0) {
+        FRONTEND_Get().openView(View::log);
+    }
+    if (session.showDevice != 0) {
+        FRONTEND_Get().openView(View::device);
+    }
+    if (session.showTerminal != 0) {
+        FRONTEND_Get().openView(View::terminal);
+    }
+}
+
+// The program file that the default project names again at the next start, as a full path.
+std::string currentProgramFile() {
+    return HEXDATA_IsEmpty() ? std::string() : SESSION_Get().programPath;
+}
+
+void keepBadProject() {
+    const std::string kept = IDENTITY_DefaultProject() + ".bad";
+    if (FILES_Rename(IDENTITY_DefaultProject(), kept).ok()) {
+        CONSOLE_PrintLine("Note: the default project could not be read to its end; it is kept as " +
+                          kept);
+    }
+}
+
+} // namespace
+
+bool STARTUP_Run(const std::vector<std::string>& arguments) {
+    RUN_SetUnattended(CMDLINE_Contains(arguments, CMD_EXIT));
+    prepareModules();
+    if (DEVICE_Init() != 0) {
+        RUN_SetExitCode(1);
+        return false;
+    }
+    TARGET_Init(nullptr, TERMINAL_ReceiveByte);
+    CMDLINE_SetDispatcher(CMD_EXIT, CMDLINE_RunCommand);
+    loadDefaultProject();
+    const std::string programFile = CMDLINE_Process(arguments);
+    if (!programFile.empty()) {
+        PROGRAM_Open(programFile);
+    }
+    openRememberedViews();
+    PASSWORD_SetLimitsOfDevice();
+    openPort();
+    SUMMARY_ShowStatusTexts();
+    return true;
+}
+
+void STARTUP_FrameClosed() {
+    const FrontEnd& frontEnd = FRONTEND_Get();
+    INI_WriteInt(kSection, "ShowTerminal", frontEnd.isViewOpen(View::terminal) ? 1 : 0);
+    INI_WriteInt(kSection, "ShowLog", frontEnd.isViewOpen(View::log) ? 1 : 0);
+    INI_WriteInt(kSection, "ShowHexListView", frontEnd.isViewOpen(View::hexList) ? 1 : 0);
+    INI_WriteInt(kSection, "ShowDevice", frontEnd.isViewOpen(View::device) ? 1 : 0);
+    EVENTS_Close(); // a worker that waits for the user interface goes on
+    TARGET_Exit();
+    SIO_Exit();
+    SESSION_Get().quit = true;
+}
+
+void STARTUP_Finish() {
+    INI_WriteRect(kSection, "Rect", SESSION_Get().frameRect);
+    DEVPROPS_Save();
+    if (defaultProjectIsBad) {
+        keepBadProject();
+    }
+    PROJECT_Save(IDENTITY_DefaultProject(), currentProgramFile());
+}
+
+void STARTUP_Close() {
+    EVENTS_Close();
+    TARGET_Stop();
+    SIO_CloseAll();
+    FRONTEND_Get().stop();
+    LOG_Exit();
+    ERROR_Exit();
+}
