@@ -60,7 +60,8 @@ TEST(RamImageB, IsTakenWholeOrNotAtAll) {
         uint32_t size;
     };
     const std::vector<Case> cases = {
-        {"S0030000FC\r\nS30720000000AABB00\nS30620000010CC00\nS70500000000FA", "", 0x20000000, 0x11},
+        {"S0030000FC\r\nS30720000000AABB00\nS30620000010CC00\nS70500000000FA", "", 0x20000000,
+         0x11},
         {"S306FFFFFFFF0000", "", 0xFFFFFFFF, 1},
         {"S30600000010AAFF\nS3060000000FAAFF",
          "RAM-Image records overlap or are not in ascending order", 0, 0},

@@ -54,7 +54,6 @@ public:
                 return answer;
             },
             RUN_SetExitCode);
-        LOG_SetObserver([this](const std::string&, const std::string& text) { note(log_, text); });
         DEVICE_Clear();
         EXPECT_EQ(_ParseDeviceFile("Version = 100\nManufacturer = \"M\"\nDevice = \"D\"\n" +
                                        deviceText + "\n",
@@ -67,9 +66,11 @@ public:
         FILES_SetProgramPath(folder_ / "calvorin");
         writeFile(folder_ / "calvorin.ini", "[Settings PORTS]\r\nCOM1 = \"script://\"\r\n");
         INI_Load();
-        SERIALPORT_AddKind("script://", [this](const std::string&, std::string&) { return open(); });
+        SERIALPORT_AddKind("script://",
+                           [this](const std::string&, std::string&) { return open(); });
         SIO_Init(0, 0, 0, 8, 0, 0);
         SIO_SetConfig({1, baudrate, 0});
+        LOG_SetObserver([this](const std::string&, const std::string& text) { note(log_, text); });
         listening_ = true;
     }
     ~ScriptWorld() {
