@@ -23,6 +23,7 @@ enum TargetErrorCode : int {
     TERR_NAK = 5,
     TERR_PROTECT = 6,
     TERR_TIMEOUT = 7,
+    TERR_UNKNOWN = 0x100, // added to a code that the loader reports and nobody knows
 };
 
 inline constexpr size_t kMaxReply = 1000; // payload bytes of the longest reply
@@ -62,5 +63,11 @@ struct TargetState {
 
 // The one state of the process.
 TargetState& TARGET_State();
-// Sets the link state and wakes whoever waits for it. Any thread.
+// Sets the link state and wakes whoever waits for it. Entering LINK_RAMCODE forgets what an earlier
+// loader said of itself. Any thread.
 void TARGET_SetLinkState(int linkState);
+// Changes the link state only if it still is `from`; whether it did. For the worker, which must not
+// take back what the user-interface thread has decided meanwhile.
+bool TARGET_LeaveLinkState(int from, int to);
+// The loader has identified itself: wakes whoever waits for that. Any thread.
+void TARGET_SetIdentified();

@@ -31,7 +31,7 @@ void INI_ReadIntArray(std::string_view section, std::string_view key, std::span<
 void INI_ReadString(std::string_view section, std::string_view key, std::span<uint8_t> bytes);
 // A plain text in double quotes (the device of a COM port). The key is matched whole; the program
 // never writes this form.
-void INI_ReadText(std::string_view section, std::string_view key, std::string& text);
+void INI_ReadText(std::string_view section, std::string_view key, std::string& value);
 
 // Removes the key's line and saves the file.
 void INI_DeleteKey(std::string_view section, std::string_view key);

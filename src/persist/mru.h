@@ -2,12 +2,15 @@
 // User-interface thread only.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
 
 enum MruList : int { MRU_PROGRAMS = 0, MRU_PROJECTS = 1 };
 inline constexpr int kMruLists = 2;
+inline constexpr int kMruCapacity = 16;       // entries that a list can be made to hold
+inline constexpr size_t kMruPathLength = 259; // characters; a longer path is not kept (log line)
 
 // Reads the list from where it is kept; at most `capacity` entries.
 void MRU_Init(int list, int capacity);

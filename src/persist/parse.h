@@ -19,8 +19,8 @@ void PARSE_SkipBlanks(const char*& cursor);
 void PARSE_SkipLine(const char*& cursor);
 // Moves past `character`, or sets "Expected 'c', got 'x'". Blanks are not skipped.
 void PARSE_Expect(std::string& error, const char*& cursor, char character);
-// Skips blanks and reads a string in double quotes of fewer than `size` characters; line breaks are
-// ordinary characters in it.
+// Skips blanks and reads a string in double quotes of at most `size` characters; line breaks are
+// ordinary characters in it. Without opening or closing quote: kParseStringError.
 void PARSE_GetString(std::string& error, const char*& cursor, std::string& text, size_t size);
 // Skips blanks and reads at most `size` letters; the word may be empty. Never fails.
 void PARSE_GetWord(std::string& error, const char*& cursor, std::string& text, size_t size);

@@ -1,0 +1,53 @@
+#include "bootrom/flash_commands.h"
+
+#include "bootrom/boot_wire.h"
+#include "device/device.h"
+#include "link/target_link.h"
+#include "notice/log.h"
+#include "notice/progress.h"
+#include "notice/run.h"
+#include "platform/clock.h"
+#include "platform/event_queue.h"
+#include "platform/format.h"
+#include "serial/sio.h"
+
+namespace {
+
+constexpr uint32_t kEraseStepMs = 50;
+
+// The step begins again with the first byte, so that an answer is not torn by a step's end.
+bool readAnswer(std::span<uint8_t> answer) {
+    return _BootRead(answer.first(1), kEraseStepMs) == 0 &&
+           (answer.size() == 1 || _BootRead(answer.subspan(1), kEraseStepMs) == 0);
+}
+
+} // namespace
+
+int _EraseWait(std::span<uint8_t> answer) {
+    const uint32_t timeout = DEVICE_GetTimeoutEraseAll();
+    PROGRESS_HideByteCount();
+    PROGRESS_SetBarTextMode(true);
+    PROGRESS_SetBarText(formatText("Maximum time: %d sec", static_cast<int>(timeout / 1000)));
+    const Moment deadline = CLOCK_After(timeout);
+    while (!readAnswer(answer)) {
+        EVENTS_ProcessOne();
+        if (CLOCK_Now() > deadline || RUN_IsInterrupted()) {
+            return 1;
+        }
+    }
+    return 0;
+}
+
+int _RunErase(const std::function<int()>& handshake, const std::function<int()>& erase) {
+    RUN_SetExitCode(1);
+    _BootForgetReports();
+    if (handshake() != 0) {
+        return 0;
+    }
+    LOG_Add("Erasing Chip started");
+    BOOT_SetResult(0);
+    const bool erased = erase() == 0 && BOOT_GetResult() == 1;
+    LOG_Add(erased ? "Erasing Chip finished" : "Erasing Chip failed");
+    RUN_SetExitCode(erased ? 0 : 1);
+    return erased ? 1 : 0;
+}

@@ -1,0 +1,218 @@
+#include "device/device.h"
+
+#include "device/device_parser.h"
+#include "device/devprops.h"
+#include "notice/error.h"
+#include "notice/log.h"
+#include "platform/files.h"
+#include "platform/format.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <span>
+#include <vector>
+
+namespace {
+
+std::vector<DeviceRecord> table;
+const DeviceRecord kBlankRecord;
+
+constexpr int kExitCode = 1;
+
+int lastDevice() {
+    return DEVICE_GetNumDevices() - 1;
+}
+
+bool isDevice(int index) {
+    return index >= 0 && index <= lastDevice();
+}
+
+// The settings may name a device that is no longer there: then the last one counts as selected,
+// as the first look at a block will have it.
+int selectedDevice() {
+    const int index = DEVPROPS_GetDevice();
+    return isDevice(index) ? index : lastDevice();
+}
+
+const DeviceRecord& recordAt(int index) {
+    return isDevice(index) ? table[static_cast<size_t>(index)] : kBlankRecord;
+}
+
+// Why the file at `path` could not be read whole into `text`; empty when it could. `reason` tells
+// the system's part of it.
+const char* readDescription(const std::filesystem::path& path, std::string& text,
+                            std::string& reason) {
+    FileReader reader;
+    const FileResult opened = reader.open(path);
+    reason = opened.reason;
+    if (!opened.ok())
+        return "Device::DEVICE_Init: Read file failed";
+    text.resize(reader.size());
+    size_t filled = 0;
+    while (filled < text.size()) {
+        const ptrdiff_t count = reader.read(std::span(text).subspan(filled));
+        if (count < 0) {
+            reason = "read error";
+            return "Device::DEVICE_Init: Read file failed";
+        }
+        if (count == 0) {
+            reason = formatText("%zu of %zu bytes", filled, text.size());
+            return "Device::DEVICE_Init: Error reading file";
+        }
+        filled += static_cast<size_t>(count);
+    }
+    return "";
+}
+
+} // namespace
+
+int DEVICE_Init() {
+    const std::string folder = FILES_ProgramFolder() + "Device/";
+    const std::vector<std::filesystem::path> paths = FILES_List(folder, ".dev");
+    if (paths.empty()) {
+        ERROR_Out(nullptr, formatText("Can not find device file in directory %s", folder.c_str()),
+                  kExitCode);
+        return 1;
+    }
+    for (const std::filesystem::path& path : paths) {
+        std::string text;
+        std::string reason;
+        const std::string failure = readDescription(path, text, reason);
+        if (!failure.empty()) {
+            ERROR_Out(nullptr, failure, kExitCode);
+            LOG_Add(formatText("Device file %s: %s", path.c_str(), reason.c_str()));
+        } else if (_ParseDeviceFile(text, path.string()) != 0) {
+            return 1;
+        }
+    }
+    return 0;
+}
+
+int _ParseDeviceFile(const std::string& text, const std::string& path) {
+    const DeviceParseResult result = DEVICE_ParseText(text);
+    if (!result.error.empty()) {
+        ERROR_Out(nullptr, result.error, kExitCode);
+        ERROR_Out(nullptr,
+                  formatText("Device::_ParseDeviceFile: Error reading device file %s, Line %d",
+                             path.c_str(), result.line),
+                  kExitCode);
+        return 1;
+    }
+    if (!result.missing.empty()) {
+        ERROR_Ask(nullptr, formatText("Missing parameter: %s", result.missing.c_str()),
+                  formatText("Error reading device file %s", path.c_str()), BOX_OK);
+        return 1;
+    }
+    _AddDevice(*result.record);
+    return 0;
+}
+
+void _AddDevice(const DeviceRecord& record) {
+    if (DEVICE_GetNumDevices() >= kMaxDevices) {
+        ERROR_Out(nullptr, "Device::_AddDevice: Too many devices", kExitCode);
+        return;
+    }
+    table.push_back(record);
+}
+
+int DEVICE_GetNumDevices() {
+    return static_cast<int>(table.size());
+}
+
+void DEVICE_Clear() {
+    table.clear();
+}
+
+int DEVICE_FindByName(const std::string& name) {
+    const auto found = std::ranges::find(table, name, &DeviceRecord::Device);
+    if (found != table.end()) {
+        DEVPROPS_SetDevice(static_cast<int>(found - table.begin()));
+        return 0;
+    }
+    if (!name.empty())
+        ERROR_Out(nullptr,
+                  formatText("The devicename '%s' was unknown.\n"
+                             "Please check your configuration!\n\n",
+                             name.c_str()),
+                  kExitCode);
+    DEVPROPS_SetDevice(0);
+    return 1;
+}
+
+std::string DEVICE_GetNameAt(int index) {
+    return recordAt(index).Device;
+}
+
+int DEVICE_GetNumBlocks(int deviceIndex) {
+    if (deviceIndex < 0)
+        deviceIndex = selectedDevice();
+    else if (deviceIndex > lastDevice())
+        deviceIndex = 0;
+    const int own = static_cast<int>(recordAt(deviceIndex).aBlock.size());
+    return DEVPROPS_GetXDataLen() != 0 ? own + 1 : own;
+}
+
+void DEVICE_GetBlock(int blockIndex, uint32_t& start, uint32_t& len, int deviceIndex) {
+    if (deviceIndex < 0)
+        deviceIndex = DEVPROPS_GetDevice();
+    if (!isDevice(deviceIndex) && lastDevice() >= 0) {
+        deviceIndex = lastDevice();
+        DEVPROPS_SetDevice(deviceIndex);
+    }
+    const std::vector<FlashBlock>& blocks = recordAt(deviceIndex).aBlock;
+    const auto index = static_cast<size_t>(blockIndex);
+    if (blockIndex >= 0 && index < blocks.size()) {
+        start = blocks[index].Start;
+        len = blocks[index].Len;
+    } else {
+        start = DEVPROPS_GetXDataStart();
+        len = DEVPROPS_GetXDataLen();
+    }
+}
+
+uint32_t DEVICE_GetFlashStart() {
+    uint32_t start = 0;
+    uint32_t len = 0;
+    if (DEVICE_GetNumBlocks(-1) > 0)
+        DEVICE_GetBlock(0, start, len, -1);
+    return start;
+}
+
+uint32_t DEVICE_GetFlashEnd() {
+    const int count = DEVICE_GetNumBlocks(-1);
+    if (count == 0)
+        return 0;
+    uint32_t start = 0;
+    uint32_t len = 0;
+    DEVICE_GetBlock(count - 1, start, len, -1);
+    return start + len - 1;
+}
+
+const DeviceRecord& DEVICE_Selected() {
+    return recordAt(selectedDevice());
+}
+
+uint32_t DEVICE_GetIDAdr(int index) {
+    const std::vector<uint32_t>& addresses = DEVICE_Selected().aIDAdr;
+    const auto position = static_cast<size_t>(index);
+    return index >= 0 && position < addresses.size() ? addresses[position] : 0;
+}
+
+void DEVICE_GetIVector(int index, int32_t& number, std::string& name, int32_t& bits,
+                       uint32_t& address) {
+    const std::vector<IVectorEntry>& vectors = DEVICE_Selected().aIVector;
+    if (index < 0 || static_cast<size_t>(index) >= vectors.size())
+        return;
+    const IVectorEntry& entry = vectors[static_cast<size_t>(index)];
+    number = entry.Number;
+    name = entry.Name;
+    bits = entry.Bits;
+    address = entry.Address;
+}
+
+uint32_t DEVICE_RelocateAddr(uint32_t address) {
+    const DeviceRecord& device = DEVICE_Selected();
+    const bool moved =
+        address >= device.RelocateFrom && address - device.RelocateFrom < device.RelocateLen;
+    return moved ? address + (device.RelocateTo - device.RelocateFrom) : address;
+}

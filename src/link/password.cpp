@@ -1,0 +1,187 @@
+#include "link/password.h"
+
+#include "device/device.h"
+#include "persist/hex_text.h"
+#include "platform/format.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr size_t kMaxTextPassword = 256; // characters
+constexpr size_t kAreaPassword = 256;    // bytes of a filled password where there is an area
+
+PasswordSettings settings;
+PasswordLimits limits;
+std::function<int()> passwordDialog;
+
+// The code point at `i`, which moves behind it; none for what is not well-formed UTF-8 of Latin-1.
+std::optional<uint8_t> takeLatin1(const std::string& text, size_t& i) {
+    const auto byte = static_cast<uint8_t>(text[i++]);
+    if (byte < 0x80) {
+        return byte;
+    }
+    if ((byte != 0xC2 && byte != 0xC3) || i == text.size()) {
+        return std::nullopt;
+    }
+    const auto next = static_cast<uint8_t>(text[i++]);
+    if ((next & 0xC0) != 0x80) {
+        return std::nullopt;
+    }
+    return static_cast<uint8_t>((byte & 0x03) << 6 | (next & 0x3F));
+}
+
+std::string formFromText(PasswordSettings& target, const std::string& text) {
+    std::vector<uint8_t> bytes;
+    for (size_t i = 0; i < text.size();) {
+        const auto byte = takeLatin1(text, i);
+        if (!byte) {
+            return "Only Latin-1 characters are allowed";
+        }
+        bytes.push_back(*byte);
+    }
+    if (bytes.size() > kMaxTextPassword) {
+        return formatText("Password too long. Maximum %d bytes",
+                          static_cast<int>(kMaxTextPassword));
+    }
+    target.Password = std::move(bytes);
+    return "";
+}
+
+bool insideArea(uint32_t address) {
+    return address >= limits.AreaStart && address < uint64_t{limits.AreaStart} + limits.AreaSize;
+}
+
+std::optional<std::string> checkAddresses(const PasswordSettings& candidate) {
+    if (limits.AreaSize == 0) {
+        return std::nullopt;
+    }
+    const uint32_t last = limits.AreaStart + limits.AreaSize - 1;
+    if (!insideArea(candidate.AdrCompare)) {
+        return formatText("Illegal password area. Must be within %X - %X", limits.AreaStart, last);
+    }
+    if (!insideArea(candidate.AdrCount)) {
+        return formatText("Illegal count address. Must be within %X - %X", limits.AreaStart, last);
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+PasswordSettings PASSWORD_Get() {
+    return settings;
+}
+
+void PASSWORD_Set(const PasswordSettings& newSettings) {
+    settings = newSettings;
+}
+
+uint32_t PASSWORD_GetAdrCount() {
+    return settings.AdrCount;
+}
+
+uint32_t PASSWORD_GetAdrCompare() {
+    return settings.AdrCompare;
+}
+
+std::vector<uint8_t> PASSWORD_GetBytes() {
+    return settings.Password;
+}
+
+uint32_t PASSWORD_GetLen() {
+    return static_cast<uint32_t>(settings.Password.size());
+}
+
+bool PASSWORD_GetFillFF() {
+    return settings.FillFF;
+}
+
+bool PASSWORD_GetHexmode() {
+    return settings.Hexmode;
+}
+
+void PASSWORD_SetAdrCount(uint32_t address) {
+    settings.AdrCount = address;
+}
+
+void PASSWORD_SetAdrCompare(uint32_t address) {
+    settings.AdrCompare = address;
+}
+
+void PASSWORD_SetBytes(std::span<const uint8_t> bytes) {
+    const auto kept = bytes.first(std::min(bytes.size(), kMaxPassword));
+    settings.Password.assign(kept.begin(), kept.end());
+}
+
+void PASSWORD_SetFillFF(bool on) {
+    settings.FillFF = on;
+    if (on) {
+        PASSWORD_FillFF(settings);
+    }
+}
+
+void PASSWORD_SetHexmode(bool on) {
+    settings.Hexmode = on;
+}
+
+void PASSWORD_Reset() {
+    settings = {};
+}
+
+PasswordLimits PASSWORD_GetLimits() {
+    return limits;
+}
+
+void PASSWORD_SetLimits(uint32_t minLen, uint32_t maxLen, uint32_t areaStart, uint32_t areaSize) {
+    limits = {minLen, maxLen, areaStart, areaSize};
+}
+
+void PASSWORD_SetLimitsOfDevice() {
+    PASSWORD_SetLimits(DEVICE_GetIDLenMin(), DEVICE_GetIDLenMax(),
+                       DEVICE_RelocateAddr(DEVICE_GetPWAreaStart()), DEVICE_GetPWAreaLen());
+}
+
+void PASSWORD_FillFF(PasswordSettings& target) {
+    const size_t length = limits.AreaSize == 0 ? limits.MaxLen : kAreaPassword;
+    target.FillFF = true;
+    target.Password.assign(std::min(length, kMaxPassword), 0xFF);
+}
+
+std::string PASSWORD_FormBytes(PasswordSettings& target, const std::string& textUtf8) {
+    if (!target.Hexmode) {
+        return formFromText(target, textUtf8);
+    }
+    std::string error;
+    std::vector<uint8_t> bytes = HEXTEXT_ToBytes(textUtf8, kMaxPassword, error);
+    if (error.empty()) {
+        target.Password = std::move(bytes);
+    }
+    return error;
+}
+
+std::optional<std::string> PASSWORD_Validate(PasswordSettings& candidate) {
+    if (auto message = checkAddresses(candidate)) {
+        return message;
+    }
+    if (candidate.FillFF) {
+        PASSWORD_FillFF(candidate);
+        return std::nullopt;
+    }
+    const size_t length = candidate.Password.size();
+    if (limits.MaxLen != 0 && length > limits.MaxLen) {
+        return formatText("Password too long. Maximum %d bytes", static_cast<int>(limits.MaxLen));
+    }
+    if (limits.MinLen != 0 && length < limits.MinLen) {
+        return formatText("Password too short. Minimum %d bytes", static_cast<int>(limits.MinLen));
+    }
+    return std::nullopt;
+}
+
+void PASSWORD_SetDialog(std::function<int()> dialog) {
+    passwordDialog = std::move(dialog);
+}
+
+int PASSWORD_Dialog() {
+    return passwordDialog ? passwordDialog() : 2;
+}

@@ -1,0 +1,48 @@
+#include "link/target_state.h"
+
+#include "platform/clock.h"
+#include "platform/event_queue.h"
+
+namespace {
+
+void wakeWaiters() {
+    CLOCK_Notify();
+    EVENTS_Post([] {}); // the user-interface thread waits for events, not for words
+}
+
+// The loader that runs now has not said anything yet, whatever an earlier one said.
+void forgetLoader(TargetState& state, int linkState) {
+    if (linkState == LINK_RAMCODE) {
+        state.Identified = 0;
+    }
+}
+
+} // namespace
+
+TargetState& TARGET_State() {
+    static TargetState state;
+    return state;
+}
+
+void TARGET_SetLinkState(int linkState) {
+    TargetState& state = TARGET_State();
+    if (state.LinkState != linkState) {
+        forgetLoader(state, linkState);
+    }
+    state.LinkState = linkState;
+    wakeWaiters();
+}
+
+bool TARGET_LeaveLinkState(int from, int to) {
+    if (!TARGET_State().LinkState.compare_exchange_strong(from, to)) {
+        return false;
+    }
+    wakeWaiters();
+    return true;
+}
+
+void TARGET_SetIdentified() {
+    if (TARGET_State().Identified.exchange(1) == 0) {
+        wakeWaiters();
+    }
+}
