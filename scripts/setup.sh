@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# Installs what building and testing need and this machine does not have (Debian, Ubuntu).
+set -euo pipefail
+
+packages=(
+  g++ cmake ninja-build            # build
+  qt6-base-dev                     # desktop
+  libgtest-dev libbenchmark-dev    # tests and benchmarks
+  clang-format clang-tidy python3  # static checks
+  srecord binutils                 # peers that the tests and benchmarks compare with
+)
+
+missing=()
+for package in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+done
+if [ "${#missing[@]}" -eq 0 ]; then
+  echo "setup: everything is installed"
+  exit 0
+fi
+
+echo "setup: installing ${missing[*]}"
+run=()
+[ "$(id -u)" -eq 0 ] || run=(sudo)
+"${run[@]}" apt-get update -qq
+"${run[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+echo "setup: done"
