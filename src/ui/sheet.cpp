@@ -45,15 +45,15 @@ int resultOf(int dialogCode) {
 
 using Pages = std::array<SheetPage, kPages>;
 
-// Each page commits, up to one that refuses; that one is shown. True when all did.
-bool applyAll(const Pages& pages, QTabWidget& tabs) {
+// Each page commits, up to one that refuses; that one is shown. The number that did.
+size_t applyAll(const Pages& pages, QTabWidget& tabs) {
     for (size_t index = 0; index < kPages; ++index) {
         if (!pages[index].apply()) {
             tabs.setCurrentIndex(static_cast<int>(index));
-            return false;
+            return index;
         }
     }
-    return true;
+    return kPages;
 }
 
 Pages makePages(QTabWidget& tabs) {
@@ -84,10 +84,10 @@ int runSheet(QWidget* parent) {
 
     bool applied = false;
     const auto apply = [&] {
-        const bool good = applyAll(pages, *tabs);
-        applied = applied || good;
+        const size_t count = applyAll(pages, *tabs);
+        applied = applied || count > 0;
         SHEET_NotifyChange();
-        return good;
+        return count == kPages;
     };
     QObject::connect(tabs, &QTabWidget::currentChanged, &dialog,
                      [&pages](int index) { pages[static_cast<size_t>(index)].activated(); });

@@ -7,19 +7,37 @@
 
 #include <QComboBox>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-#include <QShortcut>
-#include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <algorithm>
-#include <cctype>
 
 namespace {
 
 constexpr int kMaxSpeedText = 100; // characters
+
+// Tells of a click on a line and of the space key, once it has handled them itself.
+class BlockList : public QListWidget {
+public:
+    BlockList(QWidget* parent, std::function<void()> chosen)
+        : QListWidget(parent), chosen_(std::move(chosen)) {
+        connect(this, &QListWidget::itemClicked, this, [this] { chosen_(); });
+    }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        QListWidget::keyPressEvent(event);
+        if (event->key() == Qt::Key_Space) {
+            chosen_();
+        }
+    }
+
+private:
+    std::function<void()> chosen_;
+};
 
 struct TargetPage {
     SharedProps working;
@@ -162,7 +180,7 @@ QLabel* label(const QString& text, QWidget* parent, QWidget* buddy) {
 }
 
 void addBlockControls(const PagePtr& page, QWidget* widget, QVBoxLayout* layout) {
-    page->blocks = new QListWidget(widget);
+    page->blocks = new BlockList(widget, [page] { toggleCurrentBlock(*page); });
     page->blocks->setObjectName("603");
     layout->addWidget(label("&Select Blocks", widget, page->blocks));
     layout->addWidget(page->blocks, 1);
@@ -179,11 +197,6 @@ void addBlockControls(const PagePtr& page, QWidget* widget, QVBoxLayout* layout)
     addButton("&Deselect all", "605", false);
     row->addStretch();
     layout->addLayout(row);
-    QObject::connect(page->blocks, &QListWidget::itemClicked, widget,
-                     [page] { toggleCurrentBlock(*page); });
-    auto* space = new QShortcut(Qt::Key_Space, page->blocks);
-    space->setContext(Qt::WidgetShortcut);
-    QObject::connect(space, &QShortcut::activated, widget, [page] { toggleCurrentBlock(*page); });
 }
 
 void addSpeedControls(const PagePtr& page, QWidget* widget, QVBoxLayout* layout) {
