@@ -2,47 +2,17 @@
 
 #include "data/hexdata.h"
 #include "device/device.h"
+#include "device/ivector.h"
 #include "notice/error.h"
 #include "shell/session.h"
 #include "target/commands.h"
 
 #include <algorithm>
 #include <array>
-#include <cctype>
+#include <functional>
 #include <optional>
-#include <string_view>
 
 namespace {
-
-// The vector's value, or none when one of its bytes is not loaded.
-std::optional<uint32_t> loadedValue(const IVectorEntry& vector) {
-    uint64_t value = 0;
-    const uint32_t bytes = static_cast<uint32_t>(vector.Bits + 7) / 8;
-    for (uint32_t index = 0; index < bytes; ++index) {
-        uint32_t address = vector.Address + index;
-        const uint8_t* data = nullptr;
-        if (HEXDATA_GetData(address, data) == 0 || address != vector.Address + index) {
-            return std::nullopt;
-        }
-        value |= uint64_t{*data} << (8 * index);
-    }
-    return static_cast<uint32_t>(value & ((uint64_t{1} << vector.Bits) - 1));
-}
-
-bool isErased(uint32_t value, int bits) {
-    return value == static_cast<uint32_t>((uint64_t{1} << bits) - 1);
-}
-
-bool isResetVector(const IVectorEntry& vector) {
-    constexpr std::string_view kReset = "reset";
-    const std::string_view start = std::string_view(vector.Name).substr(0, kReset.size());
-    return std::equal(start.begin(), start.end(), kReset.begin(), kReset.end(),
-                      [](unsigned char a, unsigned char b) { return std::tolower(a) == b; });
-}
-
-bool pointsIntoFlash(uint32_t value) {
-    return value >= DEVICE_GetFlashStart() && value <= DEVICE_GetFlashEnd();
-}
 
 // The password bytes of the device as the image holds them, and how many it holds.
 int collectPassword(std::array<uint8_t, 256>& bytes) {
@@ -118,16 +88,16 @@ bool mayBeWritten() {
 ResetVectorVerdict CHECKS_ResetVector() {
     ResetVectorVerdict verdict = RESET_VECTOR_NONE;
     for (const IVectorEntry& vector : DEVICE_Selected().aIVector) {
-        const std::optional<uint32_t> value = loadedValue(vector);
+        const std::optional<uint32_t> value = IVECT_LoadedValue(vector);
         if (!value) {
             continue;
         }
-        const bool erased = isErased(*value, vector.Bits);
+        const bool erased = IVECT_IsErased(vector, *value);
         if (!erased && verdict == RESET_VECTOR_NONE) {
             verdict = RESET_VECTOR_MISSING;
         }
-        if (isResetVector(vector)) {
-            if (!pointsIntoFlash(*value)) {
+        if (IVECT_IsReset(vector)) {
+            if (!IVECT_PointsIntoFlash(*value)) {
                 return RESET_VECTOR_OUTSIDE;
             }
             if (!erased) {
