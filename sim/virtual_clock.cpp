@@ -78,8 +78,11 @@ bool VirtualClock::World::canRun(Participant& participant) {
     if (participant.seenNotifications == notifications) {
         return false;
     }
+    if ((*participant.condition)()) {
+        return true; // also when another is chosen first: it is looked at again
+    }
     participant.seenNotifications = notifications;
-    return (*participant.condition)();
+    return false;
 }
 
 // The next thread to run; time passes when none can run now.

@@ -15,7 +15,12 @@
 namespace {
 
 std::vector<DeviceRecord> table;
-const DeviceRecord kBlankRecord;
+// What the getters read while the table is empty.
+const DeviceRecord kBlankRecord = [] {
+    DeviceRecord record;
+    record.Writable = 0;
+    return record;
+}();
 
 constexpr int kExitCode = 1;
 

@@ -52,7 +52,7 @@ void PARSE_GetString(std::string& error, const char*& cursor, std::string& text,
     }
     PARSE_SkipBlanks(cursor);
     if (*cursor != '"') {
-        error = kParseStringError;
+        error = std::string(kParseStringError);
         return;
     }
     const char* const begin = cursor + 1;
@@ -62,7 +62,7 @@ void PARSE_GetString(std::string& error, const char*& cursor, std::string& text,
     }
     text.assign(begin, end);
     if (*end != '"') {
-        error = kParseStringError;
+        error = std::string(kParseStringError);
         return;
     }
     cursor = end + 1;

@@ -19,10 +19,7 @@ public:
     DeviceWorld() {
         FILES_SetProgramPath(folder / "tool");
         ERROR_SetHandlers(
-            [this](WindowHandle, const std::string& text, int code) {
-                reports.push_back(text);
-                exitCode = code;
-            },
+            [this](WindowHandle, const std::string& text, int) { reports.push_back(text); },
             [this](WindowHandle, const std::string& text, const std::string& caption, unsigned) {
                 reports.push_back(caption + ": " + text);
                 return 0;
@@ -55,6 +52,5 @@ public:
 
     const TempFolder folder;
     std::vector<std::string> reports; // questions as "CAPTION: TEXT"
-    int exitCode = 0;
     std::string log;
 };

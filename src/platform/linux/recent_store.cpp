@@ -6,8 +6,10 @@
 
 namespace {
 
+// Empty for a user without a configuration folder.
 std::filesystem::path listFile(const std::string& listName) {
-    return FILES_UserConfigFolder() / (listName + ".txt");
+    const std::filesystem::path folder = FILES_UserConfigFolder();
+    return folder.empty() ? folder : folder / (listName + ".txt");
 }
 
 } // namespace
@@ -42,6 +44,9 @@ void RECENTSTORE_Write(const std::string& listName, const std::vector<std::strin
         }
     }
     const std::filesystem::path path = listFile(listName);
+    if (path.empty()) {
+        return;
+    }
     std::error_code ignored;
     std::filesystem::create_directories(path.parent_path(), ignored);
     static_cast<void>(FILES_Replace(path, text));

@@ -1,0 +1,235 @@
+#include "data/hexdata.h"
+
+#include "data/area_map.h"
+#include "data/checksum.h"
+#include "notice/error.h"
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+
+namespace {
+
+constexpr char kOverlapCaption[] = "Overlapping record problem";
+constexpr char kOverlapQuestion[] = "Areas overlap   ...\nOverwrite existing data and continue ?";
+
+// What is known of the image besides its areas.
+struct ImageState {
+    bool overwriteConfirmed = false;
+    const char* addError = nullptr;
+    int fileType = FILETYPE_NONE;
+    bool fits = false;
+    uint16_t sum = kSumStart;
+    uint16_t crc = kCrcStart;
+    bool sumIsLast = false;
+};
+
+std::mutex imageMutex; // guards both
+AreaMap areas;
+ImageState image;
+
+bool isRefused(uint32_t address, uint64_t end) {
+    return !image.overwriteConfirmed && areas.holdsAny(address, end);
+}
+
+// Asked without the lock: the answer may take minutes, and the views go on drawing the image.
+void askWhetherToOverwrite(std::unique_lock<std::mutex>& lock) {
+    lock.unlock();
+    const int answer = ERROR_Ask(nullptr, kOverlapQuestion, kOverlapCaption, BOX_OK_CANCEL);
+    lock.lock();
+    if (answer == ANSWER_OK) {
+        image.overwriteConfirmed = true;
+    }
+}
+
+// Calls `held`(bytes) and `gap`(count) for the pieces of a range in ascending order.
+template <class Held, class Gap>
+void walkRange(uint32_t address, uint64_t count, const Held& held, const Gap& gap) {
+    const uint64_t end = address + count;
+    uint64_t at = address;
+    const AreaMap::Index& index = areas.index();
+    for (auto area = areas.findFrom(address); area != index.end() && area->first < end; ++area) {
+        if (area->first > at) {
+            gap(area->first - at);
+            at = area->first;
+        }
+        const uint64_t stop = std::min(end, AreaMap::endOf(area));
+        held(area->second.bytes().subspan(static_cast<size_t>(at - area->first),
+                                          static_cast<size_t>(stop - at)));
+        at = stop;
+    }
+    if (at < end) {
+        gap(end - at);
+    }
+}
+
+} // namespace
+
+const char* HEXDATA_AddData(uint32_t address, std::span<const uint8_t> bytes) {
+    if (bytes.empty()) {
+        return nullptr;
+    }
+    std::unique_lock lock(imageMutex);
+    const uint64_t end = address + uint64_t{bytes.size()};
+    if (end > kAddressSpace) {
+        return image.addError = kPastAddressSpace;
+    }
+    if (isRefused(address, end)) {
+        askWhetherToOverwrite(lock);
+        if (isRefused(address, end)) {
+            return image.addError = kMultipleDefinitions;
+        }
+    }
+    areas.put(address, bytes);
+    return nullptr;
+}
+
+std::string HEXDATA_GetAddError() {
+    const std::lock_guard lock(imageMutex);
+    return image.addError != nullptr ? image.addError : "";
+}
+
+void HEXDATA_ClearAddError() {
+    const std::lock_guard lock(imageMutex);
+    image.addError = nullptr;
+}
+
+void HEXDATA_DeleteRange(uint32_t address, uint64_t count) {
+    const std::lock_guard lock(imageMutex);
+    areas.erase(address, address + std::min(count, kAddressSpace - address));
+}
+
+void HEXDATA_Clear() {
+    const std::lock_guard lock(imageMutex);
+    areas.clear();
+}
+
+bool HEXDATA_Relocate(int32_t offset) {
+    const std::lock_guard lock(imageMutex);
+    return areas.relocate(offset);
+}
+
+void HEXDATA_Reset() {
+    const std::lock_guard lock(imageMutex);
+    areas.clear();
+    image = ImageState();
+}
+
+uint32_t HEXDATA_GetData(uint32_t& address, const uint8_t*& data) {
+    const std::lock_guard lock(imageMutex);
+    const auto area = areas.findFrom(address);
+    if (area == areas.index().end()) {
+        return 0;
+    }
+    address = std::max(address, area->first);
+    const std::span<const uint8_t> run = area->second.bytes().subspan(address - area->first);
+    data = run.data();
+    return static_cast<uint32_t>(run.size());
+}
+
+void HEXDATA_Copy(uint32_t address, std::span<uint8_t> bytes, std::span<bool> held) {
+    const std::lock_guard lock(imageMutex);
+    size_t at = 0;
+    const auto mark = [&](uint64_t count, bool isHeld) {
+        if (!held.empty()) {
+            std::ranges::fill(held.subspan(at, static_cast<size_t>(count)), isHeld);
+        }
+        at += static_cast<size_t>(count);
+    };
+    walkRange(
+        address, bytes.size(),
+        [&](std::span<const uint8_t> run) {
+            std::memcpy(bytes.data() + at, run.data(), run.size());
+            mark(run.size(), true);
+        },
+        [&](uint64_t count) { mark(count, false); });
+}
+
+uint32_t HEXDATA_GetFirstAddr() {
+    const std::lock_guard lock(imageMutex);
+    const AreaMap::Index& index = areas.index();
+    return index.empty() ? 0 : index.begin()->first;
+}
+
+uint32_t HEXDATA_GetLastAddr() {
+    const std::lock_guard lock(imageMutex);
+    const AreaMap::Index& index = areas.index();
+    return index.empty() ? 0 : static_cast<uint32_t>(AreaMap::endOf(std::prev(index.end())) - 1);
+}
+
+uint32_t HEXDATA_GetNumAreas() {
+    const std::lock_guard lock(imageMutex);
+    return static_cast<uint32_t>(areas.index().size());
+}
+
+uint32_t HEXDATA_GetNumBytes() {
+    const std::lock_guard lock(imageMutex);
+    return static_cast<uint32_t>(areas.numBytes());
+}
+
+bool HEXDATA_IsEmpty() {
+    const std::lock_guard lock(imageMutex);
+    return areas.index().empty();
+}
+
+std::vector<AreaInfo> HEXDATA_GetAreas() {
+    const std::lock_guard lock(imageMutex);
+    std::vector<AreaInfo> list;
+    list.reserve(areas.index().size());
+    for (const auto& [start, run] : areas.index()) {
+        list.push_back({start, static_cast<uint32_t>(run.size())});
+    }
+    return list;
+}
+
+int HEXDATA_GetFileType() {
+    const std::lock_guard lock(imageMutex);
+    return image.fileType;
+}
+
+void HEXDATA_SetFileType(int type) {
+    const std::lock_guard lock(imageMutex);
+    image.fileType = type;
+}
+
+void HEXDATA_SetFits(bool fits) {
+    const std::lock_guard lock(imageMutex);
+    image.fits = fits;
+}
+
+bool HEXDATA_GetFits() {
+    const std::lock_guard lock(imageMutex);
+    return image.fits;
+}
+
+void HEXDATA_CalcSum(uint32_t address, uint32_t count, bool& restart, uint8_t fill) {
+    const std::lock_guard lock(imageMutex);
+    uint16_t& sum = image.sum;
+    sum = restart ? kSumStart : sum;
+    restart = false;
+    walkRange(
+        address, count, [&](std::span<const uint8_t> run) { sum = CHECKSUM_Sum(sum, run); },
+        [&](uint64_t gap) { sum = CHECKSUM_SumOfFill(sum, fill, gap); });
+    image.sumIsLast = true;
+}
+
+void HEXDATA_CalcCRC(uint32_t address, uint32_t count, bool& restart, uint8_t fill) {
+    const std::lock_guard lock(imageMutex);
+    uint16_t& crc = image.crc;
+    crc = restart ? kCrcStart : crc;
+    restart = false;
+    walkRange(
+        address, count, [&](std::span<const uint8_t> run) { crc = CHECKSUM_Crc(crc, run); },
+        [&](uint64_t gap) { crc = CHECKSUM_CrcOfFill(crc, fill, gap); });
+    image.sumIsLast = false;
+}
+
+uint16_t HEXDATA_GetChecksum() {
+    const std::lock_guard lock(imageMutex);
+    return image.sumIsLast ? image.sum : image.crc;
+}
+
+std::string HEXDATA_GetChecksumLabel() {
+    const std::lock_guard lock(imageMutex);
+    return image.sumIsLast ? "SUM:" : "CRC:";
+}

@@ -1,0 +1,78 @@
+#include "data/hexdata.h"
+#include "data/program_reader.h"
+
+#include <array>
+
+namespace {
+
+enum IntelType : uint8_t {
+    TYPE_DATA = 0x00,
+    TYPE_END = 0x01,
+    TYPE_SEGMENT = 0x02,
+    TYPE_START_SEGMENT = 0x03,
+    TYPE_LINEAR = 0x04,
+    TYPE_START_LINEAR = 0x05,
+    TYPE_LINEAR_OLD = 0xFF,
+};
+
+// Both bases together may lead out of the address space.
+const char* addData(const IntelBase& base, uint16_t offset, std::span<const uint8_t> data) {
+    const uint64_t address = uint64_t{base.linear} + base.segment + offset;
+    if (data.empty()) {
+        return nullptr;
+    }
+    if (address > UINT32_MAX) {
+        return kPastAddressSpace;
+    }
+    return HEXDATA_AddData(static_cast<uint32_t>(address), data);
+}
+
+const char* setBase(uint32_t& base, unsigned shift, std::span<const uint8_t> data) {
+    if (data.size() < 2) {
+        return kRecordTooShort;
+    }
+    base = static_cast<uint32_t>(data[0] << 8 | data[1]) << shift;
+    return nullptr;
+}
+
+const char* applyRecord(uint8_t type, uint16_t offset, std::span<const uint8_t> data,
+                        IntelBase& base) {
+    switch (type) {
+    case TYPE_DATA:
+        return addData(base, offset, data);
+    case TYPE_SEGMENT:
+        return setBase(base.segment, 4, data);
+    case TYPE_LINEAR:
+    case TYPE_LINEAR_OLD:
+        return setBase(base.linear, 16, data);
+    case TYPE_END:
+    case TYPE_START_SEGMENT:
+    case TYPE_START_LINEAR:
+        return nullptr;
+    default:
+        return "Unknown record !";
+    }
+}
+
+} // namespace
+
+void _ReadIntelRecord(RecordReader& reader, IntelBase& base) {
+    reader.expect(':');
+    reader.startChecksum();
+    std::array<uint8_t, 4> head{}; // count, address, type
+    reader.takeBytes(head);
+    std::array<uint8_t, 255> room;
+    const std::span data(room.data(), head[0]);
+    reader.takeBytes(data);
+    reader.takeByte();
+    if (reader.error() == nullptr && reader.checksum() != 0) {
+        reader.fail(kChecksumError);
+    }
+    if (reader.error() != nullptr) {
+        return;
+    }
+    const auto offset = static_cast<uint16_t>(head[1] << 8 | head[2]);
+    if (const char* error = applyRecord(head[3], offset, data, base)) {
+        reader.fail(error);
+    }
+}

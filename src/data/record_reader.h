@@ -1,0 +1,55 @@
+// The text of a program file as its record readers see it: a window that slides over the file, the
+// line number, the checksum of the record being read and the first error. Every read after an error
+// yields 0 and moves nothing, so that a record's reads may follow one another.
+#pragma once
+
+#include "platform/files.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+// The longest record that is looked at in one piece: start, 256 bytes in hex digits and a line end.
+inline constexpr size_t kLongestRecord = 1000; // characters
+inline constexpr char kUnexpectedCharacter[] = "Unexpected character";
+inline constexpr char kChecksumError[] = "CheckSum error !";
+inline constexpr char kRecordTooShort[] = "Record too short !";
+
+class RecordReader {
+public:
+    explicit RecordReader(FileReader& file);
+
+    // Sees to it that the whole next record stands in the window.
+    void refill();
+    bool atEndOfFile() const { return position_ == end_; }
+    // Ctrl-Z, or the end of the file.
+    bool atEndOfData() const;
+    char peek() const { return window_[position_]; } // NUL at the end of the file
+
+    // Steps over `character`, or sets the error.
+    void expect(char character);
+    char takeType(); // any character but a control character
+    void startChecksum() { checksum_ = 0; }
+    uint8_t checksum() const { return checksum_; }
+    uint8_t takeByte();
+    uint16_t takeWord();
+    void takeBytes(std::span<uint8_t> bytes);
+    // Steps over what ends a line: one or two of CR and LF; the last line may do without.
+    void takeLineEnd();
+
+    // The first error of the file, null while there is none.
+    const char* error() const { return error_; }
+    void fail(const char* error);
+    int line() const { return lineEnds_ + 1; }
+
+private:
+    FileReader& file_;
+    std::vector<char> window_; // a NUL stands behind the filled part, and room for a record
+    size_t position_ = 0;
+    size_t end_ = 0;
+    bool fileEnded_ = false;
+    int lineEnds_ = 0;
+    uint8_t checksum_ = 0;
+    const char* error_ = nullptr;
+};

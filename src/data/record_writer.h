@@ -1,0 +1,32 @@
+// The text of a program file as it is written: records of hex digits, collected in a large buffer
+// on their way to the file. After a failed write nothing more is written.
+#pragma once
+
+#include "platform/files.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+inline constexpr uint32_t kRecordData = 32; // data bytes of a record at most
+
+class RecordWriter {
+public:
+    explicit RecordWriter(FileReplacer& file);
+
+    // One line: `start`, then the head, the data and the checksum in hex digits. The checksum is
+    // the complement of the sum of head and data: the two's when `negated`, else the ones'.
+    void record(std::string_view start, std::span<const uint8_t> head,
+                std::span<const uint8_t> data, bool negated);
+    // Hands over the rest and puts the file in its place. False when anything failed on the way.
+    bool finish();
+
+private:
+    void flush();
+
+    FileReplacer& file_;
+    std::string buffer_;
+    size_t used_ = 0;
+    bool failed_ = false;
+};

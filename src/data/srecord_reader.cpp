@@ -1,0 +1,60 @@
+#include "data/hexdata.h"
+#include "data/program_reader.h"
+#include "notice/error.h"
+#include "notice/run.h"
+#include "platform/format.h"
+
+#include <array>
+
+namespace {
+
+// Nobody sees the question of an unattended run in its place, so there it says what it is about.
+bool useInSpiteOfChecksum(int line) {
+    std::string question = "Continue and ignore ?";
+    if (RUN_IsUnattended()) {
+        question += formatText(" (line %d)", line);
+    }
+    return ERROR_Ask(nullptr, question, "Checksum error !", BOX_YES_NO) == ANSWER_YES;
+}
+
+// The bytes of an address in a record of data, 0 in any other.
+size_t addressLength(char type) {
+    return type >= '1' && type <= '3' ? static_cast<size_t>(type - '0') + 1 : 0;
+}
+
+// `content` is address, data and checksum.
+const char* addRecord(size_t addressBytes, std::span<const uint8_t> content) {
+    if (content.size() < addressBytes + 1) {
+        return kRecordTooShort;
+    }
+    uint32_t address = 0;
+    for (const uint8_t byte : content.first(addressBytes)) {
+        address = address << 8 | byte;
+    }
+    return HEXDATA_AddData(address,
+                           content.subspan(addressBytes, content.size() - addressBytes - 1));
+}
+
+} // namespace
+
+void _ReadSRecord(RecordReader& reader) {
+    reader.expect('S');
+    reader.startChecksum();
+    const char type = reader.takeType();
+    std::array<uint8_t, 255> room;
+    const std::span content(room.data(), reader.takeByte());
+    reader.takeBytes(content);
+    if (reader.error() != nullptr) {
+        return;
+    }
+    if (reader.checksum() != 0xFF && !useInSpiteOfChecksum(reader.line())) {
+        return;
+    }
+    const size_t addressBytes = addressLength(type);
+    if (addressBytes == 0) {
+        return;
+    }
+    if (const char* error = addRecord(addressBytes, content)) {
+        reader.fail(error);
+    }
+}

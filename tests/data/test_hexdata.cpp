@@ -1,0 +1,239 @@
+#include "data/area_map.h"
+#include "data/checksum.h"
+#include "data/hexdata.h"
+#include "support/reports.h"
+
+#include <gtest/gtest.h>
+#include <map>
+#include <random>
+
+namespace {
+
+using Model = std::map<uint32_t, uint8_t>;
+
+// The model's areas as (start, length) pairs, and the image's; equal when the image keeps to areas
+// that neither overlap nor touch.
+using Areas = std::vector<std::pair<uint32_t, uint32_t>>;
+
+Areas areasOf(const Model& model) {
+    Areas areas;
+    for (const auto& [address, byte] : model) {
+        if (!areas.empty() && areas.back().first + areas.back().second == address) {
+            ++areas.back().second;
+        } else {
+            areas.emplace_back(address, 1);
+        }
+    }
+    return areas;
+}
+
+Areas areasOfImage() {
+    Areas areas;
+    for (const AreaInfo& area : HEXDATA_GetAreas()) {
+        areas.emplace_back(area.start, area.length);
+    }
+    return areas;
+}
+
+Model bytesOfImage() {
+    Model model;
+    uint32_t address = 0;
+    const uint8_t* data = nullptr;
+    while (const uint32_t count = HEXDATA_GetData(address, data)) {
+        for (uint32_t i = 0; i < count; ++i) {
+            model[address + i] = data[i];
+        }
+        address += count;
+        if (address == 0) {
+            break; // the area ended with the address space
+        }
+    }
+    return model;
+}
+
+std::vector<uint8_t> randomBytes(std::mt19937& random, size_t count) {
+    std::vector<uint8_t> bytes(count);
+    for (uint8_t& byte : bytes) {
+        byte = static_cast<uint8_t>(random());
+    }
+    return bytes;
+}
+
+class HexData : public testing::Test {
+protected:
+    HexData() { HEXDATA_Reset(); }
+    ~HexData() override { HEXDATA_Reset(); }
+
+    static void add(uint32_t start, uint32_t last) {
+        HEXDATA_AddData(start, std::vector<uint8_t>(last - start + 1, uint8_t(start)));
+    }
+    Reports reports;
+};
+
+} // namespace
+
+TEST_F(HexData, TouchingAreasJoinAndQueriesFollow) {
+    EXPECT_TRUE(HEXDATA_IsEmpty());
+    EXPECT_EQ(HEXDATA_GetFirstAddr() + HEXDATA_GetLastAddr() + HEXDATA_GetNumAreas(), 0u);
+    add(0x00, 0x0F);
+    add(0x20, 0x2F);
+    EXPECT_EQ(areasOfImage(), (Areas{{0, 16}, {0x20, 16}}));
+    add(0x10, 0x1F);
+    EXPECT_EQ(areasOfImage(), (Areas{{0, 48}}));
+    HEXDATA_DeleteRange(0x18, 16);
+    EXPECT_EQ(areasOfImage(), (Areas{{0, 0x18}, {0x28, 8}}));
+    HEXDATA_DeleteRange(0x00, 0);
+    EXPECT_EQ(HEXDATA_GetNumBytes(), 0x20u);
+    EXPECT_EQ(HEXDATA_GetLastAddr(), 0x2Fu);
+
+    std::vector<uint8_t> copy(6, 0xEE);
+    bool held[6] = {};
+    HEXDATA_Copy(0x15, copy, held);
+    EXPECT_EQ(copy, (std::vector<uint8_t>{0x10, 0x10, 0x10, 0xEE, 0xEE, 0xEE}));
+    EXPECT_TRUE(held[0] && held[2] && !held[3] && !held[5]);
+    uint32_t address = 0x18;
+    const uint8_t* data = nullptr;
+    EXPECT_EQ(HEXDATA_GetData(address, data), 8u);
+    EXPECT_EQ(address, 0x28u);
+    address = 0x30;
+    EXPECT_EQ(HEXDATA_GetData(address, data), 0u);
+}
+
+TEST_F(HexData, OverlapsAreAskedAboutUntilAgreedTo) {
+    add(0x10, 0x2F);
+    reports.answer = ANSWER_CANCEL;
+    EXPECT_STREQ(HEXDATA_AddData(0x2F, std::vector<uint8_t>{1, 2}), kMultipleDefinitions);
+    EXPECT_EQ(HEXDATA_GetAddError(), "Multiple definitions for same address !");
+    EXPECT_EQ(areasOfImage(), (Areas{{0x10, 0x20}}));
+    HEXDATA_ClearAddError();
+    reports.answer = ANSWER_OK;
+    add(0x08, 0x13);
+    add(0x2F, 0x3F);
+    EXPECT_EQ(HEXDATA_GetAddError(), "");
+    EXPECT_EQ(areasOfImage(), (Areas{{0x08, 0x38}}));
+    EXPECT_EQ(bytesOfImage()[0x13], 0x08);
+    EXPECT_EQ(bytesOfImage()[0x2F], 0x2F);
+    EXPECT_EQ(reports.questions,
+              std::vector<std::string>(2, "Overlapping record problem: Areas overlap   ...\n"
+                                          "Overwrite existing data and continue ?"));
+}
+
+TEST_F(HexData, StaysWithinTheAddressSpace) {
+    add(0xFFFFFFF0, 0xFFFFFFFF);
+    EXPECT_EQ(HEXDATA_GetLastAddr(), 0xFFFFFFFFu);
+    EXPECT_STREQ(HEXDATA_AddData(0xFFFFFFEF, std::vector<uint8_t>(18)), kPastAddressSpace);
+    add(0x100, 0x1FF);
+    EXPECT_FALSE(HEXDATA_Relocate(1));
+    EXPECT_FALSE(HEXDATA_Relocate(-0x101));
+    EXPECT_TRUE(HEXDATA_Relocate(-0x100));
+    EXPECT_EQ(areasOfImage(), (Areas{{0, 0x100}, {0xFFFFFEF0, 16}}));
+    HEXDATA_DeleteRange(0x80, UINT64_MAX);
+    EXPECT_FALSE(HEXDATA_Relocate(-0x10)) << "it would tear the area";
+    EXPECT_TRUE(HEXDATA_Relocate(-0x80));
+    EXPECT_EQ(areasOfImage(), (Areas{{0xFFFFFF80, 0x80}})) << "all of it passed address 0";
+    bool restart = true;
+    HEXDATA_CalcSum(0xFFFFFFFE, 4, restart, 0x11);
+    EXPECT_EQ(HEXDATA_GetChecksum(), 0x22);
+}
+
+// Random operations, compared with a plain map of bytes after each of them. Addresses crowd around
+// both ends of the address space, so that ranges overlap, touch and join often.
+TEST_F(HexData, AgreesWithAMapOfBytes) {
+    reports.answer = ANSWER_OK;
+    std::mt19937 random(20240607);
+    Model model;
+    for (int step = 0; step < 6000; ++step) {
+        const uint32_t base = random() % 2 == 0 ? 0 : 0xFFFFFE00;
+        const uint32_t start = base + random() % 512;
+        const auto length = static_cast<uint32_t>(
+            std::min<uint64_t>(1 + random() % 24, kAddressSpace - uint64_t{start}));
+        if (random() % 5 < 3) {
+            const std::vector<uint8_t> bytes = randomBytes(random, length);
+            HEXDATA_AddData(start, bytes);
+            for (uint32_t i = 0; i < length; ++i) {
+                model[start + i] = bytes[i];
+            }
+        } else {
+            HEXDATA_DeleteRange(start, length * 4);
+            const uint64_t end = start + uint64_t{length} * 4;
+            model.erase(model.lower_bound(start),
+                        end < kAddressSpace ? model.lower_bound(uint32_t(end)) : model.end());
+        }
+        ASSERT_EQ(areasOfImage(), areasOf(model)) << "step " << step;
+        ASSERT_EQ(bytesOfImage(), model) << "step " << step;
+        ASSERT_EQ(HEXDATA_GetNumBytes(), model.size()) << "step " << step;
+        ASSERT_EQ(HEXDATA_GetNumAreas(), areasOf(model).size()) << "step " << step;
+    }
+}
+
+// Every order of additions and deletions costs about the same; a linear walk or a copy of the whole
+// area for each record would take minutes here.
+TEST_F(HexData, ManyRecordsInAnyOrderAreQuick) {
+    constexpr uint32_t kRecords = 200000;
+    const std::vector<uint8_t> record(32, 0x5A);
+    const auto evenThenOdd = [](uint32_t i) {
+        return i < kRecords / 2 ? 2 * i : 2 * (i - kRecords / 2) + 1;
+    };
+    for (uint32_t i = 0; i < kRecords; ++i) {
+        HEXDATA_AddData(32 * (kRecords - 1 - i), record);
+    }
+    EXPECT_EQ(areasOfImage(), (Areas{{0, 32 * kRecords}}));
+    for (uint32_t i = 0; i < kRecords / 2; ++i) {
+        HEXDATA_DeleteRange(64 * i + 32, 32);
+    }
+    EXPECT_EQ(HEXDATA_GetNumAreas(), kRecords / 2);
+    reports.answer = ANSWER_OK;
+    for (uint32_t i = 0; i < kRecords; ++i) {
+        HEXDATA_AddData(32 * evenThenOdd(i), record);
+    }
+    EXPECT_EQ(areasOfImage(), (Areas{{0, 32 * kRecords}}));
+}
+
+TEST_F(HexData, ChecksumsCountGapsAsFill) {
+    HEXDATA_AddData(0x01, std::vector<uint8_t>{0x12});
+    bool restart = true;
+    HEXDATA_CalcSum(0, 4, restart, 0xFF);
+    EXPECT_EQ(HEXDATA_GetChecksum(), 0x030F);
+    EXPECT_EQ(HEXDATA_GetChecksumLabel(), "SUM:");
+    EXPECT_FALSE(restart);
+    HEXDATA_CalcSum(1, 1, restart, 0xFF);
+    EXPECT_EQ(HEXDATA_GetChecksum(), 0x0321);
+    restart = true;
+    HEXDATA_CalcCRC(0, 0, restart, 0xFF);
+    EXPECT_EQ(HEXDATA_GetChecksum(), 0xFFFF);
+    EXPECT_EQ(HEXDATA_GetChecksumLabel(), "CRC:");
+    // The definition, bit by bit, for one byte: 0xFFFF * x^8 leaves 0x1EF0 + 0xFF00, by hand.
+    HEXDATA_CalcCRC(1, 1, restart, 0xFF);
+    EXPECT_EQ(HEXDATA_GetChecksum(), 0x1EF0 ^ 0xFF00 ^ 0x12);
+}
+
+// The fast forms against the plain definition: T[crc >> 8] ^ (crc << 8) ^ byte.
+TEST(Checksum, FastFormsEqualThePlainOnes) {
+    const auto plainStep = [](uint16_t crc, uint8_t byte) {
+        uint32_t entry = crc & 0xFF00u;
+        for (int bit = 0; bit < 8; ++bit) {
+            entry = (entry << 1) ^ ((entry & 0x8000) != 0 ? 0x11021u : 0);
+        }
+        return static_cast<uint16_t>(entry ^ static_cast<uint32_t>(crc << 8) ^ byte);
+    };
+    ASSERT_EQ(plainStep(0x0100, 0), 0x1021);
+    std::mt19937 random(7);
+    for (int round = 0; round < 400; ++round) {
+        const size_t count = random() % 70;
+        const std::vector<uint8_t> bytes = randomBytes(random, count);
+        const auto start = static_cast<uint16_t>(random());
+        const auto fill = static_cast<uint8_t>(random());
+        uint16_t crc = start;
+        uint16_t fillCrc = start;
+        uint16_t sum = start;
+        for (const uint8_t byte : bytes) {
+            crc = plainStep(crc, byte);
+            fillCrc = plainStep(fillCrc, fill);
+            sum = static_cast<uint16_t>(sum + byte);
+        }
+        ASSERT_EQ(CHECKSUM_Crc(start, bytes), crc) << count;
+        ASSERT_EQ(CHECKSUM_Sum(start, bytes), sum) << count;
+        ASSERT_EQ(CHECKSUM_CrcOfFill(start, fill, count), fillCrc) << count;
+        ASSERT_EQ(CHECKSUM_SumOfFill(start, fill, count), uint16_t(start + fill * count));
+    }
+}

@@ -1,0 +1,262 @@
+#include "data/hexdata.h"
+#include "data/program_file.h"
+#include "notice/run.h"
+#include "persist/hex_text.h"
+#include "platform/format.h"
+#include "support/reports.h"
+#include "support/temp_folder.h"
+
+#include <algorithm>
+#include <csignal>
+#include <gtest/gtest.h>
+#include <random>
+#include <sstream>
+#include <sys/resource.h>
+
+using std::string_literals::operator""s;
+
+namespace {
+
+// The image as "10:AABB 40:CC".
+std::string imageText() {
+    std::string text;
+    for (const AreaInfo& area : HEXDATA_GetAreas()) {
+        std::vector<uint8_t> bytes(area.length);
+        HEXDATA_Copy(area.start, bytes, {});
+        text += formatText(text.empty() ? "%X:" : " %X:", area.start) + HEXTEXT_FromBytes(bytes);
+    }
+    return text;
+}
+
+class ProgramFile : public testing::Test {
+protected:
+    ProgramFile() {
+        RUN_Reset();
+        HEXDATA_Reset();
+    }
+    ~ProgramFile() override {
+        RUN_Reset();
+        HEXDATA_Reset();
+    }
+
+    // What loading a file of this text leaves: the image or, after a fault, the report.
+    std::string load(const std::string& text) {
+        writeFile(path, text);
+        const bool loaded = PROGRAMFILE_Load(path);
+        const std::string report = reports.take();
+        EXPECT_EQ(loaded, report.empty()) << text.substr(0, 80);
+        EXPECT_TRUE(loaded || HEXDATA_IsEmpty()) << text.substr(0, 80);
+        return loaded ? imageText() : report;
+    }
+    std::string saved(int type) {
+        EXPECT_TRUE(PROGRAMFILE_Save(path, type));
+        return readFile(path);
+    }
+
+    TempFolder folder;
+    std::filesystem::path path = folder / "program";
+    Reports reports;
+};
+
+constexpr char kData[] = ":0100100012DD\r\n"; // 0x12 at 0x10
+
+} // namespace
+
+TEST_F(ProgramFile, ReadsWellFormedFiles) {
+    const std::pair<std::string, const char*> cases[] = {
+        {kData, "10:12"},
+        {":0100100012DD\n:0100200034AB\n", "10:12 20:34"},
+        {":0100100012DD\r:0100200034ab\r", "10:12 20:34"},
+        {":0100100012DD\n\r:0100200034AB", "10:12 20:34"},
+        {":00000001FF\r\n:0100100012DD\r\n", "10:12"},
+        {kData + "\x1A no more records"s, "10:12"},
+        {":00001000F0\r\n"s + kData, "10:12"},
+        {":020000040001F9\r\n"s + kData, "10010:12"},
+        {":020000FF0001FE\n"s + kData, "10010:12"},
+        {":020000021000EC\r\n"s + kData, "10010:12"},
+        {":020000040001F9\r\n:020000021000EC\r\n"s + kData, "20010:12"},
+        {":0400000300003800C1\r\n:04000005000000CD2A\r\n"s + kData, "10:12"},
+        {":02FFFF001122CD", "FFFF:1122"},
+        {":02000004FFFFFC\n:01FFFF0011F0\n", "FFFFFFFF:11"},
+        {"S00600004844521B\r\nS1040010AB40\r\nS9030000FC\r\n", "10:AB"},
+        {"S205123456abb3\nS30612345678AB3A", "123456:AB 12345678:AB"},
+        {"S10300C03C\nS501FE\nSZ0201FC\nS10400C1AB8F\n", "C1:AB"},
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(load(text), expected) << text;
+        EXPECT_EQ(HEXDATA_GetFileType(), text[0] == 'S' ? FILETYPE_SRECORD : FILETYPE_INTEL);
+    }
+}
+
+TEST_F(ProgramFile, NamesTheLineOfTheFirstFault) {
+    const std::string anyCase = "Expected Hex character : 0..9, A..F";
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "Can not identify file type"},
+        {" :00000001FF", "Can not identify file type"},
+        {"\n:00000001FF", "Can not identify file type"},
+        {"\0:00000001FF"s, "Can not identify file type"},
+        {":0100100012DD :", "Error in line 1: Expected CR or LF"},
+        {kData + "\0"s + kData, "Error in line 2: Unexpected character"},
+        {":0100100012DD\0\r\n"s + kData, "Error in line 1: Expected CR or LF"},
+        {kData + "\r\n"s + kData, "Error in line 2: Unexpected character"},
+        {kData + "S9030000FC"s, "Error in line 2: Unexpected character"},
+        {kData + ":0100110012DD\r\n"s, "Error in line 2: CheckSum error !"},
+        {kData + ":01001G0012DD\r\n"s, "Error in line 2: " + anyCase},
+        {kData + ":01001100"s, "Error in line 2: " + anyCase},
+        {":", "Error in line 1: " + anyCase},
+        {":0100\0"
+         "0012DD"s,
+         "Error in line 1: " + anyCase},
+        {":0100000601F8", "Error in line 1: Unknown record !"},
+        {":00000002FE", "Error in line 1: Record too short !"},
+        {":0100000400FB", "Error in line 1: Record too short !"},
+        {":020000040001F9\n\n:0100100012DD\n:0100100012DD\n"s,
+         "Error in line 3: Multiple definitions for same address !"},
+        {kData + ":0100200034AB\r\n"s + kData,
+         "Error in line 3: Multiple definitions for same address !"},
+        {":02000004FFFFFC\n:02FFFF001122CD\n", "Error in line 2: Data beyond address 0xFFFFFFFF !"},
+        {":02000004FFFFFC\n:02000002FFFFFE\n"s + kData,
+         "Error in line 3: Data beyond address 0xFFFFFFFF !"},
+        {"S", "Error in line 1: Unexpected character"},
+        {"S\r\n", "Error in line 1: Unexpected character"},
+        {"S1", "Error in line 1: " + anyCase},
+        {"S1040010AB4", "Error in line 1: " + anyCase},
+        {"S1040010AB40x", "Error in line 1: Expected CR or LF"},
+        {"S9030000FC\n:", "Error in line 2: Unexpected character"},
+        {"S10200FD", "Error in line 1: Record too short !"},
+        {"S2031234B6", "Error in line 1: Record too short !"},
+        {"S307FFFFFFFF0102F9", "Error in line 1: Data beyond address 0xFFFFFFFF !"},
+        {"S306FFFFFFFF01FC\nS306FFFFFFFF01FC",
+         "Error in line 2: Multiple definitions for same address !"},
+        {":" + std::string(10'000'000, '0'), "Error in line 1: Expected CR or LF"},
+        {std::string(10'000'000, 'S'), "Error in line 1: " + anyCase},
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(load(text), expected) << text.substr(0, 80);
+    }
+}
+
+TEST_F(ProgramFile, AsksAboutWrongSRecordChecksums) {
+    const std::string text = "S1040010AB40\nS1040011EEFD\nS1040012AB3E\n";
+    const std::string question = "Checksum error !: Continue and ignore ?";
+    EXPECT_EQ(load(text), "10:AB 12:AB");
+    reports.answer = ANSWER_YES;
+    EXPECT_EQ(load(text), "10:ABEEAB");
+    RUN_SetUnattended(true);
+    reports.answer = ANSWER_NONE;
+    EXPECT_EQ(load(text), "10:AB 12:AB");
+    EXPECT_EQ(reports.questions,
+              (std::vector<std::string>{question, question, question + " (line 2)"}));
+}
+
+TEST_F(ProgramFile, MergesAndClearsAfterAFault) {
+    EXPECT_EQ(load(kData), "10:12");
+    writeFile(path, "S1040020CD0E");
+    EXPECT_TRUE(PROGRAMFILE_Merge(path));
+    EXPECT_EQ(imageText(), "10:12 20:CD");
+    EXPECT_TRUE(PROGRAMFILE_Merge(folder / "missing"));
+    EXPECT_FALSE(PROGRAMFILE_Load(folder / "missing"));
+    EXPECT_EQ(reports.take(), "File not found\nFile not found");
+    EXPECT_FALSE(PROGRAMFILE_Load(folder.path()));
+    EXPECT_FALSE(PROGRAMFILE_Merge(folder.path()));
+    EXPECT_EQ(reports.take(), "OnFileOpen: Invalid file handle\nOnFileOpen: Invalid file handle");
+    writeFile(path, "nonsense");
+    EXPECT_FALSE(PROGRAMFILE_Merge(path));
+    EXPECT_EQ(imageText(), "10:12 20:CD") << "nothing was touched so far";
+    writeFile(path, "S1040030CDFE\nS1");
+    EXPECT_FALSE(PROGRAMFILE_Merge(path));
+    EXPECT_TRUE(HEXDATA_IsEmpty());
+}
+
+TEST_F(ProgramFile, WritesTheRecordsThatTheAddressesNeed) {
+    struct Case {
+        uint32_t start, count;
+        const char* intel; // record heads up to the type, and whole address records
+        const char* motorola;
+    };
+    const Case cases[] = {
+        {0x1000, 40, "20100000 08102000", "S1231000 S10B1020"},
+        {0x20000, 32, ":020000022000DC 20000000", "S224020000"},
+        {0x200000, 32, ":020000040020DA 20000000", "S224200000"},
+        {0xFF00, 64, "20FF0000 :020000020FF2FB 20000000", "S123FF00 S123FF20"},
+        {0xFFE0, 64, ":020000020FFEEF 20000000 20002000", "S123FFE0 S224010000"},
+        {0xFFF0, 32, ":020000020FFFEE 20000000", "S22400FFF0"},
+        {0xFFFFF0, 32, ":0200000400FFFB 20FFF000", "S32500FFFFF0"},
+        {0xFFFFFFFE, 2, ":02000004FFFFFC 02FFFE00", "S307FFFFFFFE"},
+    };
+    for (const Case& c : cases) {
+        HEXDATA_Clear();
+        HEXDATA_AddData(c.start, std::vector<uint8_t>(c.count));
+        std::string heads;
+        std::istringstream intel(saved(FILETYPE_INTEL));
+        for (std::string line; std::getline(intel, line) && line != ":00000001FF\r";) {
+            heads += heads.empty() ? "" : " ";
+            heads += line.substr(7, 2) == "00" ? line.substr(1, 8) : line.substr(0, 15);
+        }
+        EXPECT_EQ(heads, c.intel);
+        std::istringstream motorola(saved(FILETYPE_SRECORD));
+        heads.clear();
+        for (std::string line; std::getline(motorola, line) && line != "S9030000FC\r";) {
+            heads += heads.empty() ? "" : " ";
+            heads += line.substr(0, 6 + 2 * static_cast<size_t>(line[1] - '0'));
+        }
+        EXPECT_EQ(heads, c.motorola);
+    }
+    HEXDATA_Clear();
+    EXPECT_EQ(saved(FILETYPE_INTEL), ":00000001FF\r\n");
+    EXPECT_EQ(saved(FILETYPE_SRECORD), "S9030000FC\r\n");
+    HEXDATA_AddData(0xFFF00, std::vector<uint8_t>{0xAB});
+    HEXDATA_AddData(0x120000, std::vector<uint8_t>{0xCD});
+    HEXDATA_AddData(0x140000, std::vector<uint8_t>{0xEF});
+    EXPECT_EQ(saved(FILETYPE_INTEL), ":02000002FFF00D\r\n:01000000AB54\r\n:020000020000FC\r\n"
+                                     ":020000040012E8\r\n:01000000CD32\r\n:020000040014E6\r\n"
+                                     ":01000000EF10\r\n:00000001FF\r\n");
+}
+
+TEST_F(ProgramFile, AnOldFileOutlivesAFailedSave) {
+    HEXDATA_AddData(0, std::vector<uint8_t>{1});
+    writeFile(path, "old");
+    EXPECT_FALSE(PROGRAMFILE_Save(path, 3));
+    EXPECT_EQ(readFile(path), "old");
+    EXPECT_FALSE(PROGRAMFILE_Save(folder / "new", 3));
+    EXPECT_EQ(std::filesystem::file_size(folder / "new"), 0u);
+    EXPECT_EQ(reports.take(),
+              "INTERNAL Error: Unknown file type ...\nINTERNAL Error: Unknown file type ...");
+    EXPECT_FALSE(PROGRAMFILE_Save(folder / "no" / "such", FILETYPE_INTEL));
+    EXPECT_FALSE(PROGRAMFILE_Save(folder.path(), FILETYPE_INTEL));
+    EXPECT_EQ(reports.take(), "File not found\nOnFileOpen: Invalid file handle");
+
+    HEXDATA_AddData(0x100, std::vector<uint8_t>(1 << 20));
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit full{1 << 19, before.rlim_max}; // the disk is full after half a MiB
+    setrlimit(RLIMIT_FSIZE, &full);
+    EXPECT_FALSE(PROGRAMFILE_Save(path, FILETYPE_INTEL));
+    setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(reports.take(), "Error writing file");
+    EXPECT_EQ(readFile(path), "old");
+    const std::filesystem::directory_iterator entries(folder.path());
+    EXPECT_EQ(std::distance(begin(entries), end(entries)), 2) << "no temporary file is left";
+}
+
+TEST_F(ProgramFile, RandomImagesReadBackEqualInBothFormats) {
+    std::mt19937 random(41);
+    for (int round = 0; round < 60; ++round) {
+        HEXDATA_Clear();
+        const int areas = static_cast<int>(random() % 40);
+        for (int i = 0; i < areas; ++i) {
+            // As many small addresses as large ones: the formats change with the magnitude.
+            const auto start = static_cast<uint32_t>(random()) >> (random() % 28);
+            std::vector<uint8_t> bytes(
+                std::min<uint64_t>(1 + random() % 300, (uint64_t{1} << 32) - start));
+            std::ranges::generate(bytes, [&] { return static_cast<uint8_t>(random()); });
+            reports.answer = ANSWER_OK;
+            HEXDATA_AddData(start, bytes);
+        }
+        const std::string before = imageText();
+        for (const int type : {FILETYPE_INTEL, FILETYPE_SRECORD}) {
+            ASSERT_EQ(load(saved(type)), before) << "round " << round << " type " << type;
+        }
+    }
+}

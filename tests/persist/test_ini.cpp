@@ -1,0 +1,177 @@
+#include "persist/ini.h"
+#include "platform/files.h"
+#include "support/reports.h"
+#include "support/temp_folder.h"
+
+#include <array>
+#include <gtest/gtest.h>
+
+using std::string_literals::operator""s;
+
+namespace {
+
+// A program folder with a settings file, loaded.
+class Ini : public testing::Test {
+protected:
+    Ini() { FILES_SetProgramPath(folder / "tool"); }
+    ~Ini() override { FILES_SetProgramPath({}); }
+
+    void load(const std::string& text) {
+        writeFile(folder / "tool.ini", text);
+        INI_Load();
+    }
+    std::string file() const { return readFile(folder / "tool.ini"); }
+    // A report of the settings file with its path in front.
+    std::string inFile(const std::string& rest) const {
+        return (folder / "tool.ini").string() + rest;
+    }
+
+    TempFolder folder;
+    Reports reports;
+};
+
+} // namespace
+
+TEST_F(Ini, WritesEachFormUnderItsSectionLineTheLastOneFirst) {
+    INI_Load();
+    int32_t value = 77;
+    INI_ReadInt("Settings LOG", "Nothing", value);
+    EXPECT_EQ(value, 77);
+    INI_WriteRect("Settings LOG", "Rect", {-4, -4, 800, 600});
+    EXPECT_EQ(file(), "[Settings LOG]\r\nRect = -4, -4, 800, 600\r\n");
+
+    INI_WriteInt("Settings MAINFRAME", "ShowLog", 1);
+    INI_WriteInt("Settings MAINFRAME", "ShowDevice", 0);
+    INI_WriteInt("Settings MAINFRAME", "ShowLog", -2);
+    INI_WriteIntArray("Settings LOG", "Header", std::array{10, 20, 30});
+    INI_WriteString("Settings LOG", "Value", std::array<uint8_t, 2>{0x01, 0xAB});
+    EXPECT_EQ(file(), "[Settings LOG]\r\nValue=\"01AB\"\r\nHeader[3] = 10, 20, 30\r\n"
+                      "Rect = -4, -4, 800, 600\r\n"
+                      "[Settings MAINFRAME]\r\nShowLog = -2\r\nShowDevice = 0\r\n");
+
+    INI_Load();
+    int32_t rect[4] = {};
+    std::array<int32_t, 5> header = {1, 2, 3, 4, 5};
+    std::array<uint8_t, 3> bytes = {9, 9, 9};
+    INI_ReadRect("Settings LOG", "Rect", rect);
+    INI_ReadIntArray("Settings LOG", "Header", header);
+    INI_ReadString("Settings LOG", "Value", bytes);
+    INI_ReadInt("Settings MAINFRAME", "ShowLog", value);
+    EXPECT_EQ(std::to_array(rect), (std::array<int32_t, 4>{-4, -4, 800, 600}));
+    EXPECT_EQ(header, (std::array<int32_t, 5>{10, 20, 30, 4, 5}));
+    EXPECT_EQ(bytes, (std::array<uint8_t, 3>{1, 0xAB, 0}));
+    EXPECT_EQ(value, -2);
+
+    INI_DeleteKey("Settings LOG", "Header");
+    INI_DeleteKey("Settings LOG", "NoSuchKey");
+    EXPECT_EQ(file().find("Header"), std::string::npos);
+    EXPECT_EQ(reports.take(), "");
+}
+
+TEST_F(Ini, FindsSectionsAndKeysInFilesWrittenByHand) {
+    load("");
+    INI_WriteInt("New", "Key", 1);
+    EXPECT_EQ(file(), "//\r\n// Calvorin ini file\r\n//\r\n\r\n[New]\r\nKey = 1\r\n");
+
+    load("Key = 1\n[settings log]\nKey = 2\n[Settings LOG]\n\n  Key\t=\t3\n[Other]\nLast = 4");
+    int32_t key = 0;
+    int32_t last = 0;
+    INI_ReadInt("Settings LOG", "Key", key);
+    INI_ReadInt("Settings LOG", "Last", last);
+    EXPECT_EQ(key, 3);
+    EXPECT_EQ(last, 0) << "the section ends at the next one";
+    INI_ReadInt("Other", "La", last);
+    EXPECT_EQ(reports.take(), inFile(", line 8: Expected '=', got 's'"))
+        << "a key is the beginning of a line";
+
+    load("[A]\n[B]");
+    INI_WriteInt("B", "Key", 5);
+    INI_WriteInt("C", "Key", 6);
+    EXPECT_EQ(file(), "[A]\n[B]\r\nKey = 5\r\n[C]\r\nKey = 6\r\n");
+}
+
+TEST_F(Ini, PlainTextsAreMatchedWhole) {
+    load("[Settings PORTS]\nCOM10 = \"/dev/ten\"\nCOM1=\"/dev/one\"\nCOM2 = 5\n");
+    std::string text = "default";
+    INI_ReadText("Settings PORTS", "COM3", text);
+    INI_ReadText("No such section", "COM1", text);
+    EXPECT_EQ(text, "default");
+    INI_ReadText("Settings PORTS", "COM1", text);
+    EXPECT_EQ(text, "/dev/one");
+    INI_ReadText("Settings PORTS", "COM2", text);
+    EXPECT_EQ(text, "/dev/one");
+    EXPECT_EQ(reports.take(), inFile(", line 4: Expected a text in double quotes"));
+}
+
+TEST_F(Ini, ReportsWhatCannotBeReadAndKeepsWhatCameBefore) {
+    load(
+        "[S]\r\nInt = x\r\nRect = 1, 2; 3, 4\r\nArray[5] = 7, 8\r\nOdd=\"123\"\r\nLong=\"0102\"\r\n"
+        "Bad=\"01xx\"\r\nOpen=\"01\r\n");
+    struct Case {
+        const char* key;
+        const char* error;
+        std::vector<int> left; // the values afterwards, which were 9 (0 for byte strings) before
+    };
+    const Case cases[] = {
+        {"Int", ", line 2: Expecting a number", {9}},
+        {"Rect", ", line 3: Expected ',', got ';'", {1, 2, 9, 9}},
+        {"Array", ", line 4: Expected ',', got '\r'", {7, 8, 9}},
+        {"Odd", ", line 5: Odd length is illegal", {0}},
+        {"Long", ", line 6: HexString too long", {0}},
+        {"Bad", ", line 7: Not a hex value", {1, 0}},
+        {"Open", ", line 8: Expected a text in double quotes", {0}},
+    };
+    for (const Case& c : cases) {
+        int32_t rect[4] = {9, 9, 9, 9};
+        std::vector<int32_t> ints(c.left.size(), 9);
+        std::vector<uint8_t> bytes(c.left.size(), 9);
+        std::vector<int> left;
+        if (std::string_view(c.key) == "Int") {
+            INI_ReadInt("S", c.key, ints[0]);
+        } else if (std::string_view(c.key) == "Rect") {
+            INI_ReadRect("S", c.key, rect);
+            ints.assign(rect, rect + 4);
+        } else if (std::string_view(c.key) == "Array") {
+            INI_ReadIntArray("S", c.key, ints);
+        } else {
+            INI_ReadString("S", c.key, bytes);
+            ints.assign(bytes.begin(), bytes.end());
+        }
+        left.assign(ints.begin(), ints.end());
+        EXPECT_EQ(left, c.left) << c.key;
+        EXPECT_EQ(reports.take(), inFile(c.error)) << c.key;
+    }
+}
+
+TEST_F(Ini, FilesThatAreNoSettingsAreReportedAndKept) {
+    const std::string good = "[S]\r\nKey = 5\r\n";
+    const std::string large = good + std::string(kIniCapacity - good.size(), 'x');
+    load(large);
+    EXPECT_EQ(reports.take(),
+              inFile(": a settings file holds fewer than 30000 bytes; it is not used"));
+    INI_WriteInt("S", "Key", 6);
+    EXPECT_EQ(file(), large);
+
+    load(large.substr(0, kIniCapacity - 1));
+    int32_t value = 0;
+    INI_ReadInt("S", "Key", value);
+    EXPECT_EQ(value, 5);
+    INI_WriteInt("S", "Key", 6);
+    EXPECT_EQ(reports.take(), "");
+    INI_WriteInt("S", "Key", 66);
+    EXPECT_EQ(reports.take(),
+              inFile(": no room for \"Key\", a settings file holds fewer than 30000 bytes"));
+    INI_ReadInt("S", "Key", value);
+    EXPECT_EQ(value, 6) << "a refused write changes nothing";
+
+    load("[S]\r\nA\0 = 1\r\n\0B = 2\r\n"s);
+    EXPECT_EQ(reports.take(), inFile(", line 2: NUL byte, left out"));
+    INI_ReadInt("S", "B", value);
+    EXPECT_EQ(value, 2);
+
+    std::filesystem::remove(folder / "tool.ini");
+    std::filesystem::create_directory(folder / "tool.ini");
+    INI_Load();
+    INI_WriteInt("S", "B", 3); // nowhere to go, and no message
+    EXPECT_EQ(reports.take(), inFile(": Is a directory"));
+}

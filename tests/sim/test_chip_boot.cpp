@@ -1,0 +1,285 @@
+#include "sim/chip_bench.h"
+
+namespace {
+
+struct Exchange {
+    std::string send;
+    std::string answer;
+};
+
+struct BootCase {
+    const char* name;
+    const char* device;
+    uint32_t otherRate; // TYPE_A: the rate from the second exchange's answer on; 0 none
+    std::vector<Exchange> exchanges;
+    const char* violations;
+    ChipMode mode;
+};
+
+// The word-by-word conversations, as a host would hold them.
+const std::string kBlankA = "FFC0FFC0" + repeated("FF", 255);
+const std::string kBlankA96 = "027F00027F00" + repeated("FF", 255);
+const std::string kBlankB = repeated("FF", 12) + "0C";
+
+std::vector<BootCase> bootCases() {
+    return {
+        {"TYPE_A handshake with product information",
+         "VT-A60",
+         38400,
+         {{"5A", "5A"},
+          {"07", "07"},
+          {"90", "901000"},
+          {"C0", "404142435654413648494A4B4C4D4E4F50515253"}},
+         "",
+         ChipMode::bootRom},
+        {"TYPE_A loader with timer record",
+         "VT-A60",
+         38400,
+         {{"5A", "5A"},
+          {"07", "07"},
+          {"60", "60"},
+          {kBlankA, ""},
+          {"3A 02 0040 00 0102 BB", ""},
+          {"3A 02 0042 00 1A00 A2", ""},
+          {"3A 00 0000 01 FF", "001D"}},
+         "",
+         ChipMode::loader},
+        {"TYPE_A loader without its timer record",
+         "VT-A60",
+         38400,
+         {{"5A", "5A"},
+          {"07", "07"},
+          {"60", "60"},
+          {kBlankA, ""},
+          {"3A 01 0040 00 01 BE", ""},
+          {"3A 00 0000 01 FF", ""}},
+         "no timer record before the end of the loader\n",
+         ChipMode::bootRom},
+        {"TYPE_A rewrite",
+         "VT-A60",
+         38400,
+         {{"5A", "5A"},
+          {"07", "07"},
+          {"30", "30C1"},
+          {"3A 00 0000 01 FF", "1000"},
+          {"90", "901000"}},
+         "",
+         ChipMode::bootRom},
+        {"TYPE_A erase command, read protection and status",
+         "VT-A96",
+         38400,
+         {{"5A", "5A"},
+          {"07", "07"},
+          {"F0", "F0"},
+          {kBlankA96, ""},
+          {"F1", "8000"},
+          {"FA", "FA"},
+          {kBlankA96, "FB"},
+          {"C3", "C301000000000000"}},
+         "",
+         ChipMode::bootRom},
+        {"TYPE_A record outside the RAM",
+         "VT-A32",
+         38400,
+         {{"5A", "5A"},
+          {"07", "07"},
+          {"60", "60"},
+          {kBlankA, ""},
+          {"3A 01 0840 00 01 B6", ""},
+          {"3A 00 0000 01 FF", ""}},
+         "loader record 0840 outside the RAM\n",
+         ChipMode::bootRom},
+        {"TYPE_A record with a wrong checksum",
+         "VT-A32",
+         38400,
+         {{"5A", "5A"},
+          {"07", "07"},
+          {"60", "60"},
+          {kBlankA, ""},
+          {"3A 01 0040 00 01 BF", ""},
+          {"3A 00 0000 01 FF", ""}},
+         "record with a wrong checksum\n",
+         ChipMode::bootRom},
+        {"TYPE_A commands that the chip lacks",
+         "VT-A32",
+         38400,
+         {{"5A", "5A"}, {"07", "07"}, {"30", ""}, {"C3", ""}},
+         "boot ROM command 30, which the chip does not have\n"
+         "boot ROM command C3, which the chip does not have\n",
+         ChipMode::bootRom},
+        {"TYPE_A host stays at the matching rate",
+         "VT-A32",
+         0,
+         {{"5A", "5A"}, {"07", "07"}, {"90", ""}},
+         "byte sent at 9600 Bd while the chip listens at 38400 Bd\n"
+         "boot ROM command 4D, which the chip does not have\n",
+         ChipMode::bootRom},
+        {"TYPE_A rate without a code",
+         "VT-A32",
+         115200,
+         {{"5A", "5A"}, {"1C", "1C"}, {"90", "908000"}},
+         "",
+         ChipMode::bootRom},
+        {"TYPE_B handshake",
+         "VT-B256",
+         0,
+         {{"86", "86"}, {"20", "20000000"}, {"C0", "56542D423235364748494A4B4C4D4E4F"}},
+         "",
+         ChipMode::bootRom},
+        {"TYPE_B loader",
+         "VT-B128",
+         0,
+         {{"86", "86"},
+          {"10", "10"},
+          {kBlankB, "10"},
+          {"20000000 0004 DC", "10"},
+          {"01020304 F6", "10"}},
+         "",
+         ChipMode::loader},
+        {"TYPE_B checksums",
+         "VT-B128",
+         0,
+         {{"86", "86"},
+          {"10", "10"},
+          {repeated("FF", 12) + "0D", "18"},
+          {"10", "10"},
+          {kBlankB, "10"},
+          {"20000000 0004 DD", "18"},
+          {"10", "10"},
+          {kBlankB, "10"},
+          {"20000000 0004 DC", "10"},
+          {"01020304 F7", "18"}},
+         "password block with a wrong checksum\nblock header with a wrong checksum\n"
+         "loader data with a wrong checksum\n",
+         ChipMode::bootRom},
+        {"TYPE_B block outside the RAM",
+         "VT-B128",
+         0,
+         {{"86", "86"}, {"10", "10"}, {kBlankB, "10"}, {"20001FFE 0004 BF", "18"}},
+         "loader block 20001FFE, 4 bytes, outside the RAM\n",
+         ChipMode::bootRom},
+        {"TYPE_B rewrite version 0",
+         "VT-B128",
+         0,
+         {{"86", "86"}, {"40", "404FB1"}},
+         "",
+         ChipMode::bootRom},
+        {"TYPE_B rewrite version 1",
+         "VT-B256",
+         0,
+         {{"86", "86"}, {"40", "40"}, {"54", "544F5D"}},
+         "",
+         ChipMode::bootRom},
+        {"TYPE_B protect",
+         "VT-B64S",
+         0,
+         {{"86", "86"}, {"60", "60"}, {kBlankB, "60"}},
+         "",
+         ChipMode::bootRom},
+    };
+}
+
+} // namespace
+
+TEST(ChipBoot, Conversations) {
+    for (const BootCase& test : bootCases()) {
+        SCOPED_TRACE(test.name);
+        Bench bench(test.device);
+        const bool typeA = bench.description.RamcodeType == RAMCODE_TYPE_A;
+        CHIP_SetHostRate(*bench.chip, typeA ? 9600 : 38400);
+        bench.reset(true);
+        int done = 0;
+        for (const Exchange& exchange : test.exchanges) {
+            EXPECT_EQ(bench.exchange(exchange.send), exchange.answer) << exchange.send;
+            if (++done == 2 && test.otherRate != 0)
+                CHIP_SetHostRate(*bench.chip, test.otherRate);
+        }
+        EXPECT_EQ(bench.violations(), test.violations);
+        EXPECT_EQ(CHIP_GetMode(*bench.chip), test.mode);
+    }
+}
+
+TEST(ChipBoot, LinesChooseWhatStarts) {
+    ChipOptions options;
+    options.applicationText = "hello";
+    Bench bench("VT-B128", options);
+    bench.reset(false);
+    EXPECT_EQ(CHIP_GetMode(*bench.chip), ChipMode::application);
+    EXPECT_EQ(bench.exchange("86"), "68656C6C6F");
+    EXPECT_EQ(CHIP_GetApplicationInput(*bench.chip), bytesOf("86"));
+    bench.reset(true);
+    EXPECT_EQ(bench.exchange("86"), "86");
+    CHIP_SetLines(*bench.chip, true, true, bench.now);
+    EXPECT_EQ(bench.exchange("20"), "");
+    EXPECT_EQ(bench.violations(), "byte sent while the chip is in reset or starting\n");
+}
+
+TEST(ChipBoot, PasswordOfAProgrammedChip) {
+    // TYPE_B: the bytes at the places that the description names.
+    Bench b("VT-B128");
+    const std::string password = "0102030405060708090A0B0C";
+    EXPECT_TRUE(CHIP_PutFlash(*b.chip, 0x1FFF4, bytesOf(password)));
+    b.reset(true);
+    b.exchange("86");
+    EXPECT_EQ(b.exchange("10" + kBlankB), "1011");
+    EXPECT_EQ(b.exchange("10" + password + "B2"), "1010");
+    // TYPE_A: the length and the bytes at the addresses that the host names.
+    for (const bool right : {true, false}) {
+        Bench a("VT-A32");
+        EXPECT_TRUE(CHIP_PutFlash(*a.chip, 0xFFC0, bytesOf("080102030405060708")));
+        CHIP_SetHostRate(*a.chip, 9600);
+        a.reset(true);
+        a.exchange("5A");
+        a.exchange("28");
+        EXPECT_EQ(a.exchange("60"), "60");
+        a.exchange(std::string("FFC0FFC1 01020304050607") + (right ? "08" : "09"));
+        a.exchange("3A 02 0040 00 0102 BB");
+        EXPECT_EQ(a.exchange("3A 00 0000 01 FF"), right ? "0003" : "");
+        EXPECT_EQ(a.violations(), "");
+    }
+}
+
+// A line without control lines: a matching byte is what a conversation begins with.
+TEST(ChipBoot, ResyncByMatchingByte) {
+    for (const char* device : {"VT-A32", "VT-B128"}) {
+        ChipOptions options;
+        options.startInBootRom = true;
+        options.resyncByMatch = true;
+        options.checkRate = false;
+        Bench bench(device, options);
+        const bool typeA = bench.description.RamcodeType == RAMCODE_TYPE_A;
+        bench.startLoader();
+        ASSERT_EQ(CHIP_GetMode(*bench.chip), ChipMode::loader);
+        EXPECT_EQ(bench.exchange(frame("00")), frame("00 56543130 8000"));
+        const std::string match = typeA ? "5A" : "86";
+        EXPECT_EQ(bench.exchange(match), match);
+        EXPECT_EQ(CHIP_GetMode(*bench.chip), ChipMode::bootRom);
+        // A host that gave up in the middle of a command comes back after a while.
+        bench.exchange(typeA ? "0760FFC0" : "10FFFF");
+        EXPECT_EQ(bench.exchange(match), match);
+        EXPECT_EQ(bench.exchange(typeA ? "0790" : "20"), typeA ? "07908000" : "20000000");
+    }
+}
+
+TEST(ChipBoot, PacedBytesTakeTheirTime) {
+    ChipOptions options;
+    options.pacing = true;
+    options.checksumUsPerKiB = 0;
+    Bench bench("VT-B128", options);
+    CHIP_SetHostRate(*bench.chip, 10000);
+    bench.reset(true);
+    const Moment start = bench.now;
+    CHIP_Receive(*bench.chip, bytesOf("86"), start);
+    EXPECT_EQ(CHIP_NextOutput(*bench.chip, kNever), Moment{start.us + 2000});
+    EXPECT_FALSE(CHIP_TakeOutput(*bench.chip, Moment{start.us + 1999}));
+    EXPECT_TRUE(CHIP_TakeOutput(*bench.chip, Moment{start.us + 2000}));
+    CHIP_Receive(*bench.chip, bytesOf("20"), Moment{start.us + 3000});
+    for (const int64_t at : {5000, 6000, 7000, 8000}) {
+        EXPECT_EQ(CHIP_NextOutput(*bench.chip, kNever), Moment{start.us + at});
+        EXPECT_TRUE(CHIP_TakeOutput(*bench.chip, Moment{start.us + at}));
+    }
+    // A byte sent into a reply is out of turn.
+    CHIP_Receive(*bench.chip, bytesOf("2020"), Moment{start.us + 9000});
+    CHIP_Run(*bench.chip, Moment{start.us + 20000});
+    EXPECT_EQ(bench.violations(), "byte sent before the reply to the last command has arrived\n");
+}
