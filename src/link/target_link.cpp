@@ -46,15 +46,6 @@ void TARGET_Disconnect() {
     CLOCK_Sleep(kDisconnectPauseMs);
 }
 
-bool TARGET_DropRamcode() {
-    if (!TARGET_LeaveLinkState(LINK_RAMCODE, LINK_IDLE)) {
-        return false;
-    }
-    _BootReset();
-    CLOCK_Sleep(kDisconnectPauseMs);
-    return true;
-}
-
 void TARGET_ReportError(std::string_view text, int exitCode) {
     ERROR_Out(nullptr, text, exitCode);
     _BootReset();

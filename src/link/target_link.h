@@ -20,8 +20,5 @@ void BOOT_SetResult(int result);
 void _BootReset();
 // Ends the connection: LINK_IDLE, _BootReset, 100 ms pause. User-interface thread.
 void TARGET_Disconnect();
-// The same for the worker, only while the link still is LINK_RAMCODE: false, and nothing is done,
-// when the user-interface thread has taken the link away meanwhile.
-bool TARGET_DropRamcode();
 // Reports the text (ERROR_Out), then calls _BootReset. Any thread.
 void TARGET_ReportError(std::string_view text, int exitCode);

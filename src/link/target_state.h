@@ -43,15 +43,10 @@ struct TargetState {
     std::atomic<uint32_t> PageLen{0};    // bytes; 0: word mode
     std::atomic<uint32_t> PacketSize{0}; // bytes
 
-    // Operation context.
+    // Operation context, set by the command; what an operation counts for itself is its own.
     uint32_t RangeStart = 0;
     uint32_t RangeEnd = 0; // inclusive
-    uint32_t CurAddr = 0;
-    int BlockIndex = 0;
-    uint32_t Done = 0;  // bytes
-    uint32_t Total = 0; // bytes
     int AllBlocks = 0;
-    uint8_t FirstChecksumFrame = 0;
 
     // Last reply.
     uint32_t ReplyAddress = 0;

@@ -124,6 +124,7 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
     }
     TARGET_Init(nullptr, TERMINAL_ReceiveByte);
     CMDLINE_SetDispatcher(CMD_EXIT, CMDLINE_RunCommand);
+    SUMMARY_Refresh();
     loadDefaultProject();
     const std::string programFile = CMDLINE_Process(arguments);
     if (!programFile.empty()) {

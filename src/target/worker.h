@@ -17,13 +17,21 @@ void TARGET_Exit();
 // Ends the worker without pauses and log lines, for the end of an unattended run.
 void TARGET_Stop();
 
-// Opens the progress display for a command and lets its Cancel cancel the operation.
+// Begins a command: forgets an earlier Cancel and outcome, opens the progress display and lets its
+// Cancel cancel the operation.
 void TARGET_BeginCommand(std::string_view caption);
 // The cancel handler. Any thread; never lost between two flags.
 void TARGET_Cancel();
 // Posts an operation once the loader has identified itself. False, and nothing posted, when the
-// user cancelled or the link went down meanwhile (its report has been delivered then).
+// user cancelled or the link went down meanwhile; either has been reported then.
 bool TARGET_PostOperation(int operation);
+
+// Posts an operation and waits for its end while the progress display shows it, then closes the
+// display. Whether the operation was completed; every failure has been reported.
+bool TARGET_RunOperation(int operation, std::string_view line);
+// Takes back a Cancel that came when there was no operation to end: whether there was one, reported
+// as "Action canceled" then. For work that a Cancel cannot end and that is followed by more.
+bool TARGET_TakeCancel();
 
 // Sends a typed character while the link is idle: the write's result; else nothing is sent and the
 // link state is returned.

@@ -1,0 +1,299 @@
+#include "target/commands.h"
+
+#include "bootrom/boot_wire.h"
+#include "bootrom/connect.h"
+#include "data/hexdata.h"
+#include "device/device.h"
+#include "device/devprops.h"
+#include "link/target_link.h"
+#include "link/target_state.h"
+#include "notice/error.h"
+#include "notice/log.h"
+#include "notice/progress.h"
+#include "platform/clock.h"
+#include "platform/format.h"
+#include "serial/sio.h"
+#include "target/operation.h"
+#include "target/worker.h"
+
+#include <functional>
+#include <string>
+
+namespace {
+
+constexpr int kConnectPauseMs = 500;
+constexpr int kCommandPauseMs = 100;
+
+// What the user is told of a command that posts one operation.
+struct CommandRow {
+    const char* caption;
+    const char* line;
+    const char* finished;
+    const char* boxText;
+    const char* boxCaption;
+    const char* failed;
+};
+
+constexpr CommandRow kEraseBlocks = {
+    "Erasing Blocks",          "Erasing Blocks...",
+    "Erasing Blocks finished", "Blocks have been\nsuccessfully erased",
+    "Erasing Blocks",          "Erasing Blocks failed"};
+constexpr CommandRow kEraseChip = {"Erasing Chip",          "Erasing Chip...",
+                                   "Erasing Chip finished", "Chip has been\nsuccessfully erased",
+                                   "Erasing Chip",          "Erasing Chip failed"};
+constexpr CommandRow kProgram = {"Programming",          "Programming...",
+                                 "Programming finished", "All bytes\nwritten successfully",
+                                 "Programming",          "Programming failed"};
+constexpr CommandRow kProgramTarget = {
+    "Programming target",          "Programming target...",
+    "Programming target finished", "Target has been\nsuccessfully programmed",
+    "Programming target",          "Programming target failed"};
+constexpr CommandRow kReadBack = {"Reading",          "Reading...",
+                                  "Reading finished", "All bytes\nread successfully",
+                                  "Reading",          "Reading failed"};
+constexpr CommandRow kVerify = {"Verifying",    "Verifying...", "Verifying finished",
+                                "Verifying ok", "Verifying",    "Verifying failed"};
+constexpr CommandRow kBlankChip = {"Blank check",     "Blank check...",   "Blank check finished",
+                                   "Target is blank", "Blank check chip", "Blank check failed"};
+constexpr CommandRow kBlankBlocks = {"Blank check",          "Blank check...",
+                                     "Blank check finished", "Selected blocks are blank",
+                                     "Blank check blocks",   "Blank check failed"};
+constexpr CommandRow kProtectBlocks = {
+    "Protecting Blocks",          "Protecting Blocks...",
+    "Protecting Blocks finished", "Blocks have been\nsuccessfully protected",
+    "Protecting Blocks",          "Protecting Blocks failed"};
+constexpr CommandRow kProtectChip = {
+    "Protecting Chip",          "Protecting Chip...",
+    "Protecting Chip finished", "Chip has been\nsuccessfully protected",
+    "Protecting Chip",          "Protecting Chip failed"};
+
+void inform(const char* text, const char* caption) {
+    ERROR_Ask(nullptr, text, caption, BOX_OK);
+}
+
+void showResult(const CommandRow& row, bool done, bool showBox = true) {
+    LOG_Add(done ? row.finished : row.failed);
+    if (done && showBox) {
+        inform(row.boxText, row.boxCaption);
+    }
+}
+
+void setRange(uint32_t first, uint32_t last) {
+    TARGET_State().RangeStart = first;
+    TARGET_State().RangeEnd = last;
+}
+
+// Opens the progress display and gets the loader to run; closed again when that fails.
+bool connect(const char* caption) {
+    TARGET_BeginCommand(caption);
+    if (TARGET_Connect() == 0) {
+        PROGRESS_Close();
+        return false;
+    }
+    return true;
+}
+
+// The pattern of the commands: connect, operation, result. Whether it was done.
+bool runCommand(const CommandRow& row, const std::string& started, int code) {
+    if (!connect(row.caption)) {
+        return false;
+    }
+    LOG_Add(started);
+    const bool done = TARGET_RunOperation(code, row.line);
+    showResult(row, done);
+    return done;
+}
+
+std::string rangeStarted(const char* what, uint32_t first, uint32_t last) {
+    return formatText("%s 0x%06X - 0x%06X started", what, first, last);
+}
+
+bool eraseBlocks() {
+    LOG_Add("Erasing Blocks started");
+    if (!connect(kEraseBlocks.caption)) {
+        return false;
+    }
+    const bool done = TARGET_RunOperation(
+        DEVICE_GetSprtErase() != 0 ? OP_ERASE_BLOCKS : OP_FILL_BLOCKS, kEraseBlocks.line);
+    showResult(kEraseBlocks, done);
+    return done;
+}
+
+// A Cancel does not end the boot ROM's erase, but what would follow it.
+bool bootRomErased(bool showBox) {
+    if (_CurrentProtocol().EraseChip() == 1) {
+        return !TARGET_TakeCancel();
+    }
+    BOOT_SetState(BOOT_UNSYNCED); // whatever the boot ROM waits for now, a reset ends it
+    if (!showBox && !_BootHasReported()) {
+        ERROR_Out(nullptr, kEraseChip.failed, 1);
+    }
+    return false;
+}
+
+int eraseChipByBootRom(bool showBox) {
+    TARGET_SetLinkState(LINK_BOOTROM);
+    CLOCK_Sleep(kConnectPauseMs);
+    const bool done = bootRomErased(showBox);
+    PROGRESS_Close();
+    if (showBox) {
+        inform(done ? kEraseChip.boxText : kEraseChip.failed, kEraseChip.boxCaption);
+    }
+    TARGET_SetLinkState(LINK_IDLE);
+    return done ? 0 : 1;
+}
+
+int eraseChipByLoader(bool showBox) {
+    if (TARGET_Connect() == 0) {
+        PROGRESS_Close();
+        return 1;
+    }
+    LOG_Add("Erasing Chip started");
+    const bool done = TARGET_RunOperation(DEVICE_GetSprtErase() != 0 ? OP_ERASE_CHIP : OP_FILL_CHIP,
+                                          kEraseChip.line);
+    showResult(kEraseChip, done, showBox);
+    return done ? 0 : 1;
+}
+
+// The checksum that the selected blocks have when they hold the image and nothing else.
+uint16_t imageChecksum(bool crc) {
+    bool restart = true;
+    for (int i = 0; i < DEVICE_GetNumBlocks(-1); ++i) {
+        uint32_t start = 0;
+        uint32_t length = 0;
+        DEVICE_GetBlock(i, start, length, -1);
+        if (DEVPROPS_IsBlockSelected(i)) {
+            (crc ? HEXDATA_CalcCRC : HEXDATA_CalcSum)(start, length, restart, 0xFF);
+        }
+    }
+    return HEXDATA_GetChecksum();
+}
+
+// Whether the chip now holds what was written; the difference is reported.
+bool checksumsAgree() {
+    const bool crc = DEVICE_GetSprtCRC() != 0;
+    const uint16_t target = crc ? TARGET_GetCrc(false) : TARGET_GetSum(false);
+    if (TARGET_State().OperationOk == 0) {
+        return false; // the checksum command has reported why
+    }
+    if (target == imageChecksum(crc)) {
+        return true;
+    }
+    ERROR_Out(nullptr, crc ? "CRC-error" : "SUM-error", 1);
+    TARGET_State().OperationOk = 0;
+    return false;
+}
+
+bool confirmProtect() {
+    return ERROR_Ask(nullptr,
+                     "WHEN PROTECTING BLOCKS YOU CAN NOT PROGRAM\nOR ERASE THESE BLOCKS AFTER THIS "
+                     "COMMAND.\n\nARE YOU SURE YOU WANT TO EXECUTE THE PROTECT COMMAND?",
+                     "WARNING", BOX_OK_CANCEL) == ANSWER_OK;
+}
+
+} // namespace
+
+void TARGET_DownloadRamImage(const std::string& path) {
+    TARGET_State().Cancel = 0;
+    _SelectProtocol();
+    TARGET_SetLinkState(LINK_BOOTROM);
+    CLOCK_Sleep(kCommandPauseMs);
+    PROGRESS_SetCancelHandler(TARGET_Cancel);
+    const bool done = _CurrentProtocol().DownloadRamImage(path, true) == 1;
+    PROGRESS_Close();
+    if (done) {
+        inform("All bytes\nwritten successfully", "Download RAM-Image");
+    } else if (!_BootHasReported()) {
+        ERROR_Out(nullptr, "Could not download RAM image. Please check password", 1);
+    }
+    TARGET_SetLinkState(LINK_IDLE);
+    CLOCK_Sleep(kCommandPauseMs);
+    _BootReset();
+}
+
+void TARGET_StartApplication() {
+    TARGET_Disconnect();
+    SIO_SetLines(SETDTR);
+    CLOCK_Sleep(50);
+    SIO_SetLines(CLRRTS);
+    CLOCK_Sleep(250);
+    SIO_SetLines(CLRDTR);
+    CLOCK_Sleep(250);
+}
+
+int TARGET_EraseChip(bool showBox) {
+    TARGET_BeginCommand(kEraseChip.caption);
+    if (TARGET_State().LinkState == LINK_IDLE) {
+        _SelectProtocol();
+        if (_CurrentProtocol().EraseChip && DEVICE_GetSprtEraseChip() != 0) {
+            return eraseChipByBootRom(showBox);
+        }
+        if (DEVICE_GetSprtErase() != 0) {
+            return eraseBlocks() ? 0 : 1;
+        }
+    }
+    return eraseChipByLoader(showBox);
+}
+
+void TARGET_EraseBlocks() {
+    eraseBlocks();
+}
+
+void TARGET_Program(uint32_t first, uint32_t last) {
+    if (!connect(kProgram.caption)) {
+        return;
+    }
+    LOG_Add(rangeStarted("Programming", first, last));
+    setRange(first, last);
+    const bool done = TARGET_RunOperation(OP_PROGRAM, kProgram.line) && checksumsAgree();
+    showResult(kProgram, done);
+}
+
+void TARGET_ProgramTarget() {
+    runCommand(kProgramTarget, "Programming Chip started", OP_PROGRAM_TARGET);
+}
+
+void TARGET_ReadBack(uint32_t start, uint32_t end) {
+    setRange(start, end);
+    runCommand(kReadBack, rangeStarted("Reading", start, end), OP_READ_BACK);
+}
+
+void TARGET_Verify(uint32_t first, uint32_t last) {
+    setRange(first, last);
+    runCommand(kVerify, rangeStarted("Verifying", first, last), OP_VERIFY);
+}
+
+void TARGET_BlankCheckChip() {
+    const uint32_t first = DEVICE_GetFlashStart();
+    const uint32_t last = DEVICE_GetFlashEnd();
+    setRange(first, last);
+    TARGET_State().AllBlocks = 1;
+    runCommand(kBlankChip, rangeStarted("Blank check", first, last),
+               DEVICE_GetSprtBlankCheck() != 0 ? OP_BLANK_CHECK : OP_BLANK_READ);
+}
+
+void TARGET_BlankCheckBlocks() {
+    TARGET_State().AllBlocks = 0;
+    runCommand(kBlankBlocks, "Blank check started",
+               DEVICE_GetSprtBlankCheck() != 0 ? OP_BLANK_CHECK : OP_BLANK_READ_BLOCKS);
+}
+
+void TARGET_ProtectChip() {
+    if (DEVICE_GetSprtProtectBlock() == 0) {
+        const bool done = _RunBootCommand(&BootRomProtocol::ProtectChip, "Protect Chip") == 0;
+        TARGET_State().OperationOk = done ? 1 : 0;
+        showResult(kProtectChip, done);
+    } else if (confirmProtect()) {
+        runCommand(kProtectChip, "Protecting Chip started", OP_PROTECT_CHIP);
+    }
+}
+
+void TARGET_ProtectBlocks() {
+    if (confirmProtect()) {
+        runCommand(kProtectBlocks, "Protecting Blocks started", OP_PROTECT_BLOCKS);
+    }
+}
+
+int TARGET_FlashStatus() {
+    return _RunBootCommand(&BootRomProtocol::FlashStatus, "Flash Memory Status");
+}

@@ -1,0 +1,31 @@
+// The frames of the RAM-code link: EB ED, length, payload, sum, EC. Worker thread only.
+#pragma once
+
+#include "platform/clock.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+// The payload of a command, number by number, low byte first.
+class PayloadWriter {
+public:
+    explicit PayloadWriter(uint8_t command) : bytes_{command} {}
+    PayloadWriter& u8(uint8_t value);
+    PayloadWriter& u16(uint32_t value);
+    PayloadWriter& u32(uint32_t value);
+    std::span<const uint8_t> bytes() const { return bytes_; }
+
+private:
+    std::vector<uint8_t> bytes_;
+};
+
+// The sum byte over the length and the payload's pieces.
+uint8_t _FrameSum(std::span<const uint8_t> head, std::span<const uint8_t> data);
+
+// Sends one frame whose payload is `head` followed by `data`; awaits nothing.
+void TARGET_SendFrame(std::span<const uint8_t> head, std::span<const uint8_t> data = {});
+// Awaits one frame, its first byte within `timeoutMs`: the payload's length, or -1 for anything
+// that is not a good frame of at most kMaxReply bytes. What was read of a bad frame is dropped.
+// `stop` ends the wait as a timeout does.
+int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, uint32_t timeoutMs, const Condition& stop);

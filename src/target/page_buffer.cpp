@@ -1,0 +1,111 @@
+#include "target/page_buffer.h"
+
+#include "link/target_state.h"
+#include "platform/format.h"
+#include "target/reply.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+
+namespace {
+
+constexpr uint8_t kProgramCommand = 0x02;
+constexpr uint32_t kProgramMs = 2000;
+constexpr uint32_t kWord = 4; // bytes
+constexpr uint32_t kMinPacket = 2 * kWord;
+
+struct PageBuffer {
+    std::array<uint8_t, kMaxPage> bytes;
+    uint32_t base = 0; // address of the first byte
+    uint32_t last = 0; // offset of the last byte stored
+    bool open = false;
+};
+
+PageBuffer page; // the worker's own
+
+uint32_t wholeWords(uint32_t count) {
+    return count & ~(kWord - 1);
+}
+
+// Whether the open window has room for the address. A backward jump wraps to a large offset.
+bool windowHolds(uint32_t address) {
+    const TargetState& state = TARGET_State();
+    const uint32_t offset = address - page.base;
+    if (state.PageLen != 0) {
+        return offset < state.PageLen;
+    }
+    const uint32_t packet = wholeWords(state.PacketSize);
+    return offset < packet && wholeWords(offset + kWord) < packet;
+}
+
+void openWindow(uint32_t address) {
+    const uint32_t pageLen = TARGET_State().PageLen;
+    page.bytes.fill(0xFF);
+    page.base = address & ~((pageLen != 0 ? pageLen : kWord) - 1);
+    page.last = 0;
+    page.open = true;
+}
+
+bool storeByte(uint32_t address, uint8_t value) {
+    if (page.open && !windowHolds(address) && TARGET_FlushPage() == 0) {
+        return false;
+    }
+    if (!page.open) {
+        openWindow(address);
+    }
+    const uint32_t offset = address - page.base;
+    page.bytes[offset] = value;
+    page.last = std::max(page.last, offset);
+    return true;
+}
+
+} // namespace
+
+std::string _CheckPageSizes(bool needsPages) {
+    const uint32_t pageLen = TARGET_State().PageLen;
+    const uint32_t packet = TARGET_State().PacketSize;
+    if (pageLen > kMaxPage || (pageLen == 0 && packet > kMaxPage)) {
+        return formatText("%s of %u bytes is not supported. Maximum %u bytes",
+                          pageLen != 0 ? "A page length" : "A packet size",
+                          pageLen != 0 ? pageLen : packet, kMaxPage);
+    }
+    if (pageLen != 0 && !std::has_single_bit(pageLen)) {
+        return formatText("A page length of %u bytes is not a power of two", pageLen);
+    }
+    if (pageLen == 0 && needsPages) {
+        return "The operation needs a device description with a page length";
+    }
+    if (pageLen == 0 && packet < kMinPacket) {
+        return formatText("A packet size of %u bytes is not supported. Minimum %u bytes", packet,
+                          kMinPacket);
+    }
+    return "";
+}
+
+void _DropPage() {
+    page.open = false;
+}
+
+size_t TARGET_WriteBytes(uint32_t address, std::span<const uint8_t> data) {
+    size_t taken = 0;
+    while (taken < data.size() && storeByte(address + static_cast<uint32_t>(taken), data[taken])) {
+        ++taken;
+    }
+    return taken;
+}
+
+int TARGET_FlushPage() {
+    if (!page.open) {
+        return 0;
+    }
+    const uint32_t pageLen = TARGET_State().PageLen;
+    const uint32_t length = pageLen != 0 ? pageLen : wholeWords(page.last + kWord);
+    const PayloadWriter command = PayloadWriter(kProgramCommand).u32(page.base).u16(length);
+    if (!_Exchange(command, std::span(page.bytes).first(length), kProgramMs,
+                   ReplyKind::acknowledge)) {
+        return 0;
+    }
+    page.open = false;
+    return 1;
+}

@@ -1,0 +1,196 @@
+#include "target/reply.h"
+
+#include "device/device.h"
+#include "link/target_state.h"
+#include "notice/run.h"
+#include "platform/format.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr uint8_t kReadCommand = 0x03;
+
+uint32_t number(std::span<const uint8_t> bytes) {
+    uint32_t value = 0;
+    for (size_t i = bytes.size(); i > 0; --i) {
+        value = value << 8 | bytes[i - 1];
+    }
+    return value;
+}
+
+Reply parseData(std::span<const uint8_t> fields) {
+    Reply reply;
+    if (fields.size() >= 6 && number(fields.subspan(4, 2)) == fields.size() - 6) {
+        reply.kind = ReplyKind::data;
+        reply.address = number(fields.first(4));
+        reply.data = fields.subspan(6);
+    }
+    return reply;
+}
+
+Reply parseValue(ReplyKind kind, std::span<const uint8_t> fields, size_t offset) {
+    Reply reply;
+    if (fields.size() >= offset + 2) {
+        reply.kind = kind;
+        reply.value = static_cast<uint16_t>(number(fields.subspan(offset, 2)));
+    }
+    return reply;
+}
+
+Reply parseError(std::span<const uint8_t> fields) {
+    Reply reply;
+    if (fields.size() >= 6) {
+        reply.kind = ReplyKind::error;
+        reply.code = fields[0];
+        reply.address = number(fields.subspan(1, 4));
+        reply.contents = fields[5];
+    }
+    return reply;
+}
+
+bool setError(int code, uint32_t address = 0, uint8_t contents = 0) {
+    TargetState& state = TARGET_State();
+    state.ErrorAddress = address;
+    state.ErrorContents = contents;
+    state.Error = code;
+    return false;
+}
+
+// Whoever takes the link away or ends the run does not wait for the chip.
+bool exchangeEnds() {
+    const TargetState& state = TARGET_State();
+    return state.LinkState != LINK_RAMCODE || state.Stop != 0 || RUN_IsInterrupted();
+}
+
+void takeEffect(const Reply& reply) {
+    TargetState& state = TARGET_State();
+    switch (reply.kind) {
+    case ReplyKind::identify:
+        state.PacketSize = state.PageLen != 0 ? state.PageLen.load() : reply.value;
+        break;
+    case ReplyKind::data:
+        state.ReplyAddress = DEVICE_RelocateAddr(reply.address);
+        state.ReplyLength = static_cast<uint32_t>(reply.data.size());
+        state.ReplyData.assign(reply.data.begin(), reply.data.end());
+        break;
+    case ReplyKind::crc:
+        state.TargetCrc = reply.value;
+        break;
+    case ReplyKind::sum:
+        state.TargetSum = reply.value;
+        break;
+    default:
+        break;
+    }
+}
+
+} // namespace
+
+Reply _ParseReply(std::span<const uint8_t> payload) {
+    if (payload.empty()) {
+        return {};
+    }
+    const auto fields = payload.subspan(1);
+    Reply reply;
+    switch (payload[0]) {
+    case 0x00:
+        return parseValue(ReplyKind::identify, fields, 4);
+    case 0x03:
+        return parseData(fields);
+    case 0x04:
+        return parseValue(ReplyKind::crc, fields, 0);
+    case 0x07:
+        return parseValue(ReplyKind::sum, fields, 0);
+    case 0xF1:
+        reply.kind = ReplyKind::nak;
+        return reply;
+    case 0xF3:
+        return parseError(fields);
+    default:
+        reply.kind = ReplyKind::acknowledge;
+        return reply;
+    }
+}
+
+std::string _ErrorText(int code, uint32_t address, uint8_t contents) {
+    switch (code) {
+    case TERR_ERASE:
+        return "Error erasing sector";
+    case TERR_WRITE:
+        return formatText("Error writing on address %X\nContents: %02X", address, contents);
+    case TERR_COMPARE:
+        return formatText("Error comparing contents of address %X\nContents: %02X", address,
+                          contents);
+    case TERR_NOT_BLANK:
+        return formatText("Target not blank at address %X\nContents: %02X", address, contents);
+    case TERR_NAK:
+        return "Not acknowledged";
+    case TERR_PROTECT:
+        return "Error protecting sector";
+    case TERR_TIMEOUT:
+        return "Timeout error";
+    default:
+        return formatText("Unknown target error %d at address %X\nContents: %02X",
+                          code & (TERR_UNKNOWN - 1), address, contents);
+    }
+}
+
+bool TARGET_HandleReply(std::span<const uint8_t> payload, ReplyKind wanted) {
+    const Reply reply = _ParseReply(payload);
+    if (reply.kind == ReplyKind::nak) {
+        return setError(TERR_NAK);
+    }
+    if (reply.kind == ReplyKind::error) {
+        const bool known = reply.code >= TERR_ERASE && reply.code <= TERR_TIMEOUT;
+        return setError(known ? reply.code : TERR_UNKNOWN + reply.code,
+                        DEVICE_RelocateAddr(reply.address), reply.contents);
+    }
+    if (reply.kind != wanted) {
+        return setError(TERR_TIMEOUT);
+    }
+    takeEffect(reply);
+    return true;
+}
+
+bool _Exchange(const PayloadWriter& command, std::span<const uint8_t> data, uint32_t timeoutMs,
+               ReplyKind wanted) {
+    TARGET_SendFrame(command.bytes(), data);
+    std::vector<uint8_t> payload;
+    if (TARGET_ReceiveFrame(payload, timeoutMs, exchangeEnds) < 0) {
+        return setError(TERR_TIMEOUT);
+    }
+    return TARGET_HandleReply(payload, wanted);
+}
+
+bool _ReadTarget(uint32_t address, uint32_t count, uint32_t timeoutMs) {
+    const uint32_t chipAddress = TARGET_ToChipAddress(address);
+    const PayloadWriter command = PayloadWriter(kReadCommand).u32(chipAddress).u16(count);
+    if (!_Exchange(command, {}, timeoutMs, ReplyKind::data)) {
+        return false;
+    }
+    const TargetState& state = TARGET_State();
+    if (state.ReplyLength != count || state.ReplyAddress != DEVICE_RelocateAddr(chipAddress)) {
+        return setError(TERR_TIMEOUT);
+    }
+    return true;
+}
+
+uint32_t TARGET_ToChipAddress(uint32_t address) {
+    const uint32_t offset = address - DEVICE_GetRelocateTo();
+    return address >= DEVICE_GetRelocateTo() && offset < DEVICE_GetRelocateLen()
+               ? DEVICE_GetRelocateFrom() + offset
+               : address;
+}
+
+uint32_t _MappedRun(uint32_t address, uint32_t count) {
+    const uint64_t start = DEVICE_GetRelocateTo();
+    const uint64_t end = start + DEVICE_GetRelocateLen();
+    uint64_t run = count;
+    for (const uint64_t border : {start, end}) {
+        if (start != end && address < border) {
+            run = std::min(run, border - address);
+        }
+    }
+    return static_cast<uint32_t>(run);
+}

@@ -1,0 +1,50 @@
+// What the RAM loader answers, and the exchange of one command with its reply. Worker thread only,
+// but for the pure functions.
+#pragma once
+
+#include "target/frame.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+enum class ReplyKind {
+    malformed, // too short, or its inner length is wrong
+    identify,
+    data,
+    crc,
+    sum,
+    nak,
+    error,
+    acknowledge, // any other
+};
+
+struct Reply {
+    ReplyKind kind = ReplyKind::malformed;
+    uint16_t value = 0;   // packet size, CRC or SUM
+    uint32_t address = 0; // as the chip names it
+    uint8_t code = 0;     // of an error
+    uint8_t contents = 0;
+    std::span<const uint8_t> data;
+};
+
+// Takes a payload apart. Pure.
+Reply _ParseReply(std::span<const uint8_t> payload);
+// The text of a target error code. Pure.
+std::string _ErrorText(int code, uint32_t address, uint8_t contents);
+
+// Takes a reply into the target state. False, and the error is set, when it is an error reply or
+// not of the kind that the command must be answered with.
+bool TARGET_HandleReply(std::span<const uint8_t> payload, ReplyKind wanted);
+
+// Sends a command and takes its reply in. False, and the error is set, when that failed.
+bool _Exchange(const PayloadWriter& command, std::span<const uint8_t> data, uint32_t timeoutMs,
+               ReplyKind wanted);
+// Reads `count` bytes from an image address into the reply fields; a reply about anything else is a
+// link error, since nothing can be concluded from it.
+bool _ReadTarget(uint32_t address, uint32_t count, uint32_t timeoutMs);
+
+// An image address as the chip knows it.
+uint32_t TARGET_ToChipAddress(uint32_t address);
+// How many of `count` image addresses from `address` on are neighbours on the chip as well.
+uint32_t _MappedRun(uint32_t address, uint32_t count);

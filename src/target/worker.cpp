@@ -1,0 +1,320 @@
+#include "target/worker.h"
+
+#include "link/target_link.h"
+#include "link/target_state.h"
+#include "notice/error.h"
+#include "notice/log.h"
+#include "notice/progress.h"
+#include "notice/run.h"
+#include "notice/status.h"
+#include "platform/clock.h"
+#include "platform/event_queue.h"
+#include "serial/sio.h"
+#include "target/operation.h"
+#include "target/reply.h"
+
+#include <atomic>
+#include <mutex>
+#include <string>
+#include <utility>
+
+namespace {
+
+constexpr int kTerminalBytesPerTurn = 101;
+constexpr uint32_t kIdentifyMs = 1000;
+constexpr int kPollPauseMs = 1;
+constexpr int kDisconnectPauseMs = 100;
+constexpr int kExitPauseMs = 100;
+constexpr uint8_t kIdentifyCommand = 0x00;
+constexpr const char* kCancelled = "Action canceled";
+
+// Posting an operation, cancelling, and taking note of either exclude each other: a Cancel then
+// belongs to exactly one command, and ends it exactly once.
+std::mutex control;
+
+ClockThreadPtr thread; // the user-interface thread's
+std::atomic<bool> workerRuns{false};
+std::atomic<bool> quiet{false};
+void* window = nullptr;
+TerminalReceiver terminal;
+
+bool cancelIsSet() {
+    return TARGET_State().Cancel != 0 || RUN_IsInterrupted();
+}
+
+void passOnReceivedBytes() {
+    const TargetState& state = TARGET_State();
+    SIO_WaitReadable([&state] { return state.LinkState != LINK_IDLE || state.Stop != 0; });
+    for (int i = 0; i < kTerminalBytesPerTurn; ++i) {
+        uint8_t byte = 0;
+        if (state.LinkState != LINK_IDLE || SIO_Read(&byte, 1, 0) == 0) {
+            return;
+        }
+        if (terminal) {
+            terminal(byte);
+        }
+    }
+}
+
+// The end of an operation or of the link, reported before anyone who waits for it goes on: an error
+// must not be overtaken by the next command or by the end of the run. The done signal is given in
+// the same breath as the operation is cleared, so that it cannot end the wait for a later one.
+void reportAndRelease(const std::string& text, bool linkFailed, bool resetBoot) {
+    ERROR_Out(nullptr, text, 1);
+    TargetState& state = TARGET_State();
+    bool dropped = false;
+    {
+        const std::lock_guard lock(control);
+        if (linkFailed) {
+            state.Identified = 0;
+            dropped = TARGET_LeaveLinkState(LINK_RAMCODE, LINK_IDLE);
+        }
+        state.Operation = 0;
+        state.Error = TERR_NONE;
+        state.Cancel = 0;
+        if (resetBoot || dropped) {
+            _BootReset();
+        } else {
+            PROGRESS_Done();
+        }
+    }
+    if (dropped) {
+        CLOCK_Sleep(kDisconnectPauseMs);
+    }
+}
+
+std::string failureText() {
+    const TargetState& state = TARGET_State();
+    std::string text = _TakeFailure();
+    return text.empty() ? _ErrorText(state.Error, state.ErrorAddress, state.ErrorContents) : text;
+}
+
+// Whether the operation counts as completed. A Cancel that came before this moment still ends it.
+bool takeCompletion() {
+    TargetState& state = TARGET_State();
+    const std::lock_guard lock(control);
+    if (cancelIsSet()) {
+        return false;
+    }
+    state.OperationOk = 1;
+    state.Operation = 0;
+    PROGRESS_Done();
+    return true;
+}
+
+void runOperation(int code) {
+    TargetState& state = TARGET_State();
+    state.Error = TERR_NONE;
+    state.ReplyLength = 0;
+    const Outcome outcome = _RunOperationCode(code);
+    if (outcome == Outcome::completed && takeCompletion()) {
+        return;
+    }
+    if (state.Stop != 0) {
+        return; // the program ends; whoever waits is released with the thread
+    }
+    const bool linkFailed = state.Error == TERR_TIMEOUT;
+    if (cancelIsSet()) {
+        _TakeFailure();
+        reportAndRelease(kCancelled, linkFailed, false);
+    } else {
+        reportAndRelease(failureText(), linkFailed, true);
+    }
+}
+
+// A loader that does not identify itself cannot be worked with: the link ends, whatever it said.
+void identify() {
+    TargetState& state = TARGET_State();
+    state.Error = TERR_NONE;
+    if (_Exchange(PayloadWriter(kIdentifyCommand), {}, kIdentifyMs, ReplyKind::identify)) {
+        TARGET_SetIdentified();
+        return;
+    }
+    if (state.LinkState != LINK_RAMCODE || state.Stop != 0 || RUN_IsInterrupted()) {
+        state.Error = TERR_NONE; // the link was taken away meanwhile
+        return;
+    }
+    {
+        const std::lock_guard lock(control);
+        state.Identified = 0; // nothing is posted any more
+    }
+    reportAndRelease(failureText(), true, false);
+}
+
+void serveLoader() {
+    const TargetState& state = TARGET_State();
+    const int code = state.Operation;
+    if (code != 0) {
+        runOperation(code);
+    } else if (!RUN_IsInterrupted()) {
+        identify();
+    }
+    // After an interruption there is nothing left to ask the loader.
+    CLOCK_Wait(RUN_IsInterrupted() ? kNever : CLOCK_After(kPollPauseMs), [&state] {
+        return state.Operation != 0 || state.Stop != 0 || state.LinkState != LINK_RAMCODE;
+    });
+}
+
+void runTurn() {
+    const TargetState& state = TARGET_State();
+    switch (state.LinkState) {
+    case LINK_IDLE:
+        passOnReceivedBytes();
+        break;
+    case LINK_RAMCODE:
+        serveLoader();
+        break;
+    default:
+        CLOCK_Wait(kNever, [&state] { return state.LinkState != LINK_BOOTROM || state.Stop != 0; });
+        break;
+    }
+}
+
+void runWorker() {
+    TargetState& state = TARGET_State();
+    STATUS_SetText("Connected", STATUS_CONNECTION);
+    PROGRESS_SetText("Waiting for identification...");
+    while (state.Stop == 0) {
+        runTurn();
+    }
+    {
+        const std::lock_guard lock(control);
+        workerRuns = false;
+        state.Operation = 0;
+        state.Stop = 0;
+    }
+    PROGRESS_Done();
+    if (!quiet) {
+        LOG_Add("Disconnected");
+        STATUS_SetText("Disconnected", STATUS_CONNECTION);
+    }
+}
+
+void stopWorker(bool quietly) {
+    if (!thread) {
+        return;
+    }
+    quiet = quietly;
+    TARGET_State().Stop = 1;
+    CLOCK_Notify();
+    CLOCK_JoinThread(thread);
+    thread = nullptr;
+}
+
+enum class Posting { posted, waiting, linkDown, cancelled };
+
+Posting tryToPost(int operation) {
+    TargetState& state = TARGET_State();
+    const std::lock_guard lock(control);
+    if (cancelIsSet()) {
+        return Posting::cancelled;
+    }
+    if (state.LinkState != LINK_RAMCODE || !workerRuns) {
+        return Posting::linkDown;
+    }
+    if (state.Identified == 0) {
+        return Posting::waiting;
+    }
+    PROGRESS_Reset();
+    state.Operation = operation;
+    return Posting::posted;
+}
+
+} // namespace
+
+void TARGET_Init(void* mainWindow, TerminalReceiver terminalReceive) {
+    stopWorker(true);
+    window = mainWindow;
+    terminal = std::move(terminalReceive);
+    TargetState& state = TARGET_State();
+    state.LinkState = LINK_IDLE;
+    state.Operation = 0;
+    state.OperationOk = 0;
+    state.Error = TERR_NONE;
+    state.ErrorAddress = 0;
+    state.Identified = 0;
+    state.Cancel = 0;
+    state.Stop = 0;
+    workerRuns = true;
+    thread = CLOCK_StartThread(runWorker);
+}
+
+void TARGET_Exit() {
+    _BootReset();
+    if (thread) {
+        CLOCK_Sleep(kExitPauseMs);
+    }
+    stopWorker(false);
+}
+
+void TARGET_Stop() {
+    stopWorker(true);
+}
+
+void TARGET_BeginCommand(std::string_view caption) {
+    {
+        const std::lock_guard lock(control);
+        TARGET_State().Cancel = 0;
+        TARGET_State().OperationOk = 0;
+    }
+    PROGRESS_Open(caption, window);
+    PROGRESS_SetCancelHandler(TARGET_Cancel);
+}
+
+// While an operation runs, the worker releases the command, after the report.
+void TARGET_Cancel() {
+    TargetState& state = TARGET_State();
+    {
+        const std::lock_guard lock(control);
+        state.Cancel = 1;
+        if (state.Operation == 0) {
+            PROGRESS_Done();
+        }
+    }
+    CLOCK_Notify();
+}
+
+bool TARGET_PostOperation(int operation) {
+    PROGRESS_SetCancelHandler(TARGET_Cancel);
+    Posting posting = tryToPost(operation);
+    while (posting == Posting::waiting) {
+        EVENTS_WaitOne();
+        posting = tryToPost(operation);
+    }
+    if (posting == Posting::cancelled) {
+        TARGET_TakeCancel();
+    }
+    CLOCK_Notify();
+    return posting == Posting::posted;
+}
+
+bool TARGET_RunOperation(int operation, std::string_view line) {
+    TargetState& state = TARGET_State();
+    state.OperationOk = 0;
+    if (TARGET_PostOperation(operation)) {
+        PROGRESS_Run(line, TARGET_Cancel);
+    }
+    if (state.OperationOk != 0 && TARGET_TakeCancel()) {
+        state.OperationOk = 0; // pressed as the operation ended
+    }
+    PROGRESS_Close();
+    return state.OperationOk != 0;
+}
+
+bool TARGET_TakeCancel() {
+    {
+        const std::lock_guard lock(control);
+        if (!cancelIsSet()) {
+            return false;
+        }
+        TARGET_State().Cancel = 0;
+    }
+    ERROR_Out(nullptr, kCancelled, 1);
+    return true;
+}
+
+int TARGET_TerminalSend(int value) {
+    const int linkState = TARGET_State().LinkState;
+    return linkState == LINK_IDLE ? static_cast<int>(SIO_WriteByte(static_cast<uint8_t>(value)))
+                                  : linkState;
+}

@@ -1,0 +1,171 @@
+#include "shell/checks.h"
+#include "shell/command_ids.h"
+#include "shell/menu.h"
+#include "shell/project.h"
+#include "shell/shell_world.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// Flash 0x8000 to 0xFFFF, a reset vector at 0xFFFE and another at 0xFFFC.
+const std::string kVectors = "Device = \"V\"\nManufacturer = \"M\"\nBank = 8000, 8000\n"
+                             "IVector = 0, \"NMI\", 16, FFFC, 1, \"RESET_Vector\", 16, FFFE\n";
+const std::string kPassword = kVectors + "UARTRamcode = \"x\", \"TYPE_B\"\nIDLenMin = 4\n"
+                                         "aIDAdr = 9000, 9001, 9002, 9003\n";
+
+} // namespace
+
+TEST(Checks, JudgeTheResetVector) {
+    const struct {
+        std::vector<uint8_t> bytes; // from 0xFFFC
+        ResetVectorVerdict verdict;
+    } cases[] = {
+        {{}, RESET_VECTOR_NONE},
+        {{0xFF, 0xFF, 0xFF, 0xFF}, RESET_VECTOR_NONE},
+        {{0x00, 0x90, 0xFF, 0xFF}, RESET_VECTOR_MISSING},
+        {{0x00, 0x90}, RESET_VECTOR_MISSING},
+        {{0x00, 0x90, 0x00}, RESET_VECTOR_MISSING},
+        {{0x00, 0x90, 0x00, 0x80}, RESET_VECTOR_GOOD},
+        {{0xFF, 0xFF, 0xFF, 0x7F}, RESET_VECTOR_OUTSIDE},
+    };
+    for (const auto& c : cases) {
+        const ShellWorld world(kVectors);
+        HEXDATA_AddData(0xFFFC, c.bytes);
+        EXPECT_EQ(CHECKS_ResetVector(), c.verdict) << c.bytes.size();
+    }
+}
+
+TEST(Checks, JudgeThePassword) {
+    const struct {
+        uint32_t address;
+        std::vector<uint8_t> bytes;
+        PasswordVerdict verdict;
+    } cases[] = {
+        {0x9000, {1, 2, 3, 4}, PASSWORD_PLAUSIBLE},
+        {0x9000, {5, 5, 5, 5}, PASSWORD_UNIFORM},
+        {0x9000, {1, 2, 3}, PASSWORD_INCOMPLETE},
+        {0x9004, {1}, PASSWORD_INCOMPLETE},
+    };
+    for (const auto& c : cases) {
+        const ShellWorld world(kPassword);
+        HEXDATA_AddData(c.address, c.bytes);
+        EXPECT_EQ(CHECKS_Password(), c.verdict);
+    }
+    const ShellWorld typeA(kVectors);
+    EXPECT_EQ(CHECKS_Password(), PASSWORD_PLAUSIBLE);
+}
+
+TEST(Checks, AskBeforeADoubtfulProgramIsWritten) {
+    const std::vector<uint8_t> doubtful{0x00, 0x90};
+    ShellWorld world(kPassword);
+    ERROR_SetHandlers(
+        {},
+        [&](WindowHandle, const std::string& text, const std::string& caption, unsigned boxType) {
+            EXPECT_EQ(boxType, unsigned{BOX_YES_NO | BOX_DEFAULT_SECOND});
+            world.reports.push_back(caption + ": " + text);
+            return world.reports.size() == 1 ? 0 : ANSWER_NO;
+        },
+        {});
+    ShellWorld::load(0xFFFC, doubtful);
+    CHECKS_Auto();
+    EXPECT_EQ(world.reports,
+              (std::vector<std::string>{
+                  "Reset Vector: File does not contain a reset vector!\nContinue?",
+                  "Password Warning: File does not contain all password bytes!\nContinue?"}));
+}
+
+TEST(Summary, TellsWhetherTheDataFitsTheSelectedBlocks) {
+    ShellWorld world; // three blocks of 0x100 from 0
+    ShellWorld::load(0x080, std::vector<uint8_t>(0x200));
+    EXPECT_TRUE(HEXDATA_GetFits());
+    DEVPROPS_SelectBlock(1, false); // starts and ends in selected blocks all the same
+    SUMMARY_Refresh();
+    EXPECT_TRUE(HEXDATA_GetFits());
+    EXPECT_EQ(HEXDATA_GetChecksum(), 0xFF * 0x100);
+    DEVPROPS_SelectBlock(2, false);
+    SUMMARY_Refresh();
+    EXPECT_FALSE(HEXDATA_GetFits());
+    CHECKS_Program();
+    EXPECT_EQ(world.reports, std::vector<std::string>{"File does not fits into selected blocks"});
+}
+
+TEST(Menu, FollowsItsRules) {
+    const ShellWorld world;
+    const auto enabled = [](std::initializer_list<int> ids, bool expected) {
+        for (const int id : ids) {
+            EXPECT_EQ(MENU_IsEnabled(id), expected) << id;
+        }
+    };
+    enabled({CMD_FILE_OPEN, CMD_EXIT, CMD_TARGET_ERASE_CHIP, CMD_VIEW_DEVICE}, true);
+    enabled({CMD_FILE_SAVE, CMD_FILE_MERGE, CMD_VIEW_HEX_DUMP, CMD_TARGET_AUTO, CMD_EDIT_RELOCATE,
+             CMD_TARGET_START_APPLICATION, CMD_TARGET_PROTECT_CHIP, CMD_TARGET_FLASH_STATUS},
+            false);
+    ShellWorld::load(0, {1});
+    DEVPROPS_SetResetByPC(true);
+    enabled({CMD_FILE_SAVE, CMD_TARGET_AUTO, CMD_VIEW_HEX_DUMP, CMD_TARGET_START_APPLICATION},
+            true);
+    {
+        const TargetBusy busy;
+        enabled({CMD_FILE_OPEN, CMD_FILE_SAVE, CMD_EXIT, CMD_TARGET_AUTO, CMD_RECENT_PROJECT_LAST,
+                 CMD_TARGET_ERASE_CHIP},
+                false);
+        enabled({CMD_VIEW_HEX_DUMP, CMD_VIEW_DEVICE, CMD_HELP_ABOUT}, true);
+    }
+    enabled({CMD_FILE_OPEN}, true);
+}
+
+TEST(Project, RestoresWhatItSaved) {
+    ShellWorld world;
+    ShellWorld::select(kVectors);
+    SIO_SetPort(7);
+    SIO_SetBaudrate(31250);
+    PASSWORD_SetAdrCount(0xABCD);
+    PASSWORD_SetAdrCompare(0x12);
+    PASSWORD_SetBytes(std::vector<uint8_t>{1, 0xFE});
+    PASSWORD_SetHexmode(true);
+    const std::string path = world.folder / "p.tpu";
+    ASSERT_TRUE(PROJECT_Save(path, ""));
+    const std::string saved = readFile(path);
+    EXPECT_EQ(saved,
+              "\\\\\r\n\\\\ Calvorin project file\r\n\\\\\r\nPort = 7\r\nBaudrate = 31250\r\n"
+              "Logging = 0\r\nDevice = \"V\"\r\nPasswordAdrCount = ABCD\r\n"
+              "PasswordAdrCompare = 12\r\nPasswordFillFF = 0\r\nPasswordHexmode = 1\r\n"
+              "Password = \"01FE\"\r\n");
+    SIO_Init(0, 0, 0, 8, 0, 0);
+    PASSWORD_Reset();
+    DEVPROPS_SetDevice(0);
+    EXPECT_TRUE(PROJECT_Load(path));
+    EXPECT_TRUE(PROJECT_Save(path, ""));
+    EXPECT_EQ(readFile(path), saved);
+    EXPECT_TRUE(world.reports.empty());
+}
+
+TEST(Project, StopsAtTheFirstFault) {
+    const struct {
+        std::string text;
+        const char* report;
+    } cases[] = {
+        {"Port = 0\n", "Expected a value >= 1"},
+        {"Port : 3\n", "Expected '=', got ':'"},
+        {"Port = \n", "Expecting a number"},
+        {"Speed = 3\n", "Unknown identifier: Speed"},
+        {"Password = \"ABC\"\n", "Odd length is illegal"},
+        {"Password = \"" + std::string(516, '0') + "\"\n", "HexString too long"},
+        {"Device = V\n", "\x01"},
+        {std::string("# x\n\0\n", 6), "Unexpected NUL byte"},
+    };
+    for (const auto& c : cases) {
+        ShellWorld world;
+        const std::string path = world.folder / "p.tpu";
+        writeFile(path, "# comment\n\\\\\nBaudrate = 9600 and more\n" + c.text + "Port = 5\n");
+        EXPECT_FALSE(PROJECT_Load(path)) << c.text;
+        EXPECT_EQ(world.reports,
+                  std::vector<std::string>{std::string("Error reading project file: ") + c.report});
+        EXPECT_EQ(SIO_GetBaudrate(), 9600U); // what was read before stays applied
+        EXPECT_EQ(SIO_GetPort(), 0U);
+    }
+    ShellWorld world;
+    EXPECT_FALSE(PROJECT_Load(world.folder / "none.tpu"));
+    EXPECT_EQ(world.reports, std::vector<std::string>{"Read file failed"});
+}

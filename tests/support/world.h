@@ -1,0 +1,141 @@
+// A whole world for a test in one line: a virtual clock, a program folder with the devices, the
+// selected device, COM1 leading to a virtual chip, and what the user would have been told.
+#pragma once
+
+#include "device/device.h"
+#include "device/devprops.h"
+#include "device/devprops_store.h"
+#include "notice/error.h"
+#include "notice/log.h"
+#include "notice/run.h"
+#include "persist/ini.h"
+#include "platform/event_queue.h"
+#include "platform/files.h"
+#include "serial/sio.h"
+#include "sim/chip.h"
+#include "sim/sim_port.h"
+#include "sim/virtual_clock.h"
+#include "support/temp_folder.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <mutex>
+#include <string>
+#include <vector>
+
+struct WorldOptions {
+    std::string device = "VT-B128";
+    ChipOptions chip;
+    uint64_t seed = 1;
+    uint32_t baudrate = 38400;
+    std::string port = "sim://world"; // what COM1 leads to; "faulty://...@sim://world" spoils it
+    bool openPort = true;
+};
+
+class World {
+public:
+    explicit World(const std::string& device) : World(WorldOptions{.device = device, .chip = {}}) {}
+
+    explicit World(WorldOptions options) : options_(std::move(options)), clock_(options_.seed) {
+        EVENTS_Open();
+        layOutFolder();
+        captureNotices();
+        DEVICE_Clear();
+        EXPECT_EQ(DEVICE_Init(), 0);
+        DEVPROPS_Set(DevProps{});
+        EXPECT_EQ(DEVICE_FindByName(options_.device), 0) << options_.device;
+        DEVPROPS_SelectAllBlocks();
+        DEVPROPS_SetResetByPC(true);
+        chip = CHIP_Create(DEVICE_Selected(), options_.chip);
+        line = SIMPORT_Offer("world", chip);
+        SIO_Init(0, 0, 0, 8, 0, 0);
+        if (options_.openPort)
+            SIO_SetConfig({1, options_.baudrate, 0});
+    }
+
+    ~World() {
+        for (; !atEnd.empty(); atEnd.pop_back())
+            atEnd.back()();
+        EVENTS_Close();
+        SIO_Exit();
+        SIMPORT_Withdraw("world");
+        LOG_SetObserver({});
+        LOG_Exit();
+        ERROR_Exit();
+        DEVICE_Clear();
+        DEVPROPS_Set(DevProps{});
+        RUN_Reset();
+        FILES_SetProgramPath({});
+    }
+    World(const World&) = delete;
+    World& operator=(const World&) = delete;
+
+    // What has been said so far; any thread may have said it.
+    std::vector<std::string> errors() const { return copyOf(errors_); }
+    std::vector<std::string> questions() const { return copyOf(questions_); }
+    std::vector<std::string> log() const { return copyOf(log_); }
+    bool hasLogged(const std::string& text) const {
+        for (const std::string& entry : log()) {
+            if (entry == text)
+                return true;
+        }
+        return false;
+    }
+    // What the chip holds against the program, one text a line; empty when it behaved.
+    std::string violations() const {
+        std::string text;
+        SIMPORT_WithChip(line, [&text](Chip& looked) {
+            for (const ChipViolation& violation : CHIP_GetViolations(looked))
+                text += violation.text + "\n";
+        });
+        return text;
+    }
+    const std::filesystem::path& folder() const { return folder_.path(); }
+
+    ChipPtr chip; // while no other thread uses the port
+    SimLinePtr line;
+    int answer = ANSWER_YES; // to every question
+    // Run in reverse order before everything else is taken down: what a test has started.
+    std::vector<std::function<void()>> atEnd;
+
+private:
+    void layOutFolder() {
+        const std::filesystem::path devices = CALVORIN_DEVICES;
+        std::filesystem::create_directory_symlink(devices / "Device", folder_ / "Device");
+        std::filesystem::create_directory_symlink(devices / "RamImage", folder_ / "RamImage");
+        FILES_SetProgramPath(folder_ / "calvorin");
+        writeFile(folder_ / "calvorin.ini",
+                  "[Settings PORTS]\r\nCOM1 = \"" + options_.port + "\"\r\n");
+        INI_Load();
+    }
+
+    void captureNotices() {
+        RUN_Reset();
+        ERROR_SetHandlers(
+            [this](WindowHandle, const std::string& text, int) { note(errors_, text); },
+            [this](WindowHandle, const std::string& text, const std::string& caption, unsigned) {
+                note(questions_, caption + ": " + text);
+                return answer;
+            },
+            [](int code) { RUN_SetExitCode(code); });
+        LOG_Init();
+        LOG_SetObserver([this](const std::string&, const std::string& text) { note(log_, text); });
+    }
+
+    void note(std::vector<std::string>& list, const std::string& text) {
+        const std::lock_guard lock(mutex_);
+        list.push_back(text);
+    }
+    std::vector<std::string> copyOf(const std::vector<std::string>& list) const {
+        const std::lock_guard lock(mutex_);
+        return list;
+    }
+
+    WorldOptions options_;
+    TempFolder folder_;
+    VirtualClock clock_;
+    mutable std::mutex mutex_; // of the three lists
+    std::vector<std::string> errors_;
+    std::vector<std::string> questions_;
+    std::vector<std::string> log_;
+};
