@@ -33,7 +33,7 @@ TEST(DeviceParser, NamesWhatIsWrongWithAStatement) {
          {"Version = x", "Bank = 0, 100,", "Bank = 0, 100,\n200, 100", "aConstIDData = g"}},
         {"Expected a value >= 0", {"IDLenMin = -1"}},
         {"Expected a value >= 1",
-         {"Version = 0", "FLASHPageLen = -16", "RAMCodeAdrLen = 0", "Bank = F000, 0"}},
+         {"Version = 0", "FLASHPageLen = -1", "RAMCodeAdrLen = 0", "Bank = F000, 0"}},
         {"Expected a value >= 10", {"aHWRange = 10, 5"}},
         {"Expected a value >= 2000", {"VCC = 1999 - 5500", "VCC = 2700 - 1999"}},
         {"Unexpected identifier : Expecting VCC", {"Vpp = 1000", "Vpp = vcc", "Vpp ="}},
