@@ -75,8 +75,9 @@ SerialPortPtr openPort(const std::string& device, uint32_t rate) {
     std::string error;
     SerialPortPtr port = SERIALPORT_Open(device, error);
     EXPECT_TRUE(port) << device << ": " << error;
-    if (port)
+    if (port) {
         EXPECT_TRUE(port->configure({rate, 8, 0, 0}).has_value());
+    }
     return port;
 }
 
