@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr size_t kWindow = 256 * 1024; // characters
+constexpr size_t kWindow = 262144; // characters
 constexpr char kCtrlZ = 0x1A;
 constexpr char kExpectedHex[] = "Expected Hex character : 0..9, A..F";
 
