@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr size_t kBuffer = 256 * 1024;
+constexpr size_t kBuffer = 262144; // characters
 constexpr size_t kLongestLine = 128; // start, head, 32 data bytes, checksum, line end
 
 using Pair = std::array<char, 2>;

@@ -50,10 +50,7 @@ bool chooseFrontEnd(int argc, char** argv, const std::vector<std::string>& argum
         CMDLINE_PrintHelp();
         return false;
     }
-    RUN_SetExitCode(1);
-    PROCESS_WriteError("Error: the desktop is not available (" + reason +
-                       ").\nA run without it needs -Exit on the command line; --help lists the "
-                       "options.\n");
+    SHELL_ReportNoDesktop(reason);
     return false;
 }
 
@@ -107,4 +104,11 @@ int SHELL_Run(int argc, char** argv) {
     }
     STARTUP_Close();
     return RUN_GetExitCode();
+}
+
+void SHELL_ReportNoDesktop(const std::string& reason) {
+    RUN_SetExitCode(1);
+    PROCESS_WriteError("Error: the desktop is not available (" + reason +
+                       ").\nA run without it needs -Exit on the command line; --help lists the "
+                       "options.\n");
 }

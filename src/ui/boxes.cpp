@@ -1,0 +1,104 @@
+#include "ui/boxes.h"
+
+#include "platform/event_queue.h"
+#include "ui/modal.h"
+
+#include <QMessageBox>
+
+namespace {
+
+constexpr unsigned kButtonsMask = 0xF;
+constexpr char kErrorCaption[] = "Error";
+
+BoxResponder responder;
+
+QMessageBox::StandardButtons buttonsOf(unsigned boxType) {
+    switch (boxType & kButtonsMask) {
+    case BOX_OK_CANCEL:
+        return QMessageBox::Ok | QMessageBox::Cancel;
+    case BOX_YES_NO:
+        return QMessageBox::Yes | QMessageBox::No;
+    default:
+        return QMessageBox::Ok;
+    }
+}
+
+QMessageBox::StandardButton defaultOf(unsigned boxType) {
+    const bool second = (boxType & BOX_DEFAULT_SECOND) != 0;
+    switch (boxType & kButtonsMask) {
+    case BOX_OK_CANCEL:
+        return second ? QMessageBox::Cancel : QMessageBox::Ok;
+    case BOX_YES_NO:
+        return second ? QMessageBox::No : QMessageBox::Yes;
+    default:
+        return QMessageBox::Ok;
+    }
+}
+
+QMessageBox::Icon iconOf(const BoxRequest& request) {
+    if (request.caption == kErrorCaption) {
+        return QMessageBox::Critical;
+    }
+    const bool question = (request.boxType & kButtonsMask) != BOX_OK;
+    return question ? QMessageBox::Question : QMessageBox::Information;
+}
+
+int answerOf(int button) {
+    switch (button) {
+    case QMessageBox::Ok:
+        return ANSWER_OK;
+    case QMessageBox::Cancel:
+        return ANSWER_CANCEL;
+    case QMessageBox::Yes:
+        return ANSWER_YES;
+    case QMessageBox::No:
+        return ANSWER_NO;
+    default:
+        return ANSWER_NONE; // ended by the program
+    }
+}
+
+int show(const BoxRequest& request, QWidget* owner) {
+    QString text = QString::fromStdString(request.text);
+    text.replace("\r\n", "\n");
+    QMessageBox box(owner);
+    box.setWindowTitle(QString::fromStdString(request.caption));
+    box.setTextFormat(Qt::PlainText);
+    box.setText(text);
+    box.setIcon(iconOf(request));
+    box.setStandardButtons(buttonsOf(request.boxType));
+    box.setDefaultButton(defaultOf(request.boxType));
+    box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    const int button = box.exec();
+    return box.clickedButton() != nullptr ? answerOf(button) : int{ANSWER_NONE};
+}
+
+int answer(WindowHandle owner, const BoxRequest& request) {
+    const ModalScope modal;
+    if (modal.isRefused()) {
+        return ANSWER_NONE;
+    }
+    if (responder) {
+        if (const auto given = responder(request)) {
+            return *given;
+        }
+    }
+    return show(request, modal.owner(static_cast<QWidget*>(owner)));
+}
+
+} // namespace
+
+void BOX_ShowError(WindowHandle owner, const std::string& text) {
+    BOX_Ask(owner, text, kErrorCaption, BOX_OK);
+}
+
+int BOX_Ask(WindowHandle owner, const std::string& text, const std::string& caption,
+            unsigned boxType) {
+    int given = ANSWER_NONE;
+    EVENTS_PostAndWait([&] { given = answer(owner, {text, caption, boxType}); });
+    return given;
+}
+
+void BOX_SetResponder(BoxResponder newResponder) {
+    responder = std::move(newResponder);
+}

@@ -1,0 +1,167 @@
+#include "ui/desktop.h"
+
+#include "notice/log.h"
+#include "notice/run.h"
+#include "persist/mru.h"
+#include "shell/session.h"
+#include "shell/shell.h"
+#include "ui/boxes.h"
+#include "ui/dialogs.h"
+#include "ui/event_hook.h"
+#include "ui/file_dialog.h"
+#include "ui/frame.h"
+#include "ui/help_window.h"
+#include "ui/log_view.h"
+#include "ui/modal.h"
+#include "ui/progress_dialog.h"
+#include "ui/view_windows.h"
+
+#include <QApplication>
+#include <cstdlib>
+#include <memory>
+
+namespace {
+
+std::unique_ptr<QApplication> application;
+
+// The program was told to end while a dialog runs Qt's own loop.
+void endDialogsWithProgram() {
+    if (SESSION_Get().quit || RUN_IsInterrupted()) {
+        MODAL_EndAll();
+    }
+}
+
+void start() {
+    EVENTHOOK_Install(endDialogsWithProgram);
+    FRAME_Create();
+    PROGRESSDIALOG_Install(FRAME_Get());
+    LOGVIEW_Install();
+}
+
+void stop() {
+    LOGVIEW_Remove();
+    PROGRESSDIALOG_Remove();
+    HELP_Close();
+    FRAME_Destroy();
+    EVENTHOOK_Remove();
+    application.reset();
+}
+
+// A dialog of the program: the frame stands behind it, and it ends with the program.
+int runDialog(const std::function<int(QWidget*)>& dialog) {
+    const ModalScope modal;
+    return modal.isRefused() ? kDialogCancel : dialog(modal.owner());
+}
+
+std::function<int()> dialogSlot(int (*dialog)(QWidget*)) {
+    return [dialog] { return runDialog(dialog); };
+}
+
+std::function<void()> plainDialogSlot(void (*dialog)(QWidget*)) {
+    return [dialog] {
+        runDialog([dialog](QWidget* owner) {
+            dialog(owner);
+            return kDialogOk;
+        });
+    };
+}
+
+void openView(View view) {
+    if (FRAME_Get() == nullptr || SESSION_Get().quit) {
+        return;
+    }
+    FRAME_Place(); // a view stands in an area of the right size
+    const bool opensLog = view == View::log && !VIEWS_IsOpen(View::log);
+    VIEWS_Open(view);
+    if (opensLog) {
+        LOG_RestartClock();
+        LOG_Add("Logging started...");
+    }
+}
+
+void fillViews(FrontEnd& frontEnd) {
+    frontEnd.openView = openView;
+    frontEnd.closeView = VIEWS_Close;
+    frontEnd.isViewOpen = VIEWS_IsOpen;
+    frontEnd.refreshView = VIEWS_Refresh;
+    frontEnd.cascade = VIEWS_Cascade;
+    frontEnd.tileHorizontally = [] { VIEWS_Tile(true); };
+    frontEnd.tileVertically = [] { VIEWS_Tile(false); };
+    frontEnd.restoreDefaultPlacement = VIEWS_RestoreDefault;
+}
+
+void fillDialogs(FrontEnd& frontEnd) {
+    frontEnd.showError = BOX_ShowError;
+    frontEnd.ask = BOX_Ask;
+    frontEnd.chooseFile = FILEDIALOG_Choose;
+    frontEnd.editValue = [](ValueRequest& request) {
+        return runDialog([&request](QWidget* owner) { return DIALOG_EditValue(owner, request); });
+    };
+    frontEnd.targetDialog = dialogSlot(DIALOG_Target);
+    frontEnd.settingsDialog = dialogSlot(DIALOG_Settings);
+    frontEnd.communicationDialog = dialogSlot(DIALOG_Communication);
+    frontEnd.passwordDialog = dialogSlot(DIALOG_Password);
+    frontEnd.optionsSheet = dialogSlot(DIALOG_Options);
+    frontEnd.interruptVectors = [] {
+        runDialog([](QWidget* owner) { return DIALOG_InterruptVectors(owner); });
+    };
+    frontEnd.aboutDialog = plainDialogSlot(DIALOG_About);
+    frontEnd.helpContents = HELP_ShowContents;
+    frontEnd.helpOnHelp = HELP_ShowHelpOnHelp;
+}
+
+// Why there is no display; empty when there may be one.
+std::string displayFault() {
+    for (const char* name : {"QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "DISPLAY"}) {
+        if (!qEnvironmentVariableIsEmpty(name)) {
+            return {};
+        }
+    }
+    return "there is no display: neither DISPLAY nor WAYLAND_DISPLAY is set";
+}
+
+// The application object ends the process when the display cannot be reached. What it says before
+// is the reason, and the program says the rest itself.
+void catchFatal(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    static QString reason;
+    if (type == QtFatalMsg) {
+        SHELL_ReportNoDesktop((reason.isEmpty() ? text : reason).toStdString());
+        std::_Exit(RUN_GetExitCode());
+    }
+    reason = reason.isEmpty() ? text : reason;
+}
+
+void createApplication(char** argv) {
+    static int count = 1; // the arguments behind the program's path are its own
+    QtMessageHandler before = qInstallMessageHandler(catchFatal);
+    application = std::make_unique<QApplication>(count, argv);
+    qInstallMessageHandler(before);
+    QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setApplicationName("Calvorin");
+}
+
+} // namespace
+
+FrontEnd DESKTOP_Create() {
+    FrontEnd frontEnd;
+    frontEnd.hasWindows = true;
+    frontEnd.start = start;
+    frontEnd.stop = stop;
+    frontEnd.showFrame = FRAME_Show;
+    frontEnd.setTitle = FRAME_SetTitle;
+    frontEnd.updateMenu = FRAME_UpdateMenu;
+    fillViews(frontEnd);
+    fillDialogs(frontEnd);
+    return frontEnd;
+}
+
+extern "C" __attribute__((visibility("default"))) bool
+calvorinDesktop(int, char** argv, FrontEnd& frontEnd, std::string& error) {
+    error = displayFault();
+    if (!error.empty()) {
+        return false;
+    }
+    createApplication(argv);
+    frontEnd = DESKTOP_Create();
+    return true;
+}

@@ -1,0 +1,106 @@
+#include "ui/file_dialog.h"
+
+#include "ui/modal.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLineEdit>
+
+namespace {
+
+FileResponder responder;
+
+// "Intel Hex file (*.hex)" in the form of the dialog, whose patterns are parted by blanks and for
+// which "*.*" means a name with a dot.
+QString nameFilter(const FileFilter& filter) {
+    QString patterns = QString::fromStdString(filter.pattern).replace(';', ' ').simplified();
+    patterns = patterns == "*.*" ? QString("*") : patterns;
+    const QString label = QString::fromStdString(filter.text).section('(', 0, 0).trimmed();
+    return QString("%1 (%2)").arg(label, patterns);
+}
+
+QStringList nameFilters(const FileRequest& request) {
+    QStringList filters;
+    for (const FileFilter& filter : request.filters) {
+        filters << nameFilter(filter);
+    }
+    return filters;
+}
+
+// The field in which the user types the name.
+QLineEdit* nameField(QFileDialog& dialog) {
+    return dialog.findChild<QLineEdit*>("fileNameEdit");
+}
+
+void adaptExtension(QFileDialog& dialog, const FileRequest& request, int filterIndex) {
+    QLineEdit* field = nameField(dialog);
+    if (field == nullptr || filterIndex < 0 || field->text().isEmpty()) {
+        return;
+    }
+    const FileFilter& filter = request.filters.at(static_cast<size_t>(filterIndex));
+    field->setText(QString::fromStdString(
+        FILEDIALOG_WithExtension(field->text().toStdString(), filter.pattern)));
+}
+
+void prepareSaving(QFileDialog& dialog, const FileRequest& request) {
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    QObject::connect(
+        &dialog, &QFileDialog::filterSelected, &dialog, [&dialog, &request](const QString& chosen) {
+            adaptExtension(dialog, request, static_cast<int>(nameFilters(request).indexOf(chosen)));
+        });
+}
+
+void goToStart(QFileDialog& dialog, const std::string& startPath) {
+    const QFileInfo start(QString::fromStdString(startPath));
+    const bool known = !startPath.empty() && start.absoluteDir().exists();
+    dialog.setDirectory(known ? start.absoluteDir() : QDir::current());
+    if (known) {
+        dialog.selectFile(start.fileName());
+    }
+}
+
+std::optional<FileChoice> show(const FileRequest& request, QWidget* owner) {
+    QFileDialog dialog(owner, QString::fromStdString(request.title));
+    dialog.setOption(QFileDialog::DontUseNativeDialog); // the name field must be within reach
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    const QStringList filters = nameFilters(request);
+    dialog.setNameFilters(filters);
+    if (request.save) {
+        prepareSaving(dialog, request);
+    }
+    goToStart(dialog, request.startPath);
+    if (request.save) {
+        adaptExtension(dialog, request, 0);
+    }
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+        return std::nullopt;
+    }
+    const auto index = static_cast<int>(filters.indexOf(dialog.selectedNameFilter()));
+    return FileChoice{dialog.selectedFiles().constFirst().toStdString(), std::max(index, 0) + 1};
+}
+
+} // namespace
+
+std::optional<FileChoice> FILEDIALOG_Choose(const FileRequest& request) {
+    const ModalScope modal;
+    if (modal.isRefused()) {
+        return std::nullopt;
+    }
+    return responder ? responder(request) : show(request, modal.owner());
+}
+
+std::string FILEDIALOG_WithExtension(const std::string& name, const std::string& pattern) {
+    const std::string extension = pattern.starts_with("*.") ? pattern.substr(1) : std::string();
+    if (extension.size() < 2 || extension.find_first_of("*?;") != std::string::npos) {
+        return name;
+    }
+    const size_t start = name.rfind('/') + 1; // 0 when there is no folder
+    return name.substr(0, name.find('.', start)) + extension;
+}
+
+void FILEDIALOG_SetResponder(FileResponder newResponder) {
+    responder = std::move(newResponder);
+}

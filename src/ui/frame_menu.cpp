@@ -1,0 +1,187 @@
+#include "ui/frame_menu.h"
+
+#include "persist/mru.h"
+#include "shell/command_ids.h"
+#include "shell/menu.h"
+
+#include <QMdiSubWindow>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+struct RecentSection {
+    QMenu* menu = nullptr;
+    QAction* end = nullptr; // the entries stand before it
+    int list = 0;
+    int firstId = 0;
+    std::vector<QAction*> entries;
+};
+
+std::vector<QAction*> commands; // their data is the identifier
+std::vector<RecentSection> recentSections;
+std::vector<QAction*> windowEntries;
+QMenu* windowMenu = nullptr;
+QMdiArea* windowArea = nullptr;
+std::function<void(int)> runCommand;
+std::function<bool(int)> mayRunNow;
+
+QAction* createAction(const QString& text, int id, QObject* parent) {
+    auto* action = new QAction(text, parent);
+    action->setData(id);
+    action->setObjectName(QString::number(id));
+    action->setMenuRole(QAction::NoRole);
+    QObject::connect(action, &QAction::triggered, [id] {
+        // A check mark shows a state of the program; choosing the item does not turn it.
+        FRAMEMENU_Update();
+        runCommand(id);
+    });
+    return action;
+}
+
+QAction* createCommand(const MenuItem& item, QObject* parent) {
+    QAction* action = createAction(item.text, item.id, parent);
+    if (item.key != nullptr) {
+        action->setShortcut(QKeySequence(item.key));
+    }
+    const bool isView = item.id >= CMD_VIEW_HEX_LIST && item.id <= CMD_VIEW_TERMINAL;
+    action->setCheckable(isView);
+    commands.push_back(action);
+    return action;
+}
+
+void addRecent(QMenu* menu, const MenuItem& item) {
+    RecentSection& section = recentSections.emplace_back();
+    section.menu = menu;
+    section.end = menu->addSeparator();
+    section.list = item.kind == MenuKind::recentPrograms ? MRU_PROGRAMS : MRU_PROJECTS;
+    section.firstId = item.id;
+}
+
+void addItem(QMenu* menu, const MenuItem& item) {
+    switch (item.kind) {
+    case MenuKind::command:
+        menu->addAction(createCommand(item, menu));
+        break;
+    case MenuKind::separator:
+        menu->addSeparator();
+        break;
+    case MenuKind::recentPrograms:
+    case MenuKind::recentProjects:
+        addRecent(menu, item);
+        break;
+    }
+}
+
+// "&1 path" with the path's own ampersands shown as such.
+QString entryText(int list, int index) {
+    const QString text = QString::fromStdString(MRU_MenuText(list, index));
+    return text.left(1) + text.mid(1).replace("&", "&&");
+}
+
+void updateRecent(RecentSection& section) {
+    qDeleteAll(section.entries);
+    section.entries.clear();
+    const auto count = static_cast<int>(MRU_GetEntries(section.list).size());
+    for (int index = 0; index < count; ++index) {
+        QAction* action =
+            createAction(entryText(section.list, index), section.firstId + index, section.menu);
+        action->setEnabled(MENU_IsEnabled(section.firstId + index) &&
+                           mayRunNow(section.firstId + index));
+        section.menu->insertAction(section.end, action);
+        section.entries.push_back(action);
+    }
+}
+
+void updateWindowList() {
+    qDeleteAll(windowEntries);
+    windowEntries.clear();
+    const QList<QMdiSubWindow*> windows = windowArea->subWindowList(QMdiArea::CreationOrder);
+    if (!windows.isEmpty()) {
+        windowEntries.push_back(windowMenu->addSeparator());
+    }
+    int number = 0;
+    for (QMdiSubWindow* window : windows) {
+        const QString title = window->windowTitle().replace("&", "&&");
+        QAction* action = windowMenu->addAction(QString("&%1 %2").arg(++number).arg(title));
+        action->setCheckable(true);
+        action->setChecked(window == windowArea->activeSubWindow());
+        QObject::connect(action, &QAction::triggered, window, [window] {
+            if (window->isMinimized()) {
+                window->showNormal();
+            }
+            windowArea->setActiveSubWindow(window);
+        });
+        windowEntries.push_back(action);
+    }
+}
+
+void applyRules() {
+    for (QAction* action : commands) {
+        const int id = action->data().toInt();
+        action->setEnabled(MENU_IsEnabled(id) && mayRunNow(id));
+        action->setChecked(MENU_IsChecked(id));
+    }
+}
+
+// When a popup opens; the entries of a recent list must not go while one of them is being chosen.
+void popupOpens() {
+    FRAMEMENU_Update();
+    for (RecentSection& section : recentSections) {
+        updateRecent(section);
+    }
+    updateWindowList();
+}
+
+} // namespace
+
+void FRAMEMENU_Build(QMenuBar* bar, QMdiArea* area, std::function<void(int)> run,
+                     std::function<bool(int)> mayRun) {
+    windowArea = area;
+    runCommand = std::move(run);
+    mayRunNow = std::move(mayRun);
+    for (const MenuPopup& popup : MENU_Popups()) {
+        if (popup.isCommand) {
+            bar->addAction(createCommand(popup.items.front(), bar));
+            continue;
+        }
+        QMenu* menu = bar->addMenu(popup.text);
+        menu->setObjectName(popup.text);
+        for (const MenuItem& item : popup.items) {
+            addItem(menu, item);
+        }
+        if (std::string_view(popup.text) == "&Window") {
+            windowMenu = menu;
+        }
+        QObject::connect(menu, &QMenu::aboutToShow, popupOpens);
+    }
+}
+
+void FRAMEMENU_Update() {
+    applyRules();
+    for (const RecentSection& section : recentSections) {
+        for (QAction* action : section.entries) {
+            const int id = action->data().toInt();
+            action->setEnabled(MENU_IsEnabled(id) && mayRunNow(id));
+        }
+    }
+}
+
+void FRAMEMENU_Exit() {
+    commands.clear();
+    recentSections.clear();
+    windowEntries.clear();
+    windowMenu = nullptr;
+    windowArea = nullptr;
+}
+
+bool FRAMEMENU_IsAccelerator(int key, Qt::KeyboardModifiers modifiers) {
+    const QKeySequence pressed(
+        QKeyCombination(modifiers & ~Qt::KeypadModifier, static_cast<Qt::Key>(key)));
+    for (const QAction* action : commands) {
+        if (!action->shortcut().isEmpty() && action->shortcut() == pressed) {
+            return true;
+        }
+    }
+    return false;
+}

@@ -1,0 +1,16 @@
+// The frame's menu bar, made from the table of the commands. User-interface thread.
+#pragma once
+
+#include <QMdiArea>
+#include <QMenuBar>
+#include <functional>
+
+// Fills the bar; `run` is called with the identifier of a chosen command, `mayRun` says whether one
+// that the rules enable may run at this moment. The window list of `area` ends the "&Window" menu.
+void FRAMEMENU_Build(QMenuBar* bar, QMdiArea* area, std::function<void(int)> run,
+                     std::function<bool(int)> mayRun);
+// Applies the enable and check rules and the recent files. Also done whenever a popup opens.
+void FRAMEMENU_Update();
+void FRAMEMENU_Exit();
+// Whether a key press with these modifiers is an accelerator of the menu, enabled or not.
+bool FRAMEMENU_IsAccelerator(int key, Qt::KeyboardModifiers modifiers);

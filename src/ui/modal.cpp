@@ -1,0 +1,71 @@
+#include "ui/modal.h"
+
+#include "shell/session.h"
+
+#include <QApplication>
+#include <QDialog>
+
+namespace {
+
+QWidget* frame = nullptr;
+std::function<void()> whenOpening;
+std::function<void()> whenLeft;
+int depth = 0;
+bool refused = false;
+
+} // namespace
+
+ModalScope::ModalScope() {
+    if (whenOpening && !isRefused()) {
+        whenOpening();
+    }
+    ++depth;
+}
+
+ModalScope::~ModalScope() {
+    --depth;
+    if (depth == 0 && whenLeft) {
+        whenLeft();
+    }
+}
+
+bool ModalScope::isRefused() const {
+    return refused || SESSION_Get().quit;
+}
+
+QWidget* ModalScope::owner(QWidget* wanted) const {
+    if (wanted != nullptr) {
+        return wanted;
+    }
+    if (QWidget* modal = QApplication::activeModalWidget()) {
+        return modal;
+    }
+    return frame != nullptr && frame->isVisible() ? frame : nullptr;
+}
+
+bool MODAL_IsOpen() {
+    return depth > 0;
+}
+
+void MODAL_EndAll() {
+    while (QWidget* popup = QApplication::activePopupWidget()) {
+        popup->close();
+    }
+    while (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
+        dialog->QDialog::reject(); // also where a dialog would ask first
+        if (QApplication::activeModalWidget() == dialog) {
+            return;
+        }
+    }
+}
+
+void MODAL_RefuseFurther() {
+    refused = true;
+}
+
+void MODAL_Init(QWidget* newFrame, std::function<void()> opening, std::function<void()> left) {
+    frame = newFrame;
+    whenOpening = std::move(opening);
+    whenLeft = std::move(left);
+    refused = false;
+}

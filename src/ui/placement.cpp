@@ -1,0 +1,45 @@
+#include "ui/placement.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kGrip = 40;        // pixels of a title bar's width that must be within reach
+constexpr int kTitleHeight = 20; // pixels
+
+} // namespace
+
+QRect PLACEMENT_BroughtBack(const QRect& wanted, const QRect& area) {
+    const QRect title(wanted.topLeft(), QSize(wanted.width(), kTitleHeight));
+    const QRect seen = title & area;
+    if (seen.width() >= std::min(kGrip, wanted.width()) && seen.height() == kTitleHeight) {
+        return wanted;
+    }
+    const QSize size = wanted.size().boundedTo(area.size());
+    const int left = std::clamp(wanted.left(), area.left(), area.right() + 1 - size.width());
+    const int top = std::clamp(wanted.top(), area.top(), area.bottom() + 1 - size.height());
+    return QRect(QPoint(left, top), size);
+}
+
+std::vector<QRect> PLACEMENT_Tiles(int count, QSize area, bool wide) {
+    // Lines run along the short side of the tiles: columns of wide tiles, rows of high ones.
+    int lines = 1;
+    while ((lines + 1) * (lines + 1) <= count) {
+        ++lines;
+    }
+    const int across = wide ? area.width() : area.height();
+    const int along = wide ? area.height() : area.width();
+    std::vector<QRect> tiles;
+    for (int line = 0; line < lines; ++line) {
+        const int inLine = count / lines + (line >= lines - count % lines ? 1 : 0);
+        const int from = across * line / lines;
+        const int breadth = across * (line + 1) / lines - from;
+        for (int index = 0; index < inLine; ++index) {
+            const int start = along * index / inLine;
+            const int length = along * (index + 1) / inLine - start;
+            tiles.push_back(wide ? QRect(from, start, breadth, length)
+                                 : QRect(start, from, length, breadth));
+        }
+    }
+    return tiles;
+}

@@ -1,0 +1,9 @@
+// The small window that shows a running target operation. It follows the shared progress state and
+// knows nothing of the operation. User-interface thread.
+#pragma once
+
+#include <QWidget>
+
+// Shows the window whenever a progress opens, owned by what `frame` returns then.
+void PROGRESSDIALOG_Install(QWidget* frame);
+void PROGRESSDIALOG_Remove();

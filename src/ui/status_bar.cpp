@@ -1,0 +1,112 @@
+#include "ui/status_bar.h"
+
+#include "notice/status.h"
+#include "platform/event_queue.h"
+#include "platform/files.h"
+#include "platform/format.h"
+#include "serial/sio.h"
+
+#include <QHelpEvent>
+#include <QLabel>
+#include <QToolTip>
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr int kMargin = 4; // pixels beside a text
+
+class StatusBar : public QStatusBar {
+public:
+    explicit StatusBar(QWidget* parent) : QStatusBar(parent) {
+        setObjectName("500");
+        for (int part = 0; part < kStatusParts; ++part) {
+            auto* label = new QLabel(this);
+            label->setObjectName(QString("500.%1").arg(part));
+            label->setTextFormat(Qt::PlainText);
+            label->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+            label->setMargin(1);
+            label->setAttribute(Qt::WA_TransparentForMouseEvents); // the bar answers for them
+            label->setText(QString::fromStdString(STATUS_GetText(part)));
+            labels_[static_cast<size_t>(part)] = label;
+        }
+        setMinimumHeight(labels_[0]->sizeHint().height() + kMargin);
+    }
+
+    void setPart(int part, const QString& text) {
+        labels_[static_cast<size_t>(part)]->setText(text);
+        layOut();
+    }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QStatusBar::resizeEvent(event);
+        layOut();
+    }
+
+    bool event(QEvent* event) override {
+        if (event->type() != QEvent::ToolTip) {
+            return QStatusBar::event(event);
+        }
+        const auto* help = static_cast<QHelpEvent*>(event);
+        const bool overPort = labels_[STATUS_SERIAL]->geometry().contains(help->pos());
+        QToolTip::showText(help->globalPos(),
+                           overPort ? QString::fromStdString(STATUSBAR_PortText()) : QString(),
+                           this);
+        return true;
+    }
+
+    void paintEvent(QPaintEvent*) override {} // the parts paint themselves
+
+private:
+    // A part that is too narrow for its text grows at the expense of the first.
+    void layOut() {
+        int edges[kStatusParts];
+        STATUS_Layout(width(), edges);
+        int right = edges[kStatusParts - 1];
+        for (int part = kStatusParts - 1; part >= 0; --part) {
+            QLabel* label = labels_[static_cast<size_t>(part)];
+            const int given = part > 0 ? edges[part] - edges[part - 1] : std::max(0, right);
+            const int wanted = part > 0 ? label->sizeHint().width() + kMargin : 0;
+            const int widthOfPart = std::max(given, wanted);
+            label->setGeometry(right - widthOfPart, 1, widthOfPart - 1, height() - 2);
+            right -= widthOfPart;
+        }
+    }
+
+    std::array<QLabel*, kStatusParts> labels_{};
+};
+
+StatusBar* bar = nullptr;
+
+} // namespace
+
+QStatusBar* STATUSBAR_Create(QWidget* parent) {
+    bar = new StatusBar(parent);
+    STATUS_SetObserver([](int part, const std::string& text) {
+        EVENTS_Post([part, text] {
+            if (bar != nullptr) {
+                bar->setPart(part, QString::fromStdString(text));
+            }
+        });
+    });
+    return bar;
+}
+
+void STATUSBAR_Detach() {
+    STATUS_SetObserver({});
+    bar = nullptr;
+}
+
+std::string STATUSBAR_PortText() {
+    const uint32_t port = SIO_GetPort();
+    if (port == 0) {
+        return "No port is selected";
+    }
+    const std::string device = SIO_DeviceOfPort(port);
+    const bool remote = device.find("://") != std::string::npos;
+    const char* state = remote                 ? "a port server on the network"
+                        : FILES_Exists(device) ? "present"
+                                               : "not present";
+    return formatText("COM%u is %s (%s)", port, device.c_str(), state);
+}

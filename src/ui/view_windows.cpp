@@ -1,0 +1,278 @@
+#include "ui/view_windows.h"
+
+#include "persist/ini.h"
+#include "shell/session.h"
+#include "ui/artwork.h"
+#include "ui/placement.h"
+#include "ui/view_widget.h"
+
+#include <QCloseEvent>
+#include <QMdiSubWindow>
+#include <algorithm>
+#include <array>
+
+namespace {
+
+struct ViewSpec {
+    View view;
+    const char* section;
+    const char* title;
+    QRect placement; // default, in coordinates of the area
+    size_t columns;
+    bool showsData;
+    Art icon;
+    ViewWidget* (*create)(QWidget*);
+};
+
+constexpr size_t kViews = 5;
+constexpr size_t kMaxColumns = 6;
+constexpr char kRectKey[] = "Rect";
+constexpr char kHeaderKey[] = "Header";
+constexpr char kVectorSection[] = "Settings INTVECTS"; // a dialog with columns to be forgotten
+
+// In the order of the View menu's enumeration.
+const std::array<ViewSpec, kViews> kSpecs = {{
+    {View::hexList,
+     "Settings HEXLISTVIEW",
+     "Hex List",
+     {0, 300, 792, 120},
+     6,
+     true,
+     Art::hexList,
+     HEXLISTVIEW_Create},
+    {View::hexDump,
+     "Settings HEXDUMPVIEW",
+     "Hex Dump",
+     {191, 0, 601, 300},
+     3,
+     true,
+     Art::hexDump,
+     HEXDUMPVIEW_Create},
+    {View::log, "Settings LOG", "Log", {450, 420, 342, 114}, 0, false, Art::log, LOGVIEW_Create},
+    {View::device,
+     "Settings DEVICEVIEW",
+     "Device",
+     {0, 0, 191, 300},
+     2,
+     false,
+     Art::device,
+     DEVICEVIEW_Create},
+    {View::terminal,
+     "Settings TERMINAL",
+     "Terminal I/O",
+     {0, 420, 449, 114},
+     0,
+     false,
+     Art::terminal,
+     TERMINALVIEW_Create},
+}};
+
+const ViewSpec& specOf(View view) {
+    return kSpecs[static_cast<size_t>(view)];
+}
+
+void storeWindow(const ViewSpec& spec, const QMdiSubWindow& window, const ViewWidget& widget) {
+    if (!window.isMaximized() && !window.isMinimized()) {
+        const QRect place = window.geometry();
+        const int32_t rect[4] = {place.x(), place.y(), place.width(), place.height()};
+        INI_WriteRect(spec.section, kRectKey, rect);
+    }
+    const std::vector<int> widths = widget.columnWidths();
+    if (!widths.empty()) {
+        INI_WriteIntArray(spec.section, kHeaderKey,
+                          std::vector<int32_t>(widths.begin(), widths.end()));
+    }
+}
+
+QRect storedPlacement(const ViewSpec& spec) {
+    int32_t rect[4] = {0, 0, 0, 0};
+    INI_ReadRect(spec.section, kRectKey, rect);
+    const bool stored = std::any_of(rect, rect + 4, [](int32_t value) { return value != 0; });
+    return stored ? QRect(rect[0], rect[1], rect[2], rect[3]) : spec.placement;
+}
+
+std::vector<int> storedWidths(const ViewSpec& spec) {
+    std::array<int32_t, kMaxColumns> widths{};
+    INI_ReadIntArray(spec.section, kHeaderKey, std::span(widths).first(spec.columns));
+    return {widths.begin(), widths.begin() + static_cast<ptrdiff_t>(spec.columns)};
+}
+
+class ViewWindow : public QMdiSubWindow {
+public:
+    explicit ViewWindow(const ViewSpec& spec) : spec_(spec) {
+        setWindowIcon(ART_Icon(spec.icon));
+        setWindowTitle(spec.title);
+        setAttribute(Qt::WA_DeleteOnClose);
+        widget_ = spec.create(this);
+        setWidget(widget_);
+        if (spec.columns > 0) {
+            widget_->setColumnWidths(storedWidths(spec));
+        }
+    }
+
+    ViewWidget& view() { return *widget_; }
+    void store() const { storeWindow(spec_, *this, *widget_); }
+
+protected:
+    void closeEvent(QCloseEvent* event) override; // the user closes it
+
+private:
+    const ViewSpec& spec_;
+    ViewWidget* widget_ = nullptr;
+};
+
+QMdiArea* area = nullptr;
+std::array<ViewWindow*, kViews> windows{};
+std::function<void()> whenDataViewsClosed;
+
+ViewWindow*& windowOf(View view) {
+    return windows[static_cast<size_t>(view)];
+}
+
+void reportClosed(const ViewSpec& spec) {
+    if (spec.showsData && !VIEWS_IsOpen(View::hexList) && !VIEWS_IsOpen(View::hexDump)) {
+        whenDataViewsClosed();
+    }
+}
+
+void ViewWindow::closeEvent(QCloseEvent* event) {
+    store();
+    windowOf(spec_.view) = nullptr;
+    QMdiSubWindow::closeEvent(event);
+    reportClosed(spec_);
+}
+
+QString presentTitle(const ViewSpec& spec) {
+    const std::string& path = SESSION_Get().programPath;
+    return spec.showsData && !path.empty() ? QString::fromStdString(path) : QString(spec.title);
+}
+
+// Takes the window away without the consequences that a closed data view has.
+void removeWindow(View view) {
+    ViewWindow* window = windowOf(view);
+    windowOf(view) = nullptr;
+    window->hide();
+    area->removeSubWindow(window);
+    delete window;
+}
+
+QMdiSubWindow* createWindow(const ViewSpec& spec) {
+    auto* window = new ViewWindow(spec);
+    windowOf(spec.view) = window;
+    area->addSubWindow(window);
+    const QRect place = storedPlacement(spec);
+    const bool laidOut = area->isVisible();
+    window->setGeometry(laidOut ? PLACEMENT_BroughtBack(place, area->viewport()->rect()) : place);
+    window->view().refresh();
+    window->show();
+    return window;
+}
+
+std::vector<QMdiSubWindow*> shownWindows() {
+    std::vector<QMdiSubWindow*> shown;
+    for (QMdiSubWindow* window : area->subWindowList(QMdiArea::StackingOrder)) {
+        if (window->isVisible() && !window->isMinimized()) {
+            shown.push_back(window);
+        }
+    }
+    return shown;
+}
+
+} // namespace
+
+void VIEWS_Init(QMdiArea* newArea, std::function<void()> dataViewsClosed) {
+    area = newArea;
+    whenDataViewsClosed = std::move(dataViewsClosed);
+}
+
+void VIEWS_Exit() {
+    area = nullptr;
+    windows = {};
+}
+
+void VIEWS_Open(View view) {
+    const ViewSpec& spec = specOf(view);
+    QMdiSubWindow* window = windowOf(view);
+    if (window == nullptr) {
+        window = createWindow(spec);
+    }
+    window->setWindowTitle(presentTitle(spec));
+    if (window->isMinimized()) {
+        window->showNormal();
+    }
+    area->setActiveSubWindow(window);
+}
+
+void VIEWS_Close(View view) {
+    if (windowOf(view) == nullptr) {
+        return;
+    }
+    windowOf(view)->store();
+    removeWindow(view);
+    reportClosed(specOf(view));
+}
+
+bool VIEWS_IsOpen(View view) {
+    return windowOf(view) != nullptr;
+}
+
+void VIEWS_Refresh(View view) {
+    if (ViewWindow* window = windowOf(view)) {
+        window->view().refresh();
+    }
+}
+
+void VIEWS_StoreAll() {
+    for (const ViewWindow* window : windows) {
+        if (window != nullptr) {
+            window->store();
+        }
+    }
+}
+
+void VIEWS_BringBack() {
+    for (ViewWindow* window : windows) {
+        if (window != nullptr && !window->isMaximized() && !window->isMinimized()) {
+            const QRect place = window->geometry();
+            const QRect back = PLACEMENT_BroughtBack(place, area->viewport()->rect());
+            if (back != place) {
+                window->setGeometry(back);
+            }
+        }
+    }
+}
+
+void VIEWS_Cascade() {
+    area->cascadeSubWindows();
+}
+
+void VIEWS_Tile(bool wide) {
+    const std::vector<QMdiSubWindow*> shown = shownWindows();
+    if (shown.empty()) {
+        return;
+    }
+    const std::vector<QRect> tiles =
+        PLACEMENT_Tiles(static_cast<int>(shown.size()), area->viewport()->size(), wide);
+    // The window in front gets the first tile.
+    for (size_t index = 0; index < shown.size(); ++index) {
+        QMdiSubWindow* window = shown[shown.size() - 1 - index];
+        window->showNormal();
+        window->setGeometry(tiles[index]);
+    }
+}
+
+void VIEWS_RestoreDefault() {
+    for (const ViewSpec& spec : kSpecs) {
+        const bool wasOpen = VIEWS_IsOpen(spec.view);
+        const QString title = wasOpen ? windowOf(spec.view)->windowTitle() : QString();
+        if (wasOpen) {
+            removeWindow(spec.view);
+        }
+        INI_DeleteKey(spec.section, kRectKey);
+        INI_DeleteKey(spec.section, kHeaderKey);
+        if (wasOpen) {
+            createWindow(spec)->setWindowTitle(title);
+        }
+    }
+    INI_DeleteKey(kVectorSection, kHeaderKey);
+}
