@@ -32,12 +32,16 @@ constexpr int kMostLooks = 5'000'000; // at the clock, between two waits of all 
     std::abort();
 }
 
-} // namespace
-
-struct ClockThread {
+struct VirtualThread : ClockThread {
     Participant participant;
     std::thread thread;
 };
+
+VirtualThread& ownThread(const ClockThreadPtr& thread) {
+    return static_cast<VirtualThread&>(*thread);
+}
+
+} // namespace
 
 struct VirtualClock::World {
     explicit World(uint64_t seed) : order(seed) {}
@@ -55,7 +59,7 @@ struct VirtualClock::World {
     Participant& chooseNext();
     void handOver(std::unique_lock<std::mutex>& lock, Participant& next);
     bool wait(Moment deadline, const Condition& ready);
-    void run(ClockThread& thread, const std::function<void()>& body);
+    void run(VirtualThread& thread, const std::function<void()>& body);
     ClockThreadPtr start(std::function<void()> body);
     void join(const ClockThreadPtr& thread);
 };
@@ -140,7 +144,7 @@ bool VirtualClock::World::wait(Moment deadline, const Condition& ready) {
     return ready();
 }
 
-void VirtualClock::World::run(ClockThread& thread, const std::function<void()>& body) {
+void VirtualClock::World::run(VirtualThread& thread, const std::function<void()>& body) {
     self = &thread.participant;
     {
         std::unique_lock lock(mutex);
@@ -155,7 +159,7 @@ void VirtualClock::World::run(ClockThread& thread, const std::function<void()>& 
 }
 
 ClockThreadPtr VirtualClock::World::start(std::function<void()> body) {
-    auto thread = std::make_shared<ClockThread>();
+    auto thread = std::make_shared<VirtualThread>();
     {
         const std::lock_guard lock(mutex);
         participants.push_back(&thread->participant);
@@ -167,9 +171,11 @@ ClockThreadPtr VirtualClock::World::start(std::function<void()> body) {
 }
 
 void VirtualClock::World::join(const ClockThreadPtr& thread) {
-    const auto finished = [&thread] { return thread->participant.turn == Turn::finished; };
+    const auto finished = [&thread] {
+        return ownThread(thread).participant.turn == Turn::finished;
+    };
     wait(kNever, finished);
-    thread->thread.join();
+    ownThread(thread).thread.join();
 }
 
 VirtualClock::VirtualClock(uint64_t seed) : world_(std::make_unique<World>(seed)) {
@@ -198,7 +204,7 @@ VirtualClock::VirtualClock(uint64_t seed) : world_(std::make_unique<World>(seed)
         return world->start(std::move(body));
     };
     face_.joinThread = [world](const ClockThreadPtr& thread) {
-        if (thread->thread.joinable()) {
+        if (ownThread(thread).thread.joinable()) {
             world->join(thread);
         }
     };

@@ -53,7 +53,10 @@ struct CivilTime {
 CivilTime CLOCK_LocalTime();
 
 // A thread that the clock knows. Destroying it joins it; the body must have been told to end.
-struct ClockThread;
+// What is behind it is the face's own.
+struct ClockThread {
+    virtual ~ClockThread() = default;
+};
 using ClockThreadPtr = std::shared_ptr<ClockThread>;
 ClockThreadPtr CLOCK_StartThread(std::function<void()> body);
 // Waits until the thread's body has returned; any thread but the one waited for.

@@ -63,6 +63,19 @@ void SERIALPORT_AddKind(std::string_view prefix, SerialOpener opener) {
     kinds().push_back({std::string(prefix), std::move(opener)});
 }
 
+std::string SERIALPORT_SettingsProblem(const LineSettings& settings) {
+    if (settings.byteSize != 8 || settings.parity != 0 || settings.stopBits != 0) {
+        return "only 8 data bits without parity and one stop bit are possible";
+    }
+    return settings.baudrate == 0 ? "a rate of 0 Bd is not possible" : std::string();
+}
+
+bool SERIALPORT_IsRateClose(uint32_t actual, uint32_t wanted) {
+    constexpr uint64_t kTolerancePercent = 3;
+    const uint64_t difference = actual > wanted ? actual - wanted : wanted - actual;
+    return difference * 100 <= wanted * kTolerancePercent;
+}
+
 std::string SERIALPORT_DefaultDevice(uint32_t comNumber) {
     struct Row {
         uint32_t first;

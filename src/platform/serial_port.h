@@ -22,6 +22,13 @@ struct LineSettings {
     uint8_t stopBits = 0;
 };
 
+// Why no built-in kind can do these settings; empty when they are 8 data bits without parity and
+// one stop bit at some rate.
+std::string SERIALPORT_SettingsProblem(const LineSettings& settings);
+// Whether a rate that a device makes of the one it was asked for still serves: a receiver follows
+// one that is 3 % off, and dividers round.
+bool SERIALPORT_IsRateClose(uint32_t actual, uint32_t wanted);
+
 // An open serial line. One thread reads or waits for bytes while another may write, set the lines
 // or ask for `lostReason`. Destroying the record closes the line; what the port changed on the
 // device (low latency) is put back.

@@ -11,11 +11,11 @@
 #include <unistd.h>
 #include <vector>
 
-struct ClockThread {
+namespace {
+
+struct SystemThread : ClockThread {
     std::jthread thread;
 };
-
-namespace {
 
 constexpr int64_t kNanosecondsPerUs = 1000;
 constexpr int64_t kUsPerSecond = 1'000'000;
@@ -96,14 +96,15 @@ CivilTime systemLocalTime() {
 }
 
 ClockThreadPtr systemStartThread(std::function<void()> body) {
-    auto thread = std::make_shared<ClockThread>();
+    auto thread = std::make_shared<SystemThread>();
     thread->thread = std::jthread(std::move(body));
     return thread;
 }
 
 void systemJoinThread(const ClockThreadPtr& thread) {
-    if (thread->thread.joinable()) {
-        thread->thread.join();
+    std::jthread& own = static_cast<SystemThread&>(*thread).thread;
+    if (own.joinable()) {
+        own.join();
     }
 }
 

@@ -182,13 +182,6 @@ bool setLine(TtyLine& tty, int line, bool on) {
     return false;
 }
 
-std::string settingsProblem(const LineSettings& settings) {
-    if (settings.byteSize != 8 || settings.parity != 0 || settings.stopBits != 0) {
-        return "only 8 data bits without parity and one stop bit are possible";
-    }
-    return settings.baudrate == 0 ? "a rate of 0 Bd is not possible" : std::string();
-}
-
 std::string rateProblem(int error, uint32_t wanted, uint32_t actual) {
     return error == ERANGE
                ? formatText("a rate of %u Bd is not possible, the device makes %u Bd of it", wanted,
@@ -197,7 +190,7 @@ std::string rateProblem(int error, uint32_t wanted, uint32_t actual) {
 }
 
 std::optional<uint32_t> configure(TtyLine& tty, const LineSettings& settings) {
-    std::string problem = settingsProblem(settings);
+    std::string problem = SERIALPORT_SettingsProblem(settings);
     uint32_t before = 0;
     if (problem.empty()) {
         uint32_t actual = 0;

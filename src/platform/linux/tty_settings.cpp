@@ -1,13 +1,12 @@
 #include "platform/linux/tty_settings.h"
 
+#include "platform/serial_port.h"
+
 #include <asm/termbits.h>
 #include <cerrno>
 #include <sys/ioctl.h>
 
 namespace {
-
-// A receiver follows a rate that is off by this much; drivers round to what their clock divides to.
-constexpr uint32_t kTolerancePercent = 3;
 
 void makeRaw(termios2& settings) {
     settings.c_iflag = 0;
@@ -27,11 +26,6 @@ int getSettings(int descriptor, termios2& settings) {
 
 int setSettings(int descriptor, const termios2& settings, bool drain) {
     return ioctl(descriptor, drain ? TCSETSW2 : TCSETS2, &settings) == 0 ? 0 : errno;
-}
-
-bool isClose(uint32_t actual, uint32_t wanted) {
-    const uint64_t difference = actual > wanted ? actual - wanted : wanted - actual;
-    return difference * 100 <= static_cast<uint64_t>(wanted) * kTolerancePercent;
 }
 
 } // namespace
@@ -70,7 +64,7 @@ int ttySetRate(int descriptor, uint32_t rate, bool drain, uint32_t& actual) {
     if (const int error = ttyGetRate(descriptor, actual); error != 0) {
         return error;
     }
-    if (isClose(actual, rate)) {
+    if (SERIALPORT_IsRateClose(actual, rate)) {
         return 0;
     }
     setSettings(descriptor, before, false);
