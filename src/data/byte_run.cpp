@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <utility>
 
 void ByteRun::append(std::span<const uint8_t> bytes) {
@@ -9,7 +10,7 @@ void ByteRun::append(std::span<const uint8_t> bytes) {
         return;
     }
     if (capacity_ - begin_ - size_ < bytes.size()) {
-        regrow(std::min(begin_, size_), std::max(bytes.size(), size_));
+        extend(std::max(bytes.size(), size_));
     }
     std::memcpy(data() + size_, bytes.data(), bytes.size());
     size_ += bytes.size();
@@ -39,11 +40,29 @@ void ByteRun::dropBack(size_t count) {
 
 void ByteRun::regrow(size_t front, size_t back) {
     const size_t capacity = front + size_ + back;
-    std::unique_ptr<uint8_t[]> room = std::make_unique_for_overwrite<uint8_t[]>(capacity);
+    Room room(static_cast<uint8_t*>(std::malloc(capacity)));
+    if (room == nullptr) {
+        throw std::bad_alloc();
+    }
     if (size_ > 0) {
         std::memcpy(room.get() + front, data(), size_);
     }
     room_ = std::move(room);
     capacity_ = capacity;
     begin_ = front;
+}
+
+void ByteRun::extend(size_t back) {
+    if (begin_ > size_) { // more room in front than is worth keeping
+        regrow(size_, back);
+        return;
+    }
+    const size_t capacity = begin_ + size_ + back;
+    auto* const room = static_cast<uint8_t*>(std::realloc(room_.get(), capacity));
+    if (room == nullptr) {
+        throw std::bad_alloc();
+    }
+    static_cast<void>(room_.release()); // the old block is gone, or the new one is the same
+    room_.reset(room);
+    capacity_ = capacity;
 }

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <span>
 
@@ -26,10 +27,16 @@ public:
     void dropBack(size_t count);
 
 private:
+    struct Free {
+        void operator()(uint8_t* room) const { std::free(room); }
+    };
+    using Room = std::unique_ptr<uint8_t[], Free>;
+
     // Moves to a room with `front` and `back` free bytes around the held ones.
     void regrow(size_t front, size_t back);
+    void extend(size_t back);
 
-    std::unique_ptr<uint8_t[]> room_;
+    Room room_; // from the C heap, which can extend a large block in place of copying it
     size_t capacity_ = 0;
     size_t begin_ = 0;
     size_t size_ = 0;

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstring>
 
 // The CRC is the remainder of a polynomial over the bits by x^16 + x^12 + x^5 + 1. One byte b takes
 // the remainder r to r * x^8 + b: b enters at the low end, not above the remainder as in the more
@@ -95,6 +96,11 @@ uint16_t CHECKSUM_SumOfFill(uint16_t sum, uint8_t fill, uint64_t count) {
 }
 
 uint16_t CHECKSUM_CrcOfFill(uint16_t crc, uint8_t fill, uint64_t count) {
+    std::array<uint8_t, 256> bytes;
+    if (count <= bytes.size()) { // going through so few is quicker than the powers
+        std::memset(bytes.data(), fill, static_cast<size_t>(count));
+        return CHECKSUM_Crc(crc, std::span(bytes).first(static_cast<size_t>(count)));
+    }
     Repetition all;
     Repetition power{kProducts[1][1], 1}; // one byte, then 2, 4, 8 ...
     for (; count > 0; count >>= 1) {

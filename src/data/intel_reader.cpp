@@ -61,16 +61,16 @@ void _ReadIntelRecord(RecordReader& reader, IntelBase& base) {
     reader.startChecksum();
     std::array<uint8_t, 4> head{}; // count, address, type
     reader.takeBytes(head);
-    std::array<uint8_t, 255> room;
-    const std::span data(room.data(), head[0]);
-    reader.takeBytes(data);
-    reader.takeByte();
+    std::array<uint8_t, 256> room;
+    const std::span content(room.data(), head[0] + size_t{1}); // data and checksum
+    reader.takeBytes(content);
     if (reader.error() == nullptr && reader.checksum() != 0) {
         reader.fail(kChecksumError);
     }
     if (reader.error() != nullptr) {
         return;
     }
+    const std::span<const uint8_t> data = content.first(head[0]);
     const auto offset = static_cast<uint16_t>(head[1] << 8 | head[2]);
     if (const char* error = applyRecord(head[3], offset, data, base)) {
         reader.fail(error);

@@ -33,7 +33,6 @@ public:
     void startChecksum() { checksum_ = 0; }
     uint8_t checksum() const { return checksum_; }
     uint8_t takeByte();
-    uint16_t takeWord();
     void takeBytes(std::span<uint8_t> bytes);
     // Steps over what ends a line: one or two of CR and LF; the last line may do without.
     void takeLineEnd();

@@ -219,7 +219,7 @@ TEST(Checksum, FastFormsEqualThePlainOnes) {
     ASSERT_EQ(plainStep(0x0100, 0), 0x1021);
     std::mt19937 random(7);
     for (int round = 0; round < 400; ++round) {
-        const size_t count = random() % 70;
+        const size_t count = random() % (round % 2 == 0 ? 70 : 2000);
         const std::vector<uint8_t> bytes = randomBytes(random, count);
         const auto start = static_cast<uint16_t>(random());
         const auto fill = static_cast<uint8_t>(random());

@@ -129,18 +129,15 @@ TEST(Device, CorrectsASelectionBeyondTheTable) {
 TEST(Device, AnswersForListEntriesThatThereAre) {
     const DeviceWorld world;
     DeviceWorld::select(described("A") + "\nIVector = 1, \"Reset\", 16, FE\naIDAdr = 5");
-    int32_t number = 0;
-    int32_t bits = 0;
-    uint32_t address = 0;
-    std::string name = "unchanged";
-    for (const int index : {-1, 1}) {
-        DEVICE_GetIVector(index, number, name, bits, address);
-        EXPECT_EQ(DEVICE_GetIDAdr(index), 0U);
-        EXPECT_EQ(name, "unchanged");
+    std::string names;
+    for (const int index : {-1, 0, 1}) {
+        int32_t value = 0;
+        uint32_t address = 0;
+        std::string name = "-";
+        DEVICE_GetIVector(index, value, name, value, address);
+        names += formatText("%s %X %X,", name.c_str(), address, DEVICE_GetIDAdr(index));
     }
-    DEVICE_GetIVector(0, number, name, bits, address);
-    EXPECT_EQ(name, "Reset");
-    EXPECT_EQ(DEVICE_GetIDAdr(0), 5U);
+    EXPECT_EQ(names, "- 0 0,Reset FE 5,- 0 0,");
 }
 
 TEST(Device, RelocatesTheAddressesOfItsRange) {

@@ -3,6 +3,7 @@
 #include "device/ivector_rows.h"
 #include "device_world.h"
 
+#include <array>
 #include <gtest/gtest.h>
 
 namespace {
@@ -35,12 +36,7 @@ TEST(DeviceRows, ShowTheProperties) {
 
 TEST(IVectorRows, ShowWhatTheDataHolds) {
     const DeviceWorld world;
-    struct Case {
-        const char* vector;
-        const char* contents;
-        bool outside;
-    };
-    const Case cases[] = {
+    const std::tuple<std::string, std::string, bool> cases[] = {
         {"1, \"Reset\", 16, FFFE", "8000", false},
         {"1, \"RESET_Vector\", 16, FFF0", "7FFF", true},
         {"1, \"NMI\", 16, FFF0", "7FFF", false},
@@ -52,19 +48,18 @@ TEST(IVectorRows, ShowWhatTheDataHolds) {
         {"1, \"None\", 0, 0", "0", false},
     };
     HEXDATA_Reset();
-    const uint8_t bytes[] = {0xFF, 0x7F};
-    HEXDATA_AddData(0xFFF0, bytes);
+    HEXDATA_AddData(0xFFF0, std::array<uint8_t, 2>{0xFF, 0x7F});
     const uint8_t more[] = {0xFF, 0xFF, 0xF3, 0xEE, 0, 0, 4, 0, 0xFF, 0xFF, 0, 0x80};
     HEXDATA_AddData(0xFFF4, more);
-    for (const Case& c : cases) {
+    for (const auto& [vector, contents, outside] : cases) {
         DeviceWorld::select(
             "Device = \"VT\"\nManufacturer = \"Acme\"\nBank = 8000, 8000, 30000, 10000\n"
             "IVector = " +
-            std::string(c.vector));
+            vector);
         const std::vector<IVectorRow> rows = IVECT_MakeRows();
         ASSERT_EQ(rows.size(), 1U);
-        EXPECT_EQ(rows[0].contents, c.contents) << c.vector;
-        EXPECT_EQ(rows[0].resetOutsideFlash, c.outside) << c.vector;
+        EXPECT_EQ(rows[0].contents, contents) << vector;
+        EXPECT_EQ(rows[0].resetOutsideFlash, outside) << vector;
     }
     HEXDATA_Reset();
     DeviceWorld::select(kHead + "IVector = 12, \"Timer\", 16, fffa");

@@ -58,17 +58,27 @@ TEST(SimPort, RecordsTheLines) {
 }
 
 TEST(SimPort, UnpluggedLineEndsAWait) {
-    World world("VT-B128");
+    World world(WorldOptions{.chip = {}, .openPort = false});
+    std::string error;
+    SerialPortPtr port = SERIALPORT_Open("sim://world", error);
+    ASSERT_TRUE(port) << error;
+    EXPECT_FALSE(SERIALPORT_Open("sim://world", error));
+    EXPECT_EQ(error, "in use by another program");
+    EXPECT_FALSE(SERIALPORT_Open("sim://elsewhere", error));
+    EXPECT_EQ(error, "No such file or directory");
+    const Moment start = CLOCK_Now();
     const auto puller = CLOCK_StartThread([&world] {
         CLOCK_Sleep(700);
         SIMPORT_Unplug(world.line);
     });
-    EXPECT_FALSE(SIO_WaitReadable([] { return SIO_GetPort() == 0 || CLOCK_Tick() > 1900; }));
+    uint8_t byte = 0;
+    EXPECT_EQ(port->read(std::span(&byte, 1), CLOCK_After(5000), {}), 0U);
+    EXPECT_EQ(CLOCK_Now(), Moment{start.us + 700000});
+    EXPECT_EQ(port->lostReason(), "No such device");
+    EXPECT_FALSE(port->write(std::span(&byte, 1)));
     CLOCK_JoinThread(puller);
-    EXPECT_FALSE(SIO_WriteByte(0x86));
-    SIO_CloseAll();
-    EXPECT_FALSE(SIO_Restart());
-    EXPECT_EQ(SIO_GetOpenFailure(), "COM1 (sim://world): No such device");
+    port.reset();
+    EXPECT_FALSE(SERIALPORT_Open("sim://world", error));
     SIMPORT_Plug(world.line);
-    EXPECT_TRUE(SIO_Restart());
+    EXPECT_TRUE(SERIALPORT_Open("sim://world", error));
 }

@@ -1,0 +1,117 @@
+#include "sim/sim_line.h"
+
+#include <array>
+#include <asm/termbits.h>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace {
+
+struct Pty {
+    int master = -1;
+    int slave = -1; // kept open: without it the master would see the host's closing as an end
+    std::string link;
+    uint32_t fixedRate = 0;
+
+    Pty() = default;
+    Pty(const Pty&) = delete;
+    Pty& operator=(const Pty&) = delete;
+    ~Pty() {
+        if (!link.empty())
+            unlink(link.c_str());
+        if (slave >= 0)
+            close(slave);
+        if (master >= 0)
+            close(master);
+    }
+};
+
+bool makeRaw(int descriptor) {
+    termios2 settings{};
+    if (ioctl(descriptor, TCGETS2, &settings) != 0)
+        return false;
+    settings.c_iflag = 0;
+    settings.c_oflag = 0;
+    settings.c_lflag = 0;
+    settings.c_cflag &= ~static_cast<tcflag_t>(CSIZE | PARENB);
+    settings.c_cflag |= CS8 | CREAD | CLOCAL;
+    settings.c_cc[VMIN] = 1;
+    settings.c_cc[VTIME] = 0;
+    return ioctl(descriptor, TCSETS2, &settings) == 0;
+}
+
+// The master answers with the settings that the host has made on its side.
+uint32_t hostRate(const Pty& pty) {
+    termios2 settings{};
+    if (pty.fixedRate != 0 || ioctl(pty.master, TCGETS2, &settings) != 0)
+        return pty.fixedRate;
+    return settings.c_ospeed;
+}
+
+bool openPair(Pty& pty, std::string& path) {
+    pty.master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
+    if (pty.master < 0 || grantpt(pty.master) != 0 || unlockpt(pty.master) != 0)
+        return false;
+    std::array<char, 128> name{};
+    if (ptsname_r(pty.master, name.data(), name.size()) != 0)
+        return false;
+    path = name.data();
+    pty.slave = open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    return pty.slave >= 0 && makeRaw(pty.slave);
+}
+
+bool makeLink(Pty& pty, const std::string& path, const std::string& link) {
+    std::array<char, 4096> old{};
+    // A link left over by an earlier run is replaced, a file of another kind is not.
+    if (readlink(link.c_str(), old.data(), old.size()) >= 0)
+        unlink(link.c_str());
+    if (symlink(path.c_str(), link.c_str()) != 0)
+        return false;
+    pty.link = link;
+    return true;
+}
+
+bool receive(const Pty& pty, Chip& chip, Moment now) {
+    std::array<uint8_t, 4096> buffer{};
+    const ssize_t count = read(pty.master, buffer.data(), buffer.size());
+    if (count <= 0)
+        return count < 0 && (errno == EAGAIN || errno == EINTR);
+    CHIP_SetHostRate(chip, hostRate(pty));
+    CHIP_Receive(chip, std::span(buffer).first(static_cast<size_t>(count)), now);
+    return true;
+}
+
+// A host that does not read has its line full: the rest is lost, as on a wire.
+void send(const Pty& pty, std::span<const uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = write(pty.master, bytes.data(), bytes.size());
+        if (count <= 0)
+            return;
+        bytes = bytes.subspan(static_cast<size_t>(count));
+    }
+}
+
+} // namespace
+
+SimServerLinePtr SIMPTY_Open(const std::string& link, uint32_t rate, std::string& error) {
+    auto pty = std::make_shared<Pty>();
+    pty->fixedRate = rate;
+    auto line = std::make_shared<SimServerLine>();
+    if (!openPair(*pty, line->address)) {
+        error = std::string("pseudo-terminal: ") + std::strerror(errno);
+        return nullptr;
+    }
+    if (!link.empty() && !makeLink(*pty, line->address, link)) {
+        error = link + ": " + std::strerror(errno);
+        return nullptr;
+    }
+    line->descriptors = [pty] { return std::vector<int>{pty->master}; };
+    line->receive = [pty](Chip& chip, Moment now) { return receive(*pty, chip, now); };
+    line->send = [pty](std::span<const uint8_t> bytes) { send(*pty, bytes); };
+    return line;
+}

@@ -1,0 +1,17 @@
+// calvorin-sim: a virtual chip on a pseudo-terminal or a TCP port.
+#include "platform/process.h"
+#include "sim/sim_server.h"
+
+int main(int argc, char** argv) {
+    SimOptions options;
+    std::string error;
+    if (!SIM_ParseOptions(std::vector<std::string>(argv + 1, argv + argc), options, error)) {
+        PROCESS_WriteError("calvorin-sim: " + error + "\n");
+        return 1;
+    }
+    if (options.help) {
+        PROCESS_WriteOut(SIM_HelpText());
+        return 0;
+    }
+    return options.listDevices ? SIM_ListDevices(options) : SIM_Serve(options);
+}

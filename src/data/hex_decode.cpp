@@ -1,0 +1,81 @@
+#include "data/hex_decode.h"
+
+#include "persist/chars.h"
+
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <functional>
+#include <numeric>
+
+namespace {
+
+// What a character that is no digit counts as: bits that no digit has.
+constexpr uint8_t kNoDigit = 0xF0;
+
+constexpr std::array<uint8_t, 256> kDigits = [] {
+    std::array<uint8_t, 256> digits{};
+    for (size_t c = 0; c < digits.size(); ++c) {
+        const int digit = hexDigitValue(static_cast<char>(c));
+        digits[c] = digit < 0 ? kNoDigit : static_cast<uint8_t>(digit);
+    }
+    return digits;
+}();
+
+constexpr size_t kBlock = 16; // bytes
+// The compiler's own vectors: it makes of them what the processor has.
+using Lanes [[gnu::vector_size(kBlock)]] = uint8_t;
+
+Lanes digitsOf(const char* text) {
+    Lanes characters;
+    std::memcpy(&characters, text, sizeof characters);
+    const Lanes decimal = characters - '0';
+    const Lanes letter = (characters | 0x20) - 'a';
+    const Lanes none = Lanes{} + kNoDigit;
+    return decimal < 10 ? decimal : (letter < 6 ? letter + 10 : none);
+}
+
+// One block from 32 characters; `seen` collects the bits of all digits.
+Lanes decodeBlock(const char* text, Lanes& seen) {
+    const Lanes first = digitsOf(text);
+    const Lanes second = digitsOf(text + kBlock);
+    seen |= first | second;
+    const Lanes high = __builtin_shufflevector(first, second, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20,
+                                               22, 24, 26, 28, 30);
+    const Lanes low = __builtin_shufflevector(first, second, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21,
+                                              23, 25, 27, 29, 31);
+    return high << 4 | low;
+}
+
+template <class Combine>
+uint8_t reduce(const Lanes& lanes, const Combine& combine) {
+    std::array<uint8_t, kBlock> values;
+    std::memcpy(values.data(), &lanes, sizeof lanes);
+    return std::accumulate(values.begin(), values.end(), uint8_t{0}, combine);
+}
+
+} // namespace
+
+bool decodeHex(const char* text, std::span<uint8_t> bytes, uint8_t& sum) {
+    Lanes seenLanes{};
+    Lanes sums{};
+    size_t at = 0;
+    for (; at + kBlock <= bytes.size(); at += kBlock) {
+        const Lanes block = decodeBlock(text + 2 * at, seenLanes);
+        std::memcpy(bytes.data() + at, &block, sizeof block);
+        sums += block;
+    }
+    uint8_t seen = 0;
+    if (at > 0) {
+        seen = reduce(seenLanes, std::bit_or<uint8_t>());
+        sum = static_cast<uint8_t>(sum + reduce(sums, std::plus<uint8_t>()));
+    }
+    for (; at < bytes.size(); ++at) {
+        const uint8_t high = kDigits[static_cast<uint8_t>(text[2 * at])];
+        const uint8_t low = kDigits[static_cast<uint8_t>(text[2 * at + 1])];
+        seen |= high | low;
+        bytes[at] = static_cast<uint8_t>(high << 4 | low);
+        sum = static_cast<uint8_t>(sum + bytes[at]);
+    }
+    return (seen & kNoDigit) == 0;
+}

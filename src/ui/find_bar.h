@@ -1,0 +1,16 @@
+// The bar below the hex dump in which bytes or text to be found are entered.
+#pragma once
+
+#include <QWidget>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+// Looks for a pattern, forward or backward, shows where it is, and gives the message for the bar.
+using FindRequest = std::function<QString(const std::vector<uint8_t>& pattern, bool forward)>;
+
+// A bar that is hidden; Enter asks for the next place, Shift+Enter for the one before, Esc and the
+// close button hide it and call `closed`. The parent owns it.
+QWidget* FINDBAR_Create(QWidget* parent, FindRequest find, std::function<void()> closed);
+// Shows the bar, ready to type in.
+void FINDBAR_Open(QWidget* bar);

@@ -1,0 +1,78 @@
+// The scrolled part of the hex dump: column header, the visible lines, selection. It draws only
+// the lines that can be seen and keeps nothing a line.
+#pragma once
+
+#include "data/data_rows.h"
+#include "ui/dump_scroll.h"
+
+#include <QAbstractScrollArea>
+#include <QHeaderView>
+#include <optional>
+#include <vector>
+
+// The selected addresses, both inclusive; the caret is the end that moves.
+struct DumpSelection {
+    uint32_t anchor = 0;
+    uint32_t caret = 0;
+    bool characters = false; // begun among the characters: they are what is copied
+    uint32_t first() const { return anchor < caret ? anchor : caret; }
+    uint32_t last() const { return anchor < caret ? caret : anchor; }
+};
+
+class HexDumpArea : public QAbstractScrollArea {
+public:
+    explicit HexDumpArea(QWidget* parent);
+
+    // Takes over the range of the image as it is now.
+    void refresh();
+    const DumpRange& range() const { return range_; }
+    DumpScroll scroll() const;
+    // The address at which the top line begins.
+    uint32_t topAddress() const;
+
+    const std::optional<DumpSelection>& selection() const { return selection_; }
+    // Selects a range that lies within the shown one, and brings its caret into view.
+    void select(const DumpSelection& selection);
+    void selectAll();
+    // Has the line of `address` at the top, as far as the end allows it.
+    void showAtTop(uint32_t address);
+    // The selection as text; empty without one.
+    QString selectedText() const;
+
+    QHeaderView* header() const { return header_; }
+    std::vector<int> columnWidths() const;
+    void setColumnWidths(const std::vector<int>& widths);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    void layOut();
+    void followScrollBar(int action);
+    void move(ScrollRequest request);
+    bool extendSelection(int key);
+    void setSelection(const DumpSelection& selection);
+    void extendTo(QPoint point);
+    std::optional<DumpSelection> hit(QPoint point) const;
+    uint32_t addressAt(QPoint point, bool characters) const;
+
+    int lineHeight() const;
+    double charWidth() const;
+    // Left edge of a column's text, in the viewport.
+    int textLeft(int column) const;
+    QRectF cells(int column, uint32_t from, uint32_t to, int top) const;
+    void drawLine(QPainter& painter, int row, uint32_t line);
+    void drawColumn(QPainter& painter, int column, int top, const QString& text,
+                    const QRectF& selected) const;
+
+    DumpRange range_;
+    DumpLine texts_; // of the line being drawn
+    std::optional<DumpSelection> selection_;
+    QHeaderView* header_;
+};

@@ -1,0 +1,139 @@
+// The hex dump: the loaded data as lines of sixteen bytes, with going to an address, finding,
+// selecting and copying.
+
+#include "data/data_find.h"
+#include "notice/error.h"
+#include "platform/format.h"
+#include "shell/front_end.h"
+#include "ui/find_bar.h"
+#include "ui/hex_dump_area.h"
+#include "ui/view_widget.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr char kGoToTitle[] = "Go to Address";
+
+class HexDumpView : public ViewWidget {
+public:
+    explicit HexDumpView(QWidget* parent)
+        : ViewWidget(parent), area_(new HexDumpArea(this)),
+          findBar_(FINDBAR_Create(
+              this,
+              [this](const std::vector<uint8_t>& pattern, bool forward) {
+                  return find(pattern, forward);
+              },
+              [this] { area_->setFocus(Qt::OtherFocusReason); })) {
+        auto* layout = new QVBoxLayout(this);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setSpacing(0);
+        layout->addWidget(area_, 1);
+        layout->addWidget(findBar_);
+        setFocusProxy(area_);
+        addAction("&Copy", QKeySequence::Copy, [this] { copy(); });
+        addAction("Select &All", QKeySequence::SelectAll, [this] { area_->selectAll(); });
+        addAction("&Go to Address...", QKeySequence("Ctrl+G"), [this] { goTo(); });
+        addAction("&Find...", QKeySequence::Find, [this] { FINDBAR_Open(findBar_); });
+        area_->setContextMenuPolicy(Qt::ActionsContextMenu);
+    }
+
+    void refresh() override { area_->refresh(); }
+    std::vector<int> columnWidths() const override { return area_->columnWidths(); }
+    void setColumnWidths(const std::vector<int>& widths) override {
+        area_->setColumnWidths(widths);
+    }
+
+private:
+    // Reached by its shortcut from the dump and from the find bar's buttons alike, but for what a
+    // line edit does with the same keys.
+    void addAction(const QString& text, const QKeySequence& keys, std::function<void()> run) {
+        auto* action = new QAction(text, area_);
+        action->setShortcut(keys);
+        const bool ofLineEdits = keys == QKeySequence(QKeySequence::Copy) ||
+                                 keys == QKeySequence(QKeySequence::SelectAll);
+        action->setShortcutContext(ofLineEdits ? Qt::WidgetShortcut
+                                               : Qt::WidgetWithChildrenShortcut);
+        connect(action, &QAction::triggered, this, std::move(run));
+        area_->addAction(action);
+        if (!ofLineEdits) {
+            QWidget::addAction(action);
+        }
+    }
+
+    void copy() {
+        const auto& selection = area_->selection();
+        if (!selection) {
+            return;
+        }
+        if (selection->last() - selection->first() >= kMaxCopiedBytes) {
+            ERROR_Ask(static_cast<QWidget*>(this),
+                      formatText("At most %u bytes can be copied at once.", kMaxCopiedBytes),
+                      "Copy", BOX_ICON_INFORMATION);
+            return;
+        }
+        QGuiApplication::clipboard()->setText(area_->selectedText());
+    }
+
+    void goTo() {
+        ValueRequest request;
+        request.maximum = INT32_MAX;
+        request.title = kGoToTitle;
+        request.label0 = "Address (Hex):";
+        request.value0 = static_cast<int32_t>(startOfSearch());
+        if (FRONTEND_Get().editValue(request) != kDialogOk || !request.value0) {
+            return;
+        }
+        const auto address = static_cast<uint32_t>(*request.value0);
+        const DumpRange& range = area_->range();
+        if (address < range.first || address > range.last) {
+            ERROR_Ask(static_cast<QWidget*>(this),
+                      formatText("The address must be within %X - %X", range.first, range.last),
+                      kGoToTitle, BOX_ICON_INFORMATION);
+            return;
+        }
+        area_->showAtTop(address);
+        area_->select({address, address});
+    }
+
+    uint32_t startOfSearch() const {
+        return area_->selection() ? area_->selection()->first() : area_->topAddress();
+    }
+
+    QString find(const std::vector<uint8_t>& pattern, bool forward) {
+        area_->refresh(); // what is found must lie in what is shown
+        const std::vector<AreaInfo> areas = HEXDATA_GetAreas();
+        const uint64_t start = uint64_t{startOfSearch()} + (forward && area_->selection() ? 1 : 0);
+        const auto search = [&](uint64_t from) {
+            return forward ? DATAFIND_Next(areas, pattern, static_cast<uint32_t>(from))
+                           : DATAFIND_Previous(areas, pattern, from);
+        };
+        std::optional<uint32_t> found;
+        if (start <= UINT32_MAX) {
+            found = search(start);
+        }
+        QString message;
+        if (!found) {
+            found = search(forward ? 0 : uint64_t{1} << 32);
+            message = forward ? "Continued from the start" : "Continued from the end";
+        }
+        if (!found) {
+            return "Not found";
+        }
+        const auto length = static_cast<uint32_t>(pattern.size());
+        area_->select({*found + length - 1, *found});
+        return message;
+    }
+
+    HexDumpArea* area_;
+    QWidget* findBar_;
+};
+
+} // namespace
+
+ViewWidget* HEXDUMPVIEW_Create(QWidget* parent) {
+    return new HexDumpView(parent);
+}

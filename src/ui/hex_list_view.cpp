@@ -1,0 +1,132 @@
+// The hex list: one row an area of the loaded data, under a line that sums it up.
+
+#include "data/data_rows.h"
+#include "ui/look.h"
+#include "ui/text_table.h"
+#include "ui/view_widget.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+#include <array>
+#include <memory>
+
+namespace {
+
+constexpr std::array<TextColumn, 6> kColumns = {{
+    {"Area", 39, "0000"},
+    {"Adr.", 76, "00000000"},
+    {"Len.", 76, "00000000"},
+    {"Gap", 60, "000000"},
+    {"Data (HEX)", 388, "00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00"},
+    {"Data (ASCII)", 145, "0000000000000000"},
+}};
+
+// A snapshot of the areas, and the row that was asked for last: a view asks for the cells of a row
+// one after the other.
+struct Rows {
+    std::vector<AreaInfo> areas;
+    int current = -1;
+    HexListRow row;
+};
+
+QString cellText(Rows& rows, int row, int column) {
+    if (rows.current != row) {
+        HEXLISTVIEW_MakeRow(rows.areas, static_cast<size_t>(row), rows.row);
+        rows.current = row;
+    }
+    const std::array<const std::string*, kColumns.size()> cells = {
+        &rows.row.number, &rows.row.address, &rows.row.length,
+        &rows.row.gap,    &rows.row.hex,     &rows.row.characters};
+    return QString::fromLatin1(*cells[static_cast<size_t>(column)]);
+}
+
+class HexListView : public ViewWidget {
+public:
+    explicit HexListView(QWidget* parent)
+        : ViewWidget(parent), table_(TEXTTABLE_Create(kColumns, this)) {
+        auto* line = new QHBoxLayout;
+        line->setContentsMargins(3, 2, 3, 2);
+        line->setSpacing(2 * fontMetrics().averageCharWidth());
+        line->addWidget(addLabel("rangeTitle"));
+        for (const char* name : {"range", "checksum", "bytes"}) {
+            line->addWidget(addLabel(name));
+        }
+        line->addStretch();
+        label("rangeTitle")->setText("Range:");
+        auto* layout = new QVBoxLayout(this);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setSpacing(0);
+        layout->addLayout(line);
+        layout->addWidget(table_);
+        setFocusProxy(table_);
+        setColumnWidths({});
+        HexListView::refresh();
+    }
+
+    void refresh() override {
+        auto rows = std::make_shared<Rows>();
+        rows->areas = HEXDATA_GetAreas();
+        const auto count = static_cast<int>(rows->areas.size());
+        TEXTTABLE_SetRows(table_, count,
+                          [rows](int row, int column) { return cellText(*rows, row, column); });
+        showSummary();
+    }
+
+    std::vector<int> columnWidths() const override { return TEXTTABLE_Widths(table_); }
+    void setColumnWidths(const std::vector<int>& widths) override {
+        TEXTTABLE_SetWidths(table_, kColumns, widths);
+    }
+
+protected:
+    void changeEvent(QEvent* event) override {
+        ViewWidget::changeEvent(event);
+        if (event->type() == QEvent::PaletteChange) {
+            colourRange();
+        }
+    }
+
+private:
+    QLabel* addLabel(const char* name) {
+        auto* added = new QLabel(this);
+        added->setObjectName(name);
+        added->setFont(LOOK_FixedFont());
+        added->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        return added;
+    }
+
+    QLabel* label(const char* name) const { return findChild<QLabel*>(name); }
+
+    void showSummary() {
+        const HexListSummary summary = HEXLISTVIEW_MakeSummary();
+        label("range")->setText(QString::fromStdString(summary.range));
+        label("range")->setToolTip(summary.fits
+                                       ? "The data lies within the selected blocks."
+                                       : "The data does not lie within the selected blocks.");
+        label("checksum")->setText(QString::fromStdString(summary.checksum));
+        label("bytes")->setText(QString::fromStdString(summary.bytes));
+        fits_ = summary.fits;
+        colourRange();
+    }
+
+    void colourRange() {
+        QLabel* range = label("range");
+        if (range == nullptr) {
+            return; // the palette was set while the view was being made
+        }
+        QPalette colours = palette();
+        colours.setColor(QPalette::WindowText,
+                         fits_ ? LOOK_GoodColour(colours) : LOOK_BadColour(colours));
+        range->setPalette(colours);
+    }
+
+    QTableView* table_;
+    bool fits_ = false;
+};
+
+} // namespace
+
+ViewWidget* HEXLISTVIEW_Create(QWidget* parent) {
+    return new HexListView(parent);
+}

@@ -1,0 +1,23 @@
+#include "ui/look.h"
+
+#include <QFontDatabase>
+
+namespace {
+
+bool isDark(const QPalette& palette) {
+    return palette.color(QPalette::Window).lightness() < 128;
+}
+
+} // namespace
+
+QFont LOOK_FixedFont() {
+    return QFontDatabase::systemFont(QFontDatabase::FixedFont);
+}
+
+QColor LOOK_GoodColour(const QPalette& palette) {
+    return isDark(palette) ? QColor(112, 224, 112) : QColor(0, 128, 0);
+}
+
+QColor LOOK_BadColour(const QPalette& palette) {
+    return isDark(palette) ? QColor(255, 128, 128) : QColor(128, 0, 0);
+}

@@ -1,0 +1,193 @@
+#include "ui/sheet.h"
+
+#include "shell/front_end.h"
+#include "ui/dialogs.h"
+#include "ui/pages.h"
+
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <vector>
+
+namespace {
+
+constexpr size_t kPages = 4;
+
+// What exists only while the sheet is open.
+struct OpenSheet {
+    std::vector<std::function<bool()>> pairs;
+    QPushButton* applyButton = nullptr;
+};
+std::optional<OpenSheet> openSheet;
+
+void nameButton(const QDialogButtonBox* buttons, QDialogButtonBox::StandardButton button,
+                const char* name) {
+    buttons->button(button)->setObjectName(name);
+}
+
+QDialogButtonBox* addButtons(QDialog& dialog, QDialogButtonBox::StandardButtons which) {
+    auto* buttons = new QDialogButtonBox(which, &dialog);
+    nameButton(buttons, QDialogButtonBox::Ok, "1");
+    nameButton(buttons, QDialogButtonBox::Cancel, "2");
+    buttons->button(QDialogButtonBox::Ok)->setDefault(true);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    return buttons;
+}
+
+int resultOf(int dialogCode) {
+    return dialogCode == QDialog::Accepted ? kDialogOk : kDialogCancel;
+}
+
+using Pages = std::array<SheetPage, kPages>;
+
+// Each page commits, up to one that refuses; that one is shown. The number that did.
+size_t applyAll(const Pages& pages, QTabWidget& tabs) {
+    for (size_t index = 0; index < kPages; ++index) {
+        if (!pages[index].apply()) {
+            tabs.setCurrentIndex(static_cast<int>(index));
+            return index;
+        }
+    }
+    return kPages;
+}
+
+Pages makePages(QTabWidget& tabs) {
+    const auto working = std::make_shared<DevProps>();
+    Pages pages = {TARGETPAGE_Create(&tabs, working), SETTINGSPAGE_Create(&tabs, working),
+                   COMMPAGE_Create(&tabs), PASSWORDPAGE_Create(&tabs)};
+    for (const SheetPage& page : pages) {
+        tabs.addTab(page.widget, page.title);
+    }
+    return pages;
+}
+
+int runSheet(QWidget* parent) {
+    QDialog dialog(parent);
+    dialog.setObjectName("options");
+    dialog.setWindowTitle("Options");
+    auto* tabs = new QTabWidget(&dialog);
+    tabs->setObjectName("pages");
+    auto* buttons = addButtons(dialog, QDialogButtonBox::Ok | QDialogButtonBox::Cancel |
+                                           QDialogButtonBox::Apply);
+    nameButton(buttons, QDialogButtonBox::Apply, "apply");
+    openSheet->applyButton = buttons->button(QDialogButtonBox::Apply);
+    openSheet->applyButton->setEnabled(false);
+    const Pages pages = makePages(*tabs);
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addWidget(tabs);
+    layout->addWidget(buttons);
+
+    bool applied = false;
+    const auto apply = [&] {
+        const size_t count = applyAll(pages, *tabs);
+        applied = applied || count > 0;
+        SHEET_NotifyChange();
+        return count == kPages;
+    };
+    QObject::connect(tabs, &QTabWidget::currentChanged, &dialog,
+                     [&pages](int index) { pages[static_cast<size_t>(index)].activated(); });
+    QObject::connect(openSheet->applyButton, &QPushButton::clicked, &dialog, apply);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, [&] {
+        if (apply()) {
+            dialog.accept();
+        }
+    });
+    SHEET_CenterDialog(&dialog);
+    const int code = dialog.exec();
+    if (code != QDialog::Accepted) {
+        std::ranges::for_each(pages, [](const SheetPage& page) { page.discard(); });
+    }
+    return applied ? kDialogOk : kDialogCancel;
+}
+
+} // namespace
+
+int SHEET_Options(QWidget* parent) {
+    if (openSheet) {
+        return kDialogCancel;
+    }
+    openSheet.emplace();
+    const int result = runSheet(parent);
+    openSheet.reset();
+    return result;
+}
+
+int SHEET_RunPage(QWidget* parent, const QString& objectName, const QString& caption,
+                  const std::function<SheetPage(QWidget* parent)>& make) {
+    QDialog dialog(parent);
+    dialog.setObjectName(objectName);
+    dialog.setWindowTitle(caption);
+    const SheetPage page = make(&dialog);
+    auto* buttons = addButtons(dialog, QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(page.widget, 1);
+    auto* row = new QHBoxLayout;
+    row->setContentsMargins(9, 0, 9, 9);
+    row->addWidget(buttons);
+    layout->addLayout(row);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, [&] {
+        if (page.apply()) {
+            dialog.accept();
+        }
+    });
+    SHEET_CenterDialog(&dialog);
+    const int result = resultOf(dialog.exec());
+    if (result == kDialogCancel) {
+        page.discard();
+    }
+    return result;
+}
+
+void SHEET_TrackPair(std::function<bool()> differs) {
+    if (openSheet && openSheet->pairs.size() < kPages) {
+        openSheet->pairs.push_back(std::move(differs));
+    }
+}
+
+void SHEET_NotifyChange() {
+    if (openSheet && openSheet->applyButton != nullptr) {
+        openSheet->applyButton->setEnabled(
+            std::ranges::any_of(openSheet->pairs, [](const auto& differs) { return differs(); }));
+    }
+}
+
+void SHEET_CenterDialog(QWidget* dialog) {
+    const QWidget* parent = dialog->parentWidget();
+    if (parent == nullptr) {
+        return;
+    }
+    dialog->adjustSize();
+    const QRect over = parent->window()->frameGeometry();
+    dialog->move(over.x() + (over.width() - dialog->width()) / 2,
+                 over.y() + (over.height() - dialog->height()) / 2);
+}
+
+int DIALOG_Options(QWidget* parent) {
+    return SHEET_Options(parent);
+}
+
+int DIALOG_Target(QWidget* parent) {
+    return SHEET_RunPage(parent, "600", "Target properties", [](QWidget* dialog) {
+        return TARGETPAGE_Create(dialog, std::make_shared<DevProps>());
+    });
+}
+
+int DIALOG_Settings(QWidget* parent) {
+    return SHEET_RunPage(parent, "650", "Settings", [](QWidget* dialog) {
+        return SETTINGSPAGE_Create(dialog, std::make_shared<DevProps>());
+    });
+}
+
+int DIALOG_Communication(QWidget* parent) {
+    return SHEET_RunPage(parent, "800", "Communication", COMMPAGE_Create);
+}
+
+int DIALOG_Password(QWidget* parent) {
+    return SHEET_RunPage(parent, "1000", "Password", PASSWORDPAGE_Create);
+}

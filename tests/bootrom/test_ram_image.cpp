@@ -1,0 +1,96 @@
+// Taking RAM images of both formats apart.
+
+#include "bootrom/ram_image.h"
+#include "support/script_world.h"
+
+TEST(RamImageA, MustLieInTheRam) {
+    struct Case {
+        std::string text;
+        bool fits;
+        std::string error;
+    };
+    const std::vector<Case> cases = {
+        {":10020000", true, ""}, // the header of a line is all that is looked at
+        {":01020000AAxx\r\n\r\n:0105FF00AA\r\n:00000001FF", true, ""},
+        {":01020000AA\n:02FFFF04AAAA\n", true, ""}, // other types are passed over
+        {":0101FF00AA", false, ""},
+        {":02020000AAAA\n:0205FF00AAAA", false, ""},
+        {":01060000AA", false, ""},
+        {":00000001FF\n", false, ""},
+        {"", false, ""},
+        {":0G020000AA", false, "Error reading RAM-image file"},
+        {":-1020000AA", false, "Error reading RAM-image file"},
+        {std::string(":01020000AA\n\0:01FF0000AA", 24), true, ""}, // a NUL ends the text
+    };
+    ScriptWorld world("Bank = 8000,8000\nRam = 200,400", {});
+    for (const Case& c : cases) {
+        EXPECT_EQ(_RamImageFits(c.text), c.fits) << c.text;
+        EXPECT_EQ(world.errors(), c.error) << c.text;
+    }
+}
+
+TEST(RamImageA, GivesItsRecordsUpToTheFirstFault) {
+    struct Case {
+        std::string text;
+        size_t records;
+        bool malformed;
+    };
+    const std::vector<Case> cases = {
+        {"junk:0102000055A8\r\n:00000001FF", 2, false},
+        {":0102000055A8:00000001FF", 2, false},
+        {":0102000055A8\n:010200G055A8\n:00000001FF", 1, true},
+        {":0102000055A8\n:04020100\n", 1, true}, // cut off
+        {":0102000055", 0, true},
+        {"nothing", 0, false},
+    };
+    for (const Case& c : cases) {
+        const RamImageA image = _ParseRamImageA(c.text);
+        EXPECT_EQ(image.records.size(), c.records) << c.text;
+        EXPECT_EQ(image.malformed, c.malformed) << c.text;
+    }
+    EXPECT_EQ(_ParseRamImageA(cases[0].text).records[0].bytes, bytesOfHex("3A0102000055A8"));
+}
+
+TEST(RamImageB, IsTakenWholeOrNotAtAll) {
+    const std::string tooFar = "S30600000000AAFF\nS306000100FFAAFF";
+    struct Case {
+        std::string text;
+        std::string error;
+        uint32_t start;
+        uint32_t size;
+    };
+    const std::vector<Case> cases = {
+        {"S0030000FC\r\nS30720000000AABB00\nS30620000010CC00\nS70500000000FA", "", 0x20000000,
+         0x11},
+        {"S306FFFFFFFF0000", "", 0xFFFFFFFF, 1},
+        {"S30600000010AAFF\nS3060000000FAAFF",
+         "RAM-Image records overlap or are not in ascending order", 0, 0},
+        {"S30700000010AABBFF\nS30600000011AAFF",
+         "RAM-Image records overlap or are not in ascending order", 0, 0},
+        {"S0030000FC", "RAM-Image contains no data records", 0, 0},
+        {tooFar, "RAM-Image is larger than 65535 bytes", 0, 0},
+        {"S30G00000010AAFF", "Error parsing RAM-image", 0, 0},
+        {"S304000000", "Error parsing RAM-image", 0, 0},
+        {"S30800000010AA", "Error parsing RAM-image", 0, 0},
+        {"S30600000010A ", "Error parsing RAM-image", 0, 0},
+    };
+    for (const Case& c : cases) {
+        RamImageB image;
+        EXPECT_EQ(_ParseRamImageB(c.text, image), c.error) << c.text;
+        if (c.error.empty()) {
+            EXPECT_EQ(image.start, c.start) << c.text;
+            EXPECT_EQ(image.size, c.size) << c.text;
+        }
+    }
+}
+
+TEST(RamImage, FileThatCannotBeReadIsReported) {
+    ScriptWorld world("Bank = 8000,8000", {});
+    std::string text;
+    EXPECT_FALSE(_LoadRamImage((world.folder() / "missing").string(), text));
+    EXPECT_EQ(world.errors(), "File not found");
+    EXPECT_FALSE(_LoadRamImage(world.folder().string(), text));
+    EXPECT_EQ(world.errors(), "Invalid file handle");
+    EXPECT_TRUE(_LoadRamImage(world.addFile("image", "abc"), text));
+    EXPECT_EQ(text, "abc");
+}

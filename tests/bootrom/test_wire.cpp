@@ -1,0 +1,361 @@
+// What goes over the line while the program talks to a boot ROM, byte for byte.
+
+#include "bootrom/connect.h"
+#include "bootrom/download.h"
+#include "bootrom/flash_commands.h"
+#include "bootrom/handshake.h"
+#include "bootrom/password_frame.h"
+#include "link/password.h"
+#include "link/target_link.h"
+#include "link/target_state.h"
+#include "support/script_world.h"
+
+namespace {
+
+const std::string kDeviceA =
+    "Bank = 8000,8000\nUARTRamcode = \"a.hex\", \"TYPE_A\"\nRam = 0200,0400\n"
+    "RAMCodeAdrLen = 2\nPWArea = FFC0,20\nTimeoutGetSUM = 5000\n"
+    "TimeoutEraseAll = 30000\n";
+const std::string kDeviceB =
+    "Bank = 0,8000\nUARTRamcode = \"b.s\", \"TYPE_B\"\nTimeoutGetSUM = 5000\n"
+    "TimeoutEraseAll = 30000\n";
+const std::string kImageA = ":0204000011 22C7\n";
+const Script kReset = {{"DTR on", ""}, {"RTS on", ""}, {"DTR off", ""}};
+const Script kMatchA = {{"rate 9600", ""}, {"5A", "5A"}, {"07", "07"}, {"rate 38400", ""}};
+const Script kSumA = {{"90", "90 1234"}};
+const Script kBlankSumA = {{"90", "90 8000"}};
+const Script kMatchB = {{"86", "86"}};
+const Script kSumB = {{"20", "20 1234 BA"}};
+const Script kBlankSumB = {{"20", "20 8000 80"}};
+
+Script join(std::initializer_list<Script> parts) {
+    Script all;
+    for (const Script& part : parts)
+        all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+std::string repeat(const std::string& text, int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
+class Wire : public testing::Test {
+protected:
+    void SetUp() override {
+        TARGET_State().Cancel = 0;
+        TARGET_SetLinkState(LINK_BOOTROM);
+        _BootReset();
+        _SetBootSum(0);
+        PASSWORD_Reset();
+        PASSWORD_SetAdrCount(0xFFC0);
+        PASSWORD_SetAdrCompare(0xFFC1);
+        PASSWORD_SetBytes(std::vector<uint8_t>{0xA1, 0xA2});
+    }
+    void TearDown() override { TARGET_SetLinkState(LINK_IDLE); }
+};
+
+} // namespace
+
+TEST_F(Wire, DownloadTypeA) {
+    ScriptWorld world(kDeviceA + "TimerInit = 1\nProductInfo = C0,4,1,\"5654\"",
+                      join({kReset,
+                            kMatchA,
+                            kSumA,
+                            {{"C0", "00 56 54 99"},
+                             {"60", "60"},
+                             {"FFC0 FFC1 A1A2", ""},
+                             {"3A 02 0400 00 1122 C7", ""},
+                             {"3A 02 0402 00 1A00 DE", ""},
+                             {"3A 00 0000 01 FF", "4567"}}}));
+    DEVPROPS_SetSpeed(16000000);
+    const std::string path = world.addFile("a.hex", "text\r\n:020400001122C7\r\n:00000001FF\r\n");
+    EXPECT_EQ(_DownloadTypeA(path, false), 1);
+    EXPECT_EQ(world.deviation(), "");
+    EXPECT_EQ(world.errors(), "");
+    EXPECT_EQ(BOOT_GetState(), BOOT_RAMCODE);
+    EXPECT_EQ(RUN_GetExitCode(), 0);
+    EXPECT_EQ(world.log(), "Setting baudrate|Product info:|00 56 54 99 |"
+                           "Product info comparison successful|Downloading RAM-Image started: " +
+                               path + "|Downloading RAM-Image finished");
+}
+
+TEST_F(Wire, DownloadTypeAToABlankChipThatAnswersLate) {
+    ScriptWorld world(kDeviceA,
+                      join({kReset,
+                            {{"rate 9600", ""},
+                             {"5A", ""},
+                             {"5A", ""},
+                             {"5A", ""},
+                             {"5A", "5A"},
+                             {"1C", "1C"},
+                             {"rate 115200", ""}},
+                            kBlankSumA,
+                            {{"60", "60"},
+                             {"FFC0 FFC0" + repeat("FF", 255), ""},
+                             {"3A 02 0400 00 1122 C7", ""},
+                             {"3A 00 0000 01 FF", "0000"}}}),
+                      115200);
+    PASSWORD_Reset(); // a blank chip needs none
+    EXPECT_EQ(_DownloadTypeA(world.addFile("a.hex", ":020400001122C7\n:00000001FF"), true), 1);
+    EXPECT_EQ(world.deviation(), "");
+    EXPECT_EQ(world.questions(), "");
+}
+
+TEST_F(Wire, DownloadTypeB) {
+    const std::string image = "S0030000FC\nS315000001000102030405060708090A0B0C0D0E0F1000\n"
+                              "S31500000120" +
+                              repeat("A0", 16) + "00\nS70500000100F9\n";
+    const Script tail = {{"10", "10"},
+                         {"A1A2 00000000000000000000 BD", "10"},
+                         {"00000100 0030 CF", "10"},
+                         {"0102030405060708090A0B0C0D0E0F10", ""},
+                         {repeat("FF", 16) + repeat("A0", 16) + "88", "10"}};
+    ScriptWorld world(kDeviceB, join({kReset, kMatchB, kSumB, tail}));
+    EXPECT_EQ(_DownloadTypeB(world.addFile("b.s", image), false), 1);
+    EXPECT_EQ(world.deviation(), "");
+    EXPECT_EQ(world.errors(), "");
+    EXPECT_EQ(BOOT_GetState(), BOOT_RAMCODE);
+}
+
+// What one operation does with one conversation. The state afterwards says whether the next
+// operation resets the target again.
+struct WireCase {
+    std::string name;
+    std::string device;
+    std::function<int()> run;
+    Script script;
+    int result;
+    std::string errors;
+    int state;
+    std::string log = {};
+};
+
+static void check(const WireCase& c) {
+    SCOPED_TRACE(c.name);
+    _BootReset();
+    ScriptWorld world(c.device, c.script);
+    EXPECT_EQ(c.run(), c.result);
+    EXPECT_EQ(world.deviation(), "");
+    EXPECT_EQ(world.errors(), c.errors);
+    EXPECT_EQ(BOOT_GetState(), c.state);
+    if (!c.log.empty()) {
+        EXPECT_EQ(world.log(), "Setting baudrate|" + c.log);
+    }
+}
+
+TEST_F(Wire, BootRomCommands) {
+    const Script a = join({kReset, kMatchA, kSumA});
+    const Script b = join({kReset, kMatchB, kSumB});
+    const Script frame = {{"FFC0 FFC1 A1A2", ""}};
+    const std::string erased = "Erasing Chip started|Erasing Chip finished";
+    const std::string notErased = "Erasing Chip started|Erasing Chip failed";
+    const std::string byCommand = kDeviceA + "SprtFlashEraseCMD = 1";
+    const std::string version1 = kDeviceB + "RewriteVersion = 1";
+    const std::vector<WireCase> cases = {
+        {"rewrite", kDeviceA, _EraseChipTypeA,
+         join({a, {{"30", "30C1"}, {"3A00000001FF", "8000"}}}), 1, "", BOOT_SYNCED, erased},
+        {"rewrite refused", kDeviceA, _EraseChipTypeA, join({a, {{"30", "30C0"}}}), 0,
+         "Clearing flash memory failed", BOOT_UNSYNCED, notErased},
+        {"rewrite without sum", kDeviceA, _EraseChipTypeA,
+         join({a, {{"30", "30C1"}, {"3A00000001FF", "80"}}}), 0, "", BOOT_SYNCED, notErased},
+        {"erase", byCommand, _EraseChipTypeA, join({a, {{"F0", "F0"}}, frame, {{"F1", "8000"}}}), 1,
+         "", BOOT_SYNCED, erased},
+        {"erase leaves data", byCommand, _EraseChipTypeA,
+         join({a, {{"F0", "F0"}}, frame, {{"F1", "8001"}}}), 0, "", BOOT_SYNCED, notErased},
+        {"erase never ends", byCommand, _EraseChipTypeA,
+         join({a, {{"F0", "F0"}}, frame, {{"F1", ""}}}), 0, "", BOOT_SYNCED, notErased},
+        {"erase unknown", byCommand, _EraseChipTypeA, join({a, {{"F0", "F8"}}}), 0,
+         "Echoback flash memory erase command failed", BOOT_UNSYNCED},
+        {"status", kDeviceA, _FlashStatusTypeA, join({a, {{"C3", "C3 00010203040506"}}}), 0, "",
+         BOOT_SYNCED, "Flash memory status:|00 01 02 03 04 05 06 "},
+        {"status short", kDeviceA, _FlashStatusTypeA, join({a, {{"C3", "C3 0001"}}}), 1, "",
+         BOOT_SYNCED},
+        {"read protect", kDeviceA, _ReadProtectTypeA,
+         join({a, {{"FA", "FA"}, {"FFC0FFC1A1A2", "FB"}}}), 0, "", BOOT_SYNCED,
+         "Flash memory read protection command executed"},
+        {"read protect refused", kDeviceA, _ReadProtectTypeA,
+         join({a, {{"FA", "FA"}, {"FFC0FFC1A1A2", "00"}}}), 1,
+         "Flash memory read protection command failed", BOOT_UNSYNCED},
+        {"B rewrite 0", kDeviceB, _EraseChipTypeB, join({b, {{"40", "40 4F B1"}}}), 1, "",
+         BOOT_SYNCED, erased},
+        {"B rewrite 1", version1, _EraseChipTypeB, join({b, {{"40", "40"}, {"54", "54 4F 5D"}}}), 1,
+         "", BOOT_SYNCED, erased},
+        {"B check byte of the other version", version1, _EraseChipTypeB,
+         join({b, {{"40", "40"}, {"54", "54 4F B1"}}}), 0, "Erase operation result failure",
+         BOOT_UNSYNCED, notErased},
+        {"B protect", kDeviceB, _ProtectChipTypeB,
+         join({kReset, kMatchB, {{"60", "60"}, {"A1A2 00000000000000000000 BD", "60"}}}), 0, "",
+         BOOT_SYNCED},
+    };
+    for (const WireCase& c : cases)
+        check(c);
+}
+
+TEST_F(Wire, FailedHandshakes) {
+    const std::string product = kDeviceA + "ProductInfo = C0,4,1,\"5654\"";
+    const std::string beyond = kDeviceA + "ProductInfo = C0,4,3,\"5654\"";
+    const auto a = [] { return _BootHandshake(_MatchTypeA, _GetSumTypeA, true); };
+    const auto b = [] { return _BootHandshake(_MatchTypeB, _GetSumTypeB, false); };
+    const Script at9600 = join({kReset, {{"rate 9600", ""}}});
+    const Script synced = join({kReset, kMatchA});
+    const Script back = {{"rate 38400", ""}};
+    const std::vector<WireCase> cases = {
+        {"nobody", kDeviceA, a, join({at9600, Script(10, {"5A", ""}), back}), 1,
+         "Matching data failed", BOOT_UNSYNCED},
+        {"garbage", kDeviceA, a, join({at9600, {{"5A", "A5"}}, back}), 1, "Matching data failed",
+         BOOT_UNSYNCED},
+        {"rate refused", kDeviceA, a, join({at9600, {{"5A", "5A"}, {"07", "08"}}, back}), 1,
+         "Setting baudrate failed", BOOT_UNSYNCED},
+        {"no answer to the rate", kDeviceA, a, join({at9600, {{"5A", "5A"}, {"07", ""}}, back}), 1,
+         "", BOOT_UNSYNCED},
+        {"wrong sum echo", kDeviceA, a, join({synced, {{"90", "91"}}}), 1, "SUM command failed",
+         BOOT_UNSYNCED},
+        {"short sum", kDeviceA, a, join({synced, {{"90", "9012"}}}), 1, "", BOOT_SYNCED},
+        {"other product", product, a, join({synced, kSumA, {{"C0", "00 56 55 99"}}}), 1, "",
+         BOOT_SYNCED, "Product info:|00 56 55 99 |Product info comparison failed"},
+        {"product text beyond the reply", beyond, a, join({synced, kSumA, {{"C0", "00 56 54 56"}}}),
+         1, "", BOOT_SYNCED, "Product info:|00 56 54 56 |Product info comparison failed"},
+        {"B nobody", kDeviceB, b, join({kReset, Script(10, {"86", ""})}), 1, "Matching data failed",
+         BOOT_UNSYNCED},
+        {"B wrong checksum", kDeviceB, b, join({kReset, kMatchB, {{"20", "20 1234 BB"}}}), 1,
+         "Checksum of checksum failed", BOOT_UNSYNCED},
+        {"B wrong echo", kDeviceB, b, join({kReset, kMatchB, {{"20", "21"}}}), 1,
+         "Get SUM Command failed", BOOT_UNSYNCED},
+    };
+    for (const WireCase& c : cases)
+        check(c);
+}
+
+TEST_F(Wire, FailedDownloads) {
+    const Script a = join({kReset, kMatchA, kSumA});
+    const Script b = join({kReset, kMatchB, kBlankSumB, {{"10", "10"}}});
+    const std::string blank = repeat("FF", 12) + "0C";
+    struct Case {
+        std::string name;
+        bool typeA;
+        std::string image;
+        Script script;
+        std::string errors;
+    };
+    const std::string goodA = ":020400001122C7\n:00000001FF";
+    const std::string goodB = "S30600000100AA00";
+    const std::vector<Case> cases = {
+        {"no file", true, "", {}, "File not found|Error reading RAM-Immage file"},
+        {"too high", true, ":0206000011 22C5", {}, "RAM-Image does not fit into memory"},
+        {"unordered",
+         false,
+         "S30600000100AA00\nS30600000100AA00",
+         {},
+         "RAM-Image records overlap or are not in ascending order"},
+        {"no echo", true, goodA, join({a, {{"60", "61"}}}), "Echoback RAM loader command failed"},
+        {"loader does not start", true, goodA,
+         join({a,
+               {{"60", "60"},
+                {"FFC0FFC1A1A2", ""},
+                {"3A020400001122C7", ""},
+                {"3A00000001FF", "00"}}}),
+         ""},
+        // What a boot ROM says of half an image must not count.
+        {"half an image", true, ":020400001122C7\n:0204020011G2",
+         join({a, {{"60", "60"}, {"FFC0FFC1A1A2", ""}, {"3A020400001122C7", "0000"}}}),
+         "Error parsing RAM-image"},
+        {"password refused", false, goodB, join({b, {{blank, "FF"}}}), "Password checksum failed"},
+        {"header refused", false, goodB, join({b, {{blank, "10"}, {"000001000001FE", "FF"}}}),
+         "Password checksum failed"},
+        {"data refused", false, goodB,
+         join({b, {{blank, "10"}, {"000001000001FE", "10"}, {"AA56", "FF"}}}),
+         "Data checksum failed"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        _BootReset();
+        ScriptWorld world(c.typeA ? kDeviceA : kDeviceB, c.script);
+        const std::string path =
+            c.image.empty() ? "/nowhere/image" : world.addFile("image", c.image);
+        EXPECT_EQ((c.typeA ? _DownloadTypeA : _DownloadTypeB)(path, false), 0);
+        EXPECT_EQ(world.deviation(), "");
+        EXPECT_EQ(world.errors(), c.errors);
+        EXPECT_EQ(RUN_GetExitCode(), 1);
+    }
+}
+
+TEST_F(Wire, ConnectAsksWhatItNeedsAndRefusesWhatCannotWork) {
+    const std::string summary = "Could not download RAM image. Please check password";
+    {
+        // The user presses reset and gives no password.
+        ScriptWorld world(kDeviceA, join({kReset, kMatchA, kSumA}));
+        std::filesystem::create_directory(world.folder() / "RamImage");
+        world.addFile("RamImage/a.hex", ":020400001122C7\n:00000001FF");
+        TARGET_SetLinkState(LINK_IDLE);
+        DEVPROPS_SetResetByPC(false);
+        PASSWORD_Reset();
+        PASSWORD_SetDialog([] { return 2; });
+        EXPECT_EQ(TARGET_Connect(), 0);
+        PASSWORD_SetDialog({});
+        EXPECT_EQ(world.deviation(), "");
+        EXPECT_EQ(world.questions(), "Target: Please reset target\nand then press enter...");
+        EXPECT_EQ(world.errors(), summary);
+        EXPECT_EQ(TARGET_State().LinkState, LINK_IDLE);
+        EXPECT_EQ(BOOT_GetState(), BOOT_UNSYNCED);
+    }
+    {
+        // Unattended: nobody is asked to press reset, but what stops the run is said.
+        ScriptWorld world(kDeviceB, join({kReset, kMatchB, kSumB}));
+        std::filesystem::create_directory(world.folder() / "RamImage");
+        world.addFile("RamImage/b.s", "S30600000100AA00");
+        RUN_SetUnattended(true);
+        DEVPROPS_SetResetByPC(false);
+        EXPECT_EQ(TARGET_Connect(), 0);
+        EXPECT_EQ(world.deviation(), "");
+        EXPECT_EQ(world.questions(), "Password: A password is needed to connect");
+        EXPECT_EQ(world.errors(), summary);
+    }
+    {
+        ScriptWorld world("Bank = 0,8000", {});
+        EXPECT_EQ(TARGET_Connect(), 0);
+        EXPECT_EQ(world.errors(), "Target::Unsuported RAM-Code protocoll|"
+                                  "The device description names no RAM-Image|" +
+                                      summary);
+        EXPECT_EQ(RUN_GetExitCode(), 1);
+    }
+    {
+        ScriptWorld world(kDeviceB, {});
+        EXPECT_EQ(TARGET_ReadProtect(), 1);
+        EXPECT_EQ(world.errors(),
+                  "Read Protect Chip is not supported by the boot ROM of this device");
+        EXPECT_EQ(world.deviation(), "");
+    }
+}
+
+// Right after a boot-ROM command the boot ROM still awaits the next one.
+TEST_F(Wire, SyncedBootRomIsNotResetAgain) {
+    ScriptWorld world(kDeviceA, {{"90", "90 1234"}, {"C3", "C3 00000000000000"}});
+    BOOT_SetState(BOOT_SYNCED);
+    EXPECT_EQ(_FlashStatusTypeA(), 0);
+    EXPECT_EQ(world.deviation(), "");
+}
+
+TEST_F(Wire, CancelEndsADownload) {
+    ScriptWorld world(kDeviceA,
+                      join({kReset, kMatchA, kSumA, {{"60", "60"}, {"FFC0FFC1A1A2", ""}}}));
+    TARGET_State().Cancel = 1;
+    EXPECT_EQ(_DownloadTypeA(world.addFile("image", ":020400001122C7"), false), 0);
+    EXPECT_EQ(world.deviation(), "");
+    EXPECT_EQ(world.errors(), "");
+    TARGET_State().Cancel = 0;
+}
+
+TEST_F(Wire, PasswordFrameHasTheAddressesOfTheChip) {
+    for (const auto& [length, frame] : std::vector<std::pair<std::string, std::string>>{
+             {"RAMCodeAdrLen = 2", "0010 1000 A1A2"},
+             {"RAMCodeAdrLen = 3", "000010 011000 A1A2"},
+             {"", "000010 011000 A1A2"}}) {
+        ScriptWorld world("Bank = 8000,8000\nRelocate = 10000,11000,100\n" + length, {});
+        PASSWORD_SetAdrCount(0x10);
+        PASSWORD_SetAdrCompare(0x10000);
+        EXPECT_EQ(_PasswordFrameTypeA(false), bytesOfHex(frame)) << length;
+    }
+}

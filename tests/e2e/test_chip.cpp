@@ -1,0 +1,298 @@
+// Runs of the built program against virtual chips on pseudo-terminals, in real time. The cases of a
+// table run side by side: nearly all of their time are waits that the protocol prescribes.
+
+#include "device/device_parser.h"
+#include "e2e/bench_world.h"
+#include "e2e/hex_files.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr size_t kAtOnce = 12;
+
+// Runs `check` for every case, several at a time.
+template <class Case, class Check>
+void forAll(const std::vector<Case>& cases, const Check& check) {
+    for (size_t start = 0; start < cases.size(); start += kAtOnce) {
+        std::vector<std::jthread> threads;
+        for (size_t i = start; i < std::min(start + kAtOnce, cases.size()); ++i) {
+            threads.emplace_back([&check, &one = cases[i]] { check(one); });
+        }
+    }
+}
+
+DeviceRecord deviceOf(const std::string& name) {
+    const auto path = std::filesystem::path(CALVORIN_DEVICES) / "Device" / (name + ".dev");
+    return DEVICE_ParseText(readFile(path)).record.value();
+}
+
+struct Data {
+    uint32_t address;
+    Bytes bytes;
+};
+
+// Data at both ends of the device's flash, the second one not a multiple of a page or a word.
+std::vector<Data> dataFor(const DeviceRecord& device) {
+    const FlashBlock& last = device.aBlock.back();
+    return {{device.aBlock.front().Start + 5, randomBytes(1500, 1)},
+            {last.Start + last.Len - 701, randomBytes(700, 2)}};
+}
+
+std::string programOf(const std::vector<Data>& data) {
+    std::string text;
+    for (const Data& piece : data) {
+        text += srecords(piece.address, piece.bytes);
+    }
+    return text;
+}
+
+// What the flash holds afterwards, block behind block.
+std::string flashWith(const DeviceRecord& device, const std::vector<Data>& data) {
+    std::string flash;
+    for (const FlashBlock& block : device.aBlock) {
+        std::string bytes(block.Len, '\xFF');
+        for (const Data& piece : data) {
+            for (size_t i = 0; i < piece.bytes.size(); ++i) {
+                const uint32_t offset = piece.address + static_cast<uint32_t>(i) - block.Start;
+                if (offset < block.Len) {
+                    bytes[offset] = static_cast<char>(piece.bytes[i]);
+                }
+            }
+        }
+        flash += bytes;
+    }
+    return flash;
+}
+
+Strings onDevice(const std::string& device, const Strings& rest) {
+    Strings arguments{"-OptionsTargetDevice" + device, "-OptionsSettingsReset1",
+                      "-OptionsCOMBaudrate115200"};
+    arguments.insert(arguments.end(), rest.begin(), rest.end());
+    arguments.emplace_back("-Exit");
+    return arguments;
+}
+
+// A program file, loaded from the command line's first argument.
+Strings withFile(const ProgramFolder& world, const std::string& text, Strings arguments) {
+    writeFile(world.folder / "app.mot", text);
+    arguments.insert(arguments.begin(), world.folder / "app.mot");
+    return arguments;
+}
+
+std::string hexRange(const DeviceRecord& device) {
+    const FlashBlock& last = device.aBlock.back();
+    char text[40];
+    std::snprintf(text, sizeof text, "%X,%X", device.aBlock.front().Start,
+                  last.Start + last.Len - 1);
+    return text;
+}
+
+} // namespace
+
+TEST(Chip, IsProgrammedVerifiedAndReadBackOnEveryDevice) {
+    const std::vector<std::string> devices = {"VT-A32",  "VT-A60",  "VT-A64R", "VT-A96",
+                                              "VT-AE16", "VT-B128", "VT-B256", "VT-B32R",
+                                              "VT-B64S", "VT-BE32"};
+    forAll(devices, [](const std::string& name) {
+        const ProgramFolder world;
+        VirtualTarget target(world, name);
+        const DeviceRecord device = deviceOf(name);
+        const std::vector<Data> data = dataFor(device);
+        const RunResult result = world.run(
+            withFile(world, programOf(data),
+                     onDevice(name, {"-TargetCheckBlankChip", "-TargetAuto", "-TargetVerify",
+                                     "-TargetGetCRC", "-TargetReadBack" + hexRange(device),
+                                     "-TargetVerify", "-TargetStartApplication",
+                                     "-FileSaveAs" + (world.folder / "back.mot").string()})));
+        EXPECT_EQ(result.exitCode, 0) << name << "\n" << result.err;
+        EXPECT_EQ(target.stop(), 0) << name << "\n" << target.summary();
+        EXPECT_TRUE(target.flash() == flashWith(device, data)) << name;
+    });
+}
+
+TEST(Chip, SecondRunNeedsThePasswordOfAProgrammedChip) {
+    const ProgramFolder world;
+    VirtualTarget target(world, "VT-B128", {"--password", "0102030405060708090A0B0C"});
+    const Bytes bytes = randomBytes(200, 3);
+    Strings program = withFile(world, srecords(0x100, bytes), onDevice("VT-B128", {"-TargetAuto"}));
+    EXPECT_EQ(world.run(program).exitCode, 0);
+
+    RunResult result = world.run(onDevice("VT-B128", {"-TargetGetCRC"}));
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.errors, Strings{"Could not download RAM image. Please check password"});
+    EXPECT_NE(result.err.find("password is needed"), std::string::npos) << result.err;
+
+    result = world.run(
+        onDevice("VT-B128", {"-OptionsPWPassword0102030405060708090A0BFF", "-TargetGetCRC"}));
+    EXPECT_EQ(result.errors, (Strings{"Password checksum failed",
+                                      "Could not download RAM image. Please check password"}));
+    EXPECT_EQ(result.exitCode, 1);
+
+    result = world.run(
+        onDevice("VT-B128", {"-OptionsPWPassword0102030405060708090A0B0C", "-TargetVerify",
+                             "-TargetEraseBlocks", "-TargetCheckBlankBlocks"}));
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(target.stop(), 0) << target.summary();
+}
+
+TEST(Chip, WorksOnTheSelectedBlocksOnly) {
+    const ProgramFolder world;
+    VirtualTarget target(world, "VT-B256");
+    const std::string selection = "-OptionsTargetSelBlocks0,0-4";
+    const std::string two = "-OptionsTargetSelBlocks1,1,3";
+    const std::vector<Data> data = {{0x4000, randomBytes(300, 4)}, {0x10000, randomBytes(300, 5)}};
+    RunResult result = world.run(
+        withFile(world, programOf(data), onDevice("VT-B256", {selection, two, "-TargetProgram"})));
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    result = world.run(withFile(world, srecords(0, randomBytes(4, 6)),
+                                onDevice("VT-B256", {selection, two, "-TargetProgram"})));
+    EXPECT_EQ(result.errors, Strings{"File does not fits into selected blocks"});
+    EXPECT_EQ(target.stop(), 0) << target.summary();
+    EXPECT_TRUE(target.flash() == flashWith(deviceOf("VT-B256"), data));
+}
+
+// Each fault of chip and line that has a message: the message, exit code 1, and no claim of
+// success.
+TEST(Chip, EveryFaultEndsInItsMessageAndExitCode1) {
+    const std::string kConnect = "Could not download RAM image. Please check password";
+    struct Case {
+        const char* device;
+        const char* fault;
+        const char* command;
+        Strings errors;
+    };
+    const std::vector<Case> cases = {
+        {"VT-A32", "no-reply@match", "-TargetGetCRC", {"Matching data failed", kConnect}},
+        {"VT-A32", "wrong-reply@match", "-TargetGetCRC", {"Matching data failed", kConnect}},
+        {"VT-A32", "wrong-reply@baudrate", "-TargetGetCRC", {"Setting baudrate failed", kConnect}},
+        {"VT-A32", "no-reply@baudrate", "-TargetGetCRC", {kConnect}},
+        {"VT-A32", "wrong-reply@sum", "-TargetGetCRC", {"SUM command failed", kConnect}},
+        {"VT-A32",
+         "wrong-reply@ram",
+         "-TargetGetCRC",
+         {"Echoback RAM loader command failed", kConnect}},
+        {"VT-A32", "no-reply@data", "-TargetGetCRC", {kConnect}},
+        {"VT-B128", "wrong-reply@match", "-TargetGetCRC", {"Matching data failed", kConnect}},
+        {"VT-B128", "wrong-reply@sum", "-TargetGetCRC", {"Get SUM Command failed", kConnect}},
+        {"VT-B128", "bad-checksum@sum", "-TargetGetCRC", {"Checksum of checksum failed", kConnect}},
+        {"VT-B128",
+         "wrong-reply@ram",
+         "-TargetGetCRC",
+         {"Echoback RAM loader command failed", kConnect}},
+        {"VT-B128", "wrong-reply@header", "-TargetGetCRC", {"Password checksum failed", kConnect}},
+        {"VT-B128", "wrong-reply@data", "-TargetGetCRC", {"Data checksum failed", kConnect}},
+        {"VT-B256", "wrong-product", "-TargetGetCRC", {kConnect}},
+        {"VT-A60",
+         "wrong-reply@rewrite",
+         "-TargetEraseChip",
+         {"Echoback flash memory rewrite command failed"}},
+        {"VT-A60", "wrong-reply@cleared", "-TargetEraseChip", {"Clearing flash memory failed"}},
+        {"VT-A96",
+         "wrong-reply@erase",
+         "-TargetEraseChip",
+         {"Echoback flash memory erase command failed"}},
+        {"VT-A96", "wrong-reply@erased", "-TargetEraseChip", {}},
+        {"VT-B256",
+         "wrong-reply@enable",
+         "-TargetEraseChip",
+         {"Echoback erase enable command failed"}},
+        {"VT-B128", "wrong-reply@cleared", "-TargetEraseChip", {"Erase operation result failure"}},
+        {"VT-B128", "no-reply@identify", "-TargetGetCRC", {"Timeout error"}},
+        {"VT-B128", "no-reply@crc", "-TargetGetCRC", {"Timeout error"}},
+        {"VT-B128", "bad-checksum@crc", "-TargetGetCRC", {"Timeout error"}},
+        {"VT-B128", "nak@crc", "-TargetGetCRC", {"Not acknowledged"}},
+        {"VT-B128",
+         "error-reply@erase-block,value=1",
+         "-TargetEraseBlocks",
+         {"Error erasing sector"}},
+        {"VT-B128",
+         "error-reply@program,address=1234,value=2",
+         "-TargetProgram",
+         {"Error writing on address 1234"}},
+        {"VT-B128",
+         "stuck-bits,address=104,value=FF",
+         "-TargetVerify",
+         {"Error comparing contents of address 100"}},
+        {"VT-B128",
+         "dead-bits,address=104,value=1",
+         "-TargetCheckBlankChip",
+         {"Target not blank at address 104"}},
+        {"VT-B128", "lost-write@program#1", "-TargetProgram", {"CRC-error"}},
+        {"VT-A32", "lost-write@program#1", "-TargetProgram", {"SUM-error"}},
+        {"VT-B128", "die@program#2", "-TargetProgram", {"Timeout error"}},
+        {"VT-B128",
+         "error-reply@program,address=0,value=63",
+         "-TargetProgram",
+         {"Unknown target error 99 at address 0"}},
+    };
+    forAll(cases, [](const Case& c) {
+        const ProgramFolder world;
+        VirtualTarget target(world, c.device, {"--fault", c.fault});
+        const uint32_t start = deviceOf(c.device).aBlock.front().Start;
+        const RunResult result =
+            world.run(withFile(world, srecords(start + 0x100, randomBytes(300, 7)),
+                               onDevice(c.device, {c.command, "-TargetVerify"})));
+        EXPECT_EQ(result.exitCode, 1) << c.device << " " << c.fault << "\n" << result.err;
+        EXPECT_EQ(result.errors, c.errors) << c.device << " " << c.fault << "\n" << result.err;
+        EXPECT_EQ(result.err.find("successfully"), std::string::npos) << result.err;
+        EXPECT_EQ(result.err.find("Verifying ok"), std::string::npos) << result.err;
+    });
+}
+
+TEST(Chip, ThatDisappearsEndsTheRun) {
+    const ProgramFolder world;
+    const VirtualTarget target(world, "VT-B128", {"--rate", "9600"});
+    Process process(world.command(withFile(world, srecords(0, randomBytes(8000, 8)),
+                                           onDevice("VT-B128", {"-TargetAuto"}))),
+                    world.folder / "run");
+    ASSERT_TRUE(waitFor([&] { return process.err().find("Programming 0x") != std::string::npos; }));
+    target.kill();
+    EXPECT_EQ(process.wait(), 1);
+    EXPECT_NE(process.err().find("COM1 lost"), std::string::npos) << process.err();
+    EXPECT_NE(process.err().find("Error: Timeout error"), std::string::npos);
+    EXPECT_NE(process.err().find("Programming failed"), std::string::npos);
+}
+
+TEST(Chip, ASignalEndsTheRunAtAnyMoment) {
+    struct Case {
+        int signal;
+        const char* moment; // what has been printed when it comes
+    };
+    const std::vector<Case> cases = {{SIGINT, "Communication started"},
+                                     {SIGTERM, "Setting baudrate"},
+                                     {SIGHUP, "Downloading RAM-Image started"},
+                                     {SIGINT, "Connected with target"},
+                                     {SIGINT, "Programming 0x"}};
+    forAll(cases, [](const Case& c) {
+        const ProgramFolder world;
+        const VirtualTarget target(world, "VT-B128", {"--rate", "9600"});
+        Process process(
+            world.command(withFile(world, srecords(0, randomBytes(8000, 8)),
+                                   onDevice("VT-B128", {"-TargetProgram", "-TargetVerify"}))),
+            world.folder / "run");
+        ASSERT_TRUE(waitFor([&] { return process.err().find(c.moment) != std::string::npos; }))
+            << c.moment << process.err();
+        process.signal(c.signal);
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(process.wait(), 1) << c.moment;
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5)) << c.moment;
+        EXPECT_NE(process.err().find("Interrupted"), std::string::npos) << process.err();
+        EXPECT_EQ(process.err().find("Verifying 0x"), std::string::npos) << process.err();
+    });
+}
+
+TEST(Chip, PortInUseIsRefused) {
+    const ProgramFolder world;
+    const ProgramFolder second;
+    const VirtualTarget target(world, "VT-B128", {"--rate", "9600"});
+    writeFile(second.folder / "calvorin.ini",
+              "[Settings PORTS]\r\nCOM1 = \"" + (world.folder / "port").string() + "\"\r\n");
+    Process first(world.command(onDevice("VT-B128", {"-TargetGetCRC"})), world.folder / "run");
+    ASSERT_TRUE(waitFor([&] { return first.err().find("COM1 opened") != std::string::npos; }));
+    const RunResult result = second.run(onDevice("VT-B128", {"-TargetGetCRC"}));
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.errors.front(), "SIO::_InitSIO: Port not available");
+    EXPECT_NE(result.err.find("in use"), std::string::npos) << result.err;
+    EXPECT_EQ(first.wait(), 0) << first.err();
+}

@@ -1,0 +1,75 @@
+// A world with the worker running and a small program loaded, and the commands as the Target menu
+// runs them.
+#pragma once
+
+#include "data/hexdata.h"
+#include "link/password.h"
+#include "link/target_link.h"
+#include "link/target_state.h"
+#include "support/world.h"
+#include "target/commands.h"
+#include "target/worker.h"
+
+#include <numeric>
+
+struct TargetWorld : World {
+    explicit TargetWorld(WorldOptions options) : World(std::move(options)) {
+        BOOT_SetState(BOOT_UNSYNCED);
+        PASSWORD_Reset();
+        HEXDATA_Reset();
+        loadProgram();
+        TARGET_Init(nullptr, [this](uint8_t byte) { terminal.push_back(static_cast<char>(byte)); });
+        atEnd.emplace_back([] {
+            EVENTS_Close();
+            TARGET_Stop();
+            TARGET_State().LinkState = LINK_IDLE;
+            HEXDATA_Reset();
+            PASSWORD_Reset();
+        });
+    }
+
+    // Two stretches: near the start of the first block, and up to the end of the last one.
+    static void loadProgram() {
+        std::vector<uint8_t> bytes(300);
+        std::iota(bytes.begin(), bytes.end(), uint8_t{7});
+        HEXDATA_Clear();
+        HEXDATA_AddData(DEVICE_GetFlashStart() + 0x11, bytes);
+        HEXDATA_AddData(DEVICE_GetFlashEnd() - 199, std::span(bytes).first(200));
+    }
+
+    // Whether the flash holds the loaded program and nothing else.
+    bool chipHoldsProgram() {
+        bool equal = true;
+        for (int i = 0; i < DEVICE_GetNumBlocks(-1); ++i) {
+            uint32_t start = 0;
+            uint32_t length = 0;
+            DEVICE_GetBlock(i, start, length, -1);
+            std::vector<uint8_t> image(length, 0xFF);
+            HEXDATA_Copy(start, image, {});
+            SIMPORT_WithChip(line, [&](Chip& looked) {
+                equal = equal && CHIP_GetFlash(looked, start, length) == image;
+            });
+        }
+        return equal;
+    }
+
+    std::string allErrors() const {
+        std::string all;
+        for (const std::string& error : errors())
+            all += all.empty() ? error : "|" + error;
+        return all;
+    }
+
+    std::string terminal; // what the worker has passed on
+};
+
+inline void runAuto() {
+    if (DEVICE_GetFLASHIsEE() != 0)
+        TARGET_ProgramTarget();
+    else if (TARGET_EraseChip(false) == 0)
+        TARGET_Program(HEXDATA_GetFirstAddr(), HEXDATA_GetLastAddr());
+}
+
+inline void runVerify() {
+    TARGET_Verify(HEXDATA_GetFirstAddr(), HEXDATA_GetLastAddr());
+}

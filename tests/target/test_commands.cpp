@@ -1,0 +1,241 @@
+// Every command on the virtual chips: what it does to the chip, what it says, how it ends.
+
+#include "bootrom/connect.h"
+#include "notice/progress.h"
+#include "notice/status.h"
+#include "target/operation.h"
+#include "target_world.h"
+
+namespace {
+
+const std::vector<std::string> kDevices = {"VT-A32",  "VT-A60",  "VT-A64R", "VT-A96",  "VT-AE16",
+                                           "VT-B128", "VT-B256", "VT-B32R", "VT-B64S", "VT-BE32"};
+
+} // namespace
+
+TEST(Commands, ProgramVerifyReadAndEraseEveryDevice) {
+    for (const std::string& device : kDevices) {
+        SCOPED_TRACE(device);
+        TargetWorld world({.device = device, .chip = {}});
+        TARGET_BlankCheckChip();
+        EXPECT_TRUE(world.hasLogged("Blank check finished"));
+        runAuto();
+        EXPECT_TRUE(world.chipHoldsProgram());
+        EXPECT_TRUE(world.hasLogged("Programming finished") ||
+                    world.hasLogged("Programming target finished"));
+        runVerify();
+        EXPECT_TRUE(world.hasLogged("Verifying finished"));
+        TARGET_GetCrc(true);
+        TARGET_ReadBack(DEVICE_GetFlashStart(), DEVICE_GetFlashStart() + 0x3FF);
+        EXPECT_EQ(HEXDATA_GetNumBytes(), 0x400U);
+        EXPECT_TRUE(world.chipHoldsProgram() || HEXDATA_GetLastAddr() < DEVICE_GetFlashEnd());
+        EXPECT_EQ(world.allErrors(), "");
+        EXPECT_EQ(RUN_GetExitCode(), 0);
+
+        TARGET_BlankCheckBlocks();
+        EXPECT_EQ(world.errors().size(), 1U); // where the program begins
+        EXPECT_EQ(RUN_GetExitCode(), 1);
+        TARGET_EraseBlocks();
+        TARGET_BlankCheckBlocks();
+        EXPECT_EQ(world.questions().back(), "Blank check blocks: Selected blocks are blank");
+        EXPECT_EQ(TARGET_EraseChip(true), 0);
+        SIMPORT_WithChip(world.line, [](Chip& chip) { EXPECT_TRUE(CHIP_IsBlank(chip)); });
+        EXPECT_EQ(world.errors().size(), 1U);
+        EXPECT_EQ(world.violations(), "");
+    }
+}
+
+TEST(Commands, OnlySelectedBlocksAreErased) {
+    TargetWorld world({.device = "VT-B64S", .chip = {}});
+    const std::vector<uint8_t> mark = {1, 2, 3};
+    SIMPORT_WithChip(world.line, [&](Chip& chip) {
+        CHIP_PutFlash(chip, 0x8000, mark);
+        CHIP_PutFlash(chip, 0xC000, mark);
+    });
+    PASSWORD_SetBytes(std::vector<uint8_t>(12, 0xFF));
+    DEVPROPS_SelectBlock(0, false);
+    EXPECT_EQ(TARGET_EraseChip(true), 0); // idle, and the boot ROM cannot: the selected blocks
+    EXPECT_EQ(world.questions().back(), "Erasing Blocks: Blocks have been\nsuccessfully erased");
+    SIMPORT_WithChip(world.line, [&](Chip& chip) {
+        EXPECT_EQ(CHIP_GetFlash(chip, 0x8000, 3), mark);
+        EXPECT_EQ(CHIP_GetFlash(chip, 0xC000, 3), std::vector<uint8_t>(3, 0xFF));
+    });
+    EXPECT_EQ(TARGET_EraseChip(true), 0); // the loader runs: every block
+    SIMPORT_WithChip(world.line, [](Chip& chip) { EXPECT_TRUE(CHIP_IsBlank(chip)); });
+    EXPECT_EQ(world.violations(), "");
+}
+
+TEST(Commands, ProtectAsksFirst) {
+    TargetWorld world({.device = "VT-A96", .chip = {}});
+    world.answer = ANSWER_NONE;
+    TARGET_ProtectBlocks();
+    TARGET_ProtectChip();
+    EXPECT_EQ(SIMPORT_Writes(world.line), 0U);
+    EXPECT_EQ(world.questions().size(), 2U);
+    world.answer = ANSWER_OK;
+    DEVPROPS_SelectBlock(0, false);
+    TARGET_ProtectBlocks();
+    SIMPORT_WithChip(world.line, [](Chip& chip) {
+        EXPECT_FALSE(CHIP_IsBlockProtected(chip, 0));
+        EXPECT_TRUE(CHIP_IsBlockProtected(chip, 1));
+    });
+    TARGET_EraseBlocks(); // protected now
+    EXPECT_EQ(world.allErrors(), "Error erasing sector");
+    EXPECT_TRUE(world.hasLogged("Erasing Blocks failed"));
+}
+
+TEST(Commands, BootRomCommandsLeaveTheLinkIdle) {
+    {
+        TargetWorld world({.device = "VT-A96", .chip = {}});
+        EXPECT_EQ(TARGET_Connect(), 1);
+        EXPECT_EQ(TARGET_FlashStatus(), 0);
+        EXPECT_TRUE(world.hasLogged("Flash memory status:"));
+        EXPECT_EQ(TARGET_State().LinkState, LINK_IDLE);
+        EXPECT_EQ(TARGET_ReadProtect(), 0);
+        SIMPORT_WithChip(world.line, [](Chip& chip) { EXPECT_TRUE(CHIP_IsReadProtected(chip)); });
+        EXPECT_EQ(world.allErrors(), "");
+        EXPECT_EQ(world.violations(), "");
+    }
+    TargetWorld world({.device = "VT-B64S", .chip = {}});
+    TARGET_EraseBlocks(); // the checksum of a blank chip is known from here on
+    TARGET_ProtectChip();
+    EXPECT_TRUE(world.hasLogged("Protecting Chip finished"));
+    EXPECT_EQ(TARGET_FlashStatus(), 1);
+    EXPECT_EQ(world.allErrors(),
+              "Flash Memory Status is not supported by the boot ROM of this device");
+}
+
+TEST(Commands, DownloadAndStart) {
+    ChipOptions talkative;
+    talkative.applicationText = "Hello";
+    talkative.applicationEcho = true;
+    TargetWorld world({.device = "VT-A32", .chip = talkative});
+    TARGET_DownloadRamImage((world.folder() / "RamImage" / "vt-a.hex").string());
+    EXPECT_EQ(world.questions().back(), "Download RAM-Image: All bytes\nwritten successfully");
+    EXPECT_EQ(TARGET_State().LinkState, LINK_IDLE);
+    EXPECT_EQ(BOOT_GetState(), BOOT_UNSYNCED);
+
+    EXPECT_EQ(TARGET_Connect(), 1);
+    const uint64_t before = SIMPORT_BytesToChip(world.line);
+    EXPECT_EQ(TARGET_TerminalSend('x'), LINK_RAMCODE);
+    TARGET_StartApplication();
+    CLOCK_Sleep(100);
+    EXPECT_NE(TARGET_TerminalSend('y'), 0);
+    CLOCK_Sleep(100);
+    EXPECT_EQ(world.terminal, "Helloy");
+    EXPECT_GE(SIMPORT_BytesToChip(world.line), before + 1);
+    EXPECT_EQ(world.allErrors(), "");
+}
+
+TEST(Commands, ChecksumDecidesAboutProgramming) {
+    struct Case {
+        std::string device;
+        std::string error;
+    };
+    for (const Case& c : {Case{"VT-B128", "CRC-error"}, Case{"VT-A96", "SUM-error"}}) {
+        SCOPED_TRACE(c.device);
+        ChipOptions lost;
+        lost.faults = {{FaultKind::lostWrite, ChipStep::any, 2}};
+        TargetWorld world({.device = c.device, .chip = lost});
+        runAuto();
+        EXPECT_EQ(world.allErrors(), c.error);
+        EXPECT_TRUE(world.hasLogged("Programming failed"));
+        EXPECT_EQ(RUN_GetExitCode(), 1);
+        // A checksum that could not be had is a failure, even where an old one would fit.
+        SIMPORT_WithChip(world.line, [](Chip& chip) {
+            CHIP_SetFaults(chip, {{FaultKind::noReply, ChipStep::crc},
+                                  {FaultKind::noReply, ChipStep::frameSum}});
+        });
+        runAuto();
+        EXPECT_EQ(world.errors().back(), "Timeout error");
+        EXPECT_EQ(world.errors().size(), 2U);
+        EXPECT_FALSE(world.hasLogged("Programming finished"));
+        EXPECT_EQ(STATUS_GetText(STATUS_CHECKSUM),
+                  c.error.substr(0, 3) == "CRC" ? "Target CRC: ----" : "Target SUM: ----");
+    }
+}
+
+TEST(Commands, SilentLoaderEndsTheCommandOnce) {
+    for (const FaultKind kind : {FaultKind::noReply, FaultKind::nak, FaultKind::badChecksum}) {
+        ChipOptions silent;
+        silent.faults = {{kind, ChipStep::identify}};
+        TargetWorld world({.device = "VT-B128", .chip = silent});
+        const Moment start = CLOCK_Now();
+        runVerify();
+        EXPECT_EQ(world.allErrors(), kind == FaultKind::nak ? "Not acknowledged" : "Timeout error");
+        EXPECT_EQ(RUN_GetExitCode(), 1);
+        EXPECT_TRUE(world.hasLogged("Verifying failed"));
+        EXPECT_EQ(TARGET_State().LinkState, LINK_IDLE);
+        EXPECT_LT(CLOCK_Now().us - start.us, 8'000'000);
+    }
+}
+
+// Whoever waits for the command must find the failure already reported: in the log, on the screen,
+// in the exit code. The screen may be the user-interface thread's, which is waiting.
+TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
+    struct Case {
+        ChipFault fault;
+        std::string error;
+        int linkState;
+    };
+    const std::vector<Case> cases = {
+        {{FaultKind::errorReply, ChipStep::read, 1, 0x40, 2},
+         "Error writing on address 40\nContents: FF",
+         LINK_RAMCODE},
+        {{FaultKind::noReply, ChipStep::read, 1}, "Timeout error", LINK_IDLE},
+        {{FaultKind::slow, ChipStep::read, 1, 0, 500}, "Action canceled", LINK_RAMCODE},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.error);
+        ChipOptions chip;
+        chip.faults = {c.fault};
+        TargetWorld world({.device = "VT-B128", .chip = chip});
+        EXPECT_EQ(TARGET_Connect(), 1);
+        bool shown = false;
+        bool commandReturned = false;
+        ERROR_SetHandlers(
+            [&](WindowHandle, const std::string& text, int) {
+                EXPECT_EQ(text.substr(0, 13), c.error.substr(0, 13));
+                EXPECT_TRUE(EVENTS_PostAndWait([&] {
+                    CLOCK_Sleep(3000); // the user reads
+                    shown = !commandReturned;
+                }));
+                EXPECT_EQ(TARGET_State().Operation, OP_VERIFY);
+                EXPECT_FALSE(PROGRESS_IsDone());
+            },
+            {}, RUN_SetExitCode);
+        ClockThreadPtr canceller;
+        if (c.linkState == LINK_RAMCODE && c.fault.kind == FaultKind::slow)
+            canceller = CLOCK_StartThread([] {
+                CLOCK_Wait(CLOCK_After(5000), [] { return TARGET_State().Operation != 0; });
+                CLOCK_Sleep(100);
+                TARGET_Cancel();
+            });
+        runVerify();
+        commandReturned = true;
+        CLOCK_JoinThread(canceller);
+        EXPECT_TRUE(shown);
+        EXPECT_EQ(RUN_GetExitCode(), 1);
+        EXPECT_EQ(TARGET_State().LinkState, c.linkState);
+        TARGET_Stop();
+        ERROR_SetHandlers({}, {}, {});
+    }
+}
+
+TEST(Commands, ClosingTheFrameEndsARunningCommand) {
+    ChipOptions slow;
+    slow.faults = {{FaultKind::slow, ChipStep::eraseBlock, 0, 0, 4000}};
+    TargetWorld world({.device = "VT-B128", .chip = slow});
+    EXPECT_EQ(TARGET_Connect(), 1);
+    const Moment start = CLOCK_Now();
+    auto closer = CLOCK_StartThread([] {
+        CLOCK_Sleep(1000);
+        EVENTS_Post([] { TARGET_Exit(); });
+    });
+    TARGET_EraseBlocks();
+    CLOCK_JoinThread(closer);
+    EXPECT_LT(CLOCK_Now().us - start.us, 2'000'000);
+    EXPECT_TRUE(world.hasLogged("Disconnected"));
+    EXPECT_FALSE(world.hasLogged("Erasing Blocks finished"));
+    EXPECT_EQ(world.allErrors(), "");
+}

@@ -1,0 +1,119 @@
+// What tests of views and dialogs need: an application off screen, an empty image, some devices, a
+// program folder, and a record of everything that is reported.
+#pragma once
+
+#include "data/hexdata.h"
+#include "device/device.h"
+#include "device/devprops.h"
+#include "link/password.h"
+#include "notice/error.h"
+#include "persist/ini.h"
+#include "platform/files.h"
+#include "serial/sio.h"
+#include "shell/session.h"
+#include "support/temp_folder.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QKeyEvent>
+#include <QPushButton>
+#include <QTimer>
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+inline void ensureApplication() {
+    if (QCoreApplication::instance() == nullptr) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        static int argc = 1;
+        static char name[] = "test_ui";
+        static char* argv[] = {name, nullptr};
+        static QApplication application(argc, argv);
+    }
+}
+
+inline DeviceRecord makeDevice(const std::string& name, std::vector<FlashBlock> blocks) {
+    DeviceRecord device;
+    device.Device = name;
+    device.aBlock = std::move(blocks);
+    return device;
+}
+
+class UiWorld {
+public:
+    explicit UiWorld(const std::string& settings = "") {
+        ensureApplication();
+        FILES_SetProgramPath(folder / "tool");
+        writeFile(folder / "tool.ini", settings);
+        ERROR_SetHandlers(
+            [this](WindowHandle, const std::string& text, int) { reports.push_back(text); },
+            [this](WindowHandle, const std::string& text, const std::string& caption, unsigned) {
+                reports.push_back(caption + ": " + text);
+                return 0;
+            },
+            {});
+        INI_Load();
+        reset();
+    }
+    ~UiWorld() {
+        SIO_Exit();
+        reset();
+        ERROR_Exit();
+        FILES_SetProgramPath({});
+    }
+    UiWorld(const UiWorld&) = delete;
+    UiWorld& operator=(const UiWorld&) = delete;
+
+    const TempFolder folder;
+    std::vector<std::string> reports; // questions as "CAPTION: TEXT"
+
+private:
+    static void reset() {
+        HEXDATA_Reset();
+        DEVICE_Clear();
+        DEVPROPS_Set({});
+        PASSWORD_Reset();
+        PASSWORD_SetLimits(0, 0, 0, 0);
+        SESSION_Get() = {};
+    }
+};
+
+// Runs a modal dialog and, once it is shown, the script; a dialog that the script leaves open is
+// cancelled.
+inline int driveDialog(const std::function<int()>& run, std::function<void(QDialog&)> script) {
+    bool shown = false;
+    QTimer::singleShot(0, [&shown, script = std::move(script)] {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (dialog != nullptr) {
+            shown = true;
+            const QPointer<QDialog> alive = dialog;
+            script(*dialog);
+            if (alive && alive->isVisible()) {
+                alive->reject();
+            }
+        }
+    });
+    const int result = run();
+    QApplication::processEvents();
+    EXPECT_TRUE(shown) << "no dialog appeared";
+    return result;
+}
+
+template <class Control>
+Control& control(const QWidget& window, const char* name) {
+    auto* found = window.findChild<Control*>(name);
+    if (found == nullptr) {
+        throw std::runtime_error(std::string("no control ") + name);
+    }
+    return *found;
+}
+
+inline void click(const QWidget& window, const char* name) {
+    control<QAbstractButton>(window, name).click();
+}
+
+inline void pressKey(QWidget& widget, int key, Qt::KeyboardModifiers modifiers = {}) {
+    QKeyEvent press(QEvent::KeyPress, key, modifiers);
+    QApplication::sendEvent(&widget, &press);
+}
