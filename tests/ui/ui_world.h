@@ -16,6 +16,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QKeyEvent>
+#include <QPointer>
 #include <QPushButton>
 #include <QTimer>
 #include <functional>
@@ -114,6 +115,7 @@ inline void click(const QWidget& window, const char* name) {
 }
 
 inline void pressKey(QWidget& widget, int key, Qt::KeyboardModifiers modifiers = {}) {
-    QKeyEvent press(QEvent::KeyPress, key, modifiers);
+    const QString text = key == Qt::Key_Space ? " " : "";
+    QKeyEvent press(QEvent::KeyPress, key, modifiers, text);
     QApplication::sendEvent(&widget, &press);
 }
