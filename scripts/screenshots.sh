@@ -24,18 +24,18 @@ export DISPLAY HOME=$work XDG_CONFIG_HOME=$work QT_SCALE_FACTOR=$scale QT_STYLE_
 # The program beside its own settings, a chip on COM1 and a program to load.
 cp -r "$bin" "$work/bin"
 rm -f "$work"/bin/calvorin.* "$work/bin/Calvorin.tpu"
-"$bin/calvorin-sim" --device VT-B128 --devices "$bin/Device" --link "$work/chip" >/dev/null 2>&1 &
+"$bin/calvorin-sim" --pace --device VT-B128 --devices "$bin/Device" --link "$work/chip" >/dev/null 2>&1 &
 pids+=($!)
 printf '[Settings PORTS]\nCOM1 = "%s"\n' "$work/chip" >"$work/bin/calvorin.ini"
 awk 'BEGIN {
-  for (a = 32768; a < 36864; a += 16) line(a);
-  for (a = 65408; a < 65536; a += 16) line(a);
+  for (a = 0; a < 16384; a += 16) line(a);
+  for (a = 32768; a < 33024; a += 16) line(a);
   print ":00000001FF" }
 function line(a,  i, b, sum, text) {
   text = sprintf(":10%04X00", a); sum = 16 + int(a / 256) + a % 256;
   for (i = 0; i < 16; i++) {
     b = (a * 7 + i * 31 + int(a / 64)) % 256;
-    if (a > 65500) b = i % 2 ? 128 : 0;
+    if (a == 0) b = i % 4 == 1 ? 16 : 0; # vectors into the flash
     text = text sprintf("%02X", b); sum += b }
   printf "%s%02X\n", text, (256 - sum % 256) % 256 }' >"$work/application.hex"
 if [ -n "${DARK:-}" ]; then # the desktop that reads its colours from a file
@@ -54,10 +54,18 @@ pids+=($!)
 program=$!
 
 shot() { sleep "${2:-0.7}"; import -window root "$target/$1.png"; echo "$target/$1.png"; }
-keys() { for key in "$@"; do xdotool key --clearmodifiers "$key"; sleep 0.15; done; }
+# Without a window manager nobody hands the keyboard on: the window on top gets it.
+keys() {
+  for key in "$@"; do
+    top=$(xdotool search --onlyvisible --class calvorin 2>/dev/null | tail -1)
+    [ -z "$top" ] || xdotool windowfocus "$top" 2>/dev/null || true
+    xdotool key --clearmodifiers "$key"
+    sleep 0.15
+  done
+}
 sleep 2
 
-keys alt+v l; keys alt+v o; keys alt+v d; keys alt+v t; keys alt+v d
+keys alt+v l; keys alt+v o; keys alt+v d; keys alt+v t; keys alt+v d d Return
 shot frame
 keys alt+v; shot menu-view; keys Escape Escape
 keys alt+t; shot menu-target; keys Escape Escape
@@ -69,6 +77,6 @@ keys alt+e d; shot delete-range; keys Escape
 keys alt+h a; shot about; keys Escape
 keys ctrl+o; shot open; keys Escape
 keys F1; shot help 1.2; keys Escape
-keys F7; shot programming 2.5; sleep 12; shot finished; keys Return
+keys F7; shot programming 2.5; shot finished 8; keys Return; shot after
 keys F5; shot read-back; keys Escape
 kill "$program"
