@@ -33,6 +33,7 @@ std::optional<FileChoice> askForProgramFile() {
         {false, "Open file", openFilters(), SESSION_Get().programPath});
 }
 
+// With the dump open meanwhile: closing the last view of the data would unload it.
 void reopenHexList() {
     FrontEnd& frontEnd = FRONTEND_Get();
     if (frontEnd.isViewOpen(View::hexList)) {
@@ -57,8 +58,9 @@ void PROGRAM_Open(const std::string& path) {
     session.programPath = fullPath(path);
     session.fileType = HEXDATA_GetFileType();
     SUMMARY_Refresh();
-    reopenHexList();
     FRONTEND_Get().openView(View::hexDump);
+    reopenHexList();
+    FRONTEND_Get().openView(View::hexDump); // in front
     session.programTime = FILES_WriteTime(path);
     session.merged = false;
     FRONTEND_Get().updateMenu();

@@ -72,6 +72,7 @@ int runSheet(QWidget* parent) {
     dialog.setWindowTitle("Options");
     auto* tabs = new QTabWidget(&dialog);
     tabs->setObjectName("pages");
+    tabs->setUsesScrollButtons(false); // the sheet is as wide as its tabs
     auto* buttons = addButtons(dialog, QDialogButtonBox::Ok | QDialogButtonBox::Cancel |
                                            QDialogButtonBox::Apply);
     nameButton(buttons, QDialogButtonBox::Apply, "apply");

@@ -1,0 +1,82 @@
+#!/usr/bin/env bash
+# Renders the windows of the desktop, with a loaded program and a virtual chip on COM1, into
+# docs/images (or the folder given). Needs Xvfb, xdotool and ImageMagick; the program must be built.
+#   scripts/screenshots.sh [FOLDER]      SCALE=2 DARK=1 in the environment: 200 %, dark palette
+set -euo pipefail
+
+root=$(cd "$(dirname "$0")/.." && pwd)
+target=${1:-$root/docs/images}
+bin=${BIN:-$root/build/release/bin}
+work=$(mktemp -d)
+pids=()
+trap 'kill "${pids[@]}" 2>/dev/null || true; wait 2>/dev/null || true; rm -rf "$work"' EXIT
+mkdir -p "$target"
+
+scale=${SCALE:-1}
+exec 3>"$work/display"
+Xvfb -displayfd 3 -screen 0 $((1000 * scale))x$((760 * scale))x24 >/dev/null 2>&1 &
+pids+=($!)
+exec 3>&-
+for _ in $(seq 50); do [ -s "$work/display" ] && break; sleep 0.1; done
+DISPLAY=:$(cat "$work/display")
+export DISPLAY HOME=$work XDG_CONFIG_HOME=$work QT_SCALE_FACTOR=$scale QT_STYLE_OVERRIDE=Fusion
+
+# The program beside its own settings, a chip on COM1 and a program to load.
+cp -r "$bin" "$work/bin"
+rm -f "$work"/bin/calvorin.* "$work/bin/Calvorin.tpu"
+"$bin/calvorin-sim" --pace --device VT-B128 --devices "$bin/Device" --link "$work/chip" >/dev/null 2>&1 &
+pids+=($!)
+printf '[Settings PORTS]\nCOM1 = "%s"\n' "$work/chip" >"$work/bin/calvorin.ini"
+awk 'BEGIN {
+  for (a = 0; a < 16384; a += 16) line(a);
+  for (a = 32768; a < 33024; a += 16) line(a);
+  print ":00000001FF" }
+function line(a,  i, b, sum, text) {
+  text = sprintf(":10%04X00", a); sum = 16 + int(a / 256) + a % 256;
+  for (i = 0; i < 16; i++) {
+    b = (a * 7 + i * 31 + int(a / 64)) % 256;
+    if (a == 0) b = i % 4 == 1 ? 16 : 0; # vectors into the flash
+    text = text sprintf("%02X", b); sum += b }
+  printf "%s%02X\n", text, (256 - sum % 256) % 256 }' >"$work/application.hex"
+if [ -n "${DARK:-}" ]; then # the desktop that reads its colours from a file
+  export XDG_CURRENT_DESKTOP=KDE KDE_FULL_SESSION=true KDE_SESSION_VERSION=5
+  dark='BackgroundNormal=35,38,41\nForegroundNormal=239,240,241\n'
+  for part in Window View Button Tooltip Selection; do
+    printf "[Colors:%s]\n$dark" "$part"
+  done | sed '/Selection/,$s/35,38,41/61,120,180/' >"$work/kdeglobals"
+fi
+
+options=(-OptionsTargetDeviceVT-B128 -OptionsCOMPort1 -OptionsCOMBaudrate115200
+  -OptionsSettingsReset1)
+"$work/bin/calvorin" "${options[@]}" -Exit >/dev/null 2>&1 || true
+"$work/bin/calvorin" "$work/application.hex" "${options[@]}" >"$work/out" 2>&1 &
+pids+=($!)
+program=$!
+
+shot() { sleep "${2:-0.7}"; import -window root "$target/$1.png"; echo "$target/$1.png"; }
+# Without a window manager nobody hands the keyboard on: the window on top gets it.
+keys() {
+  for key in "$@"; do
+    top=$(xdotool search --onlyvisible --class calvorin 2>/dev/null | tail -1)
+    [ -z "$top" ] || xdotool windowfocus "$top" 2>/dev/null || true
+    xdotool key --clearmodifiers "$key"
+    sleep 0.15
+  done
+}
+sleep 2
+
+keys alt+v l; keys alt+v o; keys alt+v d; keys alt+v t; keys alt+v d d Return
+shot frame
+keys alt+v; shot menu-view; keys Escape Escape
+keys alt+t; shot menu-target; keys Escape Escape
+keys alt+o; shot options-1; keys ctrl+Tab; shot options-2; keys ctrl+Tab; shot options-3
+keys ctrl+Tab; shot options-4; keys Escape
+keys alt+v i; shot interrupt-vectors; keys Escape
+keys alt+e r; shot relocate; keys Escape
+keys alt+e d; shot delete-range; keys Escape
+keys alt+h a; shot about; keys Escape
+keys ctrl+o; shot open; keys Escape
+keys F1; shot help 1.2; keys Escape
+keys F7; shot programming 2.5; shot finished 8; keys Return; shot after
+keys F5; shot read-back; keys Escape
+kill "$program"
