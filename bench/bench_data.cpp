@@ -12,7 +12,7 @@ namespace {
 
 constexpr uint32_t kLarge = 16 << 20;   // bytes
 constexpr uint32_t kManyAreas = 100000; // of 32 bytes each, 32 bytes apart
-constexpr uint32_t kRecord = 32;
+constexpr uint32_t kRecord = 32;        // bytes
 
 std::vector<uint8_t> randomBytes(size_t count) {
     std::mt19937 random(1);
@@ -25,13 +25,14 @@ std::vector<uint8_t> randomBytes(size_t count) {
 
 void fillImage(bool manyAreas) {
     HEXDATA_Reset();
-    const std::vector<uint8_t> bytes = randomBytes(manyAreas ? kManyAreas * kRecord : kLarge);
+    const std::vector<uint8_t> bytes =
+        randomBytes(manyAreas ? size_t{kManyAreas} * kRecord : kLarge);
     if (!manyAreas) {
         HEXDATA_AddData(0, bytes);
         return;
     }
     for (uint32_t i = 0; i < kManyAreas; ++i) {
-        HEXDATA_AddData(2 * kRecord * i, std::span(bytes).subspan(kRecord * i, kRecord));
+        HEXDATA_AddData(2 * kRecord * i, std::span(bytes).subspan(size_t{kRecord} * i, kRecord));
     }
 }
 

@@ -47,7 +47,7 @@ run() {
 }
 run "$work/app.mot" -OptionsCOMPort1 -OptionsCOMBaudrate115200 -OptionsTargetDeviceVT-B128 \
   -OptionsSettingsReset1 -TargetAuto -TargetVerify -TargetGetCRC -Exit
-run -OptionsPWFillFF1 -OptionsTargetDeviceVT-B128 -TargetReadBack0,4FFF \
+run -OptionsTargetDeviceVT-B128 -OptionsPWFillFF1 -TargetReadBack0,4FFF \
   "-FileSaveAs$work/back.mot" -Exit
 
 echo

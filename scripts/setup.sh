@@ -7,7 +7,7 @@ packages=(
   qt6-base-dev                     # desktop
   libgtest-dev libbenchmark-dev    # tests and benchmarks
   clang-format clang-tidy python3  # static checks
-  srecord binutils                 # peers that the tests and benchmarks compare with
+  srecord binutils time            # peers that the tests and benchmarks compare with
 )
 
 missing=()

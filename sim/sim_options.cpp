@@ -50,8 +50,9 @@ bool setPassword(SimOptions& options, const std::string& value) {
     return error.empty() && !options.chip.password.empty();
 }
 
-const std::vector<OptionRow>& optionRows() {
-    static const std::vector<OptionRow> rows = {
+// The chip, the line, and the files.
+std::vector<OptionRow> generalRows() {
+    return {
         {"--device", "NAME", "the chip, by the name in its description (needed)",
          text(&SimOptions::device)},
         {"--devices", "DIR", "folder of the descriptions; without it Device beside the program",
@@ -71,18 +72,24 @@ const std::vector<OptionRow>& optionRows() {
              options.chip.pacing = true;
              return readNumber(value, 10'000'000, options.rate) && options.rate != 0;
          }},
-        {"--fault", "FAULT", "misbehave, see below; may be repeated", nullptr},
-        {"--seed", "N", "of what is random in a fault",
-         [](SimOptions& options, const std::string& value) {
-             return readNumber(value, UINT32_MAX, options.chip.seed);
-         }},
-        {"--password", "HEX", "password to ask for, instead of what the flash holds", setPassword},
         {"--flash-in", "FILE", "contents at the start: Intel HEX, S-record, or .bin from the start",
          text(&SimOptions::flashIn)},
         {"--flash-out", "FILE", "write the contents there at the end and on SIGUSR1, binary",
          text(&SimOptions::flashOut)},
         {"--transcript", "FILE", "write down what passes on the line",
          text(&SimOptions::transcript)},
+    };
+}
+
+// What the chip is like.
+std::vector<OptionRow> chipRows() {
+    return {
+        {"--fault", "FAULT", "misbehave, see below; may be repeated", nullptr},
+        {"--seed", "N", "of what is random in a fault",
+         [](SimOptions& options, const std::string& value) {
+             return readNumber(value, UINT32_MAX, options.chip.seed);
+         }},
+        {"--password", "HEX", "password to ask for, instead of what the flash holds", setPassword},
         {"--packet-size", "N", "bytes, as the loader reports it (128)",
          [](SimOptions& options, const std::string& value) {
              return readNumber(value, UINT16_MAX, options.chip.packetSize);
@@ -115,6 +122,15 @@ const std::vector<OptionRow>& optionRows() {
         {"--help", nullptr, "this text",
          [](SimOptions& options, const std::string&) { return options.help = true; }},
     };
+}
+
+const std::vector<OptionRow>& optionRows() {
+    static const std::vector<OptionRow> rows = [] {
+        std::vector<OptionRow> all = generalRows();
+        for (const OptionRow& row : chipRows())
+            all.push_back(row);
+        return all;
+    }();
     return rows;
 }
 

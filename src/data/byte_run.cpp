@@ -1,9 +1,20 @@
 #include "data/byte_run.h"
 
+#include "platform/memory.h"
+
 #include <algorithm>
 #include <cstring>
 #include <new>
 #include <utility>
+
+namespace {
+
+// From here on a run gets eight times its size at once: what is not touched takes no memory, and
+// large pages come only to a block that has its place from the beginning.
+constexpr size_t kLargeRun = 1 << 20; // bytes
+constexpr size_t kLargeGrowth = 8;
+
+} // namespace
 
 void ByteRun::append(std::span<const uint8_t> bytes) {
     if (bytes.empty()) {
@@ -44,6 +55,9 @@ void ByteRun::regrow(size_t front, size_t back) {
     if (room == nullptr) {
         throw std::bad_alloc();
     }
+    if (capacity > kLargeRun) {
+        MEMORY_PreferLargePages(room.get(), capacity);
+    }
     if (size_ > 0) {
         std::memcpy(room.get() + front, data(), size_);
     }
@@ -55,6 +69,10 @@ void ByteRun::regrow(size_t front, size_t back) {
 void ByteRun::extend(size_t back) {
     if (begin_ > size_) { // more room in front than is worth keeping
         regrow(size_, back);
+        return;
+    }
+    if (size_ >= kLargeRun) {
+        regrow(begin_, std::max(back, (kLargeGrowth - 1) * size_));
         return;
     }
     const size_t capacity = begin_ + size_ + back;

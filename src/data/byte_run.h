@@ -1,6 +1,6 @@
 // A run of bytes that grows and shrinks at both ends: the bytes of one area of the memory image.
-// Room doubles on either side, so that adding a file record by record costs a constant time a byte,
-// in whichever direction its addresses run.
+// Room at least doubles on either side, so that adding a file record by record costs a constant
+// time a byte, in whichever direction its addresses run.
 #pragma once
 
 #include <cstddef>

@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr uint64_t kPieceLength = 256 * 1024; // bytes looked through at a time
+constexpr uint64_t kPieceLength = 262144; // bytes looked through at a time
 
 // The addresses of one area where a match may begin, `end` exclusive.
 struct Starts {

@@ -1,13 +1,13 @@
 #include "data/record_reader.h"
 
-#include "data/hex_decode.h"
+#include "data/hex_codec.h"
 #include "persist/chars.h"
 
 #include <cstring>
 
 namespace {
 
-constexpr size_t kWindow = 256 * 1024; // characters
+constexpr size_t kWindow = 65536; // characters
 constexpr char kCtrlZ = 0x1A;
 constexpr char kExpectedHex[] = "Expected Hex character : 0..9, A..F";
 

@@ -1,35 +1,13 @@
 #include "data/record_writer.h"
 
-#include <array>
+#include "data/hex_codec.h"
+
 #include <cstring>
 
 namespace {
 
-constexpr size_t kBuffer = 256 * 1024;
+constexpr size_t kBuffer = 262144;   // characters
 constexpr size_t kLongestLine = 128; // start, head, 32 data bytes, checksum, line end
-
-using Pair = std::array<char, 2>;
-constexpr std::array<Pair, 256> kPairs = [] {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    std::array<Pair, 256> pairs{};
-    for (size_t byte = 0; byte < pairs.size(); ++byte) {
-        pairs[byte] = {kDigits[byte >> 4], kDigits[byte & 0x0F]};
-    }
-    return pairs;
-}();
-
-char* putByte(char* text, uint8_t byte) {
-    std::memcpy(text, kPairs[byte].data(), 2);
-    return text + 2;
-}
-
-char* putBytes(char* text, std::span<const uint8_t> bytes, uint8_t& sum) {
-    for (const uint8_t byte : bytes) {
-        text = putByte(text, byte);
-        sum = static_cast<uint8_t>(sum + byte);
-    }
-    return text;
-}
 
 } // namespace
 
@@ -44,9 +22,10 @@ void RecordWriter::record(std::string_view start, std::span<const uint8_t> head,
     char* const line = buffer_.data() + used_;
     std::memcpy(line, start.data(), start.size());
     uint8_t sum = 0;
-    char* text = putBytes(line + start.size(), head, sum);
-    text = putBytes(text, data, sum);
-    text = putByte(text, static_cast<uint8_t>(~sum + (negated ? 1 : 0)));
+    char* text = encodeHex(line + start.size(), head, sum);
+    text = encodeHex(text, data, sum);
+    const auto checksum = static_cast<uint8_t>(~sum + (negated ? 1 : 0));
+    text = encodeHex(text, {&checksum, 1}, sum);
     *text++ = '\r';
     *text++ = '\n';
     used_ += static_cast<size_t>(text - line);

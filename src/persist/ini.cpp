@@ -1,6 +1,7 @@
 #include "persist/ini.h"
 
 #include "notice/error.h"
+#include "notice/log.h"
 #include "persist/chars.h"
 #include "persist/hex_text.h"
 #include "persist/parse.h"
@@ -31,9 +32,11 @@ int lineNumber(size_t position) {
     return 1 + static_cast<int>(std::count(text.begin(), end, '\n'));
 }
 
+// The message, and in the log where it belongs to.
 void reportLine(size_t position, const std::string& message) {
-    report(formatText("%s, line %d: %s", FILES_BesideProgram("ini").c_str(), lineNumber(position),
-                      message.c_str()));
+    LOG_Add(formatText("%s is faulty in line %d", FILES_BesideProgram("ini").c_str(),
+                       lineNumber(position)));
+    report(message);
 }
 
 void save() {

@@ -14,6 +14,7 @@
 // A point in time in microseconds since the clock's own start; not a time of day.
 struct Moment {
     int64_t us = 0;
+    // NOLINTNEXTLINE(modernize-use-nullptr): taken for a null pointer by the check
     auto operator<=>(const Moment&) const = default;
 };
 

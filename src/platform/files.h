@@ -38,7 +38,7 @@ private:
 
 // A file that replaces `path` when it is complete: the text goes to a temporary file in the same
 // folder (the target of a symbolic link is what is replaced), commit() renames it. Without a commit
-// nothing changes at `path`.
+// nothing changes at `path`. A device or a pipe is written to directly.
 class FileReplacer {
 public:
     FileReplacer() = default;

@@ -126,6 +126,7 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
     CMDLINE_SetDispatcher(CMD_EXIT, CMDLINE_RunCommand);
     SUMMARY_Refresh();
     loadDefaultProject();
+    PASSWORD_SetLimitsOfDevice(); // an option may fill the password before it names a device
     const std::string programFile = CMDLINE_Process(arguments);
     if (!programFile.empty()) {
         PROGRAM_Open(programFile);

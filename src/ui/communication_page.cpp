@@ -81,6 +81,7 @@ void addControls(CommPage& page, QWidget* widget) {
     page.device->setObjectName("device");
     page.device->setTextFormat(Qt::PlainText);
     page.device->setWordWrap(true); // names by id are long
+    page.device->setMinimumWidth(36 * widget->fontMetrics().averageCharWidth());
     page.device->setTextInteractionFlags(Qt::TextSelectableByMouse);
     page.logging = new QCheckBox("&Enable logging", widget);
     page.logging->setObjectName("803");

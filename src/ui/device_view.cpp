@@ -15,7 +15,7 @@ constexpr std::array<TextColumn, 2> kColumns = {{{"Name", 69, ""}, {"Value", 98,
 class DeviceView : public ViewWidget {
 public:
     explicit DeviceView(QWidget* parent)
-        : ViewWidget(parent), table_(TEXTTABLE_Create(kColumns, this)) {
+        : ViewWidget(parent), table_(TEXTTABLE_Create(kColumns, font(), this)) {
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->addWidget(table_);

@@ -45,7 +45,7 @@ QString cellText(Rows& rows, int row, int column) {
 class HexListView : public ViewWidget {
 public:
     explicit HexListView(QWidget* parent)
-        : ViewWidget(parent), table_(TEXTTABLE_Create(kColumns, this)) {
+        : ViewWidget(parent), table_(TEXTTABLE_Create(kColumns, LOOK_FixedFont(), this)) {
         auto* line = new QHBoxLayout;
         line->setContentsMargins(3, 2, 3, 2);
         line->setSpacing(2 * fontMetrics().averageCharWidth());

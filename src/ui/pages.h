@@ -10,6 +10,6 @@
 using SharedProps = std::shared_ptr<DevProps>;
 
 SheetPage TARGETPAGE_Create(QWidget* parent, SharedProps working);
-SheetPage SETTINGSPAGE_Create(QWidget* parent, SharedProps working);
+SheetPage SETTINGSPAGE_Create(QWidget* parent, const SharedProps& working);
 SheetPage COMMPAGE_Create(QWidget* parent);
 SheetPage PASSWORDPAGE_Create(QWidget* parent);

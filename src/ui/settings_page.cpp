@@ -5,7 +5,7 @@
 #include <QCheckBox>
 #include <QVBoxLayout>
 
-SheetPage SETTINGSPAGE_Create(QWidget* parent, SharedProps working) {
+SheetPage SETTINGSPAGE_Create(QWidget* parent, const SharedProps& working) {
     *working = DEVPROPS_Get();
     auto* widget = new QWidget(parent);
     widget->setObjectName("page651");

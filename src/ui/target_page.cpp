@@ -161,6 +161,7 @@ bool differs(const TargetPage& page) {
 
 void fillDevices(const TargetPage& page) {
     std::vector<std::pair<QString, int>> devices;
+    devices.reserve(static_cast<size_t>(DEVICE_GetNumDevices()));
     for (int index = 0; index < DEVICE_GetNumDevices(); ++index) {
         devices.emplace_back(QString::fromStdString(DEVICE_GetNameAt(index)), index);
     }

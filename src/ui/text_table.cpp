@@ -1,7 +1,5 @@
 #include "ui/text_table.h"
 
-#include "ui/look.h"
-
 #include <QAction>
 #include <QClipboard>
 #include <QGuiApplication>
@@ -89,10 +87,11 @@ QVariant TextTableModel::headerData(int section, Qt::Orientation orientation, in
                                    : QVariant();
 }
 
-QTableView* TEXTTABLE_Create(std::span<const TextColumn> columns, QWidget* parent) {
+QTableView* TEXTTABLE_Create(std::span<const TextColumn> columns, const QFont& font,
+                             QWidget* parent) {
     auto* view = new QTableView(parent);
     view->setModel(new TextTableModel(columns, view));
-    view->setFont(LOOK_FixedFont());
+    view->setFont(font);
     view->setShowGrid(false);
     view->setWordWrap(false);
     view->setSelectionBehavior(QAbstractItemView::SelectRows);

@@ -36,7 +36,8 @@ private:
 
 // The parent owns the view, the view its model; `columns` stays where it is. One row can be
 // selected, and copied with Ctrl+C.
-QTableView* TEXTTABLE_Create(std::span<const TextColumn> columns, QWidget* parent);
+QTableView* TEXTTABLE_Create(std::span<const TextColumn> columns, const QFont& font,
+                             QWidget* parent);
 // Shows new rows at the place where the view was.
 void TEXTTABLE_SetRows(QTableView* view, int count, TextTableModel::CellText text);
 std::vector<int> TEXTTABLE_Widths(const QTableView* view);

@@ -154,7 +154,7 @@ TEST_F(HexData, AgreesWithAMapOfBytes) {
                 model[start + i] = bytes[i];
             }
         } else {
-            HEXDATA_DeleteRange(start, length * 4);
+            HEXDATA_DeleteRange(start, uint64_t{length} * 4);
             const uint64_t end = start + uint64_t{length} * 4;
             model.erase(model.lower_bound(start),
                         end < kAddressSpace ? model.lower_bound(uint32_t(end)) : model.end());

@@ -58,6 +58,12 @@ protected:
     Reports reports;
 };
 
+std::string longLine(char character) {
+    std::string line;
+    line.resize(size_t{10} << 20, character);
+    return line;
+}
+
 constexpr char kData[] = ":0100100012DD\r\n"; // 0x12 at 0x10
 
 } // namespace
@@ -128,8 +134,8 @@ TEST_F(ProgramFile, NamesTheLineOfTheFirstFault) {
         {"S307FFFFFFFF0102F9", "Error in line 1: Data beyond address 0xFFFFFFFF !"},
         {"S306FFFFFFFF01FC\nS306FFFFFFFF01FC",
          "Error in line 2: Multiple definitions for same address !"},
-        {":" + std::string(10'000'000, '0'), "Error in line 1: Expected CR or LF"},
-        {std::string(10'000'000, 'S'), "Error in line 1: " + anyCase},
+        {":" + longLine('0'), "Error in line 1: Expected CR or LF"},
+        {longLine('S'), "Error in line 1: " + anyCase},
     };
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(load(text), expected) << text.substr(0, 80);

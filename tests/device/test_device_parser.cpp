@@ -33,7 +33,7 @@ TEST(DeviceParser, NamesWhatIsWrongWithAStatement) {
          {"Version = x", "Bank = 0, 100,", "Bank = 0, 100,\n200, 100", "aConstIDData = g"}},
         {"Expected a value >= 0", {"IDLenMin = -1"}},
         {"Expected a value >= 1",
-         {"Version = 0", "FLASHPageLen = 0", "RAMCodeAdrLen = 0", "Bank = F000, 0"}},
+         {"Version = 0", "FLASHPageLen = -1", "RAMCodeAdrLen = 0", "Bank = F000, 0"}},
         {"Expected a value >= 10", {"aHWRange = 10, 5"}},
         {"Expected a value >= 2000", {"VCC = 1999 - 5500", "VCC = 2700 - 1999"}},
         {"Unexpected identifier : Expecting VCC", {"Vpp = 1000", "Vpp = vcc", "Vpp ="}},
@@ -60,11 +60,10 @@ TEST(DeviceParser, NamesWhatIsWrongWithAStatement) {
         {"IVector: more than 100 entries",
          {repeated("IVector = 1, \"a\", 8, 1", ", 1, \"a\", 8, 1", 100)}},
     };
+    const std::string head = kHead + "\r\n\n// note\n"; // blank lines do not count, comments do
     for (const auto& [error, statements] : cases)
         for (const std::string& statement : statements) {
-            // Blank lines do not count, comments do.
-            const DeviceParseResult result =
-                DEVICE_ParseText(kHead + "\r\n\n// note\n" + statement);
+            const DeviceParseResult result = DEVICE_ParseText(head + statement);
             EXPECT_EQ(result.error, error) << statement;
             EXPECT_EQ(result.line, statement.find('\r') == std::string::npos ? 5 : 6) << statement;
             EXPECT_FALSE(result.record) << statement;

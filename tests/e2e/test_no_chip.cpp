@@ -172,14 +172,15 @@ TEST(WithoutChip, RefusesBadDevicesSettingsAndProjects) {
 TEST(WithoutChip, PrintsWhatItWouldHaveAsked) {
     const ProgramFolder world;
     const std::string path = world.folder / "bad.mot";
-    writeFile(path, "S1051000010200\r\nS1051002010200\r\nS10510040304E4\r\n");
+    writeFile(path, "S10510000102E7\r\nS1051002010200\r\nS10510040304DF\r\n");
     const RunResult result =
         world.run({path, "-FileSaveAs" + (world.folder / "out.mot").string(), "-Exit"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_NE(result.err.find("Checksum error !: Continue and ignore ? (line 2) [not asked]\n"),
               std::string::npos)
         << result.err;
-    EXPECT_EQ(readFile(world.folder / "out.mot"), "S10510040304DF\r\nS9030000FC\r\n");
+    EXPECT_EQ(readFile(world.folder / "out.mot"),
+              "S10510000102E7\r\nS10510040304DF\r\nS9030000FC\r\n");
 }
 
 TEST(WithoutChip, WorksInAFolderThatCannotBeWritten) {

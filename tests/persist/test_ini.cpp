@@ -1,3 +1,4 @@
+#include "notice/log.h"
 #include "persist/ini.h"
 #include "platform/files.h"
 #include "support/reports.h"
@@ -13,8 +14,14 @@ namespace {
 // A program folder with a settings file, loaded.
 class Ini : public testing::Test {
 protected:
-    Ini() { FILES_SetProgramPath(folder / "tool"); }
-    ~Ini() override { FILES_SetProgramPath({}); }
+    Ini() {
+        FILES_SetProgramPath(folder / "tool");
+        LOG_SetObserver([this](const std::string&, const std::string& text) { log += text; });
+    }
+    ~Ini() override {
+        LOG_SetObserver({});
+        FILES_SetProgramPath({});
+    }
 
     void load(const std::string& text) {
         writeFile(folder / "tool.ini", text);
@@ -26,8 +33,18 @@ protected:
         return (folder / "tool.ini").string() + rest;
     }
 
+    // What was reported about the settings file since the last call: "line N: MESSAGE".
+    std::string takeFault() {
+        const std::string where = inFile(" is faulty in ");
+        EXPECT_TRUE(log.starts_with(where)) << log;
+        const std::string fault = log.substr(std::min(where.size(), log.size())) + ": ";
+        log.clear();
+        return fault + reports.take();
+    }
+
     TempFolder folder;
     Reports reports;
+    std::string log;
 };
 
 } // namespace
@@ -81,8 +98,7 @@ TEST_F(Ini, FindsSectionsAndKeysInFilesWrittenByHand) {
     EXPECT_EQ(key, 3);
     EXPECT_EQ(last, 0) << "the section ends at the next one";
     INI_ReadInt("Other", "La", last);
-    EXPECT_EQ(reports.take(), inFile(", line 8: Expected '=', got 's'"))
-        << "a key is the beginning of a line";
+    EXPECT_EQ(takeFault(), "line 8: Expected '=', got 's'") << "a key is the beginning of a line";
 
     load("[A]\n[B]");
     INI_WriteInt("B", "Key", 5);
@@ -100,7 +116,7 @@ TEST_F(Ini, PlainTextsAreMatchedWhole) {
     EXPECT_EQ(text, "/dev/one");
     INI_ReadText("Settings PORTS", "COM2", text);
     EXPECT_EQ(text, "/dev/one");
-    EXPECT_EQ(reports.take(), inFile(", line 4: Expected a text in double quotes"));
+    EXPECT_EQ(takeFault(), "line 4: Expected a text in double quotes");
 }
 
 TEST_F(Ini, ReportsWhatCannotBeReadAndKeepsWhatCameBefore) {
@@ -113,13 +129,13 @@ TEST_F(Ini, ReportsWhatCannotBeReadAndKeepsWhatCameBefore) {
         std::vector<int> left; // the values afterwards, which were 9 (0 for byte strings) before
     };
     const Case cases[] = {
-        {"Int", ", line 2: Expecting a number", {9}},
-        {"Rect", ", line 3: Expected ',', got ';'", {1, 2, 9, 9}},
-        {"Array", ", line 4: Expected ',', got '\r'", {7, 8, 9}},
-        {"Odd", ", line 5: Odd length is illegal", {0}},
-        {"Long", ", line 6: HexString too long", {0}},
-        {"Bad", ", line 7: Not a hex value", {1, 0}},
-        {"Open", ", line 8: Expected a text in double quotes", {0}},
+        {"Int", "line 2: Expecting a number", {9}},
+        {"Rect", "line 3: Expected ',', got ';'", {1, 2, 9, 9}},
+        {"Array", "line 4: Expected ',', got '\r'", {7, 8, 9}},
+        {"Odd", "line 5: Odd length is illegal", {0}},
+        {"Long", "line 6: HexString too long", {0}},
+        {"Bad", "line 7: Not a hex value", {1, 0}},
+        {"Open", "line 8: Expected a text in double quotes", {0}},
     };
     for (const Case& c : cases) {
         int32_t rect[4] = {9, 9, 9, 9};
@@ -139,7 +155,7 @@ TEST_F(Ini, ReportsWhatCannotBeReadAndKeepsWhatCameBefore) {
         }
         left.assign(ints.begin(), ints.end());
         EXPECT_EQ(left, c.left) << c.key;
-        EXPECT_EQ(reports.take(), inFile(c.error)) << c.key;
+        EXPECT_EQ(takeFault(), c.error) << c.key;
     }
 }
 
@@ -165,7 +181,7 @@ TEST_F(Ini, FilesThatAreNoSettingsAreReportedAndKept) {
     EXPECT_EQ(value, 6) << "a refused write changes nothing";
 
     load("[S]\r\nA\0 = 1\r\n\0B = 2\r\n"s);
-    EXPECT_EQ(reports.take(), inFile(", line 2: NUL byte, left out"));
+    EXPECT_EQ(takeFault(), "line 2: NUL byte, left out");
     INI_ReadInt("S", "B", value);
     EXPECT_EQ(value, 2);
 

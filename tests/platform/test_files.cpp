@@ -40,6 +40,7 @@ TEST(Files, TellsMissingFromUnreadable) {
     EXPECT_EQ(FILES_ReadAll(folder.path(), text).reason, "Is a directory");
     EXPECT_EQ(FILES_Replace(folder / "no/such/place", "x").status, FileStatus::notFound);
     EXPECT_EQ(FILES_Replace(folder.path(), "x").status, FileStatus::failed);
+    EXPECT_EQ(FILES_Replace("/dev/full", "x").reason, "No space left on device");
 }
 
 TEST(Files, FindsWhatStandsBesideTheProgram) {

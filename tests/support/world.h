@@ -2,9 +2,13 @@
 // selected device, COM1 leading to a virtual chip, and what the user would have been told.
 #pragma once
 
+#include "data/hexdata.h"
 #include "device/device.h"
 #include "device/devprops.h"
 #include "device/devprops_store.h"
+#include "link/password.h"
+#include "link/target_link.h"
+#include "link/target_state.h"
 #include "notice/error.h"
 #include "notice/log.h"
 #include "notice/run.h"
@@ -46,6 +50,7 @@ public:
         EXPECT_EQ(DEVICE_FindByName(options_.device), 0) << options_.device;
         DEVPROPS_SelectAllBlocks();
         DEVPROPS_SetResetByPC(true);
+        PASSWORD_SetLimitsOfDevice();
         chip = CHIP_Create(DEVICE_Selected(), options_.chip);
         line = SIMPORT_Offer("world", chip);
         SIO_Init(0, 0, 0, 8, 0, 0);
@@ -62,6 +67,10 @@ public:
         LOG_SetObserver({});
         LOG_Exit();
         ERROR_Exit();
+        BOOT_SetState(BOOT_UNSYNCED);
+        TARGET_SetLinkState(LINK_IDLE);
+        PASSWORD_Reset();
+        HEXDATA_Reset();
         DEVICE_Clear();
         DEVPROPS_Set(DevProps{});
         RUN_Reset();

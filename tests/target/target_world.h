@@ -13,9 +13,12 @@
 #include <numeric>
 
 struct TargetWorld : World {
-    explicit TargetWorld(WorldOptions options) : World(std::move(options)) {
+    explicit TargetWorld(const WorldOptions& options) : World(options) {
         BOOT_SetState(BOOT_UNSYNCED);
         PASSWORD_Reset();
+        PASSWORD_SetBytes(options.chip.password);
+        PASSWORD_SetAdrCount(DEVICE_GetPWAreaStart());
+        PASSWORD_SetAdrCompare(DEVICE_GetPWAreaStart() + 1);
         HEXDATA_Reset();
         loadProgram();
         TARGET_Init(nullptr, [this](uint8_t byte) { terminal.push_back(static_cast<char>(byte)); });

@@ -77,10 +77,12 @@ FileReader::~FileReader() {
 
 FileResult FileReader::open(const fs::path& path) {
     closeDescriptor(descriptor_);
-    descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+    // Not blocking, so that a pipe without a writer is an empty file and not a wait without end.
+    descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     if (descriptor_ < 0) {
         return failure(errno);
     }
+    ::fcntl(descriptor_, F_SETFL, O_RDONLY);
     struct stat information {};
     if (::fstat(descriptor_, &information) != 0) {
         return failure(errno);
@@ -118,6 +120,10 @@ FileResult FileReplacer::open(const fs::path& path) {
     if (fs::is_directory(target_, none)) {
         return failure(EISDIR);
     }
+    if (fs::is_other(target_, none)) { // a device or a pipe is written to, not replaced
+        descriptor_ = ::open(target_.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+        return descriptor_ < 0 ? failure(errno) : FileResult{};
+    }
     std::string name = target_.string() + ".XXXXXX";
     descriptor_ = ::mkostemp(name.data(), O_CLOEXEC);
     if (descriptor_ < 0) {
@@ -134,7 +140,8 @@ FileResult FileReplacer::write(std::string_view text) {
 
 FileResult FileReplacer::commit() {
     const int closed = ::close(std::exchange(descriptor_, -1)); // a full disk may show only here
-    if (closed != 0 || ::rename(temporary_.c_str(), target_.c_str()) != 0) {
+    const bool replaces = !temporary_.empty();
+    if (closed != 0 || (replaces && ::rename(temporary_.c_str(), target_.c_str()) != 0)) {
         return failure(errno);
     }
     temporary_.clear();

@@ -1,4 +1,4 @@
-#include "data/hex_decode.h"
+#include "data/hex_codec.h"
 
 #include "persist/chars.h"
 
@@ -47,6 +47,21 @@ Lanes decodeBlock(const char* text, Lanes& seen) {
     return high << 4 | low;
 }
 
+Lanes charactersOf(const Lanes& digits) {
+    return digits < 10 ? digits + '0' : digits + ('A' - 10);
+}
+
+void encodeBlock(char* text, const Lanes& bytes) {
+    const Lanes high = charactersOf(bytes >> 4);
+    const Lanes low = charactersOf(bytes & 0x0F);
+    const Lanes first =
+        __builtin_shufflevector(high, low, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const Lanes second = __builtin_shufflevector(high, low, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28,
+                                                 13, 29, 14, 30, 15, 31);
+    std::memcpy(text, &first, sizeof first);
+    std::memcpy(text + kBlock, &second, sizeof second);
+}
+
 template <class Combine>
 uint8_t reduce(const Lanes& lanes, const Combine& combine) {
     std::array<uint8_t, kBlock> values;
@@ -78,4 +93,23 @@ bool decodeHex(const char* text, std::span<uint8_t> bytes, uint8_t& sum) {
         sum = static_cast<uint8_t>(sum + bytes[at]);
     }
     return (seen & kNoDigit) == 0;
+}
+
+char* encodeHex(char* text, std::span<const uint8_t> bytes, uint8_t& sum) {
+    constexpr char kCharacters[] = "0123456789ABCDEF";
+    Lanes sums{};
+    for (; bytes.size() >= kBlock; bytes = bytes.subspan(kBlock)) {
+        Lanes block;
+        std::memcpy(&block, bytes.data(), sizeof block);
+        encodeBlock(text, block);
+        sums += block;
+        text += 2 * kBlock;
+    }
+    sum = static_cast<uint8_t>(sum + reduce(sums, std::plus<uint8_t>()));
+    for (const uint8_t byte : bytes) {
+        *text++ = kCharacters[byte >> 4];
+        *text++ = kCharacters[byte & 0x0F];
+        sum = static_cast<uint8_t>(sum + byte);
+    }
+    return text;
 }
