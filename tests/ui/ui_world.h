@@ -21,18 +21,25 @@
 #include <QTimer>
 #include <functional>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 #include <vector>
 
-inline void ensureApplication() {
-    if (QCoreApplication::instance() == nullptr) {
+// The one application object of the test program, gone before the library's own objects are.
+class ApplicationEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override {
         qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "test_ui";
-        static char* argv[] = {name, nullptr};
-        static QApplication application(argc, argv);
+        application_ = std::make_unique<QApplication>(argc_, argv_);
     }
-}
+    void TearDown() override { application_.reset(); }
+
+private:
+    int argc_ = 1;
+    char name_[8] = "test_ui";
+    char* argv_[2] = {name_, nullptr};
+    std::unique_ptr<QApplication> application_;
+};
 
 inline DeviceRecord makeDevice(const std::string& name, std::vector<FlashBlock> blocks) {
     DeviceRecord device;
@@ -44,7 +51,6 @@ inline DeviceRecord makeDevice(const std::string& name, std::vector<FlashBlock> 
 class UiWorld {
 public:
     explicit UiWorld(const std::string& settings = "") {
-        ensureApplication();
         FILES_SetProgramPath(folder / "tool");
         writeFile(folder / "tool.ini", settings);
         ERROR_SetHandlers(
