@@ -133,26 +133,19 @@ Outcome _OpVerify() {
         return _Fail("A packet size of 0 bytes is not supported");
     }
     _SetProgressRange(HEXDATA_GetNumBytes());
+    const uint32_t limit = std::min<uint32_t>(state.PacketSize, kMaxRead);
     uint64_t done = 0;
-    for (uint64_t next = state.RangeStart; next <= state.RangeEnd;) {
+    for (Piece piece = _NextPiece(state.RangeStart, limit); piece.length != 0;
+         piece = _NextPiece(piece.end(), limit)) {
         if (_IsCancelled()) {
             return Outcome::cancelled;
         }
         _SetProgress(done);
-        auto address = static_cast<uint32_t>(next);
-        const uint8_t* data = nullptr;
-        const uint32_t held = HEXDATA_GetData(address, data);
-        if (held == 0 || address > state.RangeEnd) {
-            break;
-        }
-        const uint64_t count = std::min<uint64_t>(
-            {held, state.PacketSize, kMaxRead, uint64_t{state.RangeEnd} - address + 1});
-        const uint32_t piece = _MappedRun(address, static_cast<uint32_t>(count));
-        if (!_ReadTarget(address, piece, kVerifyMs) || !replyEqualsImage(address)) {
+        if (!_ReadTarget(piece.address, piece.length, kVerifyMs) ||
+            !replyEqualsImage(piece.address)) {
             return Outcome::failed;
         }
-        next = uint64_t{address} + piece;
-        done += piece;
+        done += piece.length;
     }
     return Outcome::completed;
 }

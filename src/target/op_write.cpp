@@ -91,29 +91,21 @@ Outcome _OpProgram() {
     if (DEVICE_GetFLASHIsEE() != 0) {
         PROGRESS_ShowCancel(false);
     }
+    const uint32_t limit = std::min<uint32_t>(state.PacketSize, kMaxPage);
     uint64_t done = 0;
     std::array<uint8_t, kMaxPage> bytes;
-    for (uint64_t next = state.RangeStart; next <= state.RangeEnd && done < total;) {
+    for (Piece piece = _NextPiece(state.RangeStart, limit); piece.length != 0;
+         piece = _NextPiece(piece.end(), limit)) {
         if (_IsCancelled()) {
             return Outcome::cancelled;
         }
         _SetProgress(done);
-        auto address = static_cast<uint32_t>(next);
-        const uint8_t* data = nullptr;
-        const uint32_t held = HEXDATA_GetData(address, data);
-        if (held == 0 || address > state.RangeEnd) {
-            break;
-        }
-        const uint64_t count = std::min<uint64_t>(
-            {held, state.PacketSize, kMaxPage, uint64_t{state.RangeEnd} - address + 1});
-        const auto piece =
-            std::span(bytes).first(_MappedRun(address, static_cast<uint32_t>(count)));
-        HEXDATA_Copy(address, piece, {});
-        if (!write(TARGET_ToChipAddress(address), piece)) {
+        const auto data = std::span(bytes).first(piece.length);
+        HEXDATA_Copy(piece.address, data, {});
+        if (!write(TARGET_ToChipAddress(piece.address), data)) {
             return Outcome::failed;
         }
-        next = uint64_t{address} + piece.size();
-        done += piece.size();
+        done += piece.length;
     }
     return finishWriting();
 }

@@ -1,5 +1,6 @@
 #include "target/operation.h"
 
+#include "data/hexdata.h"
 #include "device/device.h"
 #include "device/devprops.h"
 #include "link/target_state.h"
@@ -7,6 +8,7 @@
 #include "notice/run.h"
 #include "platform/format.h"
 #include "target/page_buffer.h"
+#include "target/reply.h"
 
 #include <algorithm>
 #include <limits>
@@ -115,6 +117,21 @@ bool _WantedBlocks(bool all, std::vector<Block>& wanted) {
         wanted.push_back(block);
     }
     return true;
+}
+
+Piece _NextPiece(uint64_t from, uint32_t limit) {
+    const uint32_t last = TARGET_State().RangeEnd;
+    if (from > last) {
+        return {};
+    }
+    auto address = static_cast<uint32_t>(from);
+    const uint8_t* data = nullptr;
+    const uint32_t held = HEXDATA_GetData(address, data);
+    if (held == 0 || address > last) {
+        return {};
+    }
+    const uint64_t count = std::min<uint64_t>({held, limit, uint64_t{last} - address + 1});
+    return {address, _MappedRun(address, static_cast<uint32_t>(count))};
 }
 
 void _SetProgressRange(uint64_t total) {

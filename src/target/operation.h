@@ -51,6 +51,14 @@ bool _WantedBlocks(bool all, std::vector<Block>& wanted);
 // The device's address range as the first and last blocks give it; false, set by _Fail, when there
 // is none.
 bool _DeviceRange(uint64_t& start, uint64_t& end);
+// The next piece of the image at or after `from`, for one frame: held bytes, none beyond the range
+// of the operation, at most `limit` and neighbours on the chip as well. Length 0: there is none.
+struct Piece {
+    uint32_t address = 0;
+    uint32_t length = 0; // bytes
+    uint64_t end() const { return uint64_t{address} + length; }
+};
+Piece _NextPiece(uint64_t from, uint32_t limit);
 // Range and position of the progress display; beyond its width they saturate.
 void _SetProgressRange(uint64_t total);
 void _SetProgress(uint64_t position);
