@@ -14,7 +14,7 @@ mkdir -p "$target"
 
 scale=${SCALE:-1}
 exec 3>"$work/display"
-Xvfb -displayfd 3 -screen 0 $((1000 * scale))x$((760 * scale))x24 >/dev/null 2>&1 &
+Xvfb -displayfd 3 -screen 0 $((860 * scale))x$((620 * scale))x24 >/dev/null 2>&1 &
 pids+=($!)
 exec 3>&-
 for _ in $(seq 50); do [ -s "$work/display" ] && break; sleep 0.1; done
