@@ -13,10 +13,13 @@ bool reported = false;
 
 } // namespace
 
+bool _BootIsHopeless() {
+    return RUN_IsInterrupted() || SIO_IsLost();
+}
+
 int _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs) {
-    return SIO_Read(buffer.data(), buffer.size(), timeoutMs, RUN_IsInterrupted) == buffer.size()
-               ? 0
-               : 1;
+    return SIO_Read(buffer.data(), buffer.size(), timeoutMs, _BootIsHopeless) == buffer.size() ? 0
+                                                                                               : 1;
 }
 
 void _BootFail(std::string_view text) {

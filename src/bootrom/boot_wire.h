@@ -8,8 +8,10 @@
 
 inline constexpr uint32_t kReplyMs = 1000;
 
-// Reads the whole buffer. 1, without a message, when fewer bytes came in `timeoutMs` or the run was
-// interrupted.
+// Whether waiting for the boot ROM has become pointless: the run was interrupted or the port is lost.
+bool _BootIsHopeless();
+// Reads the whole buffer. 1, without a message, when fewer bytes came in `timeoutMs` or waiting is
+// pointless.
 int _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs);
 
 // Reports the text and leaves the boot ROM unsynchronised.

@@ -31,7 +31,7 @@ int _EraseWait(std::span<uint8_t> answer) {
     const Moment deadline = CLOCK_After(timeout);
     while (!readAnswer(answer)) {
         EVENTS_ProcessOne();
-        if (CLOCK_Now() > deadline || RUN_IsInterrupted()) {
+        if (CLOCK_Now() > deadline || _BootIsHopeless()) {
             return 1;
         }
     }

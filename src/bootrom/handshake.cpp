@@ -101,6 +101,13 @@ int _BootHandshake(BootStep matchFn, BootStep sumFn, bool changeBaudrate) {
 }
 
 int _ResetAndMatch(BootStep matchFn, bool changeBaudrate) {
+    if (SIO_IsLost()) {
+        BOOT_SetState(BOOT_UNSYNCED);
+    }
+    if (!SIO_EnsureOpen()) {
+        _BootNeedsNoReport(); // the port has said why
+        return 1;
+    }
     if (BOOT_GetState() != BOOT_UNSYNCED) {
         return 0;
     }

@@ -214,8 +214,9 @@ bool SIO_IsLost() {
     return port && port->lost;
 }
 
-bool SIO_ReopenLost() {
-    return !SIO_IsLost() || SIO_Restart();
+bool SIO_EnsureOpen() {
+    const bool failedBefore = !SIO_IsOpen() && !SIO_GetOpenFailure().empty();
+    return (!SIO_IsLost() && !failedBefore) || SIO_Restart();
 }
 
 void SIO_TolerateOpenFailure(bool tolerate) {

@@ -4,6 +4,7 @@
 #include "link/target_state.h"
 #include "notice/run.h"
 #include "platform/format.h"
+#include "serial/sio.h"
 
 #include <algorithm>
 
@@ -57,10 +58,12 @@ bool setError(int code, uint32_t address = 0, uint8_t contents = 0) {
     return false;
 }
 
-// Whoever takes the link away or ends the run does not wait for the chip.
+// Whoever takes the link away or ends the run does not wait for the chip, and a lost port brings
+// nothing more.
 bool exchangeEnds() {
     const TargetState& state = TARGET_State();
-    return state.LinkState != LINK_RAMCODE || state.Stop != 0 || RUN_IsInterrupted();
+    return state.LinkState != LINK_RAMCODE || state.Stop != 0 || RUN_IsInterrupted() ||
+           SIO_IsLost();
 }
 
 void takeEffect(const Reply& reply) {

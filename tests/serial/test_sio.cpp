@@ -182,7 +182,7 @@ TEST(Sio, HandsAFrameOverInOneWrite) {
 TEST(Sio, ALostPortIsNamedOnceAndCanBeReopened) {
     World world;
     world.openA();
-    EXPECT_TRUE(SIO_ReopenLost());
+    EXPECT_TRUE(SIO_EnsureOpen());
     EXPECT_EQ(world.lines["a"].opened, 1);
     world.lines["a"].lose("the device has gone");
     const Moment start = CLOCK_Now();
@@ -192,7 +192,7 @@ TEST(Sio, ALostPortIsNamedOnceAndCanBeReopened) {
     EXPECT_FALSE(writeText("x"));
     EXPECT_TRUE(SIO_IsLost());
     EXPECT_EQ(world.take(), Texts{"COM1 lost: the device has gone (test://a)"});
-    EXPECT_TRUE(SIO_ReopenLost());
+    EXPECT_TRUE(SIO_EnsureOpen());
     EXPECT_EQ(world.take(),
               (Texts{"Closing COM1", "COM1 opened with 38400 Baud", "Communication started"}));
     EXPECT_FALSE(SIO_IsLost());
@@ -219,7 +219,7 @@ TEST(Sio, TheWorkerFollowsAPortThatIsReopened) {
         world.lines["a"].lose("unplugged");
         CLOCK_Sleep(1);
         EXPECT_TRUE(SIO_IsLost()) << "seed " << seed;
-        SIO_ReopenLost();
+        SIO_EnsureOpen();
         world.lines["a"].send("y");
         CLOCK_Sleep(20);
         stop = true;
