@@ -14,7 +14,7 @@ mkdir -p "$target"
 
 scale=${SCALE:-1}
 exec 3>"$work/display"
-Xvfb -displayfd 3 -screen 0 $((1000 * scale))x$((760 * scale))x24 >/dev/null 2>&1 &
+Xvfb -displayfd 3 -screen 0 $((860 * scale))x$((620 * scale))x24 >/dev/null 2>&1 &
 pids+=($!)
 exec 3>&-
 for _ in $(seq 50); do [ -s "$work/display" ] && break; sleep 0.1; done
@@ -29,7 +29,8 @@ pids+=($!)
 printf '[Settings PORTS]\nCOM1 = "%s"\n' "$work/chip" >"$work/bin/calvorin.ini"
 awk 'BEGIN {
   for (a = 0; a < 16384; a += 16) line(a);
-  for (a = 32768; a < 33024; a += 16) line(a);
+  for (a = 65280; a < 65536; a += 16) line(a);
+  print ":020000021000EC"; for (a = 65280; a < 65536; a += 16) line(a);
   print ":00000001FF" }
 function line(a,  i, b, sum, text) {
   text = sprintf(":10%04X00", a); sum = 16 + int(a / 256) + a % 256;

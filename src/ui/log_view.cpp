@@ -33,10 +33,20 @@ public:
     }
 
     QVariant data(const QModelIndex& index, int role) const override {
+        if (role == Qt::SizeHintRole) {
+            return rowSize_;
+        }
         if (role != Qt::DisplayRole || !index.isValid()) {
             return {};
         }
         return lines_[shown_[static_cast<size_t>(index.row())]].text;
+    }
+
+    // Every row is as wide as the widest line, so that the list need not measure them all.
+    bool widen(const QSize& size) {
+        const QSize before = rowSize_;
+        rowSize_ = rowSize_.expandedTo(size);
+        return rowSize_ != before;
     }
 
     void add(const LogLine& line) {
@@ -80,6 +90,7 @@ private:
     std::vector<LogLine> lines_;
     std::vector<size_t> shown_;
     bool errorsOnly_ = false;
+    QSize rowSize_;
 };
 
 class LogView : public ViewWidget {
@@ -92,6 +103,7 @@ public:
         list_->setModel(&model_);
         list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
         list_->setUniformItemSizes(true);
+        list_->setTextElideMode(Qt::ElideNone);
         list_->setContextMenuPolicy(Qt::ActionsContextMenu);
         layout->addWidget(list_);
         setFocusProxy(list_);
@@ -102,6 +114,11 @@ public:
 
     void add(const LogLine& line) {
         const bool userSelects = list_->selectionModel()->selectedRows().size() > 1;
+        constexpr QSize kSpace(10, 2);
+        const QFontMetrics metrics = list_->fontMetrics();
+        if (model_.widen(QSize(metrics.horizontalAdvance(line.text), metrics.height()) + kSpace)) {
+            list_->doItemsLayout();
+        }
         model_.add(line);
         if (!userSelects) {
             const QModelIndex last = model_.index(model_.rowCount() - 1);

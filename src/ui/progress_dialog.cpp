@@ -3,12 +3,14 @@
 #include "notice/progress.h"
 #include "platform/event_queue.h"
 
+#include <QCoreApplication>
 #include <QDialog>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <memory>
 
 namespace {
@@ -156,10 +158,24 @@ private:
 
 std::unique_ptr<ProgressDialog> dialog;
 
+// What the operation does first may hold this thread up: the window must be seen before.
+void paintFirst() {
+    QTimer limit;
+    limit.setSingleShot(true);
+    limit.start(kTickMs);
+    while (!dialog->windowHandle()->isExposed() && limit.isActive()) {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents |
+                                        QEventLoop::WaitForMoreEvents);
+    }
+    dialog->repaint();
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
 void opened(void* parent) {
     auto* owner = static_cast<QWidget*>(parent);
     owner = owner != nullptr ? owner : dialog->parentWidget();
     dialog->open(owner != nullptr && owner->isVisible() ? owner : nullptr);
+    paintFirst();
 }
 
 // The window closes before the box that tells the result opens, so on this thread at once.

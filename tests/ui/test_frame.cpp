@@ -1,9 +1,12 @@
 #include "desktop_world.h"
+#include "device/devprops_store.h"
 #include "notice/status.h"
 #include "serial/terminal_buffer.h"
 #include "shell/command_ids.h"
 #include "shell/notifiers.h"
 #include "shell/program_files.h"
+#include "sim/chip.h"
+#include "sim/sim_port.h"
 #include "support/test_line.h"
 #include "ui/placement.h"
 #include "ui/status_bar.h"
@@ -284,6 +287,33 @@ TEST(Closing, EndsARunningOperation) {
     EXPECT_EQ(std::vector<int32_t>(flags, flags + 4), (std::vector<int32_t>{1, 1, 0, 0}));
     const int32_t* rect = SESSION_Get().frameRect;
     EXPECT_EQ(std::vector<int32_t>(rect, rect + 4), (std::vector<int32_t>{30, 40, 730, 540}));
+}
+
+TEST(Closing, EndsACommandThatConnects) {
+    for (const int ms : {0, 600, 1500}) { // as the progress opens, in the download, behind it
+        SCOPED_TRACE(ms);
+        DesktopWorld world("[Settings PORTS]\nCOM1 = \"sim://desktop\"\n");
+        std::filesystem::copy(CALVORIN_DEVICES, world.folder.path(),
+                              std::filesystem::copy_options::recursive);
+        DEVICE_Init();
+        DEVICE_FindByName("VT-B128");
+        DEVPROPS_SelectAllBlocks();
+        DEVPROPS_SetResetByPC(true);
+        HEXDATA_AddData(0, std::vector<uint8_t>(20000, 0x5A));
+        const auto chip = CHIP_Create(DEVICE_Selected(), {});
+        const auto line = SIMPORT_Offer("desktop", chip);
+        SIO_SetConfig({1, 115200, 0});
+        NOTIFIERS_Register();
+        BOX_SetResponder([](const BoxRequest&) { return ANSWER_OK; });
+        TARGET_Init(nullptr, TERMINAL_ReceiveByte);
+        world.show();
+        QTimer::singleShot(ms, [&world] { world.frame().close(); });
+        world.item(CMD_TARGET_BLANK_CHECK_CHIP).trigger();
+        EXPECT_TRUE(runUntil([] { return SESSION_Get().quit; }));
+        EXPECT_FALSE(SESSION_Get().targetBusy);
+        EXPECT_FALSE(SIO_IsOpen());
+        SIMPORT_Withdraw("desktop");
+    }
 }
 
 TEST(Progress, ShowsTheStateAndCancels) {
