@@ -204,23 +204,23 @@ bool HEXDATA_GetFits() {
 
 void HEXDATA_CalcSum(uint32_t address, uint32_t count, bool& restart, uint8_t fill) {
     const std::lock_guard lock(imageMutex);
-    uint16_t& sum = image.sum;
-    sum = restart ? kSumStart : sum;
+    uint16_t sum = restart ? kSumStart : image.sum;
     restart = false;
     walkRange(
         address, count, [&](std::span<const uint8_t> run) { sum = CHECKSUM_Sum(sum, run); },
         [&](uint64_t gap) { sum = CHECKSUM_SumOfFill(sum, fill, gap); });
+    image.sum = sum;
     image.sumIsLast = true;
 }
 
 void HEXDATA_CalcCRC(uint32_t address, uint32_t count, bool& restart, uint8_t fill) {
     const std::lock_guard lock(imageMutex);
-    uint16_t& crc = image.crc;
-    crc = restart ? kCrcStart : crc;
+    uint16_t crc = restart ? kCrcStart : image.crc;
     restart = false;
     walkRange(
         address, count, [&](std::span<const uint8_t> run) { crc = CHECKSUM_Crc(crc, run); },
         [&](uint64_t gap) { crc = CHECKSUM_CrcOfFill(crc, fill, gap); });
+    image.crc = crc;
     image.sumIsLast = false;
 }
 
