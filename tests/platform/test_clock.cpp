@@ -3,16 +3,6 @@
 #include <atomic>
 #include <gtest/gtest.h>
 
-TEST(SystemClock, WakesAWaitingThreadLongBeforeItsDeadline) {
-    std::atomic<bool> ready{false};
-    const auto thread = CLOCK_StartThread([&] {
-        ready = true;
-        CLOCK_Notify();
-    });
-    EXPECT_TRUE(CLOCK_Wait(CLOCK_After(60'000), [&] { return ready.load(); }));
-    CLOCK_JoinThread(thread);
-}
-
 TEST(SystemClock, LosesNoNotification) {
     // Two threads hand a word back and forth; one lost wake-up would cost a minute.
     std::atomic<int> word{0};

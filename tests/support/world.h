@@ -21,6 +21,7 @@
 #include "sim/virtual_clock.h"
 #include "support/temp_folder.h"
 
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 #include <mutex>
@@ -84,11 +85,8 @@ public:
     std::vector<std::string> questions() const { return copyOf(questions_); }
     std::vector<std::string> log() const { return copyOf(log_); }
     bool hasLogged(const std::string& text) const {
-        for (const std::string& entry : log()) {
-            if (entry == text)
-                return true;
-        }
-        return false;
+        const std::vector<std::string> entries = log();
+        return std::ranges::find(entries, text) != entries.end();
     }
     // What the chip holds against the program, one text a line; empty when it behaved.
     std::string violations() const {
