@@ -109,6 +109,7 @@ TEST_F(ProgramFile, NamesTheLineOfTheFirstFault) {
         {":02000004FFFFFC\n:02FFFF001122CD\n", "Error in line 2: Data beyond address 0xFFFFFFFF !"},
         {":02000004FFFFFC\n:02000002FFFFFE\n"s + kData,
          "Error in line 3: Data beyond address 0xFFFFFFFF !"},
+        {"S", "Error in line 1: Unexpected character"},
         {"S\r\n", "Error in line 1: Unexpected character"},
         {"S1040010AB4", "Error in line 1: " + anyCase},
         {"S1040010AB40x", "Error in line 1: Expected CR or LF"},
