@@ -58,12 +58,6 @@ protected:
     Reports reports;
 };
 
-std::string longLine(char character) {
-    std::string line;
-    line.resize(size_t{10} << 20, character);
-    return line;
-}
-
 constexpr char kData[] = ":0100100012DD\r\n"; // 0x12 at 0x10
 
 } // namespace
@@ -99,8 +93,6 @@ TEST_F(ProgramFile, NamesTheLineOfTheFirstFault) {
     const std::pair<std::string, std::string> cases[] = {
         {"", "Can not identify file type"},
         {" :00000001FF", "Can not identify file type"},
-        {"\n:00000001FF", "Can not identify file type"},
-        {"\0:00000001FF"s, "Can not identify file type"},
         {":0100100012DD :", "Error in line 1: Expected CR or LF"},
         {kData + "\0"s + kData, "Error in line 2: Unexpected character"},
         {":0100100012DD\0\r\n"s + kData, "Error in line 1: Expected CR or LF"},
@@ -110,22 +102,15 @@ TEST_F(ProgramFile, NamesTheLineOfTheFirstFault) {
         {kData + ":01001G0012DD\r\n"s, "Error in line 2: " + anyCase},
         {kData + ":01001100"s, "Error in line 2: " + anyCase},
         {":", "Error in line 1: " + anyCase},
-        {":0100\0"
-         "0012DD"s,
-         "Error in line 1: " + anyCase},
         {":0100000601F8", "Error in line 1: Unknown record !"},
-        {":00000002FE", "Error in line 1: Record too short !"},
         {":0100000400FB", "Error in line 1: Record too short !"},
         {":020000040001F9\n\n:0100100012DD\n:0100100012DD\n"s,
-         "Error in line 3: Multiple definitions for same address !"},
-        {kData + ":0100200034AB\r\n"s + kData,
          "Error in line 3: Multiple definitions for same address !"},
         {":02000004FFFFFC\n:02FFFF001122CD\n", "Error in line 2: Data beyond address 0xFFFFFFFF !"},
         {":02000004FFFFFC\n:02000002FFFFFE\n"s + kData,
          "Error in line 3: Data beyond address 0xFFFFFFFF !"},
         {"S", "Error in line 1: Unexpected character"},
         {"S\r\n", "Error in line 1: Unexpected character"},
-        {"S1", "Error in line 1: " + anyCase},
         {"S1040010AB4", "Error in line 1: " + anyCase},
         {"S1040010AB40x", "Error in line 1: Expected CR or LF"},
         {"S9030000FC\n:", "Error in line 2: Unexpected character"},
@@ -134,8 +119,7 @@ TEST_F(ProgramFile, NamesTheLineOfTheFirstFault) {
         {"S307FFFFFFFF0102F9", "Error in line 1: Data beyond address 0xFFFFFFFF !"},
         {"S306FFFFFFFF01FC\nS306FFFFFFFF01FC",
          "Error in line 2: Multiple definitions for same address !"},
-        {":" + longLine('0'), "Error in line 1: Expected CR or LF"},
-        {longLine('S'), "Error in line 1: " + anyCase},
+        {std::string(size_t{10} << 20, 'S'), "Error in line 1: " + anyCase},
     };
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(load(text), expected) << text.substr(0, 80);
@@ -163,9 +147,6 @@ TEST_F(ProgramFile, MergesAndClearsAfterAFault) {
     EXPECT_TRUE(PROGRAMFILE_Merge(folder / "missing"));
     EXPECT_FALSE(PROGRAMFILE_Load(folder / "missing"));
     EXPECT_EQ(reports.take(), "File not found\nFile not found");
-    EXPECT_FALSE(PROGRAMFILE_Load(folder.path()));
-    EXPECT_FALSE(PROGRAMFILE_Merge(folder.path()));
-    EXPECT_EQ(reports.take(), "OnFileOpen: Invalid file handle\nOnFileOpen: Invalid file handle");
     writeFile(path, "nonsense");
     EXPECT_FALSE(PROGRAMFILE_Merge(path));
     EXPECT_EQ(imageText(), "10:12 20:CD") << "nothing was touched so far";

@@ -4,9 +4,9 @@
 #include "device/device.h"
 #include "device/device_parser.h"
 #include "device/devprops.h"
-#include "notice/error.h"
 #include "notice/log.h"
 #include "platform/files.h"
+#include "support/reports.h"
 #include "support/temp_folder.h"
 
 #include <string>
@@ -18,19 +18,11 @@ class DeviceWorld {
 public:
     DeviceWorld() {
         FILES_SetProgramPath(folder / "tool");
-        ERROR_SetHandlers(
-            [this](WindowHandle, const std::string& text, int) { reports.push_back(text); },
-            [this](WindowHandle, const std::string& text, const std::string& caption, unsigned) {
-                reports.push_back(caption + ": " + text);
-                return 0;
-            },
-            {});
         LOG_SetObserver([this](const std::string&, const std::string& text) { log += text; });
         DEVICE_Clear();
         DEVPROPS_Set({});
     }
     ~DeviceWorld() {
-        ERROR_Exit();
         LOG_SetObserver({});
         DEVICE_Clear();
         DEVPROPS_Set({});
@@ -51,6 +43,7 @@ public:
     }
 
     const TempFolder folder;
-    std::vector<std::string> reports; // questions as "CAPTION: TEXT"
+    Reports screen;
+    std::vector<std::string>& reports = screen.errors;
     std::string log;
 };

@@ -30,12 +30,10 @@ TEST(DevProps, SelectOnlyBlocksThatHaveAFlag) {
     DEVPROPS_SelectBlock(199, true);
     DEVPROPS_SelectAllBlocks();
     std::string selected;
+    for (const int block : {-1, 200, 2147483647})
+        DEVPROPS_SelectBlock(block, true); // none of these
     for (const int block : {-1, 0, 1, 2, 199, 200, 2147483647}) {
-        if (block < 0 || block > 199)
-            DEVPROPS_SelectBlock(block, true);
         selected += DEVPROPS_IsBlockSelected(block) ? '1' : '0';
     }
     EXPECT_EQ(selected, "0110100");
-    DEVPROPS_SelectBlock(0, false);
-    EXPECT_FALSE(DEVPROPS_IsBlockSelected(0));
 }

