@@ -138,7 +138,7 @@ TEST(Project, RestoresWhatItSaved) {
     EXPECT_TRUE(PROJECT_Load(path));
     EXPECT_TRUE(PROJECT_Save(path, ""));
     EXPECT_EQ(readFile(path), saved);
-    EXPECT_TRUE(world.reports.empty());
+    EXPECT_TRUE(world.reports.empty() && world.screen.questions.empty());
 }
 
 TEST(Project, StopsAtTheFirstFault) {
@@ -160,7 +160,7 @@ TEST(Project, StopsAtTheFirstFault) {
         const std::string path = world.folder / "p.tpu";
         writeFile(path, "# comment\n\\\\\nBaudrate = 9600 and more\n" + c.text + "Port = 5\n");
         EXPECT_FALSE(PROJECT_Load(path)) << c.text;
-        EXPECT_EQ(world.reports,
+        EXPECT_EQ(world.screen.questions,
                   std::vector<std::string>{std::string("Error reading project file: ") + c.report});
         EXPECT_EQ(SIO_GetBaudrate(), 9600U); // what was read before stays applied
         EXPECT_EQ(SIO_GetPort(), 0U);
