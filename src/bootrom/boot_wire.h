@@ -8,7 +8,8 @@
 
 inline constexpr uint32_t kReplyMs = 1000;
 
-// Whether waiting for the boot ROM has become pointless: the run was interrupted or the port is lost.
+// Whether waiting for the boot ROM has become pointless: the run was interrupted or the port is
+// lost.
 bool _BootIsHopeless();
 // Reads the whole buffer. 1, without a message, when fewer bytes came in `timeoutMs` or waiting is
 // pointless.

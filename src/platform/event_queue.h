@@ -19,8 +19,8 @@ bool EVENTS_PostAndWait(Event event);
 // User-interface thread: runs one waiting event or due ticker. Result: false when there was none.
 bool EVENTS_ProcessOne();
 
-// User-interface thread: runs one posted event, leaving ticker and window events alone. For a window
-// system's loop that has been woken while it runs by itself (a modal dialog).
+// User-interface thread: runs one posted event, leaving ticker and window events alone. For a
+// window system's loop that has been woken while it runs by itself (a modal dialog).
 bool EVENTS_RunPosted();
 
 // User-interface thread: waits until an event or the ticker is due, and runs it.

@@ -50,9 +50,9 @@ std::string SIO_DeviceOfPort(uint32_t port);
 // Whether the open port has been lost (unplugged, connection dropped). Any thread. The log has said
 // so once, with the port's name; the port stays open until it is closed or opened again.
 bool SIO_IsLost();
-// For whoever begins a connection: opens the port again when it was lost or its last opening failed,
-// so that an adapter may be plugged in meanwhile. False when that failed, reported as by SIO_Restart;
-// true and nothing done otherwise.
+// For whoever begins a connection: opens the port again when it was lost or its last opening
+// failed, so that an adapter may be plugged in meanwhile. False when that failed, reported as by
+// SIO_Restart; true and nothing done otherwise.
 bool SIO_EnsureOpen();
 
 uint32_t SIO_GetPort();
