@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::array<TextColumn, 2> kColumns = {{{"Name", 69, ""}, {"Value", 98, ""}}};
 
-class DeviceView : public ViewWidget {
+class DeviceView final : public ViewWidget {
 public:
     explicit DeviceView(QWidget* parent)
         : ViewWidget(parent), table_(TEXTTABLE_Create(kColumns, font(), this)) {

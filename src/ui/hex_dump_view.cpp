@@ -18,7 +18,7 @@ namespace {
 
 constexpr char kGoToTitle[] = "Go to Address";
 
-class HexDumpView : public ViewWidget {
+class HexDumpView final : public ViewWidget {
 public:
     explicit HexDumpView(QWidget* parent)
         : ViewWidget(parent), area_(new HexDumpArea(this)),

@@ -42,7 +42,7 @@ QString cellText(Rows& rows, int row, int column) {
     return QString::fromLatin1(*cells[static_cast<size_t>(column)]);
 }
 
-class HexListView : public ViewWidget {
+class HexListView final : public ViewWidget {
 public:
     explicit HexListView(QWidget* parent)
         : ViewWidget(parent), table_(TEXTTABLE_Create(kColumns, LOOK_FixedFont(), this)) {

@@ -93,7 +93,7 @@ private:
     QSize rowSize_;
 };
 
-class LogView : public ViewWidget {
+class LogView final : public ViewWidget {
 public:
     explicit LogView(QWidget* parent) : ViewWidget(parent) {
         auto* layout = new QVBoxLayout(this);

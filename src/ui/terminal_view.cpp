@@ -77,7 +77,7 @@ QLabel* createLabel(const char* text, QWidget* pane, QWidget* parent) {
     return label;
 }
 
-class TerminalView : public ViewWidget {
+class TerminalView final : public ViewWidget {
 public:
     explicit TerminalView(QWidget* parent) : ViewWidget(parent) {
         receive_ = new QPlainTextEdit(this);
