@@ -35,6 +35,7 @@ measure() {
     best=0
     peak=0
     for ((run = 0; run < runs; ++run)); do
+        rm -f Calvorin.tpu # else a run would first load the program file of the one before
         begin=${EPOCHREALTIME/[.,]/}
         /usr/bin/time -f %M -o peak.txt "$@" >output.txt 2>&1 || {
             echo "bench_peers: failed: $*" >&2
