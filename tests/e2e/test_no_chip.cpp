@@ -115,7 +115,7 @@ TEST(WithoutChip, RefusesBadProgramFiles) {
         {":0000000", "Error in line 1: Expected Hex character : 0..9, A..F"},
         {std::string(":0000\0", 6), "Error in line 1: Expected Hex character : 0..9, A..F"},
         {":00000001FE", "Error in line 1: CheckSum error !"},
-        {":" + std::string(10'000'000, '0'), "Error in line 1: Expected CR or LF"},
+        {":" + std::string(8'000'000, '0'), "Error in line 1: Expected CR or LF"},
     };
     for (const auto& c : cases) {
         writeFile(path, c.content);
