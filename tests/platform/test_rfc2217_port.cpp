@@ -103,7 +103,7 @@ public:
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof address;
-        bind(listener_, reinterpret_cast<sockaddr*>(&address), size);
+        EXPECT_EQ(bind(listener_, reinterpret_cast<sockaddr*>(&address), size), 0);
         listen(listener_, 1);
         getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
         name = "rfc2217://127.0.0.1:" + std::to_string(ntohs(address.sin_port));
