@@ -11,8 +11,8 @@ struct Sim {
     std::string port; // the first line of its output
 
     Sim(const std::string& device, const Strings& options) {
-        Strings command = {CALVORIN_BIN "/calvorin-sim", "--device", device, "--devices",
-                           CALVORIN_DEVICES "/Device"};
+        Strings command = {std::string(CALVORIN_BIN) + "/calvorin-sim", "--device", device,
+                           "--devices", std::string(CALVORIN_DEVICES) + "/Device"};
         command.insert(command.end(), options.begin(), options.end());
         process.emplace(command, folder / "sim");
         waitFor([this] { return process->out().find('\n') != std::string::npos; });
