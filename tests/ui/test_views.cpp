@@ -137,7 +137,7 @@ TEST(DumpScroll, StopsAtTheEnds) {
 
 TEST(HexDumpView, KeysAndScrollBarFollowTheRules) {
     UiWorld world;
-    HEXDATA_AddData(0x1005, Bytes(16 * 50, 0x41));
+    HEXDATA_AddData(0x1005, Bytes(800, 0x41));
     Dump dump(10);
     QScrollBar& bar = *dump.area->verticalScrollBar();
     ASSERT_EQ(bar.maximum(), 40);
@@ -217,7 +217,7 @@ TEST(HexDumpView, MouseSelectsWhatIsUnderIt) {
 
 TEST(HexDumpView, GoesToAnAddress) {
     UiWorld world;
-    HEXDATA_AddData(0x1005, Bytes(16 * 50, 0x41));
+    HEXDATA_AddData(0x1005, Bytes(800, 0x41));
     Dump dump(10);
     std::optional<int32_t> entered;
     FRONTEND_Get().editValue = [&](ValueRequest& request) {
