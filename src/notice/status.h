@@ -17,7 +17,7 @@ inline constexpr int kStatusParts = 5;
 // Called on the thread that set the text.
 using StatusObserver = std::function<void(int part, const std::string& text)>;
 
-// "Ready" in part 0, the others empty.
+// "Ready" as the general text, the others empty.
 void STATUS_Init();
 void STATUS_SetObserver(StatusObserver observer);
 // Any thread. Parts outside 0 to 4 are ignored.
