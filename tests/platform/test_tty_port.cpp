@@ -70,6 +70,20 @@ TEST(TtyPort, PassesEveryByteUnchangedAndInOrder) {
     EXPECT_EQ(far.receive(), awkward);
 }
 
+TEST(TtyPort, StartsWithoutWhatCameForAnEarlierUser) {
+    const FarEnd far;
+    const int keptOpen = open(far.name.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+    SerialPortPtr port = openTty(far.name);
+    ASSERT_TRUE(far.send("late"));
+    ASSERT_TRUE(port->waitReadable(CLOCK_After(1000), {}));
+    port.reset();
+    port = openTty(far.name);
+    ASSERT_TRUE(far.send("new"));
+    EXPECT_EQ(readText(*port, 3, 1000), "new");
+    port.reset();
+    close(keptOpen);
+}
+
 TEST(TtyPort, ReadEndsAtTheDeadlineOrWhenToldTo) {
     const FarEnd far;
     const SerialPortPtr port = openTty(far.name);

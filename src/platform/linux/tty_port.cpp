@@ -252,8 +252,9 @@ std::string openProblem(const std::string& device, int error) {
     }
 }
 
-// Opens the device for this program alone, in raw mode; 0 or an errno. The lock on the file keeps
-// two of this program apart also where the user may open exclusive devices.
+// Opens the device for this program alone, in raw mode and with nothing received; 0 or an errno.
+// The lock on the file keeps two of this program apart also where the user may open exclusive
+// devices.
 int openExclusive(TtyLine& tty, const std::string& device) {
     tty.descriptor = open(device.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (tty.descriptor < 0) {
@@ -267,7 +268,11 @@ int openExclusive(TtyLine& tty, const std::string& device) {
         return errno;
     }
     tty.exclusive = true;
-    return ttySetRaw(tty.descriptor);
+    if (const int error = ttySetRaw(tty.descriptor); error != 0) {
+        return error;
+    }
+    // A device that stayed in use keeps what came too late for the program before this one.
+    return ttyDropInput(tty.descriptor);
 }
 
 } // namespace

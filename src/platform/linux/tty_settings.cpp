@@ -70,3 +70,7 @@ int ttySetRate(int descriptor, uint32_t rate, bool drain, uint32_t& actual) {
     setSettings(descriptor, before, false);
     return ERANGE;
 }
+
+int ttyDropInput(int descriptor) {
+    return ioctl(descriptor, TCFLSH, TCIFLUSH) == 0 ? 0 : errno;
+}

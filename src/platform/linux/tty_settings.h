@@ -14,3 +14,6 @@ int ttySetRaw(int descriptor);
 // old rate back in force when the device takes another rate than the one asked for, which is then
 // in `actual`. Input that is waiting stays.
 int ttySetRate(int descriptor, uint32_t rate, bool drain, uint32_t& actual);
+
+// Forgets what was received and not yet read.
+int ttyDropInput(int descriptor);
