@@ -1,9 +1,9 @@
 // The communication page: port, rate, communication log.
 
 #include "link/target_link.h"
-#include "platform/files.h"
 #include "serial/sio.h"
 #include "ui/pages.h"
+#include "ui/port_text.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -24,15 +24,9 @@ struct CommPage {
     QLabel* device = nullptr;
 };
 
-// The device behind the chosen COM number; a user has to know which plug it is.
 void showDevice(const CommPage& page) {
     const auto port = static_cast<uint32_t>(page.port->currentIndex() + 1);
-    const std::string device = SIO_DeviceOfPort(port);
-    const bool isFile = device.find("://") == std::string::npos;
-    const char* state = !isFile                ? "not a device file"
-                        : FILES_Exists(device) ? "present"
-                                               : "not present";
-    page.device->setText(QString::fromStdString(device + " (" + state + ")"));
+    page.device->setText(QString::fromStdString(PORTTEXT_DeviceOf(port)));
 }
 
 void readControls(CommPage& page) {

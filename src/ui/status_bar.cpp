@@ -2,9 +2,9 @@
 
 #include "notice/status.h"
 #include "platform/event_queue.h"
-#include "platform/files.h"
 #include "platform/format.h"
 #include "serial/sio.h"
+#include "ui/port_text.h"
 
 #include <QHelpEvent>
 #include <QLabel>
@@ -103,10 +103,5 @@ std::string STATUSBAR_PortText() {
     if (port == 0) {
         return "No port is selected";
     }
-    const std::string device = SIO_DeviceOfPort(port);
-    const bool remote = device.find("://") != std::string::npos;
-    const char* state = remote                 ? "a port server on the network"
-                        : FILES_Exists(device) ? "present"
-                                               : "not present";
-    return formatText("COM%u is %s (%s)", port, device.c_str(), state);
+    return formatText("COM%u is %s", port, PORTTEXT_DeviceOf(port).c_str());
 }

@@ -238,7 +238,7 @@ TEST(CommunicationDialog, AppliesWhatTheControlsShow) {
                 control<QComboBox>(dialog, "802").setCurrentIndex(1);
             }
             const auto& port = control<QLabel>(dialog, "device");
-            EXPECT_TRUE(port.text().endsWith(" (not a device file)")) << port.text().toStdString();
+            EXPECT_TRUE(port.text().endsWith(" (a port server on the network)")) << port.text().toStdString();
             click(dialog, c.button);
         });
         EXPECT_TRUE(SIO_GetConfig() == c.after);
