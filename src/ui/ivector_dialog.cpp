@@ -92,8 +92,8 @@ int DIALOG_InterruptVectors(QWidget* parent) {
     auto* layout = new QVBoxLayout(&dialog);
     layout->addWidget(table, 1);
     layout->addWidget(buttons);
-    SHEET_CenterDialog(&dialog);
     sizeDialog(dialog, table);
+    SHEET_CenterDialog(&dialog);
     dialog.setModal(true);
     dialog.show();
     warnOfResetVectors(dialog, rows);

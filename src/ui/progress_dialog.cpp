@@ -2,6 +2,7 @@
 
 #include "notice/progress.h"
 #include "platform/event_queue.h"
+#include "ui/sheet.h"
 
 #include <QCoreApplication>
 #include <QDialog>
@@ -86,7 +87,7 @@ public:
         connect(&timer_, &QTimer::timeout, this, [this] { tick(); });
     }
 
-    void open(QWidget* owner) {
+    void open() {
         for (QLabel* line : lines_) {
             line->clear();
         }
@@ -94,8 +95,8 @@ public:
         setWindowTitle(QString::fromStdString(PROGRESS_GetView().caption));
         tick();
         resize(std::max(kWidth, sizeHint().width()), sizeHint().height());
-        if (owner != nullptr) {
-            move(owner->frameGeometry().center() - rect().center());
+        if (parentWidget() != nullptr && parentWidget()->isVisible()) {
+            SHEET_CenterDialog(this);
         }
         timer_.start(kTickMs);
         show();
@@ -171,10 +172,8 @@ void paintFirst() {
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
-void opened(void* parent) {
-    auto* owner = static_cast<QWidget*>(parent);
-    owner = owner != nullptr ? owner : dialog->parentWidget();
-    dialog->open(owner != nullptr && owner->isVisible() ? owner : nullptr);
+void opened(void*) {
+    dialog->open();
     paintFirst();
 }
 

@@ -4,6 +4,6 @@
 
 #include <QWidget>
 
-// Shows the window whenever a progress opens, owned by what `frame` returns then.
+// Shows the window, over the frame, whenever a progress opens.
 void PROGRESSDIALOG_Install(QWidget* frame);
 void PROGRESSDIALOG_Remove();
