@@ -88,6 +88,7 @@ void showAddresses(const PasswordPage& page) {
 }
 
 void report(const PasswordPage& page, const std::string& message) {
+    SHEET_ShowPage(page.widget); // the message is about what stands there
     ERROR_Out(page.widget->window(), message, 1);
 }
 

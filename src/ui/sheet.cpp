@@ -2,11 +2,14 @@
 
 #include "shell/front_end.h"
 #include "ui/dialogs.h"
+#include "ui/mnemonics.h"
 #include "ui/pages.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QPushButton>
+#include <QShortcut>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -22,6 +25,7 @@ constexpr size_t kPages = 4;
 struct OpenSheet {
     std::vector<std::function<bool()>> pairs;
     QPushButton* applyButton = nullptr;
+    QTabWidget* tabs = nullptr;
 };
 std::optional<OpenSheet> openSheet;
 
@@ -45,15 +49,20 @@ int resultOf(int dialogCode) {
 
 using Pages = std::array<SheetPage, kPages>;
 
-// Each page commits, up to one that refuses; that one is shown. The number that did.
-size_t applyAll(const Pages& pages, QTabWidget& tabs) {
-    for (size_t index = 0; index < kPages; ++index) {
-        if (!pages[index].apply()) {
-            tabs.setCurrentIndex(static_cast<int>(index));
-            return index;
-        }
+// Each page commits, up to one that refuses. The number that did.
+size_t applyAll(const Pages& pages) {
+    const auto refuses = [](const SheetPage& page) { return !page.apply(); };
+    return static_cast<size_t>(std::ranges::find_if(pages, refuses) - pages.begin());
+}
+
+// Ctrl+Tab goes to the next page from wherever the focus is; some controls would keep it.
+void addPageKeys(QTabWidget* tabs, QDialog* dialog) {
+    for (const auto& [key, step] : {std::pair("Ctrl+Tab", 1), std::pair("Ctrl+Shift+Tab", -1)}) {
+        auto* shortcut = new QShortcut(QKeySequence(key), dialog);
+        QObject::connect(shortcut, &QShortcut::activated, tabs, [tabs, step = step] {
+            tabs->setCurrentIndex((tabs->currentIndex() + step + tabs->count()) % tabs->count());
+        });
     }
-    return kPages;
 }
 
 Pages makePages(QTabWidget& tabs) {
@@ -66,26 +75,49 @@ Pages makePages(QTabWidget& tabs) {
     return pages;
 }
 
-int runSheet(QWidget* parent) {
-    QDialog dialog(parent);
-    dialog.setObjectName("options");
-    dialog.setWindowTitle("Options");
+// One page is seen at a time, together with the tabs and the buttons.
+void settleMnemonics(const Pages& pages, const QTabWidget& tabs, QWidget& buttons) {
+    const Mnemonics ofTabs = MNEMONICS_OfTabs(*tabs.tabBar());
+    Mnemonics taken = ofTabs;
+    for (const SheetPage& page : pages) {
+        taken.merge(MNEMONICS_Settle(*page.widget, ofTabs));
+    }
+    MNEMONICS_Settle(buttons, taken);
+}
+
+QTabWidget* addTabs(QDialog& dialog) {
     auto* tabs = new QTabWidget(&dialog);
     tabs->setObjectName("pages");
     tabs->setUsesScrollButtons(false); // the sheet is as wide as its tabs
+    addPageKeys(tabs, &dialog);
+    openSheet->tabs = tabs;
+    return tabs;
+}
+
+QDialogButtonBox* addSheetButtons(QDialog& dialog) {
     auto* buttons = addButtons(dialog, QDialogButtonBox::Ok | QDialogButtonBox::Cancel |
                                            QDialogButtonBox::Apply);
     nameButton(buttons, QDialogButtonBox::Apply, "apply");
     openSheet->applyButton = buttons->button(QDialogButtonBox::Apply);
     openSheet->applyButton->setEnabled(false);
+    return buttons;
+}
+
+int runSheet(QWidget* parent) {
+    QDialog dialog(parent);
+    dialog.setObjectName("options");
+    dialog.setWindowTitle("Options");
+    QTabWidget* tabs = addTabs(dialog);
+    QDialogButtonBox* buttons = addSheetButtons(dialog);
     const Pages pages = makePages(*tabs);
+    settleMnemonics(pages, *tabs, *buttons);
     auto* layout = new QVBoxLayout(&dialog);
     layout->addWidget(tabs);
     layout->addWidget(buttons);
 
     bool applied = false;
     const auto apply = [&] {
-        const size_t count = applyAll(pages, *tabs);
+        const size_t count = applyAll(pages);
         applied = applied || count > 0;
         SHEET_NotifyChange();
         return count == kPages;
@@ -132,6 +164,7 @@ int SHEET_RunPage(QWidget* parent, const QString& objectName, const QString& cap
     row->setContentsMargins(9, 0, 9, 9);
     row->addWidget(buttons);
     layout->addLayout(row);
+    MNEMONICS_Settle(dialog, {});
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, [&] {
         if (page.apply()) {
             dialog.accept();
@@ -158,12 +191,20 @@ void SHEET_NotifyChange() {
     }
 }
 
+void SHEET_ShowPage(QWidget* page) {
+    if (openSheet && openSheet->tabs != nullptr) {
+        openSheet->tabs->setCurrentWidget(page);
+    }
+}
+
 void SHEET_CenterDialog(QWidget* dialog) {
     const QWidget* parent = dialog->parentWidget();
     if (parent == nullptr) {
         return;
     }
-    dialog->adjustSize();
+    if (!dialog->testAttribute(Qt::WA_Resized)) {
+        dialog->adjustSize(); // it has no size yet that it could keep
+    }
     const QRect over = parent->window()->frameGeometry();
     dialog->move(over.x() + (over.width() - dialog->width()) / 2,
                  over.y() + (over.height() - dialog->height()) / 2);

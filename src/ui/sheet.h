@@ -32,5 +32,8 @@ void SHEET_TrackPair(std::function<bool()> differs);
 // control; without a sheet nothing happens.
 void SHEET_NotifyChange();
 
+// Brings a page to the front of the open sheet; without a sheet nothing happens.
+void SHEET_ShowPage(QWidget* page);
+
 // Moves a dialog so that its centre lies over the centre of its parent window.
 void SHEET_CenterDialog(QWidget* dialog);
