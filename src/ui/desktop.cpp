@@ -11,12 +11,14 @@
 #include "ui/file_dialog.h"
 #include "ui/frame.h"
 #include "ui/help_window.h"
+#include "ui/ivector_dialog.h"
 #include "ui/log_view.h"
 #include "ui/modal.h"
 #include "ui/progress_dialog.h"
 #include "ui/view_windows.h"
 
 #include <QApplication>
+#include <QPalette>
 #include <cstdlib>
 #include <memory>
 
@@ -87,7 +89,10 @@ void fillViews(FrontEnd& frontEnd) {
     frontEnd.cascade = VIEWS_Cascade;
     frontEnd.tileHorizontally = [] { VIEWS_Tile(true); };
     frontEnd.tileVertically = [] { VIEWS_Tile(false); };
-    frontEnd.restoreDefaultPlacement = VIEWS_RestoreDefault;
+    frontEnd.restoreDefaultPlacement = [] {
+        VIEWS_RestoreDefault();
+        IVECT_RestoreDefault();
+    };
 }
 
 void fillDialogs(FrontEnd& frontEnd) {
@@ -131,6 +136,16 @@ void catchFatal(QtMsgType type, const QMessageLogContext&, const QString& text) 
     reason = reason.isEmpty() ? text : reason;
 }
 
+// Some desktops' dark colours come without one for hints, which then are dark on dark.
+void setHintColour() {
+    constexpr int kHalf = 128;
+    QPalette palette = QApplication::palette();
+    QColor hint = palette.color(QPalette::Text);
+    hint.setAlpha(kHalf);
+    palette.setColor(QPalette::PlaceholderText, hint);
+    QApplication::setPalette(palette);
+}
+
 void createApplication(char** argv) {
     static int count = 1; // the arguments behind the program's path are its own
     QtMessageHandler before = qInstallMessageHandler(catchFatal);
@@ -138,6 +153,7 @@ void createApplication(char** argv) {
     qInstallMessageHandler(before);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setApplicationName("Calvorin");
+    setHintColour();
 }
 
 } // namespace

@@ -28,7 +28,6 @@ constexpr size_t kViews = 5;
 constexpr size_t kMaxColumns = 6;
 constexpr char kRectKey[] = "Rect";
 constexpr char kHeaderKey[] = "Header";
-constexpr char kVectorSection[] = "Settings INTVECTS"; // a dialog with columns to be forgotten
 
 // In the order of the View menu's enumeration.
 const std::array<ViewSpec, kViews> kSpecs = {{
@@ -274,5 +273,4 @@ void VIEWS_RestoreDefault() {
             createWindow(spec)->setWindowTitle(title);
         }
     }
-    INI_DeleteKey(kVectorSection, kHeaderKey);
 }
