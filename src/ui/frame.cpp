@@ -51,7 +51,7 @@ bool checkWanted = false;  // the frame was activated while a command ran
 
 // What may be chosen while a command is under way: nothing that touches data or target.
 bool isHarmless(int id) {
-    return (id >= CMD_VIEW_HEX_LIST && id <= CMD_VIEW_TERMINAL) ||
+    return (id >= CMD_VIEW_HEX_LIST && id <= CMD_VIEW_INTERRUPT_VECTORS) ||
            (id >= CMD_WINDOW_CASCADE && id <= CMD_WINDOW_RESTORE_DEFAULT) ||
            (id >= CMD_HELP_CONTENTS && id <= CMD_HELP_ABOUT);
 }
