@@ -108,8 +108,8 @@ int runSheet(QWidget* parent) {
     dialog.setObjectName("options");
     dialog.setWindowTitle("Options");
     QTabWidget* tabs = addTabs(dialog);
-    QDialogButtonBox* buttons = addSheetButtons(dialog);
     const Pages pages = makePages(*tabs);
+    QDialogButtonBox* buttons = addSheetButtons(dialog); // behind the pages in the order of Tab
     settleMnemonics(pages, *tabs, *buttons);
     auto* layout = new QVBoxLayout(&dialog);
     layout->addWidget(tabs);

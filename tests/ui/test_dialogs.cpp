@@ -1,6 +1,6 @@
 #include "platform/serial_port.h"
+#include "ui/desktop.h"
 #include "ui/dialogs.h"
-#include "ui/ivector_dialog.h"
 #include "ui/sheet.h"
 #include "ui_world.h"
 
@@ -10,8 +10,10 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTableView>
+#include <set>
 
 namespace {
 
@@ -68,7 +70,88 @@ bool applyEnabled(const QWidget& sheet) {
     return control<QPushButton>(sheet, "apply").isEnabled();
 }
 
+// What can take the focus by Tab, in that order.
+std::vector<const QWidget*> tabOrder(const QDialog& dialog) {
+    std::vector<const QWidget*> order;
+    for (QWidget* widget = dialog.nextInFocusChain(); widget != &dialog;
+         widget = widget->nextInFocusChain()) {
+        if (widget->isVisible() && widget->isEnabled() && widget->focusProxy() == nullptr &&
+            (widget->focusPolicy() & Qt::TabFocus) != 0) {
+            order.push_back(widget);
+        }
+    }
+    return order;
+}
+
+// What a user without a mouse needs: one control a letter, Tab from top to bottom and from left to
+// right, a button for Enter. And no text is cut.
+void expectReachable(const QDialog& dialog) {
+    QStringList texts;
+    if (const auto* tabs = dialog.findChild<QTabBar*>()) {
+        for (int index = 0; index < tabs->count(); ++index) {
+            texts << tabs->tabText(index);
+        }
+    }
+    for (const QWidget* widget : dialog.findChildren<QWidget*>()) {
+        const auto* label = qobject_cast<const QLabel*>(widget);
+        const auto* button = qobject_cast<const QAbstractButton*>(widget);
+        if (widget->isVisible() && (label != nullptr || button != nullptr)) {
+            texts << (button != nullptr ? button->text() : label->text());
+            EXPECT_GE(widget->width(), widget->minimumSizeHint().width())
+                << texts.back().toStdString();
+            EXPECT_GE(widget->height(), widget->minimumSizeHint().height())
+                << texts.back().toStdString();
+        }
+    }
+    std::set<QKeySequence> letters;
+    for (const QString& text : texts) {
+        const QKeySequence letter = QKeySequence::mnemonic(text);
+        EXPECT_TRUE(letter.isEmpty() || letters.insert(letter).second) << text.toStdString();
+    }
+    QPoint before(-1, -1);
+    for (const QWidget* widget : tabOrder(dialog)) {
+        const QPoint place = widget->mapTo(&dialog, widget->rect().center());
+        EXPECT_TRUE(place.y() > before.y() || place.x() > before.x())
+            << widget->objectName().toStdString();
+        before = place;
+    }
+    const auto buttons = dialog.findChildren<QPushButton*>();
+    EXPECT_TRUE(std::ranges::any_of(buttons, [](auto* button) { return button->isDefault(); }));
+}
+
 } // namespace
+
+TEST(Dialogs, CanBeUsedByKeyboard) {
+    UiWorld world;
+    addDevices();
+    DEVPROPS_SetDevice(2); // which has every control
+    PASSWORD_SetLimitsOfDevice();
+    SESSION_Get().loaded = true;
+    ValueRequest request;
+    request.label1 = "Second:";
+    const std::function<int()> dialogs[] = {
+        [] { return DIALOG_Target(nullptr); },
+        [] { return DIALOG_Settings(nullptr); },
+        [] { return DIALOG_Communication(nullptr); },
+        [] { return DIALOG_Password(nullptr); },
+        [] { return DIALOG_InterruptVectors(nullptr); },
+        [&request] { return DIALOG_EditValue(nullptr, request); },
+        [] {
+            DIALOG_About(nullptr);
+            return 0;
+        },
+    };
+    for (const auto& dialog : dialogs) {
+        driveDialog(dialog, expectReachable);
+    }
+    drive(DIALOG_Options, [](QDialog& dialog) {
+        auto& pages = control<QTabWidget>(dialog, "pages");
+        for (int page = 0; page < 4; ++page) {
+            pages.setCurrentIndex(page);
+            expectReachable(dialog);
+        }
+    });
+}
 
 TEST(ValueDialog, ShowsAndReadsHexNumbers) {
     struct Case {
@@ -238,7 +321,8 @@ TEST(CommunicationDialog, AppliesWhatTheControlsShow) {
                 control<QComboBox>(dialog, "802").setCurrentIndex(1);
             }
             const auto& port = control<QLabel>(dialog, "device");
-            EXPECT_TRUE(port.text().endsWith(" (a port server on the network)")) << port.text().toStdString();
+            EXPECT_TRUE(port.text().endsWith(" (a port server on the network)"))
+                << port.text().toStdString();
             click(dialog, c.button);
         });
         EXPECT_TRUE(SIO_GetConfig() == c.after);
@@ -406,7 +490,7 @@ TEST(InterruptVectors, ShowsRowsWarnsAndKeepsWidths) {
     drive(DIALOG_InterruptVectors, [](QDialog& dialog) {
         EXPECT_EQ(control<QTableView>(dialog, "vectors").columnWidth(1), 333);
     });
-    IVECT_RestoreDefault();
+    DESKTOP_Create().restoreDefaultPlacement();
     drive(DIALOG_InterruptVectors, [](QDialog& dialog) {
         EXPECT_NE(control<QTableView>(dialog, "vectors").columnWidth(1), 333);
     });
