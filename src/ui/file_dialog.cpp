@@ -62,6 +62,15 @@ void goToStart(QFileDialog& dialog, const std::string& startPath) {
     }
 }
 
+// A name typed without an extension gets the filter's, so that the open dialog will show it.
+std::string chosenPath(const QFileDialog& dialog, const FileRequest& request, size_t filterIndex) {
+    const QString path = dialog.selectedFiles().constFirst();
+    const bool isBare = request.save && !QFileInfo(path).fileName().contains('.');
+    return isBare ? FILEDIALOG_WithExtension(path.toStdString(),
+                                             request.filters.at(filterIndex).pattern)
+                  : path.toStdString();
+}
+
 std::optional<FileChoice> show(const FileRequest& request, QWidget* owner) {
     QFileDialog dialog(owner, QString::fromStdString(request.title));
     dialog.setOption(QFileDialog::DontUseNativeDialog); // the name field must be within reach
@@ -78,8 +87,9 @@ std::optional<FileChoice> show(const FileRequest& request, QWidget* owner) {
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
         return std::nullopt;
     }
-    const auto index = static_cast<int>(filters.indexOf(dialog.selectedNameFilter()));
-    return FileChoice{dialog.selectedFiles().constFirst().toStdString(), std::max(index, 0) + 1};
+    const auto index = std::max<qsizetype>(filters.indexOf(dialog.selectedNameFilter()), 0);
+    return FileChoice{chosenPath(dialog, request, static_cast<size_t>(index)),
+                      static_cast<int>(index) + 1};
 }
 
 } // namespace

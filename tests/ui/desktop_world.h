@@ -1,10 +1,17 @@
 // The desktop's frame with everything below it, driven through the program's own event queue.
 #pragma once
 
+#include "device/devprops_store.h"
 #include "notice/log.h"
 #include "notice/progress.h"
 #include "platform/event_queue.h"
+#include "serial/terminal_buffer.h"
+#include "shell/command_ids.h"
 #include "shell/front_end.h"
+#include "shell/notifiers.h"
+#include "shell/summary.h"
+#include "sim/chip.h"
+#include "sim/sim_port.h"
 #include "target/worker.h"
 #include "ui/boxes.h"
 #include "ui/desktop.h"
@@ -38,6 +45,15 @@ struct DesktopWorld : UiWorld {
     QMainWindow& frame() { return *FRAME_Get(); }
     void show() { FRONTEND_Get().showFrame(true); }
 
+    std::string programFile() const {
+        const auto path = folder / "app.hex";
+        writeFile(path, ":0400000001020304F2\n:00000001FF\n");
+        return path.string();
+    }
+    bool isEnabled(int id) {
+        FRONTEND_Get().updateMenu();
+        return item(id).isEnabled();
+    }
     QAction& item(int id) {
         auto* action = frame().findChild<QAction*>(QString::number(id));
         if (action == nullptr) {
@@ -58,6 +74,37 @@ struct DesktopWorld : UiWorld {
         }
         return nullptr;
     }
+};
+
+// The frame over a virtual chip on COM1. Every box is answered, with Yes or OK, and kept.
+struct ChipWorld : DesktopWorld {
+    explicit ChipWorld(const ChipOptions& options = {})
+        : DesktopWorld("[Settings PORTS]\nCOM1 = \"sim://desktop\"\n") {
+        std::filesystem::copy(CALVORIN_DEVICES, folder.path(),
+                              std::filesystem::copy_options::recursive);
+        DEVICE_Init();
+        DEVICE_FindByName("VT-B128");
+        DEVPROPS_SelectAllBlocks();
+        DEVPROPS_SetResetByPC(true);
+        HEXDATA_AddData(0, data);
+        SUMMARY_Refresh();
+        line = SIMPORT_Offer("desktop", CHIP_Create(DEVICE_Selected(), options));
+        SIO_SetConfig({1, 115200, 0});
+        NOTIFIERS_Register();
+        BOX_SetResponder([this](const BoxRequest& request) {
+            boxes.push_back(request.caption + ": " + request.text);
+            return (request.boxType & BOX_YES_NO) == BOX_YES_NO ? ANSWER_YES : ANSWER_OK;
+        });
+        TARGET_Init(nullptr, TERMINAL_ReceiveByte);
+        show();
+    }
+    ~ChipWorld() { SIMPORT_Withdraw("desktop"); }
+
+    QDialog& progress() { return control<QDialog>(frame(), "900"); }
+
+    const std::vector<uint8_t> data = std::vector<uint8_t>(20000, 0x5A);
+    SimLinePtr line;
+    std::vector<std::string> boxes;
 };
 
 // Runs the program's loop until `done` holds; false when it does not within some seconds.

@@ -1,0 +1,110 @@
+#include "desktop_world.h"
+
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+
+TEST(Boxes, AnswerEitherThread) {
+    DesktopWorld world;
+    NOTIFIERS_Register();
+    std::vector<std::string> asked;
+    const std::thread::id here = std::this_thread::get_id();
+    BOX_SetResponder([&](const BoxRequest& request) -> std::optional<int> {
+        EXPECT_EQ(std::this_thread::get_id(), here);
+        asked.push_back(request.caption + ": " + request.text);
+        return request.boxType == BOX_YES_NO ? ANSWER_YES : ANSWER_OK;
+    });
+    EXPECT_EQ(ERROR_Ask(nullptr, "Here?", "A", BOX_YES_NO), ANSWER_YES);
+    std::atomic<int> answer{-1};
+    std::thread worker([&answer] {
+        ERROR_Out(nullptr, "There", 1);
+        answer = ERROR_Ask(nullptr, "There?", "B", BOX_YES_NO);
+    });
+    EXPECT_TRUE(runUntil([&answer] { return answer != -1; }));
+    worker.join();
+    EXPECT_EQ(answer, ANSWER_YES);
+    EXPECT_EQ(asked, (std::vector<std::string>{"A: Here?", "Error: There", "B: There?"}));
+}
+
+TEST(Boxes, HaveTheButtonsAndDefaultsOfTheirType) {
+    DesktopWorld world;
+    const struct {
+        unsigned type;
+        const char* defaultButton;
+        int accepted, escaped;
+    } cases[] = {{BOX_OK, "OK", ANSWER_OK, ANSWER_OK},
+                 {BOX_OK_CANCEL, "OK", ANSWER_OK, ANSWER_CANCEL},
+                 {BOX_YES_NO, "Yes", ANSWER_YES, ANSWER_NO},
+                 {BOX_YES_NO | BOX_DEFAULT_SECOND, "No", ANSWER_NO, ANSWER_NO}};
+    for (const auto& one : cases) {
+        int answer = 0;
+        const auto ask = [&] {
+            answer = BOX_Ask(nullptr, "Text", "Caption", one.type);
+            return 0;
+        };
+        driveDialog(ask, [&](QDialog& dialog) {
+            auto& box = dynamic_cast<QMessageBox&>(dialog);
+            EXPECT_EQ(box.defaultButton()->text().remove('&'), one.defaultButton);
+            box.defaultButton()->click();
+        });
+        EXPECT_EQ(answer, one.accepted);
+        driveDialog(ask, [](QDialog& dialog) { pressKey(dialog, Qt::Key_Escape); });
+        EXPECT_EQ(answer, one.escaped);
+    }
+}
+
+TEST(FileDialog, FollowsTheFilterWithTheExtension) {
+    EXPECT_EQ(FILEDIALOG_WithExtension("/a.b/app.v1.hex", "*.mot"), "/a.b/app.mot");
+    DesktopWorld world;
+    const std::string path = world.programFile();
+    const FileRequest request{
+        true,
+        "Save file",
+        {{"Intel Hex file (*.hex)", "*.hex"}, {"Motorola S file (*.mot)", "*.mot"}},
+        (world.folder / "app.old.txt").string()};
+    writeFile(world.folder / "app.mot", "is replaced without a question");
+    std::optional<FileChoice> choice;
+    driveDialog(
+        [&] {
+            choice = FILEDIALOG_Choose(request);
+            return 0;
+        },
+        [](QDialog& dialog) {
+            auto& name = control<QLineEdit>(dialog, "fileNameEdit");
+            EXPECT_EQ(name.text(), "app.hex");
+            auto& files = dynamic_cast<QFileDialog&>(dialog);
+            const QString second = files.nameFilters().at(1);
+            files.selectNameFilter(second);
+            emit files.filterSelected(second);
+            EXPECT_EQ(name.text(), "app.mot");
+            name.setText("app");
+            files.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save)->click();
+        });
+    ASSERT_TRUE(choice);
+    EXPECT_EQ(choice->path, (world.folder / "app.mot").string());
+    EXPECT_EQ(choice->filterIndex, 2);
+}
+
+// What it shows of a running operation is tested with one.
+TEST(Progress, OpensEmptyAndStaysWithoutCancel) {
+    DesktopWorld world;
+    world.show();
+    PROGRESS_Open("Programming", nullptr);
+    PROGRESS_SetText("Writing");
+    PROGRESS_SetMax(1000);
+    auto& dialog = control<QDialog>(world.frame(), "900");
+    auto& line = control<QLabel>(dialog, "901");
+    EXPECT_TRUE(runUntil([&line] { return line.text() == "Writing"; }));
+    click(dialog, "2"); // without a handler it only goes
+    EXPECT_FALSE(dialog.isVisible());
+
+    PROGRESS_Open("Verifying", nullptr);
+    EXPECT_TRUE(line.text().isEmpty()) << "of the operation before";
+    PROGRESS_ShowCancel(false);
+    EXPECT_TRUE(runUntil([&dialog] { return control<QWidget>(dialog, "2").isHidden(); }));
+    dialog.close();
+    EXPECT_TRUE(dialog.isVisible()) << "without Cancel there is no way out";
+    PROGRESS_Close();
+}

@@ -1,0 +1,89 @@
+#include "desktop_world.h"
+#include "shell/program_files.h"
+#include "ui/placement.h"
+
+TEST(Placement, ComesBackIntoTheArea) {
+    const QRect area(0, 0, 800, 500);
+    const struct {
+        QRect wanted, expected;
+    } cases[] = {
+        {{-50, 0, 100, 100}, {-50, 0, 100, 100}}, // enough to be dragged
+        {{-70, 0, 100, 100}, {0, 0, 100, 100}},   // too little
+        {{10, -5, 100, 100}, {10, 0, 100, 100}},  // no title bar
+        {{900, 700, 100, 100}, {700, 400, 100, 100}}, {{900, 700, 2000, 90}, {0, 410, 800, 90}},
+    };
+    for (const auto& one : cases) {
+        EXPECT_EQ(PLACEMENT_BroughtBack(one.wanted, area), one.expected);
+    }
+}
+
+TEST(Placement, TilesFillTheArea) {
+    for (int count = 1; count <= 9; ++count) {
+        for (const bool wide : {false, true}) {
+            const QSize size(801, 503);
+            const std::vector<QRect> tiles = PLACEMENT_Tiles(count, size, wide);
+            ASSERT_EQ(tiles.size(), static_cast<size_t>(count));
+            int area = 0;
+            QRegion covered;
+            for (const QRect& tile : tiles) {
+                area += tile.width() * tile.height();
+                covered += tile;
+            }
+            EXPECT_EQ(area, size.width() * size.height());
+            EXPECT_EQ(covered, QRegion(QRect(QPoint(), size)));
+        }
+    }
+    EXPECT_EQ(PLACEMENT_Tiles(2, {100, 80}, true)[1], QRect(0, 40, 100, 40));
+    EXPECT_EQ(PLACEMENT_Tiles(2, {100, 80}, false)[1], QRect(50, 0, 50, 80));
+}
+
+TEST(Placement, IsKeptAndRestored) {
+    DesktopWorld world("[Settings TERMINAL]\nRect = 5000,5000,300,100\n");
+    world.show();
+    FRONTEND_Get().openView(View::log);
+    EXPECT_EQ(world.window("Log")->geometry(), QRect(450, 420, 342, 114));
+    world.window("Log")->setGeometry(20, 30, 400, 200);
+    world.window("Log")->close();
+    FRONTEND_Get().openView(View::log);
+    EXPECT_EQ(world.window("Log")->geometry(), QRect(20, 30, 400, 200));
+
+    world.window("Log")->showMaximized();
+    FRONTEND_Get().closeView(View::log);
+    FRONTEND_Get().openView(View::log);
+    EXPECT_EQ(world.window("Log")->geometry(), QRect(20, 30, 400, 200));
+
+    FRONTEND_Get().openView(View::terminal);
+    const QRect area = world.frame().findChild<QMdiArea*>()->viewport()->rect();
+    EXPECT_TRUE(area.contains(world.window("Terminal I/O")->geometry()));
+
+    world.item(CMD_WINDOW_RESTORE_DEFAULT).trigger();
+    EXPECT_EQ(world.window("Log")->geometry(), QRect(450, 420, 342, 114));
+    EXPECT_EQ(world.window("Terminal I/O")->geometry(), QRect(0, 420, 449, 114));
+    EXPECT_EQ(readFile(world.folder / "tool.ini").find("Rect"), std::string::npos);
+}
+
+TEST(DataViews, UnloadWhenTheLastIsClosedByTheUser) {
+    DesktopWorld world;
+    const std::string path = world.programFile();
+    SESSION_Get().showHexListView = 1;
+    PROGRAM_Open(path);
+    ASSERT_EQ(world.windows().size(), 2U);
+    world.windows()[0]->close();
+    EXPECT_FALSE(HEXDATA_IsEmpty());
+
+    // Opening again closes and reopens the list; nothing is lost on the way.
+    PROGRAM_Open(path);
+    world.window(path)->close();
+    PROGRAM_Open(path);
+    EXPECT_FALSE(HEXDATA_IsEmpty());
+
+    SESSION_Get().targetBusy = true;
+    while (!world.windows().empty()) {
+        world.windows()[0]->close();
+    }
+    EXPECT_FALSE(HEXDATA_IsEmpty()) << "unloaded under a running operation";
+    SESSION_Get().targetBusy = false;
+    FRONTEND_Get().updateMenu();
+    EXPECT_TRUE(HEXDATA_IsEmpty());
+    EXPECT_FALSE(SESSION_Get().loaded);
+}
