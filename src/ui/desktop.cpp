@@ -136,13 +136,20 @@ void catchFatal(QtMsgType type, const QMessageLogContext&, const QString& text) 
     reason = reason.isEmpty() ? text : reason;
 }
 
-// Some desktops' dark colours come without one for hints, which then are dark on dark.
-void setHintColour() {
+// Some desktops' dark colours come without those of hints and disabled texts, which then are dark
+// on dark.
+void completeDarkColours() {
     constexpr int kHalf = 128;
     QPalette palette = QApplication::palette();
-    QColor hint = palette.color(QPalette::Text);
-    hint.setAlpha(kHalf);
-    palette.setColor(QPalette::PlaceholderText, hint);
+    if (palette.color(QPalette::Window).lightness() >= kHalf) {
+        return;
+    }
+    QColor faint = palette.color(QPalette::Text);
+    faint.setAlpha(kHalf);
+    palette.setColor(QPalette::PlaceholderText, faint);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, faint);
+    }
     QApplication::setPalette(palette);
 }
 
@@ -153,7 +160,7 @@ void createApplication(char** argv) {
     qInstallMessageHandler(before);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setApplicationName("Calvorin");
-    setHintColour();
+    completeDarkColours();
 }
 
 } // namespace
