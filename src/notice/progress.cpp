@@ -217,10 +217,14 @@ ProgressView PROGRESS_GetView() {
     return view;
 }
 
-int PROGRESS_Percent(const ProgressView& view) {
+int PROGRESS_Share(const ProgressView& view, int whole) {
     if (!view.hasRange) {
         return 0;
     }
-    return static_cast<int>(int64_t{distance(view.min, view.pos)} * 100 /
+    return static_cast<int>(int64_t{distance(view.min, view.pos)} * whole /
                             distance(view.min, view.max));
+}
+
+int PROGRESS_Percent(const ProgressView& view) {
+    return PROGRESS_Share(view, 100);
 }

@@ -67,6 +67,8 @@ void PROGRESS_ShowCancel(bool show);
 // The user pressed Cancel: calls the cancel handler, if there is one.
 void PROGRESS_Cancel();
 
-// What a display shows now. The percentage is (pos - min) * 100 / (max - min).
+// What a display shows now.
 ProgressView PROGRESS_GetView();
+// The part of `whole` that is done: whole * (pos - min) / (max - min).
+int PROGRESS_Share(const ProgressView& view, int whole);
 int PROGRESS_Percent(const ProgressView& view);

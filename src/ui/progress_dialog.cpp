@@ -40,7 +40,7 @@ protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         painter.fillRect(rect(), kEmpty);
-        const int split = view_.barTextMode ? 0 : width() * PROGRESS_Percent(view_) / 100;
+        const int split = view_.barTextMode ? 0 : PROGRESS_Share(view_, width());
         const QRect filled(0, 0, split, height());
         painter.fillRect(filled, kFilled);
         drawText(painter, QRect(split, 0, width() - split, height()), Qt::black);

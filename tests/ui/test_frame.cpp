@@ -1,6 +1,7 @@
 #include "desktop_world.h"
 #include "notice/status.h"
 #include "shell/program_files.h"
+#include "shell/startup.h"
 #include "ui/status_bar.h"
 
 #include <QDropEvent>
@@ -193,4 +194,27 @@ TEST(Frame, OpensWhatIsDroppedOnIt) {
     EXPECT_TRUE(runUntil([] { return SESSION_Get().loaded; }));
     drop(project);
     EXPECT_TRUE(runUntil([] { return SIO_GetBaudrate() == 2400; }));
+}
+
+TEST(Start, AsksForTheSettingsOverAFrameWhoseLogIsOpen) {
+    UiWorld world("[Settings MAINFRAME]\nShowLog = 1\n[Settings PORTS]\nCOM1 = \"/no/port\"\n");
+    std::filesystem::copy(CALVORIN_DEVICES, world.folder.path(),
+                          std::filesystem::copy_options::recursive);
+    EVENTS_Open();
+    FRONTEND_Set(DESKTOP_Create());
+    BOX_SetResponder([](const BoxRequest&) { return ANSWER_OK; });
+    const auto start = [] { return STARTUP_Run({"no.hex"}) ? kDialogOk : kDialogCancel; };
+    EXPECT_EQ(driveDialog(start,
+                          [](const QDialog& dialog) { // which is cancelled
+                              EXPECT_EQ(dialog.objectName(), "600");
+                              EXPECT_TRUE(FRAME_Get()->isVisible());
+                              EXPECT_TRUE(DEVPROPS_IsBlockSelected(0));
+                          }),
+              kDialogOk);
+    EXPECT_TRUE((SIO_GetConfig() == SioConfig{1, 38400, 0}));
+    STARTUP_Close();
+    BOX_SetResponder({});
+    FRONTEND_Set({});
+    const std::string log = readFile(world.folder / "tool.log");
+    EXPECT_LT(log.find("Logging started..."), log.find("Opening no.hex"));
 }
