@@ -19,7 +19,7 @@ bool PROCESS_NoColour();
 void PROCESS_Beep();
 
 // Runs `handler` on a thread of its own for the first SIGINT, SIGTERM or SIGHUP; a second one ends
-// the process at once. To be called before any other thread is started.
+// the process at once. A SIGHUP that is ignored already (nohup) stays ignored. To be called before any other thread is started.
 void PROCESS_CatchSignals(std::function<void()> handler);
 
 // Loads a module that stands beside the executable and finds a function of it; nullptr with the

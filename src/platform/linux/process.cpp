@@ -29,7 +29,11 @@ sigset_t endingSignals() {
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGHUP);
+    struct sigaction hangUp {};
+    const bool known = sigaction(SIGHUP, nullptr, &hangUp) == 0;
+    if (!known || hangUp.sa_handler != SIG_IGN) { // ignored: the user started the run with nohup
+        sigaddset(&signals, SIGHUP);
+    }
     return signals;
 }
 
