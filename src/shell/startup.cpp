@@ -58,6 +58,9 @@ void prepareModules() {
     FRONTEND_Get().start();
     INI_Load();
     readFrameSettings();
+    if (SESSION_Get().showLog != 0) {
+        FRONTEND_Get().openView(View::log); // before there is anything to log
+    }
     PASSWORD_SetDialog(FRONTEND_Get().passwordDialog);
     MRU_Init(MRU_PROGRAMS, kRecentEntries);
     MRU_Init(MRU_PROJECTS, kRecentEntries);
@@ -89,9 +92,6 @@ void openPort() {
 
 void openRememberedViews() {
     const Session& session = SESSION_Get();
-    if (session.showLog != 0) {
-        FRONTEND_Get().openView(View::log);
-    }
     if (session.showDevice != 0) {
         FRONTEND_Get().openView(View::device);
     }
