@@ -105,12 +105,15 @@ std::string currentProgramFile() {
     return HEXDATA_IsEmpty() ? std::string() : SESSION_Get().programPath;
 }
 
-void keepBadProject() {
+// Moves the project that could not be read out of the way. False when it stays where it is.
+bool keepBadProject() {
     const std::string kept = IDENTITY_DefaultProject() + ".bad";
-    if (FILES_Rename(IDENTITY_DefaultProject(), kept).ok()) {
-        CONSOLE_PrintLine("Note: the default project could not be read to its end; it is kept as " +
-                          kept);
-    }
+    const FileResult result = FILES_Rename(IDENTITY_DefaultProject(), kept);
+    CONSOLE_PrintLine("Note: the default project could not be read to its end; " +
+                      (result.ok() ? "it is kept as " + kept
+                                   : "it stays as it is, without the values of this run (" + kept +
+                                         ": " + result.reason + ")"));
+    return result.ok();
 }
 
 } // namespace
@@ -153,10 +156,9 @@ void STARTUP_FrameClosed() {
 void STARTUP_Finish() {
     INI_WriteRect(kSection, "Rect", SESSION_Get().frameRect);
     DEVPROPS_Save();
-    if (defaultProjectIsBad) {
-        keepBadProject();
+    if (!defaultProjectIsBad || keepBadProject()) {
+        PROJECT_Save(IDENTITY_DefaultProject(), currentProgramFile());
     }
-    PROJECT_Save(IDENTITY_DefaultProject(), currentProgramFile());
 }
 
 void STARTUP_Close() {
