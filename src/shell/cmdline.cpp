@@ -7,6 +7,7 @@
 #include "platform/process.h"
 #include "shell/cmdline_table.h"
 #include "shell/cmdline_values.h"
+#include "shell/console.h"
 #include "shell/front_end.h"
 
 #include <algorithm>
@@ -87,6 +88,13 @@ void runEntry(const CmdlineEntry& entry, const std::string& argument) {
     }
 }
 
+// Where no help box will tell, the user hears of an argument that has no effect.
+void noteStray(const std::string& argument) {
+    if (!FRONTEND_Get().hasWindows) {
+        CONSOLE_PrintLine("Note: \"" + argument + "\" is not an option and is left out");
+    }
+}
+
 // False when the argument is not an option of the table.
 bool processOption(const std::string& argument) {
     const std::string text = argument.substr(1);
@@ -106,8 +114,8 @@ void CMDLINE_SetDispatcher(int exitId, CommandDispatcher newDispatcher) {
     dispatcher = std::move(newDispatcher);
 }
 
-std::string CMDLINE_Process(const std::vector<std::string>& arguments) {
-    std::string programFile;
+std::optional<std::string> CMDLINE_Process(const std::vector<std::string>& arguments) {
+    std::optional<std::string> programFile;
     bool allRecognised = true;
     for (size_t index = 0; index < arguments.size(); ++index) {
         const std::string& argument = arguments[index];
@@ -116,6 +124,7 @@ std::string CMDLINE_Process(const std::vector<std::string>& arguments) {
         } else if (isOption(argument)) {
             allRecognised &= processOption(argument);
         } else {
+            noteStray(argument);
             allRecognised = false;
         }
     }

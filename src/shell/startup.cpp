@@ -130,9 +130,8 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
     SUMMARY_Refresh();
     loadDefaultProject();
     PASSWORD_SetLimitsOfDevice(); // an option may fill the password before it names a device
-    const std::string programFile = CMDLINE_Process(arguments);
-    if (!programFile.empty()) {
-        PROGRAM_Open(programFile);
+    if (const auto programFile = CMDLINE_Process(arguments)) {
+        PROGRAM_Open(*programFile);
     }
     openRememberedViews();
     PASSWORD_SetLimitsOfDevice();
