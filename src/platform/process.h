@@ -5,6 +5,10 @@
 #include <string>
 #include <string_view>
 
+// Leads standard streams that the program was started without to nowhere; otherwise the next file or
+// port that is opened would be taken for them. To be called before anything is opened.
+void PROCESS_OpenStandardStreams();
+
 // Writes to standard output or standard error in one call.
 void PROCESS_WriteOut(std::string_view text);
 void PROCESS_WriteError(std::string_view text);

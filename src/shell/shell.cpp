@@ -85,6 +85,7 @@ void mainLoop() {
 } // namespace
 
 int SHELL_Run(int argc, char** argv) {
+    PROCESS_OpenStandardStreams();
     const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     if (answerAtOnce(arguments)) {
         return 0;

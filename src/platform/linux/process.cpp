@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/ioctl.h>
 #include <thread>
@@ -38,6 +39,14 @@ sigset_t endingSignals() {
 }
 
 } // namespace
+
+void PROCESS_OpenStandardStreams() {
+    int descriptor = 0;
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
+        descriptor = ::open("/dev/null", O_RDWR); // the lowest number that is free
+    }
+    ::close(descriptor);
+}
 
 void PROCESS_WriteOut(std::string_view text) {
     writeAll(STDOUT_FILENO, text);
