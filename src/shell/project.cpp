@@ -133,7 +133,8 @@ bool PROJECT_Save(const std::string& path, const std::string& programFile) {
 
 bool PROJECT_Load(const std::string& path) {
     std::string content;
-    if (!FILES_ReadAll(path, content).ok()) {
+    if (const FileResult result = FILES_ReadAll(path, content); !result.ok()) {
+        LOG_Add(formatText("%s: %s", path.c_str(), result.reason.c_str()));
         ERROR_Out(nullptr, "Read file failed", 1);
         return false;
     }

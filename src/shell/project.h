@@ -19,6 +19,8 @@ void PROJECT_Open(const std::string& path);
 void PROJECT_SaveCurrent();
 void PROJECT_SaveAsDialog();
 
+// Rate and port where none was chosen.
+void PROJECT_FillDefaults();
 // The sequence of a first start and of a new project: all blocks selected, then the dialogs for
 // device, reset and port; defaults where one is cancelled.
 void PROJECT_FirstStart();

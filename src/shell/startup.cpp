@@ -71,6 +71,7 @@ void prepareModules() {
 void loadDefaultProject() {
     if (FILES_Exists(IDENTITY_DefaultProject())) {
         defaultProjectIsBad = !PROJECT_Load(IDENTITY_DefaultProject());
+        PROJECT_FillDefaults(); // of a file that ends early, or that a run without a port has saved
     } else {
         PROJECT_FirstStart();
     }
