@@ -20,8 +20,11 @@ An argument stands directly behind its option: -OptionsCOMPort2, -FileSaveAsout.
 Options take effect at once, commands run in their order, the first failure skips the rest.
 With -Exit nothing is shown or asked: errors, questions that were not asked and log lines go to
 standard error, and the exit code is 0 or 1. A run that queues no -Target command needs no port.
-A FILE may begin with "/" when no option has that name. Ctrl-C and SIGTERM end a run with 1.
-Alone: --help and -? print this text, --version prints the version.
+Ctrl-C, SIGTERM and SIGHUP end a run with 1.
+A FILE may begin with "/" when no option begins that way and the file exists.
+What a run leaves in Calvorin.tpu beside the program, the next one starts with; a Calvorin.tpu that
+cannot be read to its end is kept as Calvorin.tpu.bad.
+Alone: --help prints this text, -? too where there is no desktop, --version prints the version.
 )";
 
 struct QueuedCommand {
