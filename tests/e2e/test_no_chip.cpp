@@ -46,12 +46,15 @@ TEST(WithoutChip, AnswersHelpAndVersionWithoutTouchingAnything) {
 
 TEST(WithoutChip, ReportsWhatItDoesNotUnderstand) {
     const ProgramFolder world;
-    const RunResult result = world.run({"-Nonsense", "2", "-Exit"});
+    const RunResult result = world.run({"", "-Nonsense", "2", "-Exit"});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.errors, Strings{"\"Nonsense\" is not a valid command !"});
+    EXPECT_EQ(result.errors, (Strings{"\"Nonsense\" is not a valid command !", "File not found"}));
     EXPECT_NE(result.err.find("Note: \"2\" is not an option and is left out\n"), std::string::npos);
     EXPECT_NE(readFile(world.folder / "calvorin.err").find("\"Nonsense\" is not"),
               std::string::npos);
+    world.run({"-Nonsense", "-Exit"}, [] { close(STDERR_FILENO); });
+    EXPECT_EQ(readFile(world.folder / "calvorin.log").find("\nError: "), std::string::npos)
+        << "a file was taken for standard error";
 }
 
 TEST(WithoutChip, ConvertsAndEditsWithoutAPort) {
@@ -97,44 +100,34 @@ TEST(WithoutChip, NeedsThePortForATargetCommand) {
 }
 
 // Each bad file: one clear message, exit code 1, the old output stays.
-TEST(WithoutChip, RefusesBadProgramFiles) {
-    const ProgramFolder world;
-    const std::string out = world.folder / "out.mot";
-    writeFile(out, "old");
-    writeFile(world.folder / "bad.hex", std::string(kHex) + " ");
-    const std::pair<std::string, const char*> cases[] = {
-        {world.folder / "bad.hex", "Error in line 3: Unexpected character"},
-        {"none.hex", "File not found"},
-        {"", "File not found"},
-        {world.folder.path(), "OnFileOpen: Invalid file handle"},
-    };
-    for (const auto& [path, error] : cases) {
-        const RunResult result = world.run({path, "-FileSaveAs" + out, "-Exit"});
-        EXPECT_EQ(result.exitCode, 1);
-        EXPECT_EQ(result.errors, Strings{error}) << path;
-        EXPECT_EQ(readFile(out), "old");
-    }
-}
-
-TEST(WithoutChip, RefusesBadDevicesAndSettings) {
+TEST(WithoutChip, RefusesBadFiles) {
     const struct {
         const char* file;
-        const char* content; // none: the file is removed
-        std::string errors;  // with the program folder as "."
+        std::string content; // "": the file is removed, "/": a folder in its place
+        const char* errors;
     } cases[] = {
+        {"app.hex", std::string(kHex) + " ", "Error in line 3: Unexpected character\n"},
+        {"app.hex", "", "File not found\n"},
+        {"app.hex", "/", "OnFileOpen: Invalid file handle\n"},
         {"Device/a.dev", "Device = \"X\"\nBanana = 3\n",
          "Unknown identifier: Banana\n"
          "Device::_ParseDeviceFile: Error reading device file ./Device/a.dev, Line 2\n"},
-        {"Device", nullptr, "Can not find device file in directory ./Device/\n"},
-        {"calvorin.ini", "[Settings MAINFRAME]\r\nShowLog = x\r\n", "Expecting a number\n"},
+        {"Device", "", "Can not find device file in directory ./Device/\n"},
+        {"calvorin.ini", "[Settings MAINFRAME]\r\nRect = 1, 2\r\n", "Expected ',', got '\\x0D'\n"},
     };
     for (const auto& c : cases) {
         const ProgramFolder world;
+        writeFile(world.folder / "app.hex", kHex);
+        writeFile(world.folder / "out.mot", "old");
         std::filesystem::remove_all(world.folder / c.file);
-        if (c.content != nullptr) {
+        if (c.content == "/") {
+            std::filesystem::create_directory(world.folder / c.file);
+        } else if (!c.content.empty()) {
             writeFile(world.folder / c.file, c.content);
         }
-        const RunResult result = world.run({"-Exit"});
+        const RunResult result = world.run({"app.hex", "-FileSaveAsout.mot", "-Exit"}, [&] {
+            std::filesystem::current_path(world.folder.path());
+        });
         EXPECT_EQ(result.exitCode, 1);
         std::string errors;
         for (const std::string& error : result.errors) {
@@ -142,6 +135,7 @@ TEST(WithoutChip, RefusesBadDevicesAndSettings) {
                 std::regex_replace(error, std::regex(world.folder.path().string()), ".") + "\n";
         }
         EXPECT_EQ(errors, c.errors);
+        EXPECT_EQ(readFile(world.folder / "out.mot"), "old");
     }
 }
 
@@ -162,7 +156,7 @@ TEST(WithoutChip, KeepsAProjectThatItCannotRead) {
               std::string::npos)
         << result.err;
     EXPECT_EQ(readFile(kept), bad);
-    EXPECT_NE(readFile(project).find("Port = 3\r\n"), std::string::npos);
+    EXPECT_NE(readFile(project).find("Port = 3\r\nBaudrate = 38400\r\n"), std::string::npos);
 }
 
 TEST(WithoutChip, PrintsWhatItWouldHaveAsked) {

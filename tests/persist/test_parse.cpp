@@ -105,36 +105,28 @@ TEST(Parse, SkipsALineWithTheBreaksBehindIt) {
 }
 
 TEST(HexText, ValuesAndBytes) {
-    const struct {
-        const char* text;
-        int32_t value;
-        const char* error;
-    } values[] = {{"", 0, ""},
-                  {"1fA", 0x1FA, ""},
-                  {"-10", -16, ""},
-                  {"-", 0, ""},
-                  {"FFFFFFFF", -1, ""},
-                  {"-80000000", INT32_MIN, ""},
-                  {"123456789", 0x23456789, ""},
-                  {"--1", 0, "Not a hex value"},
-                  {"1 ", 0, "Not a hex value"}};
-    for (const auto& c : values) {
+    const std::pair<const char*, std::string> values[] = {{"", "0"},
+                                                          {"1fA", "506"},
+                                                          {"-10", "-16"},
+                                                          {"-", "0"},
+                                                          {"FFFFFFFF", "-1"},
+                                                          {"-80000000", "-2147483648"},
+                                                          {"123456789", "591751049"},
+                                                          {"--1", "Not a hex value"},
+                                                          {"1 ", "Not a hex value"}};
+    for (const auto& [digits, expected] : values) {
         std::string error;
-        EXPECT_EQ(HEXTEXT_ToValue(c.text, error), c.value) << c.text;
-        EXPECT_EQ(error, c.error) << c.text;
+        const int32_t value = HEXTEXT_ToValue(digits, error);
+        EXPECT_EQ(error.empty() ? std::to_string(value) : error, expected) << digits;
     }
-    const struct {
-        const char* text;
-        const char* again; // the bytes as text
-        const char* error;
-    } texts[] = {{"0a1B", "0A1B", ""},
-                 {"0A1", "", "Odd length is illegal"},
-                 {"010203", "", "HexString too long"},
-                 {"0G", "", "Not a hex value"},
-                 {"-1-F", "FFF1", ""}};
-    for (const auto& c : texts) {
+    const std::pair<const char*, std::string> texts[] = {{"0a1B", "0A1B"},
+                                                         {"0A1", "Odd length is illegal"},
+                                                         {"010203", "HexString too long"},
+                                                         {"0G", "Not a hex value"},
+                                                         {"-1-F", "FFF1"}};
+    for (const auto& [digits, expected] : texts) {
         std::string error;
-        EXPECT_EQ(HEXTEXT_FromBytes(HEXTEXT_ToBytes(c.text, 2, error)), c.again) << c.text;
-        EXPECT_EQ(error, c.error) << c.text;
+        const std::string again = HEXTEXT_FromBytes(HEXTEXT_ToBytes(digits, 2, error));
+        EXPECT_EQ(again + error, expected) << digits;
     }
 }

@@ -35,13 +35,6 @@ TEST(Files, TellsMissingFromUnreadable) {
     EXPECT_EQ(FILES_Replace("/dev/full", "x").reason, "No space left on device");
 }
 
-TEST(Files, FindsWhatStandsBesideTheProgram) {
-    FILES_SetProgramPath("/opt/tool/calvorin.x");
-    EXPECT_EQ(FILES_BesideProgram("ini"), "/opt/tool/calvorin.ini");
-    FILES_SetProgramPath({});
-    EXPECT_EQ(FILES_ProgramBaseName(), "test_platform");
-}
-
 TEST(Files, ListsByExtensionInOrder) {
     const TempFolder folder;
     for (const char* name : {"b.dev", "a.dev", "c.txt"}) {
