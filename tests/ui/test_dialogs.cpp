@@ -45,6 +45,13 @@ void addDevices() {
     _AddDevice(device);
 }
 
+// The device for which every control is there.
+void selectVtB() {
+    addDevices();
+    DEVPROPS_SetDevice(2);
+    PASSWORD_SetLimitsOfDevice();
+}
+
 void chooseDevice(const QWidget& window, const char* name) {
     auto& combo = control<QComboBox>(window, "601");
     combo.setCurrentIndex(combo.findText(name));
@@ -89,15 +96,13 @@ void expectReachable(const QDialog& dialog) {
         if (!widget->isVisible()) {
             continue;
         }
-        const QVariant text =
-            widget->property("text"); // of labels and buttons; typed text has none
-        take(qobject_cast<QLineEdit*>(widget) != nullptr ? QString() : text.toString());
+        take(widget->property("text").toString());
         hasDefault = hasDefault || widget->property("default").toBool();
         if (widget->isEnabled() && widget->focusProxy() == nullptr &&
             (widget->focusPolicy() & Qt::TabFocus) != 0) {
             const QPoint place = widget->mapTo(&dialog, widget->rect().center());
             EXPECT_TRUE(place.y() > before.y() || place.x() > before.x())
-                << text.toString().toStdString();
+                << widget->objectName().toStdString();
             before = place;
         }
     }
@@ -108,27 +113,16 @@ void expectReachable(const QDialog& dialog) {
 
 TEST(Dialogs, CanBeUsedByKeyboard) {
     UiWorld world;
-    addDevices();
-    DEVPROPS_SetDevice(2); // which has every control
-    PASSWORD_SetLimitsOfDevice();
+    selectVtB();
     SESSION_Get().loaded = true;
     ValueRequest request;
     request.label1 = "Second:";
-    const std::function<int()> dialogs[] = {
-        [] { return DIALOG_Target(nullptr); },
-        [] { return DIALOG_Settings(nullptr); },
-        [] { return DIALOG_Communication(nullptr); },
-        [] { return DIALOG_Password(nullptr); },
-        [] { return DIALOG_InterruptVectors(nullptr); },
-        [&request] { return DIALOG_EditValue(nullptr, request); },
-        [] {
-            DIALOG_About(nullptr);
-            return 0;
-        },
-    };
-    for (const auto& dialog : dialogs) {
-        driveDialog(dialog, expectReachable);
+    for (const Dialog dialog : {DIALOG_Target, DIALOG_Settings, DIALOG_Communication,
+                                DIALOG_Password, DIALOG_InterruptVectors}) {
+        drive(dialog, expectReachable);
     }
+    driveDialog([&request] { return DIALOG_EditValue(nullptr, request); }, expectReachable);
+    driveDialog([] { return DIALOG_About(nullptr), 0; }, expectReachable);
     drive(DIALOG_Options, [](QDialog& dialog) {
         auto& pages = control<QTabWidget>(dialog, "pages");
         for (int page = 0; page < 4; ++page) {
@@ -309,63 +303,45 @@ TEST(CommunicationDialog, AppliesWhatTheControlsShow) {
     }
 }
 
-namespace {
-
-std::function<void(QDialog&)> password(const char* text, bool hex = false) {
-    return [text, hex](QDialog& dialog) {
-        if (hex) {
-            click(dialog, "1005");
-        }
-        type(dialog, "1003", text);
+// The rules themselves are tested with the password. A fault in an address is reported while it is
+// typed, every other one on OK, after which the dialog stays.
+TEST(PasswordDialog, ReadsItsControlsAndStaysWhenRefused) {
+    const PasswordLimits area = {0, 0, 0xFFDF, 7};
+    const std::string noHex = "Not a hex value";
+    struct Case {
+        PasswordLimits limits;
+        const char *box, *field; // clicked, and typed into
+        QString text;
+        std::string report;
+        std::vector<uint8_t> bytes;
     };
-}
-
-std::function<void(QDialog&)> addresses(const char* count, const char* compare) {
-    return [count, compare](QDialog& dialog) {
-        type(dialog, "1001", count);
-        type(dialog, "1002", compare);
+    const Case cases[] = {
+        {{}, nullptr, "1003", "a\u00DF", "", {0x61, 0xDF}},
+        {{}, "1005", "1003", "aB01", "", {0xAB, 0x01}},
+        {{7, 7, 0, 0}, "1004", "1003", "", "", std::vector<uint8_t>(7, 0xFF)},
+        {{8, 12, 0, 0}, nullptr, "1003", "1234567", "Password too short. Minimum 8 bytes", {}},
+        {area, nullptr, "1002", "FFE6", "Illegal password area. Must be within FFDF - FFE5", {}},
+        {area, nullptr, "1001", "", "Illegal count address. Must be within FFDF - FFE5", {}},
+        {area, nullptr, "1001", "FFE1x", noHex, {}},
     };
-}
-
-const PasswordLimits kArea = {0, 0, 0xFFDF, 7};
-const std::string kNoHex = "Not a hex value";
-
-// Enters something and chooses OK: the dialog closes with `result` as the password unless there is
-// something to report. A fault in an address is reported while it is typed.
-void enterPassword(const PasswordLimits& limits, const std::function<void(QDialog&)>& enter,
-                   const std::string& report, const std::vector<uint8_t>& result = {}) {
-    SCOPED_TRACE(report);
-    UiWorld world;
-    PASSWORD_SetLimits(limits.MinLen, limits.MaxLen, limits.AreaStart, limits.AreaSize);
-    const bool accepted = report.empty() || report == kNoHex;
-    drive(DIALOG_Password, [&](QDialog& dialog) {
-        EXPECT_EQ(control<QWidget>(dialog, "1001").isVisible(), limits.AreaSize != 0);
-        enter(dialog);
-        EXPECT_EQ(world.reports.size(), report == kNoHex ? 1u : 0u);
-        click(dialog, "1");
-        EXPECT_EQ(dialog.isVisible(), !accepted);
-    });
-    EXPECT_EQ(world.reports, report.empty() ? Texts{} : Texts{report});
-    EXPECT_EQ(PASSWORD_GetBytes(), result);
-    // A missing address has become the start of the area by opening the dialog.
-    EXPECT_EQ(PASSWORD_GetAdrCount(), limits.AreaStart);
-}
-
-} // namespace
-
-// The rules themselves are tested with the password.
-TEST(PasswordDialog, ValidatesWhatIsEntered) {
-    const auto fill = [](QDialog& dialog) { click(dialog, "1004"); };
-    const std::string notWithin = " Must be within FFDF - FFE5";
-    const std::string count = "Illegal count address." + notWithin;
-    const std::string area = "Illegal password area." + notWithin;
-    enterPassword({}, password("a\u00DF"), "", {0x61, 0xDF});
-    enterPassword({}, password("aB01", true), "", {0xAB, 0x01});
-    enterPassword({8, 12, 0, 0}, password("1234567"), "Password too short. Minimum 8 bytes");
-    enterPassword({7, 7, 0, 0}, fill, "", std::vector<uint8_t>(7, 0xFF));
-    enterPassword(kArea, addresses("FFDF", "FFE6"), area);
-    enterPassword(kArea, addresses("", "FFE5"), count);
-    enterPassword(kArea, addresses("FFE1x", "FFE5"), kNoHex);
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.report);
+        UiWorld world;
+        PASSWORD_SetLimits(c.limits.MinLen, c.limits.MaxLen, c.limits.AreaStart, c.limits.AreaSize);
+        drive(DIALOG_Password, [&](QDialog& dialog) {
+            EXPECT_EQ(control<QWidget>(dialog, "1001").isVisible(), c.limits.AreaSize != 0);
+            if (c.box != nullptr) {
+                click(dialog, c.box);
+            }
+            type(dialog, c.field, c.text);
+            EXPECT_EQ(world.reports.empty(), c.report != noHex);
+            click(dialog, "1");
+            EXPECT_EQ(dialog.isVisible(), !c.report.empty() && c.report != noHex);
+        });
+        EXPECT_EQ(world.reports, c.report.empty() ? Texts{} : Texts{c.report});
+        EXPECT_EQ(PASSWORD_GetBytes(), c.bytes);
+        EXPECT_EQ(PASSWORD_GetAdrCount(), c.limits.AreaStart) << "filled in by opening the dialog";
+    }
 }
 
 TEST(PasswordDialog, ShowsTheSettingsInTheirMode) {
@@ -389,9 +365,7 @@ TEST(PasswordDialog, ShowsTheSettingsInTheirMode) {
 
 TEST(OptionsSheet, ApplyFollowsEveryChangeAndItsUndoing) {
     UiWorld world;
-    addDevices();
-    DEVPROPS_SetDevice(2);
-    PASSWORD_SetLimitsOfDevice();
+    selectVtB();
     PASSWORD_SetBytes(std::vector<uint8_t>{0x61, 0x62});
     SIO_Init(0, 9600, 0, 8, 0, 0);
     using Change = std::function<void(QDialog&)>;
@@ -425,9 +399,7 @@ TEST(OptionsSheet, ApplyFollowsEveryChangeAndItsUndoing) {
 
 TEST(OptionsSheet, ARefusingPageKeepsItOpenOnThatPage) {
     UiWorld world;
-    addDevices();
-    DEVPROPS_SetDevice(2);
-    PASSWORD_SetLimitsOfDevice();
+    selectVtB();
     SIO_Init(1, 9600, 0, 8, 0, 0);
     const int result = drive(DIALOG_Options, [&world](QDialog& dialog) {
         click(dialog, "602");
