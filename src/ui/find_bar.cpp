@@ -79,6 +79,7 @@ private:
     void addButton(QHBoxLayout* layout, const QString& text, const QString& name, bool forward) {
         auto* button = new QPushButton(text, this);
         button->setObjectName(name);
+        button->setAutoDefault(true); // Enter presses the button that has the focus
         connect(button, &QPushButton::clicked, this, [this, forward] { search(forward); });
         layout->addWidget(button);
     }

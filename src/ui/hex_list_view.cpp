@@ -23,6 +23,8 @@ constexpr std::array<TextColumn, 6> kColumns = {{
     {"Data (ASCII)", 145, "0000000000000000"},
 }};
 
+constexpr int kCharacters = kColumns.size() - 1; // the last column
+
 // A snapshot of the areas, and the row that was asked for last: a view asks for the cells of a row
 // one after the other.
 struct Rows {
@@ -36,10 +38,10 @@ QString cellText(Rows& rows, int row, int column) {
         HEXLISTVIEW_MakeRow(rows.areas, static_cast<size_t>(row), rows.row);
         rows.current = row;
     }
-    const std::array<const std::string*, kColumns.size()> cells = {
-        &rows.row.number, &rows.row.address, &rows.row.length,
-        &rows.row.gap,    &rows.row.hex,     &rows.row.characters};
-    return QString::fromLatin1(*cells[static_cast<size_t>(column)]);
+    const std::array<const std::string*, kCharacters> cells = {
+        &rows.row.number, &rows.row.address, &rows.row.length, &rows.row.gap, &rows.row.hex};
+    return column == kCharacters ? LOOK_Characters(rows.row.characters)
+                                 : QString::fromLatin1(*cells[static_cast<size_t>(column)]);
 }
 
 class HexListView final : public ViewWidget {
@@ -61,7 +63,6 @@ public:
         layout->addLayout(line);
         layout->addWidget(table_);
         setFocusProxy(table_);
-        setColumnWidths({});
         HexListView::refresh();
     }
 
@@ -76,7 +77,7 @@ public:
 
     std::vector<int> columnWidths() const override { return TEXTTABLE_Widths(table_); }
     void setColumnWidths(const std::vector<int>& widths) override {
-        TEXTTABLE_SetWidths(table_, kColumns, widths);
+        TEXTTABLE_SetWidths(table_, widths);
     }
 
 protected:

@@ -1,10 +1,10 @@
 #include "serial/terminal_buffer.h"
 #include "target/worker.h"
 #include "ui/frame_menu.h"
+#include "ui/look.h"
 #include "ui/terminal_keys.h"
 #include "ui/view_widget.h"
 
-#include <QFontDatabase>
 #include <QGridLayout>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
@@ -87,7 +87,7 @@ public:
         receive_->setMaximumBlockCount(kReceiveBlocks);
         send_ = new SendPane(this);
         send_->setObjectName("Send");
-        const QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+        const QFont fixed = LOOK_FixedFont();
         receive_->setFont(fixed);
         send_->setFont(fixed);
         auto* layout = new QGridLayout(this);

@@ -1,5 +1,6 @@
 #include "ui/view_windows.h"
 
+#include "notice/log.h"
 #include "persist/ini.h"
 #include "shell/session.h"
 #include "ui/artwork.h"
@@ -165,6 +166,10 @@ QMdiSubWindow* createWindow(const ViewSpec& spec) {
     window->setGeometry(laidOut ? PLACEMENT_BroughtBack(place, area->viewport()->rect()) : place);
     window->view().refresh();
     window->show();
+    if (spec.view == View::log) {
+        LOG_RestartClock();
+        LOG_Add("Logging started...");
+    }
     return window;
 }
 
