@@ -48,19 +48,10 @@ class HexListView final : public ViewWidget {
 public:
     explicit HexListView(QWidget* parent)
         : ViewWidget(parent), table_(TEXTTABLE_Create(kColumns, LOOK_FixedFont(), this)) {
-        auto* line = new QHBoxLayout;
-        line->setContentsMargins(3, 2, 3, 2);
-        line->setSpacing(2 * fontMetrics().averageCharWidth());
-        line->addWidget(addLabel("rangeTitle"));
-        for (const char* name : {"range", "checksum", "bytes"}) {
-            line->addWidget(addLabel(name));
-        }
-        line->addStretch();
-        label("rangeTitle")->setText("Range:");
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->setSpacing(0);
-        layout->addLayout(line);
+        layout->addWidget(createSummary());
         layout->addWidget(table_);
         setFocusProxy(table_);
         HexListView::refresh();
@@ -89,8 +80,24 @@ protected:
     }
 
 private:
-    QLabel* addLabel(const char* name) {
-        auto* added = new QLabel(this);
+    // As wide as its texts need; a narrow window covers its end, as it does with the list.
+    QWidget* createSummary() {
+        auto* strip = new QWidget(this);
+        auto* texts = new QWidget(strip);
+        auto* line = new QHBoxLayout(texts);
+        line->setSizeConstraint(QLayout::SetFixedSize);
+        line->setContentsMargins(3, 2, 3, 2);
+        line->setSpacing(2 * fontMetrics().averageCharWidth());
+        for (const char* name : {"rangeTitle", "range", "checksum", "bytes"}) {
+            line->addWidget(createLabel(name, texts));
+        }
+        label("rangeTitle")->setText("Range:");
+        strip->setFixedHeight(texts->sizeHint().height());
+        return strip;
+    }
+
+    static QLabel* createLabel(const char* name, QWidget* parent) {
+        auto* added = new QLabel(parent);
         added->setObjectName(name);
         added->setFont(LOOK_FixedFont());
         added->setTextInteractionFlags(Qt::TextSelectableByMouse);

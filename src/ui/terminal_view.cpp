@@ -5,6 +5,7 @@
 #include "ui/terminal_keys.h"
 #include "ui/view_widget.h"
 
+#include <QApplication>
 #include <QGridLayout>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
@@ -105,6 +106,13 @@ public:
     }
 
     void refresh() override { showReceived(TERMINAL_GetText()); }
+
+    // Ready to type, but for a click that begins to select what was received.
+    void activated() override {
+        if (QApplication::mouseButtons() == Qt::NoButton || !receive_->underMouse()) {
+            send_->setFocus();
+        }
+    }
 
 private:
     void takeChange() {

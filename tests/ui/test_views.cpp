@@ -1,4 +1,5 @@
 #include "data/data_rows.h"
+#include "desktop_world.h"
 #include "platform/format.h"
 #include "shell/front_end.h"
 #include "ui/dump_scroll.h"
@@ -13,6 +14,8 @@
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
+#include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QTableView>
 #include <memory>
@@ -300,4 +303,33 @@ TEST(Views, OpenAndPaintManyAreasAndManyBytesAtOnce) {
         }
     }
     EXPECT_LT(timer.elapsed(), 5000);
+}
+
+TEST(TerminalView, IsReadyToTypeWheneverItIsActivated) {
+    DesktopWorld world;
+    world.show();
+    QApplication::processEvents();
+    QMdiArea& area = *world.frame().findChild<QMdiArea*>();
+    const auto focusIn = [&](View view) {
+        FRONTEND_Get().openView(view);
+        QApplication::processEvents();
+        return area.activeSubWindow()->focusWidget();
+    };
+    for (const char* last : {"Send", "Receive"}) {
+        EXPECT_EQ(focusIn(View::terminal)->objectName(), "Send");
+        control<QPlainTextEdit>(*world.window("Terminal I/O"), last).setFocus();
+        EXPECT_NE(qobject_cast<QTableView*>(focusIn(View::hexList)), nullptr);
+    }
+    EXPECT_EQ(focusIn(View::terminal)->objectName(), "Send");
+}
+
+TEST(LogView, StartsAgainWithTheDefaultPlacement) {
+    DesktopWorld world;
+    world.show();
+    FRONTEND_Get().openView(View::log);
+    CLOCK_Sleep(20);
+    FRONTEND_Get().restoreDefaultPlacement();
+    const auto& list = control<QListView>(world.frame(), "LogList");
+    ASSERT_TRUE(runUntil([&] { return list.model()->rowCount() > 0; }));
+    EXPECT_EQ(list.model()->index(0, 0).data().toString().left(10), "0:00:00:00");
 }
