@@ -7,7 +7,7 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 target=${1:-$root/docs/images}
 bin=${BIN:-$root/build/release/bin}
-work=$(mktemp -d)
+work=$(mktemp -d /tmp/calvorin.XXXX)
 pids=()
 trap 'kill "${pids[@]}" 2>/dev/null || true; wait 2>/dev/null || true; rm -rf "$work"' EXIT
 mkdir -p "$target"
@@ -54,7 +54,14 @@ options=(-OptionsTargetDeviceVT-B128 -OptionsCOMPort1 -OptionsCOMBaudrate115200
 pids+=($!)
 program=$!
 
-shot() { sleep "${2:-0.7}"; import -window root "$target/$1.png"; echo "$target/$1.png"; }
+# A picture of the frame; whole=1: of the screen, which is a little larger.
+shot() {
+  sleep "${2:-0.7}"
+  crop=(-crop "$((800 * scale))x$((600 * scale))+0+0" +repage)
+  [ -z "${whole:-}" ] || crop=()
+  import -window root "${crop[@]}" "$target/$1.png"
+  echo "$target/$1.png"
+}
 # Without a window manager nobody hands the keyboard on: the window on top gets it.
 keys() {
   for key in "$@"; do
@@ -77,7 +84,9 @@ keys alt+e r; shot relocate; keys Escape
 keys alt+e d; shot delete-range; keys Escape
 keys alt+h a; shot about; keys Escape
 keys ctrl+o; shot open; keys Escape
-keys F1; shot help 1.2; keys Escape
+keys F1; whole=1 shot help 1.2; keys Escape
+xdotool mousemove $((400 * scale)) $((150 * scale)) click 1
+keys ctrl+f; xdotool type "05 24 43"; keys Return; shot find; keys Escape
 keys F7; shot programming 2.5; shot finished 8; keys Return; shot after
 keys F5; shot read-back; keys Escape
 kill "$program"

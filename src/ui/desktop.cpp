@@ -1,6 +1,5 @@
 #include "ui/desktop.h"
 
-#include "notice/log.h"
 #include "notice/run.h"
 #include "persist/mru.h"
 #include "shell/session.h"
@@ -73,12 +72,7 @@ void openView(View view) {
         return;
     }
     FRAME_Place(); // a view stands in an area of the right size
-    const bool opensLog = view == View::log && !VIEWS_IsOpen(View::log);
     VIEWS_Open(view);
-    if (opensLog) {
-        LOG_RestartClock();
-        LOG_Add("Logging started...");
-    }
 }
 
 void fillViews(FrontEnd& frontEnd) {

@@ -19,32 +19,26 @@ public:
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->addWidget(table_);
+        TEXTTABLE_WrapTexts(table_); // the window is a narrow one
         setFocusProxy(table_);
         DeviceView::refresh();
     }
 
     void refresh() override {
-        const bool untouched = columnWidths() == defaults_ || defaults_.empty();
         const auto rows = std::make_shared<const std::vector<DeviceRow>>(DEVICEVIEW_MakeRows());
         TEXTTABLE_SetRows(table_, static_cast<int>(rows->size()), [rows](int row, int column) {
             const DeviceRow& texts = (*rows)[static_cast<size_t>(row)];
             return QString::fromStdString(column == 0 ? texts.name : texts.value);
         });
-        if (untouched) {
-            setColumnWidths({}); // another device may need wider columns
-        }
     }
 
     std::vector<int> columnWidths() const override { return TEXTTABLE_Widths(table_); }
     void setColumnWidths(const std::vector<int>& widths) override {
-        TEXTTABLE_SetWidths(table_, kColumns, {});
-        defaults_ = columnWidths();
-        TEXTTABLE_SetWidths(table_, kColumns, widths);
+        TEXTTABLE_SetWidths(table_, widths);
     }
 
 private:
     QTableView* table_;
-    std::vector<int> defaults_; // what the present rows need
 };
 
 } // namespace

@@ -20,27 +20,25 @@ class FindBar : public QWidget {
 public:
     FindBar(QWidget* parent, FindRequest find, std::function<void()> closed)
         : QWidget(parent), find_(std::move(find)), closed_(std::move(closed)),
-          kind_(new QComboBox(this)), edit_(new QLineEdit(this)), message_(new QLabel(this)) {
-        auto* layout = new QHBoxLayout(this);
-        layout->setContentsMargins(4, 2, 4, 2);
-        addKind(layout);
-        layout->addWidget(edit_, 1);
-        addButton(layout, "&Next", "findNext", true);
-        addButton(layout, "Pre&vious", "findPrevious", false);
-        layout->addWidget(message_);
-        auto* close = new QToolButton(this);
-        close->setText("\u00D7");
-        close->setToolTip("Close (Esc)");
-        close->setAccessibleName("Close");
-        close->setAutoRaise(true);
-        connect(close, &QToolButton::clicked, this, [this] { leave(); });
-        layout->addWidget(close);
+          layout_(new QBoxLayout(QBoxLayout::LeftToRight, this)), kind_(new QComboBox(this)),
+          edit_(new QLineEdit(this)), message_(new QLabel(this)) {
+        layout_->setContentsMargins(4, 2, 4, 2);
+        auto* entry = new QHBoxLayout;
+        auto* buttons = new QHBoxLayout;
+        layout_->addLayout(entry, 1);
+        layout_->addLayout(buttons);
+        layout_->addWidget(message_);
+        addKind(entry);
+        entry->addWidget(edit_, 1);
+        addButton(buttons, "&Next", "findNext", true);
+        addButton(buttons, "Pre&vious", "findPrevious", false);
+        entry->insertWidget(0, createClose());
         message_->setObjectName("findMessage");
         hide();
     }
 
     void open() {
-        show();
+        setVisible(true);
         edit_->selectAll();
         edit_->setFocus(Qt::ShortcutFocusReason);
     }
@@ -56,7 +54,33 @@ protected:
         }
     }
 
+    void resizeEvent(QResizeEvent*) override { arrange(); }
+
 private:
+    QToolButton* createClose() {
+        auto* close = new QToolButton(this);
+        close->setText("\u00D7");
+        close->setToolTip("Close (Esc)");
+        close->setAccessibleName("Close");
+        close->setAutoRaise(true);
+        connect(close, &QToolButton::clicked, this, [this] { leave(); });
+        return close;
+    }
+
+    // Its parts stand side by side, or one below the other where the window is too narrow.
+    void arrange() {
+        layout_->setDirection(QBoxLayout::LeftToRight);
+        if (layout_->minimumSize().width() > width()) {
+            layout_->setDirection(QBoxLayout::TopToBottom);
+        }
+    }
+
+    void showMessage(const QString& message) {
+        message_->setText(message);
+        message_->setVisible(!message.isEmpty());
+        arrange();
+    }
+
     void addKind(QHBoxLayout* layout) {
         auto* label = new QLabel("&Find:", this);
         label->setBuddy(edit_);
@@ -67,10 +91,10 @@ private:
         const auto tellForm = [this] {
             edit_->setPlaceholderText(kind_->currentIndex() == kBytes ? "Hex digits, as in 01 FF 3C"
                                                                       : "Characters");
-            message_->clear();
+            showMessage({});
         };
         connect(kind_, &QComboBox::currentIndexChanged, this, tellForm);
-        connect(edit_, &QLineEdit::textChanged, message_, &QLabel::clear);
+        connect(edit_, &QLineEdit::textChanged, this, [this] { showMessage({}); });
         tellForm();
         layout->addWidget(label);
         layout->addWidget(kind_);
@@ -79,6 +103,7 @@ private:
     void addButton(QHBoxLayout* layout, const QString& text, const QString& name, bool forward) {
         auto* button = new QPushButton(text, this);
         button->setObjectName(name);
+        button->setAutoDefault(true); // Enter presses the button that has the focus
         connect(button, &QPushButton::clicked, this, [this, forward] { search(forward); });
         layout->addWidget(button);
     }
@@ -106,7 +131,7 @@ private:
         if (message.isEmpty() && !pattern.empty()) {
             message = find_(pattern, forward);
         }
-        message_->setText(message);
+        showMessage(message);
     }
 
     void leave() {
@@ -116,6 +141,7 @@ private:
 
     FindRequest find_;
     std::function<void()> closed_;
+    QBoxLayout* layout_;
     QComboBox* kind_;
     QLineEdit* edit_;
     QLabel* message_;

@@ -9,6 +9,7 @@
 #include <QStandardItemModel>
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <utility>
 
 namespace {
@@ -18,7 +19,6 @@ constexpr std::array<const char*, kColumns> kTitles = {"Adr.", "Data (HEX)", "Da
 constexpr std::array<int, kColumns> kDefaultWidths = {70, 381, 130}; // pixels
 constexpr std::array<int, kColumns> kTextLengths = {8, 47, 16};
 constexpr int kMargin = 3; // pixels between a column's edge and its text
-constexpr int kHeaderSpace = 4;
 
 // The request that a key or an action of the scroll bar stands for.
 template <size_t Count>
@@ -46,17 +46,27 @@ constexpr std::array<std::pair<int, ScrollRequest>, 6> kActions = {{
     {QAbstractSlider::SliderToMaximum, ScrollRequest::bottom},
 }};
 
-// How far Shift with an arrow key moves the caret, in addresses; 0 for any other key.
-int64_t caretStep(int key) {
+// How far Shift with a key moves the caret, in addresses; the ends of the data clip it.
+int64_t caretStep(int key, int page) {
+    constexpr int64_t kLine = kBytesPerRow;
+    constexpr int64_t kAll = int64_t{1} << 32;
     switch (key) {
     case Qt::Key_Left:
         return -1;
     case Qt::Key_Right:
         return 1;
     case Qt::Key_Up:
-        return -int64_t{kBytesPerRow};
+        return -kLine;
     case Qt::Key_Down:
-        return kBytesPerRow;
+        return kLine;
+    case Qt::Key_PageUp:
+        return -kLine * page;
+    case Qt::Key_PageDown:
+        return kLine * page;
+    case Qt::Key_Home:
+        return -kAll;
+    case Qt::Key_End:
+        return kAll;
     default:
         return 0;
     }
@@ -65,7 +75,8 @@ int64_t caretStep(int key) {
 } // namespace
 
 HexDumpArea::HexDumpArea(QWidget* parent)
-    : QAbstractScrollArea(parent), header_(new QHeaderView(Qt::Horizontal, this)) {
+    : QAbstractScrollArea(parent), header_(new QHeaderView(Qt::Horizontal, this)),
+      columns_(new ColumnFit(header_, viewport())) {
     setFont(LOOK_FixedFont());
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName("Hex dump");
@@ -83,7 +94,7 @@ HexDumpArea::HexDumpArea(QWidget* parent)
     });
     connect(verticalScrollBar(), &QAbstractSlider::actionTriggered, this,
             [this](int action) { followScrollBar(action); });
-    setColumnWidths({});
+    adaptColumns();
     refresh();
 }
 
@@ -110,7 +121,7 @@ uint32_t HexDumpArea::topAddress() const {
 
 // Header and scroll bars after a change of size, columns or data.
 void HexDumpArea::layOut() {
-    const int height = header_->sizeHint().height() + kHeaderSpace;
+    const int height = header_->sizeHint().height();
     setViewportMargins(0, height, 0, 0);
     const QRect area = viewport()->geometry();
     header_->setGeometry(area.x(), area.y() - height, area.width(), height);
@@ -130,6 +141,7 @@ void HexDumpArea::resizeEvent(QResizeEvent*) {
 void HexDumpArea::changeEvent(QEvent* event) {
     QAbstractScrollArea::changeEvent(event);
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+        adaptColumns();
         layOut();
     }
 }
@@ -165,14 +177,14 @@ void HexDumpArea::keyPressEvent(QKeyEvent* event) {
 }
 
 bool HexDumpArea::extendSelection(int key) {
-    const int64_t step = caretStep(key);
+    const int64_t step = caretStep(key, scroll().page);
     if (step == 0) {
         return false;
     }
     DumpSelection next = selection_.value_or(DumpSelection{topAddress(), topAddress()});
-    const int64_t target = int64_t{next.caret} + step;
-    if (selection_ && target >= range_.first && target <= range_.last) {
-        next.caret = static_cast<uint32_t>(target);
+    if (selection_) {
+        const int64_t target = int64_t{next.caret} + step;
+        next.caret = static_cast<uint32_t>(std::clamp<int64_t>(target, range_.first, range_.last));
     }
     select(next);
     return true;
@@ -255,20 +267,16 @@ uint32_t HexDumpArea::addressAt(QPoint point, bool characters) const {
     return static_cast<uint32_t>(std::min<int64_t>(address, range_.last));
 }
 
-std::vector<int> HexDumpArea::columnWidths() const {
-    return {header_->sectionSize(kAddress), header_->sectionSize(kHex),
-            header_->sectionSize(kCharacters)};
-}
-
-void HexDumpArea::setColumnWidths(const std::vector<int>& widths) {
+// What the columns need for a whole line.
+void HexDumpArea::adaptColumns() {
+    std::vector<ColumnNeed> needs;
     for (int column = 0; column < kColumns; ++column) {
         const auto index = static_cast<size_t>(column);
-        const int needed = static_cast<int>(charWidth() * kTextLengths[index]) + 2 * kMargin;
-        const bool stored = index < widths.size() && widths[index] > 0;
-        header_->resizeSection(column, stored ? widths[index]
-                                              : std::max({kDefaultWidths[index], needed,
-                                                          header_->sectionSizeHint(column)}));
+        const int text = static_cast<int>(std::ceil(charWidth() * kTextLengths[index]));
+        const int least = std::max(text + 2 * kMargin, header_->sectionSizeHint(column));
+        needs.push_back({std::max(kDefaultWidths[index], least), least});
     }
+    columns_->setNeeds(std::move(needs));
 }
 
 int HexDumpArea::lineHeight() const {

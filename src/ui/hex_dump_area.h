@@ -3,12 +3,11 @@
 #pragma once
 
 #include "data/data_rows.h"
+#include "ui/column_fit.h"
 #include "ui/dump_scroll.h"
 
 #include <QAbstractScrollArea>
-#include <QHeaderView>
 #include <optional>
-#include <vector>
 
 // The selected addresses, both inclusive; the caret is the end that moves.
 struct DumpSelection {
@@ -40,8 +39,7 @@ public:
     QString selectedText() const;
 
     QHeaderView* header() const { return header_; }
-    std::vector<int> columnWidths() const;
-    void setColumnWidths(const std::vector<int>& widths);
+    ColumnFit& columns() const { return *columns_; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -54,6 +52,7 @@ protected:
 
 private:
     void layOut();
+    void adaptColumns();
     void followScrollBar(int action);
     void move(ScrollRequest request);
     bool extendSelection(int key);
@@ -75,4 +74,5 @@ private:
     DumpLine texts_; // of the line being drawn
     std::optional<DumpSelection> selection_;
     QHeaderView* header_;
+    ColumnFit* columns_;
 };

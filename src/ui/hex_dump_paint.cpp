@@ -1,6 +1,7 @@
 // How the hex dump draws its lines.
 
 #include "ui/hex_dump_area.h"
+#include "ui/look.h"
 
 #include <QFontMetricsF>
 #include <QPainter>
@@ -8,8 +9,6 @@
 namespace {
 
 enum Column : int { kAddress, kHex, kCharacters };
-constexpr char kDelete = '\x7F';         // stands for itself among the characters, ...
-constexpr char16_t kDeleteSign = 0x2421; // ... but a font draws nothing for it
 
 // Cells that the selection covers in a line whose sixteen addresses begin at `start`.
 struct Covered {
@@ -53,10 +52,7 @@ void HexDumpArea::drawLine(QPainter& painter, int row, uint32_t line) {
     }
     drawColumn(painter, kAddress, top, QString::fromLatin1(texts_.address), {});
     drawColumn(painter, kHex, top, QString::fromLatin1(texts_.hex), selectedHex);
-    drawColumn(
-        painter, kCharacters, top,
-        QString::fromLatin1(texts_.characters).replace(QLatin1Char(kDelete), QChar(kDeleteSign)),
-        selectedCharacters);
+    drawColumn(painter, kCharacters, top, LOOK_Characters(texts_.characters), selectedCharacters);
 }
 
 // Where the cells from `from` to `to` of a line stand, the blanks between them included.

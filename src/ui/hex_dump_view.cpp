@@ -42,9 +42,9 @@ public:
     }
 
     void refresh() override { area_->refresh(); }
-    std::vector<int> columnWidths() const override { return area_->columnWidths(); }
+    std::vector<int> columnWidths() const override { return area_->columns().toStore(); }
     void setColumnWidths(const std::vector<int>& widths) override {
-        area_->setColumnWidths(widths);
+        area_->columns().setStored(widths);
     }
 
 private:
@@ -78,25 +78,25 @@ private:
         QGuiApplication::clipboard()->setText(area_->selectedText());
     }
 
+    // Asks until the address lies in the data or the user cancels.
     void goTo() {
         ValueRequest request;
         request.maximum = INT32_MAX;
         request.title = kGoToTitle;
         request.label0 = "Address (Hex):";
         request.value0 = static_cast<int32_t>(startOfSearch());
-        if (FRONTEND_Get().editValue(request) != kDialogOk || !request.value0) {
-            return;
-        }
-        const auto address = static_cast<uint32_t>(*request.value0);
-        const DumpRange& range = area_->range();
-        if (address < range.first || address > range.last) {
+        while (FRONTEND_Get().editValue(request) == kDialogOk) {
+            const DumpRange& range = area_->range();
+            const auto address = static_cast<uint32_t>(request.value0.value_or(0));
+            if (request.value0 && address >= range.first && address <= range.last) {
+                area_->showAtTop(address);
+                area_->select({address, address});
+                return;
+            }
             ERROR_Ask(static_cast<QWidget*>(this),
                       formatText("The address must be within %X - %X", range.first, range.last),
                       kGoToTitle, BOX_ICON_INFORMATION);
-            return;
         }
-        area_->showAtTop(address);
-        area_->select({address, address});
     }
 
     uint32_t startOfSearch() const {

@@ -23,6 +23,8 @@ constexpr std::array<TextColumn, 6> kColumns = {{
     {"Data (ASCII)", 145, "0000000000000000"},
 }};
 
+constexpr int kCharacters = kColumns.size() - 1; // the last column
+
 // A snapshot of the areas, and the row that was asked for last: a view asks for the cells of a row
 // one after the other.
 struct Rows {
@@ -36,32 +38,22 @@ QString cellText(Rows& rows, int row, int column) {
         HEXLISTVIEW_MakeRow(rows.areas, static_cast<size_t>(row), rows.row);
         rows.current = row;
     }
-    const std::array<const std::string*, kColumns.size()> cells = {
-        &rows.row.number, &rows.row.address, &rows.row.length,
-        &rows.row.gap,    &rows.row.hex,     &rows.row.characters};
-    return QString::fromLatin1(*cells[static_cast<size_t>(column)]);
+    const std::array<const std::string*, kCharacters> cells = {
+        &rows.row.number, &rows.row.address, &rows.row.length, &rows.row.gap, &rows.row.hex};
+    return column == kCharacters ? LOOK_Characters(rows.row.characters)
+                                 : QString::fromLatin1(*cells[static_cast<size_t>(column)]);
 }
 
 class HexListView final : public ViewWidget {
 public:
     explicit HexListView(QWidget* parent)
         : ViewWidget(parent), table_(TEXTTABLE_Create(kColumns, LOOK_FixedFont(), this)) {
-        auto* line = new QHBoxLayout;
-        line->setContentsMargins(3, 2, 3, 2);
-        line->setSpacing(2 * fontMetrics().averageCharWidth());
-        line->addWidget(addLabel("rangeTitle"));
-        for (const char* name : {"range", "checksum", "bytes"}) {
-            line->addWidget(addLabel(name));
-        }
-        line->addStretch();
-        label("rangeTitle")->setText("Range:");
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->setSpacing(0);
-        layout->addLayout(line);
+        layout->addWidget(createSummary());
         layout->addWidget(table_);
         setFocusProxy(table_);
-        setColumnWidths({});
         HexListView::refresh();
     }
 
@@ -76,7 +68,7 @@ public:
 
     std::vector<int> columnWidths() const override { return TEXTTABLE_Widths(table_); }
     void setColumnWidths(const std::vector<int>& widths) override {
-        TEXTTABLE_SetWidths(table_, kColumns, widths);
+        TEXTTABLE_SetWidths(table_, widths);
     }
 
 protected:
@@ -88,8 +80,24 @@ protected:
     }
 
 private:
-    QLabel* addLabel(const char* name) {
-        auto* added = new QLabel(this);
+    // As wide as its texts need; a narrow window covers its end, as it does with the list.
+    QWidget* createSummary() {
+        auto* strip = new QWidget(this);
+        auto* texts = new QWidget(strip);
+        auto* line = new QHBoxLayout(texts);
+        line->setSizeConstraint(QLayout::SetFixedSize);
+        line->setContentsMargins(3, 2, 3, 2);
+        line->setSpacing(2 * fontMetrics().averageCharWidth());
+        for (const char* name : {"rangeTitle", "range", "checksum", "bytes"}) {
+            line->addWidget(createLabel(name, texts));
+        }
+        label("rangeTitle")->setText("Range:");
+        strip->setFixedHeight(texts->sizeHint().height());
+        return strip;
+    }
+
+    static QLabel* createLabel(const char* name, QWidget* parent) {
+        auto* added = new QLabel(parent);
         added->setObjectName(name);
         added->setFont(LOOK_FixedFont());
         added->setTextInteractionFlags(Qt::TextSelectableByMouse);

@@ -39,7 +39,7 @@ QTableView* addTable(QDialog& dialog, const std::vector<IVectorRow>& rows) {
     });
     std::array<int32_t, kColumns.size()> widths{};
     INI_ReadIntArray(kSection, kWidthsKey, widths);
-    TEXTTABLE_SetWidths(table, kColumns, widths);
+    TEXTTABLE_SetWidths(table, widths);
     const int rowHeight = table->verticalHeader()->defaultSectionSize();
     table->setMinimumSize(40 * table->fontMetrics().averageCharWidth(), 4 * rowHeight);
     return table;

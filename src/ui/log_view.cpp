@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QLabel>
 #include <QListView>
 #include <QPointer>
 #include <QVBoxLayout>
@@ -107,6 +108,11 @@ public:
         list_->setContextMenuPolicy(Qt::ActionsContextMenu);
         layout->addWidget(list_);
         setFocusProxy(list_);
+        filterNote_->setObjectName("filterNote");
+        filterNote_->setContentsMargins(3, 2, 3, 2);
+        filterNote_->hide();
+        layout->setSpacing(0);
+        layout->addWidget(filterNote_);
         addActions();
     }
 
@@ -146,8 +152,8 @@ private:
         filter->setCheckable(true);
         connect(filter, &QAction::toggled, this, [this](bool on) {
             model_.setErrorsOnly(on);
+            filterNote_->setVisible(on);
             list_->scrollToBottom();
-            parentWidget()->setWindowTitle(on ? "Log (errors only)" : "Log");
         });
     }
 
@@ -165,6 +171,7 @@ private:
 
     LogModel model_;
     QListView* list_ = nullptr;
+    QLabel* filterNote_ = new QLabel("Errors only. Ctrl+E shows all lines.", this);
 };
 
 QPointer<QWidget> openView; // the frame has at most one
@@ -179,7 +186,9 @@ ViewWidget* LOGVIEW_Create(QWidget* parent) {
 
 void LOGVIEW_Install() {
     LOG_SetObserver([](const std::string& line, const std::string& text) {
-        EVENTS_Post([entry = LogLine{QString::fromStdString(line), text.starts_with(kErrorStart)}] {
+        // A message may have several lines; here it takes one row.
+        const QString row = QString::fromStdString(line).replace('\n', ' ');
+        EVENTS_Post([entry = LogLine{row, text.starts_with(kErrorStart)}] {
             if (openView) {
                 static_cast<LogView*>(openView.data())->add(entry);
             }

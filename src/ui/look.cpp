@@ -14,6 +14,12 @@ QFont LOOK_FixedFont() {
     return QFontDatabase::systemFont(QFontDatabase::FixedFont);
 }
 
+QString LOOK_Characters(const std::string& characters) {
+    constexpr char kDelete = '\x7F';
+    constexpr char16_t kDeleteSign = 0x2421;
+    return QString::fromLatin1(characters).replace(QLatin1Char(kDelete), QChar(kDeleteSign));
+}
+
 QColor LOOK_GoodColour(const QPalette& palette) {
     return isDark(palette) ? QColor(112, 224, 112) : QColor(0, 128, 0);
 }

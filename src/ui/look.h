@@ -4,8 +4,12 @@
 
 #include <QFont>
 #include <QPalette>
+#include <string>
 
 QFont LOOK_FixedFont();
+// Characters of the data as they are drawn: for 0x7F, which stands for itself among them, a font
+// draws nothing, so a sign takes its place.
+QString LOOK_Characters(const std::string& characters);
 // Green and red for text on the palette's window colour.
 QColor LOOK_GoodColour(const QPalette& palette);
 QColor LOOK_BadColour(const QPalette& palette);

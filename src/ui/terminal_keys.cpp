@@ -25,7 +25,10 @@ constexpr NamedKey kNamedKeys[] = {
     {Qt::Key_F5, 0x74, "<F5>"},        {Qt::Key_F6, 0x75, "<F6>"},
     {Qt::Key_F7, 0x76, "<F7>"},        {Qt::Key_F8, 0x77, "<F8>"},
     {Qt::Key_F9, 0x78, "<F9>"},        {Qt::Key_F11, 0x7A, "<F11>"},
-    {Qt::Key_F12, 0x7B, "<F12>"},
+    {Qt::Key_F12, 0x7B, "<F12>"},      {Qt::Key_Clear, 0x0C, ""},
+    {Qt::Key_Super_L, 0x5B, ""},       {Qt::Key_Super_R, 0x5C, ""},
+    {Qt::Key_Meta, 0x5B, ""},          {Qt::Key_Menu, 0x5D, ""},
+    {Qt::Key_NumLock, 0x90, ""},       {Qt::Key_ScrollLock, 0x91, ""},
 };
 
 constexpr uint8_t kTab = 0x09;
@@ -54,6 +57,9 @@ std::optional<TerminalKey> TERMINALKEYS_Translate(int key, Qt::KeyboardModifiers
     const bool enter = key == Qt::Key_Return || key == Qt::Key_Enter;
     if (enter && (modifiers & Qt::ControlModifier) != 0) {
         return TerminalKey{kLineFeed, true};
+    }
+    if (key == Qt::Key_Backtab) {
+        return TerminalKey{kTab, true}; // some systems report no character with it
     }
     if (text.size() == 1 && text.at(0).unicode() <= 0xFF) {
         return TerminalKey{static_cast<uint8_t>(text.at(0).unicode()), true};

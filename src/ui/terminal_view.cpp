@@ -1,10 +1,11 @@
 #include "serial/terminal_buffer.h"
 #include "target/worker.h"
 #include "ui/frame_menu.h"
+#include "ui/look.h"
 #include "ui/terminal_keys.h"
 #include "ui/view_widget.h"
 
-#include <QFontDatabase>
+#include <QApplication>
 #include <QGridLayout>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
@@ -87,7 +88,7 @@ public:
         receive_->setMaximumBlockCount(kReceiveBlocks);
         send_ = new SendPane(this);
         send_->setObjectName("Send");
-        const QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+        const QFont fixed = LOOK_FixedFont();
         receive_->setFont(fixed);
         send_->setFont(fixed);
         auto* layout = new QGridLayout(this);
@@ -105,6 +106,13 @@ public:
     }
 
     void refresh() override { showReceived(TERMINAL_GetText()); }
+
+    // Ready to type, but for a click that begins to select what was received.
+    void activated() override {
+        if (QApplication::mouseButtons() == Qt::NoButton || !receive_->underMouse()) {
+            send_->setFocus();
+        }
+    }
 
 private:
     void takeChange() {

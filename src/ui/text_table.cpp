@@ -1,5 +1,7 @@
 #include "ui/text_table.h"
 
+#include "ui/column_fit.h"
+
 #include <QAction>
 #include <QClipboard>
 #include <QGuiApplication>
@@ -11,7 +13,7 @@
 namespace {
 
 constexpr int kRowSpace = 4;           // pixels a row is higher than its text
-constexpr int kCellSpace = 12;         // pixels a column is wider than its text
+constexpr int kCellSpace = 8;          // pixels a column is wider than its text
 constexpr int kRowsLookedAt = 250;     // for the width that the contents need
 constexpr int kWidestByContents = 600; // pixels
 
@@ -36,16 +38,58 @@ void addCopyAction(QTableView* view) {
     view->setContextMenuPolicy(Qt::ActionsContextMenu);
 }
 
-int defaultWidth(QTableView* view, int column, const TextColumn& description) {
-    const int sample = view->fontMetrics().horizontalAdvance(description.sample) + kCellSpace;
-    const int title = view->horizontalHeader()->sectionSizeHint(column);
-    int widest = 0;
-    const int rows = std::min(view->model()->rowCount(), kRowsLookedAt);
-    for (int row = 0; row < rows; ++row) {
-        const QString text = view->model()->index(row, column).data().toString();
-        widest = std::max(widest, view->fontMetrics().horizontalAdvance(text) + kCellSpace);
+// A table that knows what its columns need.
+class TextTable : public QTableView {
+public:
+    explicit TextTable(QWidget* parent)
+        : QTableView(parent), fit(new ColumnFit(horizontalHeader(), viewport())) {}
+
+    const TextTableModel& texts() const { return static_cast<const TextTableModel&>(*model()); }
+    void adaptColumns();
+
+    ColumnFit* fit;
+
+private:
+    int lengthOf(const QString& text) const;
+    ColumnNeed needOf(int column) const;
+};
+
+// The length that cannot be cut: of the text, or of its longest word where lines are broken.
+int TextTable::lengthOf(const QString& text) const {
+    int longest = 0;
+    for (const QString& part : wordWrap() ? text.split(' ') : QStringList(text)) {
+        longest = std::max(longest, fontMetrics().horizontalAdvance(part));
     }
-    return std::max({description.width, sample, title, std::min(widest, kWidestByContents)});
+    return longest + kCellSpace;
+}
+
+ColumnNeed TextTable::needOf(int column) const {
+    const TextColumn& description = texts().columns()[static_cast<size_t>(column)];
+    const int title = horizontalHeader()->sectionSizeHint(column);
+    ColumnNeed need{std::max(description.width, title),
+                    std::max(title, lengthOf(description.sample))};
+    const auto look = [&](int row) {
+        const QString text = model()->index(row, column).data().toString();
+        need.least = std::max(need.least, std::min(lengthOf(text), kWidestByContents));
+        need.wanted = std::max(need.wanted, fontMetrics().horizontalAdvance(text) + kCellSpace);
+    };
+    const int rows = texts().rowCount();
+    for (int row = 0; row < std::min(rows, kRowsLookedAt); ++row) {
+        look(row);
+    }
+    if (rows > kRowsLookedAt) {
+        look(rows - 1); // the longest where rows are numbered
+    }
+    need.wanted = std::max(need.least, std::min(need.wanted, kWidestByContents));
+    return need;
+}
+
+void TextTable::adaptColumns() {
+    std::vector<ColumnNeed> needs;
+    for (int column = 0; column < texts().columnCount(); ++column) {
+        needs.push_back(needOf(column));
+    }
+    fit->setNeeds(std::move(needs));
 }
 
 } // namespace
@@ -89,7 +133,7 @@ QVariant TextTableModel::headerData(int section, Qt::Orientation orientation, in
 
 QTableView* TEXTTABLE_Create(std::span<const TextColumn> columns, const QFont& font,
                              QWidget* parent) {
-    auto* view = new QTableView(parent);
+    auto* view = new TextTable(parent);
     view->setModel(new TextTableModel(columns, view));
     view->setFont(font);
     view->setShowGrid(false);
@@ -105,13 +149,25 @@ QTableView* TEXTTABLE_Create(std::span<const TextColumn> columns, const QFont& f
     view->verticalHeader()->setMinimumSectionSize(1);
     view->verticalHeader()->setDefaultSectionSize(view->fontMetrics().height() + kRowSpace);
     addCopyAction(view);
+    view->adaptColumns();
     return view;
+}
+
+void TEXTTABLE_WrapTexts(QTableView* view) {
+    view->setWordWrap(true);
+    view->verticalHeader()->setMinimumSectionSize(view->verticalHeader()->defaultSectionSize());
+    QObject::connect(view->horizontalHeader(), &QHeaderView::sectionResized, view,
+                     &QTableView::resizeRowsToContents);
 }
 
 void TEXTTABLE_SetRows(QTableView* view, int count, TextTableModel::CellText text) {
     const int position = view->verticalScrollBar()->value();
     const int row = view->currentIndex().row();
     static_cast<TextTableModel*>(view->model())->setRows(count, std::move(text));
+    static_cast<TextTable*>(view)->adaptColumns();
+    if (view->wordWrap()) {
+        view->resizeRowsToContents();
+    }
     if (row >= 0 && row < count) {
         view->setCurrentIndex(view->model()->index(row, 0));
     }
@@ -119,19 +175,9 @@ void TEXTTABLE_SetRows(QTableView* view, int count, TextTableModel::CellText tex
 }
 
 std::vector<int> TEXTTABLE_Widths(const QTableView* view) {
-    std::vector<int> widths;
-    for (int column = 0; column < view->model()->columnCount(); ++column) {
-        widths.push_back(view->columnWidth(column));
-    }
-    return widths;
+    return static_cast<const TextTable*>(view)->fit->toStore();
 }
 
-void TEXTTABLE_SetWidths(QTableView* view, std::span<const TextColumn> columns,
-                         std::span<const int> widths) {
-    for (size_t index = 0; index < columns.size(); ++index) {
-        const auto column = static_cast<int>(index);
-        const bool stored = index < widths.size() && widths[index] > 0;
-        view->setColumnWidth(column,
-                             stored ? widths[index] : defaultWidth(view, column, columns[index]));
-    }
+void TEXTTABLE_SetWidths(QTableView* view, std::span<const int> widths) {
+    static_cast<TextTable*>(view)->fit->setStored(widths);
 }

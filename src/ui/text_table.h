@@ -10,7 +10,7 @@
 
 struct TextColumn {
     const char* title;
-    int width;          // default, in pixels
+    int width;          // default, in pixels; less where the window is too narrow
     const char* sample; // what must fit into the column at its default width
 };
 
@@ -25,6 +25,7 @@ public:
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
+    std::span<const TextColumn> columns() const { return columns_; }
     QVariant data(const QModelIndex& index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
@@ -38,9 +39,12 @@ private:
 // selected, and copied with Ctrl+C.
 QTableView* TEXTTABLE_Create(std::span<const TextColumn> columns, const QFont& font,
                              QWidget* parent);
+// Has long texts broken between words, for a table of few rows in a narrow window.
+void TEXTTABLE_WrapTexts(QTableView* view);
 // Shows new rows at the place where the view was.
 void TEXTTABLE_SetRows(QTableView* view, int count, TextTableModel::CellText text);
+// Widths in pixels for the settings; 0 for all columns that have their default widths, at which no
+// text is cut.
 std::vector<int> TEXTTABLE_Widths(const QTableView* view);
-// Widths in pixels; 0, or one that is missing, stands for the default, at which no text is cut.
-void TEXTTABLE_SetWidths(QTableView* view, std::span<const TextColumn> columns,
-                         std::span<const int> widths);
+// Takes stored widths; 0, or one that is missing, stands for the default.
+void TEXTTABLE_SetWidths(QTableView* view, std::span<const int> widths);

@@ -10,8 +10,11 @@ public:
     using QWidget::QWidget;
     // Shows the present state of what the view is about.
     virtual void refresh() = 0;
-    // Widths of the columns in pixels, for the settings; empty for a view without columns.
+    // Widths of the columns in pixels, for the settings: 0 for all while the user has changed none;
+    // empty for a view without columns.
     virtual std::vector<int> columnWidths() const { return {}; }
+    // The window has been activated, with the focus where it was last.
+    virtual void activated() {}
     // Takes stored widths; 0 stands for a column's default.
     virtual void setColumnWidths(const std::vector<int>&) {}
 };

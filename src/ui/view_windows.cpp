@@ -1,5 +1,6 @@
 #include "ui/view_windows.h"
 
+#include "notice/log.h"
 #include "persist/ini.h"
 #include "shell/session.h"
 #include "ui/artwork.h"
@@ -107,6 +108,12 @@ public:
         if (spec.columns > 0) {
             widget_->setColumnWidths(storedWidths(spec));
         }
+        connect(this, &QMdiSubWindow::windowStateChanged, this,
+                [this](Qt::WindowStates before, Qt::WindowStates now) {
+                    if ((now & ~before).testFlag(Qt::WindowActive)) {
+                        widget_->activated();
+                    }
+                });
     }
 
     ViewWidget& view() { return *widget_; }
@@ -163,7 +170,12 @@ QMdiSubWindow* createWindow(const ViewSpec& spec) {
     const bool laidOut = area->isVisible();
     window->setGeometry(laidOut ? PLACEMENT_BroughtBack(place, area->viewport()->rect()) : place);
     window->view().refresh();
+    window->view().setFocus(); // else the first child gets it, which may be a label
     window->show();
+    if (spec.view == View::log) {
+        LOG_RestartClock();
+        LOG_Add("Logging started...");
+    }
     return window;
 }
 

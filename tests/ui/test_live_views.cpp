@@ -21,6 +21,7 @@ TEST(Terminal, TranslatesAndEchoesKeys) {
         {Qt::Key_Period, {}, ".", 0x2E, "."},
         {Qt::Key_Return, {}, "\r", 0x0D, ""},
         {Qt::Key_Return, Qt::ControlModifier, "\r", 0x0A, "\n"},
+        {Qt::Key_Backtab, Qt::ShiftModifier, "", 0x09, "<TAB>"},
         {Qt::Key_Backspace, {}, "\b", 0x08, ""},
         {Qt::Key_Shift, Qt::ShiftModifier, "", 0x10, ""},
         {Qt::Key_unknown, {}, "\u00e9", 0xE9, "\u00e9"},

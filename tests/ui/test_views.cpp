@@ -1,9 +1,7 @@
-#include "data/data_rows.h"
+#include "desktop_world.h"
 #include "platform/format.h"
 #include "shell/front_end.h"
-#include "ui/dump_scroll.h"
 #include "ui/hex_dump_area.h"
-#include "ui/look.h"
 #include "ui/view_widget.h"
 #include "ui_world.h"
 
@@ -13,9 +11,12 @@
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
+#include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QTableView>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -27,58 +28,55 @@ Bytes bytesOf(const std::string& text) {
     return {text.begin(), text.end()};
 }
 
-Texts tableRow(const QTableView& table, int row) {
-    Texts cells;
-    for (int column = 0; column < table.model()->columnCount(); ++column) {
-        cells.push_back(table.model()->index(row, column).data().toString().toStdString());
-    }
-    return cells;
-}
-
-QTableView& tableOf(const ViewWidget& view) {
-    return *view.findChild<QTableView*>();
-}
-
 void trigger(const QWidget& view, const char* text) {
     for (QAction* action : view.findChildren<QAction*>()) {
         if (action->text() == text) {
-            action->trigger();
-            return;
+            return action->trigger();
         }
     }
     ADD_FAILURE() << "no action " << text;
 }
 
-// A hex dump that shows `lines` lines at a time.
-struct Dump {
-    explicit Dump(int lines) : view(HEXDUMPVIEW_Create(nullptr)) {
+std::string copied(const QWidget& view) {
+    trigger(view, "&Copy");
+    return QGuiApplication::clipboard()->text().toStdString();
+}
+
+// A hex dump of some data that shows ten lines at a time.
+struct DumpWorld : UiWorld {
+    DumpWorld(uint32_t address, const Bytes& bytes) {
+        HEXDATA_AddData(address, bytes);
+        view.reset(HEXDUMPVIEW_Create(nullptr));
         area = dynamic_cast<HexDumpArea*>(view->focusProxy());
-        view->resize(900, 400);
-        view->show();
-        QApplication::processEvents();
-        const int spare = view->height() - area->viewport()->height();
-        view->resize(900, spare + lines * area->fontMetrics().height() + 3);
-        QApplication::processEvents();
+        for (int height : {400, 10 * area->fontMetrics().height() + 3}) {
+            view->resize(900, height + view->height() - area->viewport()->height());
+            view->show();
+            QApplication::processEvents();
+        }
     }
     int top() const { return area->verticalScrollBar()->value(); }
+    // What is selected, with the kind of text that a copy takes.
+    std::string selected() const {
+        const auto& selection = area->selection();
+        return selection ? formatText("%X-%X %s", selection->first(), selection->last(),
+                                      selection->characters ? "characters" : "hex")
+                         : "none";
+    }
 
     ViewPtr view;
-    HexDumpArea* area;
+    HexDumpArea* area = nullptr;
 };
 
 } // namespace
 
 TEST(HexListView, ShowsTheRowsBelowASummary) {
     UiWorld world;
-    const ViewPtr view(HEXLISTVIEW_Create(nullptr));
-    const QTableView& table = tableOf(*view);
     HEXDATA_AddData(0, Bytes(0x100, 0x11));
     HEXDATA_AddData(0x200, bytesOf("0123456789abcdef"));
-    view->refresh();
-    ASSERT_EQ(table.model()->rowCount(), 2);
-    EXPECT_EQ(tableRow(table, 1),
-              (Texts{"0002", "00000200", "00000010", "",
-                     "30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66", "0123456789abcdef"}));
+    const ViewPtr view(HEXLISTVIEW_Create(nullptr));
+    view->findChild<QTableView*>()->selectRow(1);
+    EXPECT_EQ(copied(*view), "0002\t00000200\t00000010\t\t"
+                             "30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66\t0123456789abcdef");
     EXPECT_EQ(control<QLabel>(*view, "range").text(), "0x000000-0x00020F");
     EXPECT_EQ(control<QLabel>(*view, "bytes").text(), "Number of bytes: 272");
 }
@@ -87,64 +85,54 @@ TEST(HexListView, RangeIsGreenOrRedInLightAndDark) {
     UiWorld world;
     const ViewPtr view(HEXLISTVIEW_Create(nullptr));
     for (const QColor& window : {QColor(Qt::white), QColor(30, 30, 30)}) {
-        QPalette palette;
-        palette.setColor(QPalette::Window, window);
-        view->setPalette(palette);
+        view->setPalette(QPalette(window));
         for (const bool fits : {true, false}) {
             HEXDATA_SetFits(fits);
             view->refresh();
-            const QColor colour =
-                control<QLabel>(*view, "range").palette().color(QPalette::WindowText);
+            const auto& range = control<QLabel>(*view, "range");
+            const QColor colour = range.palette().color(QPalette::WindowText);
             EXPECT_EQ(colour.green() > colour.red(), fits);
             EXPECT_GT(std::abs(colour.lightness() - window.lightness()), 90);
         }
     }
 }
 
-TEST(Views, KeepColumnWidthsAndTakeZeroForTheDefault) {
+TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
     UiWorld world;
-    for (const auto create : {HEXLISTVIEW_Create, HEXDUMPVIEW_Create, DEVICEVIEW_Create}) {
+    HEXDATA_AddData(0xFFFFF000, Bytes(0x1000, 0x11));
+    DeviceRecord device = makeDevice("VT-1", {{0xFFFF0000, 0x10000}});
+    device.Manufacturer = "Some Maker of Chips";
+    _AddDevice(device);
+    const std::tuple<ViewWidget* (*)(QWidget*), int, int> cases[] = {{HEXLISTVIEW_Create, 782, 90},
+                                                                     {HEXDUMPVIEW_Create, 591, 270},
+                                                                     {DEVICEVIEW_Create, 181, 90}};
+    for (const auto& [create, width, height] : cases) {
         const ViewPtr view(create(nullptr));
-        const std::vector<int> defaults = view->columnWidths();
-        std::vector<int> widths(defaults.size(), 222);
+        view->resize(width, height);
+        view->show();
+        QApplication::processEvents();
+        const auto& area = *qobject_cast<QAbstractScrollArea*>(view->focusProxy());
+        EXPECT_EQ(area.horizontalScrollBar()->maximum(), 0) << width;
+        std::vector<int> widths = view->columnWidths();
+        EXPECT_EQ(std::ranges::count(widths, 0), std::ssize(widths));
+        std::ranges::fill(widths, 222);
         widths[0] = 0;
         view->setColumnWidths(widths);
         view->refresh();
-        widths[0] = defaults[0];
+        EXPECT_GT(std::exchange(widths[0], view->columnWidths()[0]), -1);
         EXPECT_EQ(view->columnWidths(), widths);
     }
 }
 
-// The ordinary moves show in the view below.
-TEST(DumpScroll, StopsAtTheEnds) {
-    using enum ScrollRequest;
-    const std::tuple<DumpScroll, ScrollRequest, int> cases[] = {
-        {{0, 10, 99}, lineUp, 0},
-        {{90, 10, 99}, lineDown, 90},
-        {{10, 10, 99}, pageUp, 0},
-        {{85, 10, 99}, pageDown, 90},
-        {{0, 10, 5}, lineDown, 0},
-        {{0, 10, 9}, pageDown, 0},
-        {{0, 10, (1 << 28) - 1}, bottom, (1 << 28) - 10},
-    };
-    for (const auto& [from, request, to] : cases) {
-        EXPECT_EQ(DUMPSCROLL_Move(from, request), to) << from.position;
-    }
-    EXPECT_EQ(DUMPSCROLL_Reveal({20, 10, 99}, 25), 20);
-    EXPECT_EQ(DUMPSCROLL_Reveal({20, 10, 99}, 3), 3);
-    EXPECT_EQ(DUMPSCROLL_Reveal({20, 10, 99}, 99), 90);
-}
-
 TEST(HexDumpView, KeysAndScrollBarFollowTheRules) {
-    UiWorld world;
-    HEXDATA_AddData(0x1005, Bytes(800, 0x41));
-    Dump dump(10);
+    const DumpWorld dump(0x1005, Bytes(800, 0x41));
     QScrollBar& bar = *dump.area->verticalScrollBar();
-    ASSERT_EQ(bar.maximum(), 40);
     const std::pair<int, int> keys[] = {
-        {Qt::Key_Down, 1},      {Qt::Key_Down, 2},  {Qt::Key_PageUp, 2},
-        {Qt::Key_PageDown, 12}, {Qt::Key_Up, 11},   {Qt::Key_End, 40},
-        {Qt::Key_PageDown, 40}, {Qt::Key_Left, 40}, {Qt::Key_Home, 0}};
+        {Qt::Key_Up, 0},        {Qt::Key_Down, 1},      {Qt::Key_Down, 2},
+        {Qt::Key_PageUp, 2},    {Qt::Key_PageDown, 12}, {Qt::Key_Up, 11},
+        {Qt::Key_PageDown, 21}, {Qt::Key_PageDown, 31}, {Qt::Key_PageDown, 40},
+        {Qt::Key_PageDown, 40}, {Qt::Key_Down, 40},     {Qt::Key_Left, 40},
+        {Qt::Key_Home, 0},      {Qt::Key_End, 40},      {Qt::Key_PageUp, 30}};
     for (const auto& [key, position] : keys) {
         pressKey(*dump.area, key);
         EXPECT_EQ(dump.top(), position) << "key " << key;
@@ -153,7 +141,6 @@ TEST(HexDumpView, KeysAndScrollBarFollowTheRules) {
     bar.triggerAction(QAbstractSlider::SliderPageStepSub); // a bar by itself would go to 0
     EXPECT_EQ(dump.top(), 5);
     bar.triggerAction(QAbstractSlider::SliderPageStepAdd);
-    EXPECT_EQ(dump.top(), 15);
     EXPECT_EQ(dump.area->topAddress(), 0x1005u + 15 * 16);
     HEXDATA_Clear();
     dump.view->refresh();
@@ -161,135 +148,132 @@ TEST(HexDumpView, KeysAndScrollBarFollowTheRules) {
 }
 
 TEST(HexDumpView, SelectsAndCopies) {
-    UiWorld world;
-    HEXDATA_AddData(0x100, bytesOf("0123456789ABCDEFghij"));
-    Dump dump(10);
-    const QClipboard& clipboard = *QGuiApplication::clipboard();
+    const DumpWorld dump(0x100, bytesOf("0123456789ABCDEFghij"));
+    const auto extend = [&](int key) {
+        pressKey(*dump.area, key, Qt::ShiftModifier);
+        return copied(*dump.view);
+    };
     trigger(*dump.view, "Select &All");
-    trigger(*dump.view, "&Copy");
-    EXPECT_EQ(clipboard.text(), "30 31 32 33 34 35 36 37 38 39 41 42 43 44 45 46\n67 68 69 6A");
-    pressKey(*dump.area, Qt::Key_Up, Qt::ShiftModifier);
-    EXPECT_EQ(dump.area->selection()->last(), 0x103u);
-    pressKey(*dump.area, Qt::Key_Left, Qt::ShiftModifier);
-    trigger(*dump.view, "&Copy");
-    EXPECT_EQ(clipboard.text(), "30 31 32");
+    EXPECT_EQ(copied(*dump.view), "30 31 32 33 34 35 36 37 38 39 41 42 43 44 45 46\n67 68 69 6A");
+    EXPECT_EQ(extend(Qt::Key_Up), "30 31 32 33");
+    EXPECT_EQ(extend(Qt::Key_Left), "30 31 32");
     dump.area->select({0x10F, 0x110, true});
-    trigger(*dump.view, "&Copy");
-    EXPECT_EQ(clipboard.text(), "Fg");
-    pressKey(*dump.area, Qt::Key_Down, Qt::ShiftModifier); // there is nothing below
-    EXPECT_EQ(dump.area->selection()->caret, 0x110u);
+    EXPECT_EQ(copied(*dump.view), "Fg");
+    EXPECT_EQ(extend(Qt::Key_PageDown), "Fghij");
+    EXPECT_EQ(extend(Qt::Key_Home), "0123456789ABCDEF");
     HEXDATA_AddData(0xFFFFFFFF, Bytes{1});
     dump.view->refresh();
-    trigger(*dump.view, "Select &All");
-    trigger(*dump.view, "&Copy");
-    EXPECT_EQ(world.reports, (Texts{"Copy: At most 16777216 bytes can be copied at once."}));
-    EXPECT_EQ(clipboard.text(), "Fg");
+    EXPECT_EQ(extend(Qt::Key_End), "0123456789ABCDEF");
+    EXPECT_EQ(dump.selected(), "10F-FFFFFFFF characters");
+    EXPECT_EQ(dump.reports, (Texts{"Copy: At most 16777216 bytes can be copied at once."}));
 }
 
 TEST(HexDumpView, MouseSelectsWhatIsUnderIt) {
-    UiWorld world;
-    HEXDATA_AddData(0x1000, Bytes(64, 0x41));
-    Dump dump(10);
-    const double step = QFontMetricsF(dump.area->font()).horizontalAdvance(u'0');
-    const auto at = [&](int column, int characters, int line) {
-        const int left = dump.area->header()->sectionViewportPosition(column);
-        return QPointF(left + 4 + step * characters, line * dump.area->fontMetrics().height() + 2);
+    const DumpWorld dump(0x1000, Bytes(64, 0x41));
+    enum { kHex = 1, kCharacters };
+    constexpr auto kPress = QEvent::MouseButtonPress;
+    constexpr auto kMove = QEvent::MouseMove;
+    struct Case {
+        QEvent::Type type;
+        int column, character, line;
+        const char* selected;
     };
-    const auto send = [&](QEvent::Type type, QPointF point) {
-        QMouseEvent event(type, point, dump.area->viewport()->mapToGlobal(point), Qt::LeftButton,
-                          Qt::LeftButton, {});
+    const Case cases[] = {{kPress, kHex, 6, 1, "1012-1012 hex"},
+                          {kMove, kHex, 9, 2, "1012-1023 hex"},
+                          {kPress, kCharacters, 15, 3, "103F-103F characters"},
+                          {kMove, kCharacters, 15, 30, "103F-103F characters"}, // far below
+                          {kMove, kCharacters, 14, -5, "100E-103F characters"},
+                          {kPress, kHex, 0, 6, "none"}}; // below the last line
+    for (const Case& one : cases) {
+        const int left = dump.area->header()->sectionViewportPosition(one.column);
+        const double step = QFontMetricsF(dump.area->font()).horizontalAdvance(u'0');
+        const QPointF point(left + 4 + step * one.character,
+                            one.line * dump.area->fontMetrics().height() + 2);
+        QMouseEvent event(one.type, point, dump.area->viewport()->mapToGlobal(point),
+                          Qt::LeftButton, Qt::LeftButton, {});
         QApplication::sendEvent(dump.area->viewport(), &event);
-    };
-    send(QEvent::MouseButtonPress, at(1, 6, 1));
-    ASSERT_TRUE(dump.area->selection());
-    EXPECT_EQ(dump.area->selection()->first(), 0x1012u);
-    send(QEvent::MouseMove, at(1, 9, 2));
-    EXPECT_EQ(dump.area->selection()->last(), 0x1023u);
-    EXPECT_FALSE(dump.area->selection()->characters);
-    send(QEvent::MouseButtonPress, at(2, 15, 3));
-    EXPECT_EQ(dump.area->selection()->first(), 0x103Fu);
-    EXPECT_TRUE(dump.area->selection()->characters);
-    send(QEvent::MouseMove, at(2, 15, 30)); // far below
-    EXPECT_EQ(dump.area->selection()->caret, 0x103Fu);
-    send(QEvent::MouseButtonPress, at(1, 0, 6)); // below the last line
-    EXPECT_FALSE(dump.area->selection());
+        EXPECT_EQ(dump.selected(), one.selected);
+    }
 }
 
 TEST(HexDumpView, GoesToAnAddress) {
-    UiWorld world;
-    HEXDATA_AddData(0x1005, Bytes(800, 0x41));
-    Dump dump(10);
-    std::optional<int32_t> entered;
-    FRONTEND_Get().editValue = [&](ValueRequest& request) {
-        request.value0 = entered;
-        return kDialogOk;
+    DumpWorld dump(0x1005, Bytes(800, 0x41));
+    struct Case {
+        std::optional<int32_t> entered;
+        int top;
+        const char* selected;
+        bool refused;
     };
-    const auto goTo = [&](std::optional<int32_t> address) {
-        entered = address;
+    const Case cases[] = {{0x1148, 20, "1148-1148 hex", false},
+                          {0x1324, 40, "1324-1324 hex", false},
+                          {0x1004, 40, "1324-1324 hex", true},
+                          {std::nullopt, 40, "1324-1324 hex", true}};
+    for (const Case& one : cases) {
+        FRONTEND_Get().editValue = [&](ValueRequest& request) {
+            request.value0 = one.entered;
+            return dump.reports.empty() ? kDialogOk : kDialogCancel; // asked again after a report
+        };
         trigger(*dump.view, "&Go to Address...");
-    };
-    goTo(0x1005 + 16 * 20 + 3);
-    EXPECT_EQ(dump.top(), 20);
-    EXPECT_EQ(dump.area->selection()->first(), 0x1005u + 16 * 20 + 3);
-    goTo(0x1005 + 16 * 50 - 1);
-    EXPECT_EQ(dump.top(), 40);
-    goTo(std::nullopt);
-    EXPECT_TRUE(world.reports.empty());
-    goTo(0x1004);
-    EXPECT_EQ(world.reports, (Texts{"Go to Address: The address must be within 1005 - 1324"}));
-    EXPECT_EQ(dump.top(), 40);
+        const Texts report = {"Go to Address: The address must be within 1005 - 1324"};
+        EXPECT_EQ(std::exchange(dump.reports, {}), one.refused ? report : Texts());
+        EXPECT_EQ(dump.top(), one.top);
+        EXPECT_EQ(dump.selected(), one.selected);
+    }
     FRONTEND_Set({});
 }
 
 TEST(HexDumpView, FindsBytesAndText) {
-    UiWorld world;
     Bytes bytes(0x1000, 0);
     std::ranges::copy(bytesOf("Ab\xFF\x01"), bytes.begin() + 0x80);
     std::ranges::copy(bytesOf("Ab"), bytes.begin() + 0xE00);
-    HEXDATA_AddData(0x100, bytes);
-    Dump dump(10);
+    const DumpWorld dump(0x100, bytes);
     trigger(*dump.view, "&Find...");
     auto& edit = control<QLineEdit>(*dump.view, "findText");
     EXPECT_TRUE(edit.isVisible());
     enum { kBytes, kText };
-    const auto find = [&](int kind, const char* text, Qt::KeyboardModifiers modifiers = {}) {
-        control<QComboBox>(*dump.view, "findKind").setCurrentIndex(kind);
-        edit.setText(text);
-        pressKey(edit, Qt::Key_Return, modifiers);
-        const QString message = control<QLabel>(*dump.view, "findMessage").text();
-        return formatText("%X-%X %s", dump.area->selection()->first(),
-                          dump.area->selection()->last(), message.toUtf8().constData());
+    struct Case {
+        int kind;
+        const char* text;
+        const char* selected;
+        const char* message;
+        Qt::KeyboardModifiers modifiers = {};
     };
-    EXPECT_EQ(find(kText, "Ab"), "180-181 ");
-    EXPECT_EQ(find(kText, "Ab"), "F00-F01 ");
-    EXPECT_EQ(find(kText, "Ab"), "180-181 Continued from the start");
-    EXPECT_EQ(find(kText, "Ab", Qt::ShiftModifier), "F00-F01 Continued from the end");
-    EXPECT_EQ(find(kText, "Ab", Qt::ShiftModifier), "180-181 ");
-    EXPECT_EQ(find(kText, "ab"), "180-181 Not found");
-    EXPECT_EQ(find(kText, "\u20AC"), "180-181 Only Latin-1 characters are allowed");
-    EXPECT_EQ(find(kBytes, "62 ff 01"), "181-183 ");
-    EXPECT_EQ(find(kBytes, "1"), "181-183 Odd length is illegal");
+    const Case cases[] = {
+        {kText, "Ab", "180-181 hex", ""},
+        {kText, "Ab", "F00-F01 hex", ""},
+        {kText, "Ab", "180-181 hex", "Continued from the start"},
+        {kText, "Ab", "F00-F01 hex", "Continued from the end", Qt::ShiftModifier},
+        {kText, "Ab", "180-181 hex", "", Qt::ShiftModifier},
+        {kText, "ab", "180-181 hex", "Not found"},
+        {kText, "\u20AC", "180-181 hex", "Only Latin-1 characters are allowed"},
+        {kBytes, "62 ff 01", "181-183 hex", ""},
+        {kBytes, "1", "181-183 hex", "Odd length is illegal"},
+    };
+    for (const Case& one : cases) {
+        control<QComboBox>(*dump.view, "findKind").setCurrentIndex(one.kind);
+        edit.setText(one.text);
+        pressKey(edit, Qt::Key_Return, one.modifiers);
+        EXPECT_EQ(dump.selected(), one.selected);
+        EXPECT_EQ(control<QLabel>(*dump.view, "findMessage").text(), one.message);
+    }
     EXPECT_EQ(dump.top(), 8);
     pressKey(edit, Qt::Key_Escape);
     EXPECT_FALSE(edit.isVisible());
 }
 
-// A stutter would be felt from some 50 ms on; these bounds only catch work that grows with the
+// A stutter would be felt from some 50 ms on; this bound only catches work that grows with the
 // data.
 TEST(Views, OpenAndPaintManyAreasAndManyBytesAtOnce) {
     UiWorld world;
-    const Bytes area(32, 0x55);
     for (uint32_t index = 0; index < 100'000; ++index) {
-        HEXDATA_AddData(index * 64, area);
+        HEXDATA_AddData(index * 64, Bytes(32, 0x55));
     }
     HEXDATA_AddData(0x80000000, Bytes(16 << 20, 0xAA));
     QElapsedTimer timer;
     timer.start();
     for (const auto create : {HEXLISTVIEW_Create, HEXDUMPVIEW_Create}) {
         const ViewPtr view(create(nullptr));
-        view->resize(800, 600);
         view->show();
-        EXPECT_FALSE(view->grab().isNull());
         auto& bar = *qobject_cast<QAbstractScrollArea*>(view->focusProxy())->verticalScrollBar();
         for (int step = 0; step < 20; ++step) {
             bar.setValue(bar.maximum() / 20 * step);
@@ -297,4 +281,33 @@ TEST(Views, OpenAndPaintManyAreasAndManyBytesAtOnce) {
         }
     }
     EXPECT_LT(timer.elapsed(), 5000);
+}
+
+TEST(TerminalView, IsReadyToTypeWheneverItIsActivated) {
+    DesktopWorld world;
+    world.show();
+    QApplication::processEvents();
+    QMdiArea& area = *world.frame().findChild<QMdiArea*>();
+    const auto focusIn = [&](View view) {
+        FRONTEND_Get().openView(view);
+        QApplication::processEvents();
+        return area.activeSubWindow()->focusWidget();
+    };
+    for (const char* last : {"Send", "Receive"}) {
+        EXPECT_EQ(focusIn(View::terminal)->objectName(), "Send");
+        control<QPlainTextEdit>(*world.window("Terminal I/O"), last).setFocus();
+        EXPECT_NE(qobject_cast<QTableView*>(focusIn(View::hexList)), nullptr);
+    }
+    EXPECT_EQ(focusIn(View::terminal)->objectName(), "Send");
+}
+
+TEST(LogView, StartsAgainWithTheDefaultPlacement) {
+    DesktopWorld world;
+    world.show();
+    FRONTEND_Get().openView(View::log);
+    CLOCK_Sleep(20);
+    FRONTEND_Get().restoreDefaultPlacement();
+    const auto& list = control<QListView>(world.frame(), "LogList");
+    ASSERT_TRUE(runUntil([&] { return list.model()->rowCount() > 0; }));
+    EXPECT_EQ(list.model()->index(0, 0).data().toString().left(10), "0:00:00:00");
 }
