@@ -68,9 +68,10 @@ uint32_t SIO_ChangeBaudrate(uint32_t baudrate);
 // bytes that arrived; none are taken once `stop` holds. Without a port, or with one that is lost,
 // the time passes and nothing arrives.
 size_t SIO_Read(uint8_t* buffer, size_t count, uint32_t timeoutMs, const Condition& stop = {});
-// Waits until a byte can be read or `stop` holds; true for a byte, false once `stop` holds. Without
-// a usable port it waits for one, or for `stop`.
-bool SIO_WaitReadable(const Condition& stop);
+size_t SIO_ReadUntil(uint8_t* buffer, size_t count, Moment deadline, const Condition& stop = {});
+// Waits until a byte can be read, `stop` holds or the deadline has passed; true for a byte, false
+// once `stop` holds. Without a usable port it waits for one.
+bool SIO_WaitReadable(const Condition& stop, Moment deadline = kNever);
 // True when the port has taken the bytes; while a frame is held, when the port is usable and took
 // what it was given last.
 bool SIO_Write(std::span<const uint8_t> bytes);
