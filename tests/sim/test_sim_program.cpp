@@ -25,7 +25,7 @@ struct Sim {
 };
 
 std::string exchange(SerialPort& port, const std::string& hex, size_t count) {
-    EXPECT_TRUE(port.write(bytesOf(hex)));
+    EXPECT_TRUE(port.write(bytesOfHex(hex)));
     std::vector<uint8_t> answer(count);
     answer.resize(port.read(answer, CLOCK_After(5000), {}));
     return HEXTEXT_FromBytes(answer);
@@ -52,7 +52,7 @@ TEST(SimProgram, PseudoTerminal) {
     EXPECT_EQ(exchange(*port, "86", 1), "86");
     EXPECT_EQ(exchange(*port, "10", 1), "10");
     const Moment start = CLOCK_Now();
-    EXPECT_EQ(exchange(*port, repeated("FF", 12) + "0C", 1), "10");
+    EXPECT_EQ(exchange(*port, repeat("FF", 12) + "0C", 1), "10");
     // Thirteen bytes there and one back, 4167 us each.
     const int64_t took = CLOCK_Now().us - start.us;
     EXPECT_GE(took, 58000);
@@ -83,7 +83,7 @@ TEST(SimProgram, TcpPortSeesLinesAndRate) {
     EXPECT_TRUE(port->configure({115200, 8, 0, 0}).has_value());
     EXPECT_EQ(exchange(*port, "90", 3), "908000");
     // What no chip should have to put up with shows in the exit code.
-    EXPECT_TRUE(port->write(bytesOf("99")));
+    EXPECT_TRUE(port->write(bytesOfHex("99")));
     CLOCK_Sleep(100);
     EXPECT_EQ(sim.end(), 3);
 }
