@@ -89,7 +89,7 @@ TEST(Chip, IsProgrammedVerifiedAndReadBackOnEveryDevice) {
                                               "VT-B64S", "VT-BE32"};
     forAll(devices, [](const std::string& name) {
         const ProgramFolder world;
-        VirtualTarget target(world, name);
+        VirtualTarget target(world.folder, name);
         const DeviceRecord device = deviceOf(name);
         const std::vector<Data> data = dataFor(device);
         const RunResult result = world.run(
@@ -106,7 +106,7 @@ TEST(Chip, IsProgrammedVerifiedAndReadBackOnEveryDevice) {
 
 TEST(Chip, SecondRunNeedsThePasswordOfAProgrammedChip) {
     const ProgramFolder world;
-    VirtualTarget target(world, "VT-B128", {"--password", "0102030405060708090A0B0C"});
+    VirtualTarget target(world.folder, "VT-B128", {"--password", "0102030405060708090A0B0C"});
     const Bytes bytes = randomBytes(200, 3);
     Strings program = withFile(world, srecords(0x100, bytes), onDevice("VT-B128", {"-TargetAuto"}));
     EXPECT_EQ(world.run(program).exitCode, 0);
@@ -131,7 +131,7 @@ TEST(Chip, SecondRunNeedsThePasswordOfAProgrammedChip) {
 
 TEST(Chip, WorksOnTheSelectedBlocksOnly) {
     const ProgramFolder world;
-    VirtualTarget target(world, "VT-B256");
+    VirtualTarget target(world.folder, "VT-B256");
     const std::string selection = "-OptionsTargetSelBlocks0,0-4";
     const std::string two = "-OptionsTargetSelBlocks1,1,3";
     const std::vector<Data> data = {{0x4000, randomBytes(300, 4)}, {0x10000, randomBytes(300, 5)}};
@@ -203,7 +203,7 @@ TEST(Chip, EveryFaultEndsInItsMessageAndExitCode1) {
     }
     forAll(cases, [](const Case& c) {
         const ProgramFolder world;
-        VirtualTarget target(world, c.device, {"--fault", c.fault});
+        VirtualTarget target(world.folder, c.device, {"--fault", c.fault});
         const uint32_t start = deviceOf(c.device).aBlock.front().Start;
         const RunResult result = world.run(withFile(
             world, srecords(start + 0x100, randomBytes(300, 7)),
@@ -219,7 +219,7 @@ TEST(Chip, EveryFaultEndsInItsMessageAndExitCode1) {
 
 TEST(Chip, ThatDisappearsEndsTheRun) {
     const ProgramFolder world;
-    const VirtualTarget target(world, "VT-B128", {"--rate", "9600"});
+    const VirtualTarget target(world.folder, "VT-B128", {"--rate", "9600"});
     Process process(world.command(withFile(world, srecords(0, randomBytes(8000, 8)),
                                            onDevice("VT-B128", {"-TargetAuto"}))),
                     world.folder / "run");
@@ -243,7 +243,7 @@ TEST(Chip, ASignalEndsTheRunAtAnyMoment) {
                                      {SIGINT, "Programming 0x"}};
     forAll(cases, [](const Case& c) {
         const ProgramFolder world;
-        const VirtualTarget target(world, "VT-B128", {"--rate", "9600"});
+        const VirtualTarget target(world.folder, "VT-B128", {"--rate", "9600"});
         Process process(
             world.command(withFile(world, srecords(0, randomBytes(8000, 8)),
                                    onDevice("VT-B128", {"-TargetProgram", "-TargetVerify"}))),
@@ -262,7 +262,7 @@ TEST(Chip, ASignalEndsTheRunAtAnyMoment) {
 TEST(Chip, PortInUseIsRefused) {
     const ProgramFolder world;
     const ProgramFolder second;
-    const VirtualTarget target(world, "VT-B128", {"--rate", "9600"});
+    const VirtualTarget target(world.folder, "VT-B128", {"--rate", "9600"});
     writeFile(second.folder / "calvorin.ini",
               "[Settings PORTS]\r\nCOM1 = \"" + (world.folder / "port").string() + "\"\r\n");
     Process first(world.command(onDevice("VT-B128", {"-TargetGetCRC"})), world.folder / "run");
