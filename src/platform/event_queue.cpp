@@ -11,6 +11,7 @@
 namespace {
 
 constexpr int64_t kStepMs = 50; // a window system's events do not wake other waits
+constexpr int kMostInARow = 20; // between two looks at what is awaited
 
 std::mutex queueMutex;
 std::deque<Event> queue;
@@ -126,7 +127,8 @@ void EVENTS_WaitOne() {
 
 bool EVENTS_WaitBeside(Moment deadline, const std::function<bool(Moment)>& awaited) {
     while (!awaited(std::min(deadline, CLOCK_After(kStepMs)))) {
-        EVENTS_ProcessOne();
+        for (int i = 0; i < kMostInARow && EVENTS_ProcessOne(); ++i) {
+        }
         if (CLOCK_Now() >= deadline) {
             return false;
         }
