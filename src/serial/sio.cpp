@@ -79,7 +79,9 @@ const char* setRate(uint32_t baudrate, uint32_t& before) {
         logRefusal(use);
         return "SIO::SIO_ChangeBaudrate: SetCommState failed";
     }
-    before = *result;
+    // A device that rounds tells another rate than the one that the chip is to be told.
+    const uint32_t asked = use.port().rate.exchange(baudrate);
+    before = asked != 0 ? asked : *result;
     return nullptr;
 }
 

@@ -62,7 +62,7 @@ void SIO_SetPort(uint32_t port);         // takes effect at the next opening
 void SIO_SetBaudrate(uint32_t baudrate); // takes effect at the next opening
 void SIO_SetLogging(uint32_t on);        // starts or stops the communication log when it differs
 
-// The rate in force before, 0 when the change failed (reported).
+// The rate in force before, as it was asked for; 0 when the change failed (reported).
 uint32_t SIO_ChangeBaudrate(uint32_t baudrate);
 // Reads up to `count` bytes, waiting at most `timeoutMs` in all, or until `stop` holds. Result: the
 // bytes that arrived; none are taken once `stop` holds. Without a port, or with one that is lost,

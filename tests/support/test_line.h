@@ -78,7 +78,8 @@ struct TestLine {
     std::optional<uint32_t> configure(const LineSettings& settings) {
         note(calls, "rate " + std::to_string(settings.baudrate));
         const std::lock_guard lock(mutex);
-        return refuseRates ? std::nullopt : std::optional(std::exchange(rate, settings.baudrate));
+        const uint32_t rounded = settings.baudrate + settings.baudrate / 500;
+        return refuseRates ? std::nullopt : std::optional(std::exchange(rate, rounded));
     }
     bool call(const std::string& name, bool on) {
         note(calls, name + (on ? " on" : " off"));
