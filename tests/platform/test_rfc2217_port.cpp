@@ -109,7 +109,7 @@ public:
         thread_ = CLOCK_StartThread([this, spoilt, instead] { serve(spoilt, instead); });
         return SERIALPORT_Open(name, error);
     }
-    // What has been answered since the last call, in hex.
+    // What has been answered to settings since the last call, in hex.
     std::string takeAnswers() {
         const std::lock_guard lock(mutex_);
         return HEXTEXT_FromBytes(bytesOf(std::exchange(answers_, {})));
@@ -136,10 +136,12 @@ private:
             std::string answers = textOf(std::exchange(telnet.answers, {}));
             if (const size_t at = answers.find(spoilt); !spoilt.empty() && at < answers.size())
                 answers.replace(at, spoilt.size(), instead);
+            if (answers.starts_with("\xFF\xFA")) {
+                const std::lock_guard lock(mutex_);
+                answers_ += answers;
+            }
             const std::string out = answers + textOf(TELNET_Escape(echo));
             ::send(peer, out.data(), out.size(), MSG_NOSIGNAL);
-            const std::lock_guard lock(mutex_);
-            answers_ += answers;
         }
         close(peer);
     }
@@ -155,7 +157,6 @@ TEST(Rfc2217Port, SetsTheLineAndPassesBytes) {
     std::string error;
     const SerialPortPtr port = server.open(error);
     ASSERT_TRUE(port) << error;
-    server.takeAnswers();
     EXPECT_EQ(port->configure({.baudrate = 0xFF00}), 9600U);
     EXPECT_EQ(server.takeAnswers(), "FFFA2C6500002580FFF0FFFA2C650000FFFF00FFF0"
                                     "FFFA2C6608FFF0FFFA2C6701FFF0FFFA2C6801FFF0"
