@@ -31,7 +31,7 @@ public:
         addKind(entry);
         entry->addWidget(edit_, 1);
         addButton(buttons, "&Next", "findNext", true);
-        addButton(buttons, "Pre&vious", "findPrevious", false);
+        addButton(buttons, "Previo&us", "findPrevious", false);
         entry->insertWidget(0, createClose());
         message_->setObjectName("findMessage");
         hide();
@@ -82,7 +82,7 @@ private:
     }
 
     void addKind(QHBoxLayout* layout) {
-        auto* label = new QLabel("&Find:", this);
+        auto* label = new QLabel("Fin&d:", this);
         label->setBuddy(edit_);
         kind_->addItems({"Bytes", "Text"});
         kind_->setObjectName("findKind");

@@ -45,7 +45,7 @@ TEST(Closing, EndsACommandAtAnyMoment) {
         bool asks = false, cancels = false;
     } cases[] = {{"the loader is sent", 600},
                  {"the operation runs", 1500},
-                 {"a question is open", 300, true},
+                 {"a question is open", 1500, true},
                  {"the connection is cancelled", 600, false, true},
                  {"the operation is cancelled", 1500, false, true}};
     for (const auto& one : cases) {
