@@ -49,6 +49,9 @@ uint32_t HEXDATA_GetData(uint32_t& address, const uint8_t*& data);
 // Copies the held bytes of a range and leaves the others as they are; held[i] tells which of them
 // the image holds (as long as `bytes`, or empty).
 void HEXDATA_Copy(uint32_t address, std::span<uint8_t> bytes, std::span<bool> held);
+// The number of addresses from `address` up to the next held one, or to the end of the address
+// space.
+uint64_t HEXDATA_GetRoom(uint32_t address);
 
 uint32_t HEXDATA_GetFirstAddr(); // 0 when empty
 uint32_t HEXDATA_GetLastAddr();  // 0 when empty

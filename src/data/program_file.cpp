@@ -33,15 +33,17 @@ int recognise(char first) {
 
 void readRecords(RecordReader& reader, int type) {
     IntelBase base;
+    ImageBatch image;
     while (reader.error() == nullptr && !reader.atEndOfData()) {
         if (type == FILETYPE_INTEL) {
-            _ReadIntelRecord(reader, base);
+            _ReadIntelRecord(reader, base, image);
         } else {
-            _ReadSRecord(reader);
+            _ReadSRecord(reader, image);
         }
         reader.takeLineEnd();
         reader.refill();
     }
+    image.flush();
 }
 
 bool readFile(FileReader& file) {
