@@ -29,12 +29,15 @@ for folder in Device RamImage; do
 done
 cd "$work"
 
-# measure COMMAND...: sets best (microseconds, the quickest of all runs) and peak (KiB, the largest).
+# measure OUTPUT COMMAND...: sets best (microseconds, the quickest of all runs) and peak (KiB, the
+# largest). Every run makes its output anew: to replace a file may mean to wait for the disk.
 measure() {
-    local begin end us
+    local output=$1 begin end us
+    shift
     best=0
     peak=0
     for ((run = 0; run < runs; ++run)); do
+        rm -f "$output"
         rm -f Calvorin.tpu # else a run would first load the program file of the one before
         begin=${EPOCHREALTIME/[.,]/}
         /usr/bin/time -f %M -o peak.txt "$@" >output.txt 2>&1 || {
@@ -62,13 +65,13 @@ compare() {
     local lengths=()
     if [ "$to" = mot ]; then lengths=(--srec-len=32); fi
     rm -f ours.* srec.* objcopy.*
-    measure ./calvorin "in.$from" "-FileSaveAsours.$to" -Exit
+    measure "ours.$to" ./calvorin "in.$from" "-FileSaveAsours.$to" -Exit
     ours=$best
     limit=$((2 * kib + 20 * 1024))
     local ours_peak=$peak
-    measure srec_cat "in.$from" "${srec[$from]}" -o "srec.$to" "${srec[$to]}"
+    measure "srec.$to" srec_cat "in.$from" "${srec[$from]}" -o "srec.$to" "${srec[$to]}"
     srec_us=$best
-    measure objcopy -I "${bfd[$from]}" -O "${bfd[$to]}" "${lengths[@]}" "in.$from" "objcopy.$to"
+    measure "objcopy.$to" objcopy -I "${bfd[$from]}" -O "${bfd[$to]}" "${lengths[@]}" "in.$from" "objcopy.$to"
     objcopy_us=$best
     quickest=$((srec_us < objcopy_us ? srec_us : objcopy_us))
     awk -v title="$title" -v a="$ours" -v b="$srec_us" -v c="$objcopy_us" -v q="$quickest" \
