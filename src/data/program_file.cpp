@@ -50,13 +50,14 @@ bool readFile(FileReader& file) {
     RecordReader reader(file);
     reader.refill();
     const int type = recognise(reader.peek());
-    if (reader.error() == nullptr && type == FILETYPE_NONE) {
+    if (type != FILETYPE_NONE) {
+        HEXDATA_SetFileType(type);
+        HEXDATA_ClearAddError();
+        readRecords(reader, type);
+    } else if (reader.error() == nullptr) {
         report("Can not identify file type");
         return false;
     }
-    HEXDATA_SetFileType(type);
-    HEXDATA_ClearAddError();
-    readRecords(reader, type);
     if (reader.error() == nullptr) {
         return true;
     }

@@ -49,7 +49,6 @@ std::vector<uint8_t> randomBytes(std::mt19937& random, size_t count) {
 class HexData : public testing::Test {
 protected:
     HexData() { HEXDATA_Reset(); }
-    ~HexData() override { HEXDATA_Reset(); }
 
     static void add(uint32_t start, uint32_t last) {
         HEXDATA_AddData(start, std::vector<uint8_t>(last - start + 1, uint8_t(start)));

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <sstream>
+#include <unistd.h>
 
 using std::string_literals::operator""s;
 
@@ -29,10 +30,6 @@ std::string imageText() {
 class ProgramFile : public testing::Test {
 protected:
     ProgramFile() {
-        RUN_Reset();
-        HEXDATA_Reset();
-    }
-    ~ProgramFile() override {
         RUN_Reset();
         HEXDATA_Reset();
     }
@@ -64,6 +61,7 @@ TEST_F(ProgramFile, ReadsWellFormedFiles) {
     const std::pair<std::string, const char*> cases[] = {
         {kData, "10:12"},
         {":0100100012DD\n:0100200034AB\n", "10:12 20:34"},
+        {":01000F00AA46\n:0100100012DD\n:0100110034BA\n:010012005697", "F:AA123456"},
         {":0100100012DD\r:0100200034ab\r", "10:12 20:34"},
         {":0100100012DD\n\r:0100200034AB", "10:12 20:34"},
         {":00000001FF\r\n:0100100012DD\r\n", "10:12"},
@@ -93,7 +91,6 @@ TEST_F(ProgramFile, NamesTheLineOfTheFirstFault) {
         {" :00000001FF", "Can not identify file type"},
         {":0100100012DD :", "Error in line 1: Expected CR or LF"},
         {kData + "\0"s + kData, "Error in line 2: Unexpected character"},
-        {":0100100012DD\0\r\n"s + kData, "Error in line 1: Expected CR or LF"},
         {kData + "\r\n"s + kData, "Error in line 2: Unexpected character"},
         {kData + "S9030000FC"s, "Error in line 2: Unexpected character"},
         {kData + ":0100110012DD\r\n"s, "Error in line 2: CheckSum error !"},
@@ -101,19 +98,18 @@ TEST_F(ProgramFile, NamesTheLineOfTheFirstFault) {
         {kData + ":01001100"s, "Error in line 2: " + anyCase},
         {":0100000601F8", "Error in line 1: Unknown record !"},
         {":0100000400FB", "Error in line 1: Record too short !"},
+        // Records that continue each other up to what an earlier one holds.
+        {":010012005697\n:01000F00AA46\n"s + kData + ":0100110034BA\n:010012005697\n",
+         "Error in line 5: Multiple definitions for same address !"},
         {":020000040001F9\n\n:0100100012DD\n:0100100012DD\n"s,
          "Error in line 3: Multiple definitions for same address !"},
-        {":02000004FFFFFC\n:02FFFF001122CD\n", "Error in line 2: Data beyond address 0xFFFFFFFF !"},
         {":02000004FFFFFC\n:02000002FFFFFE\n"s + kData,
          "Error in line 3: Data beyond address 0xFFFFFFFF !"},
         {"S", "Error in line 1: Unexpected character"},
         {"S1040010AB4", "Error in line 1: " + anyCase},
         {"S1040010AB40x", "Error in line 1: Expected CR or LF"},
-        {"S9030000FC\n:", "Error in line 2: Unexpected character"},
         {"S2031234B6", "Error in line 1: Record too short !"},
         {"S307FFFFFFFF0102F9", "Error in line 1: Data beyond address 0xFFFFFFFF !"},
-        {"S306FFFFFFFF01FC\nS306FFFFFFFF01FC",
-         "Error in line 2: Multiple definitions for same address !"},
     };
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(load(text), expected) << text.substr(0, 80);
@@ -204,6 +200,18 @@ TEST_F(ProgramFile, AnOldFileOutlivesARefusedSave) {
     }
     EXPECT_EQ(readFile(path), "old");
     EXPECT_EQ(std::filesystem::file_size(blank), 0u);
+}
+
+TEST_F(ProgramFile, AProtectedFileIsNotReplaced) {
+    writeFile(path, "old");
+    std::filesystem::permissions(path, std::filesystem::perms(0444));
+    std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
+    const uid_t user = geteuid();
+    ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0); // nothing is protected from root
+    EXPECT_FALSE(PROGRAMFILE_Save(path, FILETYPE_INTEL));
+    ASSERT_EQ(seteuid(user), 0);
+    EXPECT_EQ(reports.take(), "OnFileOpen: Invalid file handle");
+    EXPECT_EQ(readFile(path), "old");
 }
 
 TEST_F(ProgramFile, RandomImagesReadBackEqualInBothFormats) {
