@@ -148,12 +148,11 @@ uint16_t ramSum(const Chip& chip) {
     return sum;
 }
 
-void takeTimer(Chip& chip) {
+// The timer record, which comes last, is a single byte and a zero.
+void checkTimer(Chip& chip) {
     const std::vector<uint8_t>& last = chip.boot.record;
     if (last.size() != 2 || last[1] != 0)
         fail(chip, "no timer record before the end of the loader");
-    else
-        chip.timerValue = last[0];
 }
 
 std::vector<uint8_t> sumBytes(uint16_t sum) {
@@ -170,7 +169,7 @@ void endOfRecords(Chip& chip, Moment at) {
     if (chip.boot.ram.empty())
         fail(chip, "the loader has no data");
     else if (chip.device.TimerInit != 0)
-        takeTimer(chip);
+        checkTimer(chip);
     if (chip.boot.recordFault) {
         chip.boot.refused = true;
         return;

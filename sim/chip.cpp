@@ -138,7 +138,7 @@ ChipPtr CHIP_Create(const DeviceRecord& device, const ChipOptions& options) {
     auto chip = std::make_shared<Chip>();
     chip->device = device;
     chip->options = options;
-    chip->flash = SIMFLASH_Create(device, options.extraBlock);
+    chip->flash = SIMFLASH_Create(device);
     chip->random.seed(options.seed);
     SIM_PlaceBadBits(*chip);
     if (options.startInBootRom)
@@ -161,7 +161,6 @@ void SIM_EnterBootRom(Chip& chip, Moment at) {
     chip.mode = ChipMode::bootRom;
     chip.boot = BootRom{};
     chip.loader = LoaderState{};
-    chip.timerValue = -1;
     chip.lastTraffic = at;
     const bool typeB = chip.device.RamcodeType == RAMCODE_TYPE_B;
     chip.rate = typeB ? 0 : kRateTypeA;
@@ -224,13 +223,6 @@ void CHIP_SetLines(Chip& chip, bool dtr, bool rts, Moment at) {
         enterReset(chip, at);
     if (falls)
         leaveReset(chip, rts, at);
-}
-
-void CHIP_PressReset(Chip& chip, bool bootRom, Moment at) {
-    CHIP_Run(chip, at);
-    chip.now = at;
-    enterReset(chip, at);
-    leaveReset(chip, bootRom, at);
 }
 
 std::optional<Moment> CHIP_NextOutput(Chip& chip, Moment until) {

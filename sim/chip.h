@@ -59,8 +59,6 @@ Moment CHIP_InputDone(const Chip& chip);
 // The control lines. DTR holds the chip in reset while it is set; when it is cleared the chip
 // starts: the boot ROM when RTS is set at that moment, else the application.
 void CHIP_SetLines(Chip& chip, bool dtr, bool rts, Moment at);
-// A reset by hand, as by a button.
-void CHIP_PressReset(Chip& chip, bool bootRom, Moment at);
 
 // When the next byte of the chip arrives, if that is at or before `until`. What the host has sent
 // is processed as far as needed.
@@ -71,14 +69,10 @@ std::optional<ChipOutput> CHIP_TakeOutput(Chip& chip, Moment now);
 void CHIP_Run(Chip& chip, Moment now);
 
 ChipMode CHIP_GetMode(const Chip& chip);
-uint32_t CHIP_GetRate(const Chip& chip); // bits per second; 0 not known yet
 const std::vector<ChipViolation>& CHIP_GetViolations(const Chip& chip); // the first 1000
 const ChipCounts& CHIP_GetCounts(const Chip& chip);
 // What the application has received.
 const std::vector<uint8_t>& CHIP_GetApplicationInput(const Chip& chip);
-// The loader image as it was downloaded, and the timer value of the timer record (TYPE_A; -1 none).
-const std::vector<uint8_t>& CHIP_GetRamImage(const Chip& chip);
-int CHIP_GetTimerValue(const Chip& chip);
 bool CHIP_IsReadProtected(const Chip& chip);
 bool CHIP_IsBlockProtected(const Chip& chip, size_t block);
 bool CHIP_IsBlank(const Chip& chip);

@@ -1,8 +1,6 @@
 // How a virtual chip is set up: what it holds, how fast it is, and in which ways it misbehaves.
 #pragma once
 
-#include "device/device_record.h"
-
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -81,14 +79,12 @@ bool CHIP_ParseFault(std::string_view text, ChipFault& fault, std::string& error
 // The names of all kinds and of all steps, blank-separated, for a help text.
 std::string CHIP_FaultKindNames();
 std::string CHIP_StepNames();
-std::string_view CHIP_StepName(ChipStep step);
 
 struct ChipOptions {
     // Password that the chip asks for; empty: what its flash holds at the places that the device
     // description names.
     std::vector<uint8_t> password;
     uint16_t packetSize = 128;   // bytes, as the loader reports it
-    FlashBlock extraBlock;       // one more flash block, at an image address; length 0: none
     bool pacing = false;         // bytes take their time on the line, in both directions
     bool checkRate = true;       // false: the line has no rate worth checking; bytes come as sent
     bool startInBootRom = false; // after power-up; false: the application runs

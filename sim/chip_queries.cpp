@@ -6,10 +6,6 @@ ChipMode CHIP_GetMode(const Chip& chip) {
     return chip.mode;
 }
 
-uint32_t CHIP_GetRate(const Chip& chip) {
-    return chip.rate;
-}
-
 const std::vector<ChipViolation>& CHIP_GetViolations(const Chip& chip) {
     return chip.violations;
 }
@@ -20,14 +16,6 @@ const ChipCounts& CHIP_GetCounts(const Chip& chip) {
 
 const std::vector<uint8_t>& CHIP_GetApplicationInput(const Chip& chip) {
     return chip.applicationInput;
-}
-
-const std::vector<uint8_t>& CHIP_GetRamImage(const Chip& chip) {
-    return chip.boot.ram;
-}
-
-int CHIP_GetTimerValue(const Chip& chip) {
-    return chip.timerValue;
 }
 
 bool CHIP_IsReadProtected(const Chip& chip) {

@@ -77,7 +77,6 @@ struct Chip {
 
     BootRom boot;
     LoaderState loader;
-    int timerValue = -1;
     std::vector<uint8_t> applicationInput;
 
     std::array<uint32_t, static_cast<size_t>(ChipStep::count_)> replies{};

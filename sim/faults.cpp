@@ -160,10 +160,6 @@ std::string CHIP_StepNames() {
     return joined(kStepNames);
 }
 
-std::string_view CHIP_StepName(ChipStep step) {
-    return kStepNames[static_cast<size_t>(step)];
-}
-
 const ChipFault* SIM_FaultAt(const Chip& chip, FaultKind kind, ChipStep step, uint32_t number) {
     for (const ChipFault& fault : chip.options.faults) {
         const bool here = fault.step == ChipStep::any || fault.step == step;

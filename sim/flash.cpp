@@ -41,7 +41,7 @@ uint16_t crcStep(uint16_t crc, uint8_t byte) {
 
 } // namespace
 
-Flash SIMFLASH_Create(const DeviceRecord& device, const FlashBlock& extraBlock) {
+Flash SIMFLASH_Create(const DeviceRecord& device) {
     Flash flash;
     flash.relocateFrom = device.RelocateFrom;
     flash.relocateTo = device.RelocateTo;
@@ -50,7 +50,6 @@ Flash SIMFLASH_Create(const DeviceRecord& device, const FlashBlock& extraBlock) 
     flash.overwritable = device.FLASHIsEE != 0 || device.SprtErase == 0;
     for (const FlashBlock& block : device.aBlock)
         addArea(flash, block);
-    addArea(flash, extraBlock);
     return flash;
 }
 

@@ -33,7 +33,7 @@ struct Flash {
     uint32_t relocateLen = 0;
 };
 
-Flash SIMFLASH_Create(const DeviceRecord& device, const FlashBlock& extraBlock);
+Flash SIMFLASH_Create(const DeviceRecord& device);
 // The chip address of an image address.
 uint32_t SIMFLASH_ToChip(const Flash& flash, uint32_t imageAddress);
 

@@ -12,7 +12,6 @@ struct SimLine {
     bool isOpen = false;
     std::string lostReason;
     uint64_t toChip = 0;
-    uint64_t fromChip = 0;
     uint64_t writes = 0;
     std::vector<LineCall> calls;
     std::atomic<uint64_t> changes{0}; // wakes whoever waits for the chip's next byte
@@ -44,14 +43,13 @@ bool isLost(SimLine& line) {
     return !line.lostReason.empty();
 }
 
-// Takes what has arrived, from `got` on; when there is nothing to take, tells until when not.
+// Takes what has arrived, behind the `got` bytes that the buffer holds; how many it holds then.
 size_t takeBytes(SimLine& line, std::span<uint8_t> buffer, size_t got, Moment now) {
     while (got < buffer.size()) {
         const auto output = CHIP_TakeOutput(*line.chip, now);
         if (!output)
             break;
         buffer[got++] = output->value;
-        line.fromChip++;
     }
     return got;
 }
@@ -254,11 +252,6 @@ void SIMPORT_Plug(const SimLinePtr& line) {
 uint64_t SIMPORT_BytesToChip(const SimLinePtr& line) {
     const std::lock_guard lock(line->mutex);
     return line->toChip;
-}
-
-uint64_t SIMPORT_BytesFromChip(const SimLinePtr& line) {
-    const std::lock_guard lock(line->mutex);
-    return line->fromChip;
 }
 
 uint64_t SIMPORT_Writes(const SimLinePtr& line) {

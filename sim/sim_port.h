@@ -35,7 +35,6 @@ void SIMPORT_Withdraw(std::string_view name);
 void SIMPORT_Unplug(const SimLinePtr& line, const std::string& reason = "No such device");
 void SIMPORT_Plug(const SimLinePtr& line);
 uint64_t SIMPORT_BytesToChip(const SimLinePtr& line);
-uint64_t SIMPORT_BytesFromChip(const SimLinePtr& line);
 // How many write calls the program made.
 uint64_t SIMPORT_Writes(const SimLinePtr& line);
 std::vector<LineCall> SIMPORT_Calls(const SimLinePtr& line);

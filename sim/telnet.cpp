@@ -55,13 +55,13 @@ void answerSub(Telnet& telnet, uint8_t command, std::span<const uint8_t> values)
     telnet.answers.insert(telnet.answers.end(), {kEscape, kSubEnd});
 }
 
-void setRate(Telnet& telnet, std::span<const uint8_t> values, std::vector<TelnetEvent>& events) {
+void setRate(Telnet& telnet, std::span<const uint8_t> values, std::vector<HostEvent>& events) {
     uint32_t rate = 0;
     for (const uint8_t byte : values.first(4))
         rate = rate << 8 | byte;
     if (rate != 0) { // 0 asks
         telnet.rate = rate;
-        events.push_back({TelnetEvent::Kind::rate, {}, rate});
+        events.push_back({HostEvent::Kind::rate, {}, rate});
     }
     const uint8_t answer[] = {
         static_cast<uint8_t>(telnet.rate >> 24), static_cast<uint8_t>(telnet.rate >> 16),
@@ -69,14 +69,14 @@ void setRate(Telnet& telnet, std::span<const uint8_t> values, std::vector<Telnet
     answerSub(telnet, kSetRate, answer);
 }
 
-void setControl(Telnet& telnet, uint8_t value, std::vector<TelnetEvent>& events) {
+void setControl(Telnet& telnet, uint8_t value, std::vector<HostEvent>& events) {
     uint8_t answer = value;
     if (value == kDtrOn || value == kDtrOff) {
         telnet.dtr = value == kDtrOn;
-        events.push_back({TelnetEvent::Kind::dtr, {}, telnet.dtr});
+        events.push_back({HostEvent::Kind::dtr, {}, telnet.dtr});
     } else if (value == kRtsOn || value == kRtsOff) {
         telnet.rts = value == kRtsOn;
-        events.push_back({TelnetEvent::Kind::rts, {}, telnet.rts});
+        events.push_back({HostEvent::Kind::rts, {}, telnet.rts});
     } else if (value == kAskDtr) {
         answer = telnet.dtr ? kDtrOn : kDtrOff;
     } else if (value == kAskRts) {
@@ -85,7 +85,7 @@ void setControl(Telnet& telnet, uint8_t value, std::vector<TelnetEvent>& events)
     answerSub(telnet, kSetControl, std::span(&answer, 1));
 }
 
-void finishSub(Telnet& telnet, std::vector<TelnetEvent>& events) {
+void finishSub(Telnet& telnet, std::vector<HostEvent>& events) {
     const std::vector<uint8_t> sub = std::move(telnet.sub);
     telnet.sub.clear();
     if (sub.size() < 2 || sub[0] != kOptionComPort)
@@ -100,13 +100,13 @@ void finishSub(Telnet& telnet, std::vector<TelnetEvent>& events) {
         answerSub(telnet, command, values); // whatever it is, the virtual line has it
 }
 
-void takeData(uint8_t byte, std::vector<TelnetEvent>& events) {
-    if (events.empty() || events.back().kind != TelnetEvent::Kind::data)
+void takeData(uint8_t byte, std::vector<HostEvent>& events) {
+    if (events.empty() || events.back().kind != HostEvent::Kind::data)
         events.emplace_back();
     events.back().bytes.push_back(byte);
 }
 
-void takeCommand(Telnet& telnet, uint8_t byte, std::vector<TelnetEvent>& events) {
+void takeCommand(Telnet& telnet, uint8_t byte, std::vector<HostEvent>& events) {
     telnet.state = Telnet::State::data;
     if (byte == kEscape) {
         takeData(byte, events);
@@ -119,7 +119,7 @@ void takeCommand(Telnet& telnet, uint8_t byte, std::vector<TelnetEvent>& events)
     }
 }
 
-void takeSubCommand(Telnet& telnet, uint8_t byte, std::vector<TelnetEvent>& events) {
+void takeSubCommand(Telnet& telnet, uint8_t byte, std::vector<HostEvent>& events) {
     telnet.state = Telnet::State::sub;
     if (byte == kEscape) {
         telnet.sub.push_back(byte);
@@ -129,7 +129,7 @@ void takeSubCommand(Telnet& telnet, uint8_t byte, std::vector<TelnetEvent>& even
     }
 }
 
-void takeByte(Telnet& telnet, uint8_t byte, std::vector<TelnetEvent>& events) {
+void takeByte(Telnet& telnet, uint8_t byte, std::vector<HostEvent>& events) {
     switch (telnet.state) {
     case Telnet::State::data:
         if (byte == kEscape)
@@ -158,8 +158,8 @@ void takeByte(Telnet& telnet, uint8_t byte, std::vector<TelnetEvent>& events) {
 
 } // namespace
 
-std::vector<TelnetEvent> TELNET_Receive(Telnet& telnet, std::span<const uint8_t> bytes) {
-    std::vector<TelnetEvent> events;
+std::vector<HostEvent> TELNET_Receive(Telnet& telnet, std::span<const uint8_t> bytes) {
+    std::vector<HostEvent> events;
     for (const uint8_t byte : bytes)
         takeByte(telnet, byte, events);
     return events;

@@ -7,7 +7,7 @@
 #include <vector>
 
 // What the host sends or asks of the line, in order.
-struct TelnetEvent {
+struct HostEvent {
     enum class Kind { data, rate, dtr, rts } kind = Kind::data;
     std::vector<uint8_t> bytes; // data
     uint32_t value = 0;         // rate in bits per second, or 0 and 1
@@ -24,6 +24,6 @@ struct Telnet {
 };
 
 // Bytes from the host, as they came.
-std::vector<TelnetEvent> TELNET_Receive(Telnet& telnet, std::span<const uint8_t> bytes);
+std::vector<HostEvent> TELNET_Receive(Telnet& telnet, std::span<const uint8_t> bytes);
 // Data for the host, with the telnet escape doubled.
 std::vector<uint8_t> TELNET_Escape(std::span<const uint8_t> bytes);

@@ -54,19 +54,19 @@ void acceptHost(Server& server) {
     server.telnet = Telnet{};
 }
 
-void pass(Server& server, const TelnetEvent& event, Chip& chip, Moment now) {
+void pass(Server& server, const HostEvent& event, Chip& chip, Moment now) {
     switch (event.kind) {
-    case TelnetEvent::Kind::data:
+    case HostEvent::Kind::data:
         CHIP_Receive(chip, event.bytes, now);
         break;
-    case TelnetEvent::Kind::rate:
+    case HostEvent::Kind::rate:
         CHIP_SetHostRate(chip, event.value);
         break;
-    case TelnetEvent::Kind::dtr:
+    case HostEvent::Kind::dtr:
         server.dtr = event.value != 0;
         CHIP_SetLines(chip, server.dtr, server.rts, now);
         break;
-    case TelnetEvent::Kind::rts:
+    case HostEvent::Kind::rts:
         server.rts = event.value != 0;
         CHIP_SetLines(chip, server.dtr, server.rts, now);
         break;
@@ -88,7 +88,7 @@ void receive(Server& server, Chip& chip, Moment now) {
         return;
     }
     const auto bytes = std::span<const uint8_t>(buffer).first(static_cast<size_t>(count));
-    for (const TelnetEvent& event : TELNET_Receive(server.telnet, bytes))
+    for (const HostEvent& event : TELNET_Receive(server.telnet, bytes))
         pass(server, event, chip, now);
     sendAll(server.host, server.telnet.answers);
     server.telnet.answers.clear();

@@ -3,6 +3,7 @@
 #include "link/target_link.h"
 #include "notice/error.h"
 #include "notice/run.h"
+#include "platform/event_queue.h"
 #include "serial/sio.h"
 
 #include <numeric>
@@ -14,12 +15,20 @@ bool reported = false;
 } // namespace
 
 bool _BootIsHopeless() {
-    return RUN_IsInterrupted() || SIO_IsLost();
+    return RUN_IsInterrupted() || SIO_IsLost() || !SIO_IsOpen();
 }
 
 int _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs) {
-    return SIO_Read(buffer.data(), buffer.size(), timeoutMs, _BootIsHopeless) == buffer.size() ? 0
-                                                                                               : 1;
+    if (buffer.empty()) {
+        return 0;
+    }
+    const Moment deadline = CLOCK_After(timeoutMs);
+    EVENTS_WaitBeside(deadline, [](Moment step) {
+        return SIO_WaitReadable(_BootIsHopeless, step) || _BootIsHopeless();
+    });
+    return SIO_ReadUntil(buffer.data(), buffer.size(), deadline, _BootIsHopeless) == buffer.size()
+               ? 0
+               : 1;
 }
 
 void _BootFail(std::string_view text) {

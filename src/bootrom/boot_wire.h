@@ -8,11 +8,11 @@
 
 inline constexpr uint32_t kReplyMs = 1000;
 
-// Whether waiting for the boot ROM has become pointless: the run was interrupted or the port is
-// lost.
+// Whether waiting for the boot ROM has become pointless: the run was interrupted, or the port is
+// lost or closed.
 bool _BootIsHopeless();
-// Reads the whole buffer. 1, without a message, when fewer bytes came in `timeoutMs` or waiting is
-// pointless.
+// Reads the whole buffer, processing events until its first byte comes. 1, without a message, when
+// fewer bytes came in `timeoutMs` or waiting is pointless.
 int _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs);
 
 // Reports the text and leaves the boot ROM unsynchronised.

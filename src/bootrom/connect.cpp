@@ -8,8 +8,8 @@
 #include "link/target_state.h"
 #include "notice/error.h"
 #include "notice/log.h"
-#include "notice/run.h"
 #include "platform/clock.h"
+#include "platform/event_queue.h"
 #include "platform/files.h"
 #include "platform/format.h"
 
@@ -32,10 +32,6 @@ const BootRomProtocol& typeB() {
 }
 
 const BootRomProtocol* current = nullptr; // null: the first family
-
-bool isCancelled() {
-    return TARGET_State().Cancel != 0 || RUN_IsInterrupted();
-}
 
 // Without a loader of its own a device cannot be connected, whatever the family.
 int downloadLoader() {
@@ -74,17 +70,17 @@ int TARGET_Connect() {
         return 1;
     }
     TARGET_SetLinkState(LINK_BOOTROM);
-    CLOCK_Sleep(kConnectPauseMs);
-    if (downloadLoader() == 1 && !isCancelled()) {
+    EVENTS_Sleep(kConnectPauseMs);
+    if (downloadLoader() == 1) { // a Cancel from here on ends the operation that follows
         state.PageLen = DEVICE_GetFLASHPageLen();
         LOG_Add("Connected with target");
         TARGET_SetLinkState(LINK_RAMCODE);
-        CLOCK_Sleep(kConnectPauseMs);
+        EVENTS_Sleep(kConnectPauseMs);
         return 1;
     }
     TARGET_Disconnect();
     TARGET_ReportError(kConnectFailure, 1);
-    CLOCK_Sleep(kConnectPauseMs);
+    EVENTS_Sleep(kConnectPauseMs);
     return 0;
 }
 

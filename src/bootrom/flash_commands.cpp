@@ -7,7 +7,6 @@
 #include "notice/progress.h"
 #include "notice/run.h"
 #include "platform/clock.h"
-#include "platform/event_queue.h"
 #include "platform/format.h"
 #include "serial/sio.h"
 
@@ -30,7 +29,6 @@ int _EraseWait(std::span<uint8_t> answer) {
     PROGRESS_SetBarText(formatText("Maximum time: %d sec", static_cast<int>(timeout / 1000)));
     const Moment deadline = CLOCK_After(timeout);
     while (!readAnswer(answer)) {
-        EVENTS_ProcessOne();
         if (CLOCK_Now() > deadline || _BootIsHopeless()) {
             return 1;
         }

@@ -4,6 +4,7 @@
 #include "device/devprops.h"
 #include "notice/error.h"
 #include "notice/log.h"
+#include "persist/parse.h"
 #include "platform/files.h"
 #include "platform/format.h"
 
@@ -96,7 +97,7 @@ int DEVICE_Init() {
 int _ParseDeviceFile(const std::string& text, const std::string& path) {
     const DeviceParseResult result = DEVICE_ParseText(text);
     if (!result.error.empty()) {
-        ERROR_Out(nullptr, result.error, kExitCode);
+        ERROR_Out(nullptr, PARSE_ErrorWords(result.error), kExitCode);
         ERROR_Out(nullptr,
                   formatText("Device::_ParseDeviceFile: Error reading device file %s, Line %d",
                              path.c_str(), result.line),

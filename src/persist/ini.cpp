@@ -154,11 +154,8 @@ void readValue(size_t keyAt, std::string_view key, const ValueReader& read) {
     const char* cursor = text.c_str() + keyAt + key.size();
     std::string error;
     read(error, cursor);
-    if (error == kParseStringError) {
-        error = "Expected a text in double quotes";
-    }
     if (!error.empty()) {
-        reportLine(keyAt, error);
+        reportLine(keyAt, PARSE_ErrorWords(error));
     }
 }
 

@@ -16,6 +16,10 @@ void copyWhile(const char*& cursor, std::string& text, size_t size, bool (*accep
 
 } // namespace
 
+std::string PARSE_ErrorWords(const std::string& error) {
+    return error == kParseStringError ? "Expected a text in double quotes" : error;
+}
+
 void PARSE_SkipBlanks(const char*& cursor) {
     while (isBlank(*cursor)) {
         ++cursor;

@@ -13,6 +13,8 @@
 
 // The error text of a string that has no opening or no closing quote: one byte, no words.
 inline constexpr char kParseStringError[] = "\x01";
+// An error text as it is shown: itself, or the words that it lacks.
+std::string PARSE_ErrorWords(const std::string& error);
 
 void PARSE_SkipBlanks(const char*& cursor);
 // Moves to the start of the next line that holds text: over the whole run of line breaks.

@@ -1,5 +1,6 @@
 #include "platform/event_queue.h"
 
+#include <algorithm>
 #include <atomic>
 #include <deque>
 #include <memory>
@@ -8,6 +9,9 @@
 #include <thread>
 
 namespace {
+
+constexpr int64_t kStepMs = 50; // a window system's events do not wake other waits
+constexpr int kMostInARow = 20; // between two looks at what is awaited
 
 std::mutex queueMutex;
 std::deque<Event> queue;
@@ -119,6 +123,22 @@ void EVENTS_WaitOne() {
         }
         CLOCK_Wait(nextTick, hasEvent);
     }
+}
+
+bool EVENTS_WaitBeside(Moment deadline, const std::function<bool(Moment)>& awaited) {
+    while (!awaited(std::min(deadline, CLOCK_After(kStepMs)))) {
+        for (int i = 0; i < kMostInARow && EVENTS_ProcessOne(); ++i) {
+        }
+        if (CLOCK_Now() >= deadline) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void EVENTS_Sleep(int64_t ms) {
+    EVENTS_WaitBeside(CLOCK_After(ms),
+                      [](Moment step) { return CLOCK_Wait(step, [] { return false; }); });
 }
 
 void EVENTS_SetTicker(int intervalMs, Event tick) {

@@ -26,6 +26,14 @@ bool EVENTS_RunPosted();
 // User-interface thread: waits until an event or the ticker is due, and runs it.
 void EVENTS_WaitOne();
 
+// User-interface thread: waits for something that is no event, in short steps between which events
+// are processed. `awaited` waits for it up to the moment that it is given and tells whether it has
+// come. Result: whether it came before the deadline.
+bool EVENTS_WaitBeside(Moment deadline, const std::function<bool(Moment)>& awaited);
+
+// User-interface thread: a pause in which events are processed.
+void EVENTS_Sleep(int64_t ms);
+
 // User-interface thread: has `tick` run every `intervalMs` while events are processed; an interval
 // of 0 stops it. There is one ticker.
 void EVENTS_SetTicker(int intervalMs, Event tick);

@@ -5,6 +5,10 @@
 #include <string>
 #include <string_view>
 
+// Leads standard streams that the program was started without to nowhere; otherwise the next file
+// or port that is opened would be taken for them. To be called before anything is opened.
+void PROCESS_OpenStandardStreams();
+
 // Writes to standard output or standard error in one call.
 void PROCESS_WriteOut(std::string_view text);
 void PROCESS_WriteError(std::string_view text);
@@ -19,7 +23,8 @@ bool PROCESS_NoColour();
 void PROCESS_Beep();
 
 // Runs `handler` on a thread of its own for the first SIGINT, SIGTERM or SIGHUP; a second one ends
-// the process at once. To be called before any other thread is started.
+// the process at once. A SIGHUP that is ignored already (nohup) stays ignored. To be called before
+// any other thread is started.
 void PROCESS_CatchSignals(std::function<void()> handler);
 
 // Loads a module that stands beside the executable and finds a function of it; nullptr with the

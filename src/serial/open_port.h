@@ -13,6 +13,8 @@ struct OpenPort {
     SerialPortPtr line;
     uint32_t number = 0;
     std::string device;
+    std::atomic<uint32_t> rate{
+        0}; // as it was asked for last; what the device made of it may differ
     std::atomic<bool> closing{false};
     std::atomic<bool> lost{false};
     std::atomic<bool> writeFailed{false}; // the last hand-over of bytes failed

@@ -79,7 +79,9 @@ const char* setRate(uint32_t baudrate, uint32_t& before) {
         logRefusal(use);
         return "SIO::SIO_ChangeBaudrate: SetCommState failed";
     }
-    before = *result;
+    // A device that rounds tells another rate than the one that the chip is to be told.
+    const uint32_t asked = use.port().rate.exchange(baudrate);
+    before = asked != 0 ? asked : *result;
     return nullptr;
 }
 
@@ -278,7 +280,10 @@ uint32_t SIO_ChangeBaudrate(uint32_t baudrate) {
 }
 
 size_t SIO_Read(uint8_t* buffer, size_t count, uint32_t timeoutMs, const Condition& stop) {
-    const Moment deadline = CLOCK_After(timeoutMs);
+    return SIO_ReadUntil(buffer, count, CLOCK_After(timeoutMs), stop);
+}
+
+size_t SIO_ReadUntil(uint8_t* buffer, size_t count, Moment deadline, const Condition& stop) {
     sendHeld();
     size_t arrived = 0;
     bool usable = false;
@@ -298,24 +303,26 @@ size_t SIO_Read(uint8_t* buffer, size_t count, uint32_t timeoutMs, const Conditi
     return arrived;
 }
 
-bool SIO_WaitReadable(const Condition& stop) {
+bool SIO_WaitReadable(const Condition& stop, Moment deadline) {
     sendHeld();
     while (!stop()) {
         const uint32_t generation = OPENPORT_Generation();
         if (PortUse use; use.usable()) {
-            const bool readable = use.line().waitReadable(kNever, use.orClosing(stop));
+            const bool readable = use.line().waitReadable(deadline, use.orClosing(stop));
             if (stop()) {
                 return false;
             }
             use.noteLoss();
             if (use.usable()) {
-                if (readable) {
-                    return true;
+                if (readable || CLOCK_Now() >= deadline) {
+                    return readable;
                 }
                 continue;
             }
         }
-        CLOCK_Wait(kNever, [&] { return stop() || OPENPORT_Generation() != generation; });
+        if (!CLOCK_Wait(deadline, [&] { return stop() || OPENPORT_Generation() != generation; })) {
+            return false;
+        }
     }
     return false;
 }

@@ -62,15 +62,16 @@ void SIO_SetPort(uint32_t port);         // takes effect at the next opening
 void SIO_SetBaudrate(uint32_t baudrate); // takes effect at the next opening
 void SIO_SetLogging(uint32_t on);        // starts or stops the communication log when it differs
 
-// The rate in force before, 0 when the change failed (reported).
+// The rate in force before, as it was asked for; 0 when the change failed (reported).
 uint32_t SIO_ChangeBaudrate(uint32_t baudrate);
 // Reads up to `count` bytes, waiting at most `timeoutMs` in all, or until `stop` holds. Result: the
 // bytes that arrived; none are taken once `stop` holds. Without a port, or with one that is lost,
 // the time passes and nothing arrives.
 size_t SIO_Read(uint8_t* buffer, size_t count, uint32_t timeoutMs, const Condition& stop = {});
-// Waits until a byte can be read or `stop` holds; true for a byte, false once `stop` holds. Without
-// a usable port it waits for one, or for `stop`.
-bool SIO_WaitReadable(const Condition& stop);
+size_t SIO_ReadUntil(uint8_t* buffer, size_t count, Moment deadline, const Condition& stop = {});
+// Waits until a byte can be read, `stop` holds or the deadline has passed; true for a byte, false
+// once `stop` holds. Without a usable port it waits for one.
+bool SIO_WaitReadable(const Condition& stop, Moment deadline = kNever);
 // True when the port has taken the bytes; while a frame is held, when the port is usable and took
 // what it was given last.
 bool SIO_Write(std::span<const uint8_t> bytes);

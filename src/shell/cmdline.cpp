@@ -7,6 +7,7 @@
 #include "platform/process.h"
 #include "shell/cmdline_table.h"
 #include "shell/cmdline_values.h"
+#include "shell/console.h"
 #include "shell/front_end.h"
 
 #include <algorithm>
@@ -19,8 +20,11 @@ An argument stands directly behind its option: -OptionsCOMPort2, -FileSaveAsout.
 Options take effect at once, commands run in their order, the first failure skips the rest.
 With -Exit nothing is shown or asked: errors, questions that were not asked and log lines go to
 standard error, and the exit code is 0 or 1. A run that queues no -Target command needs no port.
-A FILE may begin with "/" when no option has that name. Ctrl-C and SIGTERM end a run with 1.
-Alone: --help and -? print this text, --version prints the version.
+Ctrl-C, SIGTERM and SIGHUP end a run with 1.
+A FILE may begin with "/" when no option begins that way and the file exists.
+What a run leaves in Calvorin.tpu beside the program, the next one starts with; a Calvorin.tpu that
+cannot be read to its end is kept as Calvorin.tpu.bad.
+Alone: --help prints this text, -? too where there is no desktop, --version prints the version.
 )";
 
 struct QueuedCommand {
@@ -87,6 +91,13 @@ void runEntry(const CmdlineEntry& entry, const std::string& argument) {
     }
 }
 
+// Where no help box will tell, the user hears of an argument that has no effect.
+void noteStray(const std::string& argument) {
+    if (!FRONTEND_Get().hasWindows) {
+        CONSOLE_PrintLine("Note: \"" + argument + "\" is not an option and is left out");
+    }
+}
+
 // False when the argument is not an option of the table.
 bool processOption(const std::string& argument) {
     const std::string text = argument.substr(1);
@@ -106,8 +117,8 @@ void CMDLINE_SetDispatcher(int exitId, CommandDispatcher newDispatcher) {
     dispatcher = std::move(newDispatcher);
 }
 
-std::string CMDLINE_Process(const std::vector<std::string>& arguments) {
-    std::string programFile;
+std::optional<std::string> CMDLINE_Process(const std::vector<std::string>& arguments) {
+    std::optional<std::string> programFile;
     bool allRecognised = true;
     for (size_t index = 0; index < arguments.size(); ++index) {
         const std::string& argument = arguments[index];
@@ -116,6 +127,7 @@ std::string CMDLINE_Process(const std::vector<std::string>& arguments) {
         } else if (isOption(argument)) {
             allRecognised &= processOption(argument);
         } else {
+            noteStray(argument);
             allRecognised = false;
         }
     }

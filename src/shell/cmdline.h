@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,8 +16,8 @@ using CommandDispatcher = std::function<void(int command)>;
 void CMDLINE_SetDispatcher(int exitCommand, CommandDispatcher dispatcher);
 
 // Reads the arguments (without the program's own path). Result: the program file that they name,
-// empty when they name none.
-std::string CMDLINE_Process(const std::vector<std::string>& arguments);
+// as it stands there, also when that is an empty text.
+std::optional<std::string> CMDLINE_Process(const std::vector<std::string>& arguments);
 
 // Whether an argument stands for the command `id`; what is asked before anything else starts.
 bool CMDLINE_Contains(const std::vector<std::string>& arguments, int id);

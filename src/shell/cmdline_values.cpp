@@ -48,7 +48,7 @@ const std::string& CMDLINE_GetArgument() {
 int32_t CMDLINE_GetHexValue() {
     valueError = false;
     std::string text;
-    if (!readValueText("01234567890abcdefABCDEF-,", text) || text.size() > kMostHexCharacters) {
+    if (!readValueText("0123456789abcdefABCDEF-,", text) || text.size() > kMostHexCharacters) {
         failValue("CMDLINE_GetHexValue: Not a hex value");
         return -1;
     }
@@ -68,7 +68,7 @@ int32_t CMDLINE_GetHexValue() {
 int32_t CMDLINE_GetDecValue() {
     valueError = false;
     std::string text;
-    if (!readValueText("01234567890-,", text)) {
+    if (!readValueText("0123456789-,", text)) {
         failValue("CMDLINE_GetDecValue: Not a decimal value");
         return -1;
     }

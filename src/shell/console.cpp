@@ -3,6 +3,7 @@
 #include "notice/log.h"
 #include "notice/progress.h"
 #include "platform/event_queue.h"
+#include "platform/format.h"
 #include "platform/process.h"
 #include "shell/progress_line.h"
 
@@ -18,9 +19,23 @@ std::string liveLine; // what the terminal shows now, without a line end
 ProgressRate rate;
 bool isTerminal = false;
 
+// A text may quote a character of a file that would do something to the terminal.
+std::string printable(const std::string& text) {
+    std::string shown;
+    for (const char character : text) {
+        const bool controls = (character >= '\0' && character < ' ') || character == '\x7F';
+        const bool plain = !controls || character == '\n' || character == '\t';
+        shown += plain ? std::string(1, character) : formatText("\\x%02X", character);
+    }
+    return shown;
+}
+
 void print(const std::string& text) {
     const std::lock_guard lock(consoleMutex);
     const std::string erase = liveLine.empty() ? "" : kEraseLine;
+    if (!PROGRESS_IsOpen()) {
+        liveLine.clear(); // of an operation that has ended since the last tick
+    }
     PROCESS_WriteError(erase + text + "\n" + liveLine);
 }
 
@@ -46,7 +61,7 @@ void tick() {
 // Every line but the errors, which the notifier prints.
 void showLogLine(const std::string&, const std::string& text) {
     if (!text.starts_with("Error: ")) {
-        print(text);
+        print(printable(text));
     }
 }
 
@@ -83,10 +98,10 @@ void CONSOLE_PrintError(const std::string& text) {
     constexpr char kRed[] = "\x1b[31m";
     constexpr char kPlain[] = "\x1b[0m";
     const bool colour = isTerminal && !PROCESS_NoColour();
-    const std::string message = "Error: " + withoutLineEnds(text);
+    const std::string message = "Error: " + printable(withoutLineEnds(text));
     print(colour ? kRed + message + kPlain : message);
 }
 
 void CONSOLE_PrintLine(const std::string& text) {
-    print(text);
+    print(printable(text));
 }

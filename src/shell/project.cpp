@@ -11,6 +11,7 @@
 #include "serial/sio.h"
 #include "shell/program_files.h"
 
+#include <algorithm>
 #include <functional>
 
 namespace {
@@ -106,6 +107,11 @@ void readStatement(std::string& error, const char*& cursor) {
     error = formatText("Unknown identifier: %s", word.c_str());
 }
 
+// A path that could not be read back would end the reading of the whole project there.
+bool canBeReadBack(const std::string& programFile) {
+    return programFile.size() <= kLongestPath && programFile.find('"') == std::string::npos;
+}
+
 } // namespace
 
 bool PROJECT_Save(const std::string& path, const std::string& programFile) {
@@ -113,7 +119,7 @@ bool PROJECT_Save(const std::string& path, const std::string& programFile) {
     project += formatText("Port = %d\r\n", static_cast<int>(SIO_GetPort()));
     project += formatText("Baudrate = %d\r\n", static_cast<int>(SIO_GetBaudrate()));
     project += formatText("Logging = %d\r\n", static_cast<int>(SIO_GetLogging()));
-    if (!programFile.empty()) {
+    if (!programFile.empty() && canBeReadBack(programFile)) {
         project += formatText("File = \"%s\"\r\n", programFile.c_str());
     }
     project += formatText("Device = \"%s\"\r\n", DEVICE_GetName().c_str());
@@ -127,21 +133,24 @@ bool PROJECT_Save(const std::string& path, const std::string& programFile) {
 
 bool PROJECT_Load(const std::string& path) {
     std::string content;
-    if (!FILES_ReadAll(path, content).ok()) {
+    if (const FileResult result = FILES_ReadAll(path, content); !result.ok()) {
+        LOG_Add(formatText("%s: %s", path.c_str(), result.reason.c_str()));
         ERROR_Out(nullptr, "Read file failed", 1);
         return false;
     }
     const char* cursor = content.c_str();
     const char* end = cursor + content.size();
     std::string error;
-    for (int line = 1; cursor != end; ++line) {
+    while (cursor != end) {
+        const char* const statement = cursor;
         readStatement(error, cursor);
         if (error.empty() && *cursor == '\0' && cursor != end) {
             error = "Unexpected NUL byte";
         }
         if (!error.empty()) {
-            LOG_Add(formatText("%s is not read beyond line %d", path.c_str(), line));
-            ERROR_Ask(nullptr, error, "Error reading project file", BOX_OK);
+            const auto line = 1 + std::count(content.c_str(), statement, '\n');
+            LOG_Add(formatText("%s is not read beyond line %td", path.c_str(), line));
+            ERROR_Ask(nullptr, PARSE_ErrorWords(error), "Error reading project file", BOX_OK);
             return false;
         }
         PARSE_SkipLine(cursor);

@@ -4,7 +4,8 @@
 
 #include <string>
 
-// Replaces the file in one step; `programFile` empty: no File line. Nothing is reported, false when
+// Replaces the file in one step; `programFile` empty, or a path that no project can hold (too long,
+// or with a double quote in it): no File line. Nothing is reported, false when
 // it could not be written.
 bool PROJECT_Save(const std::string& path, const std::string& programFile);
 // Applies each statement as it is read; what is wrong is reported and ends the reading. False when
@@ -18,6 +19,8 @@ void PROJECT_Open(const std::string& path);
 void PROJECT_SaveCurrent();
 void PROJECT_SaveAsDialog();
 
+// Rate and port where none was chosen.
+void PROJECT_FillDefaults();
 // The sequence of a first start and of a new project: all blocks selected, then the dialogs for
 // device, reset and port; defaults where one is cancelled.
 void PROJECT_FirstStart();

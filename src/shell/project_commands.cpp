@@ -25,6 +25,15 @@ void writeProject(const std::string& path) {
 
 } // namespace
 
+void PROJECT_FillDefaults() {
+    if (SIO_GetBaudrate() == 0) {
+        SIO_SetBaudrate(kDefaultBaudrate);
+    }
+    if (SIO_GetPort() == 0) {
+        SIO_SetPort(kDefaultPort);
+    }
+}
+
 void PROJECT_FirstStart() {
     DEVPROPS_SelectAllBlocks();
     FrontEnd& frontEnd = FRONTEND_Get();
@@ -36,12 +45,7 @@ void PROJECT_FirstStart() {
         PASSWORD_SetLimitsOfDevice();
         return;
     }
-    if (SIO_GetBaudrate() == 0) {
-        SIO_SetBaudrate(kDefaultBaudrate);
-    }
-    if (SIO_GetPort() == 0) {
-        SIO_SetPort(kDefaultPort);
-    }
+    PROJECT_FillDefaults();
 }
 
 void PROJECT_New() {

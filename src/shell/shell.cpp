@@ -17,6 +17,8 @@
 
 namespace {
 
+bool helpIsAllAsked = false;
+
 // The user ends the run: what runs is cancelled, the main loop ends. Called on the signal thread.
 void interrupt() {
     RUN_Interrupt();
@@ -42,15 +44,12 @@ bool chooseFrontEnd(int argc, char** argv, const std::vector<std::string>& argum
         FRONTEND_Set(CONSOLE_FrontEnd());
         return true;
     }
+    helpIsAllAsked = arguments == std::vector<std::string>{"-?"};
     std::string reason;
     if (loadDesktop(argc, argv, reason)) {
         return true;
     }
-    if (arguments == std::vector<std::string>{"-?"}) {
-        CMDLINE_PrintHelp();
-        return false;
-    }
-    SHELL_ReportNoDesktop(reason);
+    SHELL_AnswerWithoutDesktop(reason);
     return false;
 }
 
@@ -85,6 +84,7 @@ void mainLoop() {
 } // namespace
 
 int SHELL_Run(int argc, char** argv) {
+    PROCESS_OpenStandardStreams();
     const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     if (answerAtOnce(arguments)) {
         return 0;
@@ -106,7 +106,11 @@ int SHELL_Run(int argc, char** argv) {
     return RUN_GetExitCode();
 }
 
-void SHELL_ReportNoDesktop(const std::string& reason) {
+void SHELL_AnswerWithoutDesktop(const std::string& reason) {
+    if (helpIsAllAsked) {
+        CMDLINE_PrintHelp();
+        return;
+    }
     RUN_SetExitCode(1);
     PROCESS_WriteError("Error: the desktop is not available (" + reason +
                        ").\nA run without it needs -Exit on the command line; --help lists the "

@@ -6,5 +6,6 @@
 // Runs the program with the arguments of main; the process exit code.
 int SHELL_Run(int argc, char** argv);
 
-// Says that there is no desktop and what runs without one; the exit code becomes 1.
-void SHELL_ReportNoDesktop(const std::string& reason);
+// What a run says that needs the desktop and cannot have it: what runs without one, and the exit
+// code becomes 1. A run that only asks for the help gets that.
+void SHELL_AnswerWithoutDesktop(const std::string& reason);

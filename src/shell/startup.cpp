@@ -58,6 +58,9 @@ void prepareModules() {
     FRONTEND_Get().start();
     INI_Load();
     readFrameSettings();
+    if (SESSION_Get().showLog != 0) {
+        FRONTEND_Get().openView(View::log); // before there is anything to log
+    }
     PASSWORD_SetDialog(FRONTEND_Get().passwordDialog);
     MRU_Init(MRU_PROGRAMS, kRecentEntries);
     MRU_Init(MRU_PROJECTS, kRecentEntries);
@@ -68,6 +71,7 @@ void prepareModules() {
 void loadDefaultProject() {
     if (FILES_Exists(IDENTITY_DefaultProject())) {
         defaultProjectIsBad = !PROJECT_Load(IDENTITY_DefaultProject());
+        PROJECT_FillDefaults(); // of a file that ends early, or that a run without a port has saved
     } else {
         PROJECT_FirstStart();
     }
@@ -89,9 +93,6 @@ void openPort() {
 
 void openRememberedViews() {
     const Session& session = SESSION_Get();
-    if (session.showLog != 0) {
-        FRONTEND_Get().openView(View::log);
-    }
     if (session.showDevice != 0) {
         FRONTEND_Get().openView(View::device);
     }
@@ -105,12 +106,15 @@ std::string currentProgramFile() {
     return HEXDATA_IsEmpty() ? std::string() : SESSION_Get().programPath;
 }
 
-void keepBadProject() {
+// Moves the project that could not be read out of the way. False when it stays where it is.
+bool keepBadProject() {
     const std::string kept = IDENTITY_DefaultProject() + ".bad";
-    if (FILES_Rename(IDENTITY_DefaultProject(), kept).ok()) {
-        CONSOLE_PrintLine("Note: the default project could not be read to its end; it is kept as " +
-                          kept);
-    }
+    const FileResult result = FILES_Rename(IDENTITY_DefaultProject(), kept);
+    CONSOLE_PrintLine("Note: the default project could not be read to its end; " +
+                      (result.ok() ? "it is kept as " + kept
+                                   : "it stays as it is, without the values of this run (" + kept +
+                                         ": " + result.reason + ")"));
+    return result.ok();
 }
 
 } // namespace
@@ -127,9 +131,8 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
     SUMMARY_Refresh();
     loadDefaultProject();
     PASSWORD_SetLimitsOfDevice(); // an option may fill the password before it names a device
-    const std::string programFile = CMDLINE_Process(arguments);
-    if (!programFile.empty()) {
-        PROGRAM_Open(programFile);
+    if (const auto programFile = CMDLINE_Process(arguments)) {
+        PROGRAM_Open(*programFile);
     }
     openRememberedViews();
     PASSWORD_SetLimitsOfDevice();
@@ -155,10 +158,9 @@ void STARTUP_Finish() {
     const IniBatch oneWrite;
     INI_WriteRect(kSection, "Rect", SESSION_Get().frameRect);
     DEVPROPS_Save();
-    if (defaultProjectIsBad) {
-        keepBadProject();
+    if (!defaultProjectIsBad || keepBadProject()) {
+        PROJECT_Save(IDENTITY_DefaultProject(), currentProgramFile());
     }
-    PROJECT_Save(IDENTITY_DefaultProject(), currentProgramFile());
 }
 
 void STARTUP_Close() {

@@ -11,6 +11,7 @@
 #include "notice/log.h"
 #include "notice/progress.h"
 #include "platform/clock.h"
+#include "platform/event_queue.h"
 #include "platform/format.h"
 #include "serial/sio.h"
 #include "target/operation.h"
@@ -133,7 +134,7 @@ bool bootRomErased(bool showBox) {
 
 int eraseChipByBootRom(bool showBox) {
     TARGET_SetLinkState(LINK_BOOTROM);
-    CLOCK_Sleep(kConnectPauseMs);
+    EVENTS_Sleep(kConnectPauseMs);
     const bool done = bootRomErased(showBox);
     PROGRESS_Close();
     if (showBox) {

@@ -17,6 +17,12 @@ uint32_t sumOf(std::span<const uint8_t> bytes) {
     return std::accumulate(bytes.begin(), bytes.end(), 0U);
 }
 
+// The sum byte over the length and the payload's pieces.
+uint8_t frameSum(std::span<const uint8_t> head, std::span<const uint8_t> data) {
+    const size_t length = head.size() + data.size();
+    return static_cast<uint8_t>(length + (length >> 8) + sumOf(head) + sumOf(data));
+}
+
 bool readByte(uint8_t& value, uint32_t timeoutMs, const Condition& stop) {
     return SIO_Read(&value, 1, timeoutMs, stop) == 1;
 }
@@ -41,11 +47,6 @@ PayloadWriter& PayloadWriter::u32(uint32_t value) {
     return u16(value).u16(value >> 16);
 }
 
-uint8_t _FrameSum(std::span<const uint8_t> head, std::span<const uint8_t> data) {
-    const size_t length = head.size() + data.size();
-    return static_cast<uint8_t>(length + (length >> 8) + sumOf(head) + sumOf(data));
-}
-
 void TARGET_SendFrame(std::span<const uint8_t> head, std::span<const uint8_t> data) {
     const size_t length = head.size() + data.size();
     const SioFrame together;
@@ -58,7 +59,7 @@ void TARGET_SendFrame(std::span<const uint8_t> head, std::span<const uint8_t> da
             SIO_Write(piece);
         }
     }
-    SIO_WriteByte(_FrameSum(head, data));
+    SIO_WriteByte(frameSum(head, data));
     SIO_WriteByte(kEnd);
 }
 
@@ -78,8 +79,7 @@ int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, uint32_t timeoutMs, const
     if (length != 0 && SIO_Read(payload.data(), length, kPayloadMs, stop) != length) {
         return -1;
     }
-    if (!readExpected(_FrameSum(payload, {}), kByteMs, stop) ||
-        !readExpected(kEnd, kByteMs, stop)) {
+    if (!readExpected(frameSum(payload, {}), kByteMs, stop) || !readExpected(kEnd, kByteMs, stop)) {
         return -1;
     }
     return static_cast<int>(length);

@@ -20,9 +20,6 @@ private:
     std::vector<uint8_t> bytes_;
 };
 
-// The sum byte over the length and the payload's pieces.
-uint8_t _FrameSum(std::span<const uint8_t> head, std::span<const uint8_t> data);
-
 // Sends one frame whose payload is `head` followed by `data`; awaits nothing.
 void TARGET_SendFrame(std::span<const uint8_t> head, std::span<const uint8_t> data = {});
 // Awaits one frame, its first byte within `timeoutMs`: the payload's length, or -1 for anything

@@ -50,8 +50,7 @@ Outcome readRange(const std::function<bool()>& take) {
         _SetProgress(address - start);
         const uint64_t count = address + kReadPiece < last ? kReadPiece : last - address + 1;
         const auto from = static_cast<uint32_t>(address);
-        if (!_ReadTarget(from, _MappedRun(from, static_cast<uint32_t>(count)), kReadMs) ||
-            !take()) {
+        if (!_ReadSome(from, _MappedRun(from, static_cast<uint32_t>(count)), kReadMs) || !take()) {
             return Outcome::failed;
         }
     }

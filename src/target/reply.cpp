@@ -166,17 +166,21 @@ bool _Exchange(const PayloadWriter& command, std::span<const uint8_t> data, uint
     return TARGET_HandleReply(payload, wanted);
 }
 
-bool _ReadTarget(uint32_t address, uint32_t count, uint32_t timeoutMs) {
+bool _ReadSome(uint32_t address, uint32_t count, uint32_t timeoutMs) {
     const uint32_t chipAddress = TARGET_ToChipAddress(address);
     const PayloadWriter command = PayloadWriter(kReadCommand).u32(chipAddress).u16(count);
     if (!_Exchange(command, {}, timeoutMs, ReplyKind::data)) {
         return false;
     }
     const TargetState& state = TARGET_State();
-    if (state.ReplyLength != count || state.ReplyAddress != DEVICE_RelocateAddr(chipAddress)) {
-        return setError(TERR_TIMEOUT);
-    }
-    return true;
+    const bool fits = state.ReplyLength != 0 && state.ReplyLength <= count &&
+                      state.ReplyAddress == DEVICE_RelocateAddr(chipAddress);
+    return fits || setError(TERR_TIMEOUT);
+}
+
+bool _ReadTarget(uint32_t address, uint32_t count, uint32_t timeoutMs) {
+    return _ReadSome(address, count, timeoutMs) &&
+           (TARGET_State().ReplyLength == count || setError(TERR_TIMEOUT));
 }
 
 uint32_t TARGET_ToChipAddress(uint32_t address) {

@@ -43,6 +43,8 @@ bool _Exchange(const PayloadWriter& command, std::span<const uint8_t> data, uint
 // Reads `count` bytes from an image address into the reply fields; a reply about anything else is a
 // link error, since nothing can be concluded from it.
 bool _ReadTarget(uint32_t address, uint32_t count, uint32_t timeoutMs);
+// The same for up to `count` bytes, at least one, for callers who then ask for the rest.
+bool _ReadSome(uint32_t address, uint32_t count, uint32_t timeoutMs);
 
 // An image address as the chip knows it.
 uint32_t TARGET_ToChipAddress(uint32_t address);

@@ -125,7 +125,7 @@ std::string displayFault() {
 void catchFatal(QtMsgType type, const QMessageLogContext&, const QString& text) {
     static QString reason;
     if (type == QtFatalMsg) {
-        SHELL_ReportNoDesktop((reason.isEmpty() ? text : reason).toStdString());
+        SHELL_AnswerWithoutDesktop((reason.isEmpty() ? text : reason).toStdString());
         std::_Exit(RUN_GetExitCode());
     }
     reason = reason.isEmpty() ? text : reason;

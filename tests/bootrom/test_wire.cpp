@@ -9,6 +9,7 @@
 #include "link/target_link.h"
 #include "link/target_state.h"
 #include "support/script_world.h"
+#include "support/world.h"
 
 namespace {
 
@@ -30,13 +31,6 @@ Script join(std::initializer_list<Script> parts) {
     Script all;
     for (const Script& part : parts)
         all.insert(all.end(), part.begin(), part.end());
-    return all;
-}
-
-std::string repeat(const std::string& text, int count) {
-    std::string all;
-    for (int i = 0; i < count; ++i)
-        all += text;
     return all;
 }
 
@@ -247,7 +241,6 @@ TEST_F(Wire, ConnectAsksWhatItNeedsAndRefusesWhatCannotWork) {
     {
         // The user presses reset and gives no password.
         ScriptWorld world(kDeviceA, join({kReset, kMatchA, kSumA}));
-        std::filesystem::create_directory(world.folder() / "RamImage");
         world.addFile("RamImage/a.hex", ":020400001122C7\n:00000001FF");
         TARGET_SetLinkState(LINK_IDLE);
         DEVPROPS_SetResetByPC(false);
@@ -264,7 +257,6 @@ TEST_F(Wire, ConnectAsksWhatItNeedsAndRefusesWhatCannotWork) {
     {
         // Unattended: nobody is asked to press reset, but what stops the run is said.
         ScriptWorld world(kDeviceB, join({kReset, kMatchB, kSumB}));
-        std::filesystem::create_directory(world.folder() / "RamImage");
         world.addFile("RamImage/b.s", "S30600000100AA00");
         RUN_SetUnattended(true);
         DEVPROPS_SetResetByPC(false);
@@ -288,6 +280,37 @@ TEST_F(Wire, ConnectAsksWhatItNeedsAndRefusesWhatCannotWork) {
                   "Read Protect Chip is not supported by the boot ROM of this device");
         EXPECT_EQ(world.deviation(), "");
     }
+}
+
+TEST_F(Wire, ResetGivesTheChipItsTime) {
+    WorldOptions options;
+    options.device = "VT-A32";
+    World world(options);
+    TARGET_SetLinkState(LINK_IDLE);
+    const auto before = static_cast<ptrdiff_t>(SIMPORT_Calls(world.line).size());
+    const auto at = [start = CLOCK_Now()](int ms) { return Moment{start.us + ms * 1000}; };
+    EXPECT_EQ(TARGET_Connect(), 1);
+    const std::vector<LineCall> calls = SIMPORT_Calls(world.line);
+    using Kind = LineCall::Kind;
+    EXPECT_EQ(std::vector(calls.begin() + before, calls.begin() + before + 4),
+              (std::vector<LineCall>{{Kind::setDtr, at(500), 1},
+                                     {Kind::setRts, at(550), 1},
+                                     {Kind::setDtr, at(800), 0},
+                                     {Kind::configure, at(1050), 9600}}));
+}
+
+// The chip never answers the checksum command, and the user closes the program meanwhile.
+TEST_F(Wire, EventsRunWhileTheBootRomIsAwaited) {
+    ScriptWorld world(kDeviceB, join({kReset, kMatchB, {{"20", ""}}}));
+    const Moment start = CLOCK_Now();
+    const ClockThreadPtr user = CLOCK_StartThread([] {
+        CLOCK_Sleep(700);
+        EVENTS_Post(SIO_CloseAll);
+    });
+    EXPECT_EQ(_BootHandshake(_MatchTypeB, _GetSumTypeB, false), 1);
+    EXPECT_LE(CLOCK_Now().us - start.us, 750'000);
+    CLOCK_JoinThread(user);
+    EXPECT_EQ(world.deviation(), "");
 }
 
 // Right after a boot-ROM command the boot ROM still awaits the next one.

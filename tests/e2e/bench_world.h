@@ -142,25 +142,24 @@ public:
     const TempFolder folder;
 };
 
-// A virtual chip on the folder's "port".
+// A virtual chip on the folder's "port", unless the options name another kind of line.
 class VirtualTarget {
 public:
-    VirtualTarget(const ProgramFolder& program, const std::string& device,
-                  const Strings& options = {})
-        : flash_(program.folder / "flash.bin") {
+    VirtualTarget(const TempFolder& folder, const std::string& device, const Strings& options = {})
+        : flash_(folder / "flash.bin") {
         Strings command{std::string(CALVORIN_BIN) + "/calvorin-sim",
                         "--device",
                         device,
                         "--devices",
-                        program.folder / "Device",
+                        std::string(CALVORIN_DEVICES) + "/Device",
                         "--link",
-                        program.folder / "port",
+                        folder / "port",
                         "--flash-out",
                         flash_};
         command.insert(command.end(), options.begin(), options.end());
-        process_.emplace(command, program.folder / "sim");
-        const auto port = program.folder / "port";
-        waitFor([&port] { return std::filesystem::exists(port); });
+        process_.emplace(command, folder / "sim");
+        waitFor([this] { return process_->out().find('\n') != std::string::npos; });
+        port_ = process_->out().substr(0, process_->out().find('\n'));
     }
     // Ends the chip: 0 when the program under test kept all of its rules.
     int stop() {
@@ -171,11 +170,13 @@ public:
     }
     void kill() const { process_->signal(SIGKILL); }
     const std::string& summary() const { return summary_; }
+    const std::string& port() const { return port_; } // as it names its line
     // What the flash held when the chip was stopped.
     std::string flash() const { return readFile(flash_); }
 
 private:
     std::filesystem::path flash_;
+    std::string port_;
     std::string summary_;
     std::optional<Process> process_;
 };

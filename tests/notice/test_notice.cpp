@@ -7,52 +7,58 @@
 #include "platform/files.h"
 #include "support/temp_folder.h"
 
+#include <array>
 #include <gtest/gtest.h>
 #include <regex>
-#include <vector>
 
 namespace {
 
-constexpr char kHeaderPattern[] =
-    "\r\n\\*{56}\r\n\r\n\t\tDD-MM-YYYY HH:MM:SS\r\n\t\t-{19}\r\n"
-    "\t\t\\d\\d-\\d\\d-\\d{4} \\d\\d:\\d\\d:\\d\\d\r\n\r\n\\*{56}\r\n\r\n";
+constexpr char kRule[] = "\r\n\\*{56}\r\n\r\n";
+
+// A program folder and the file beside the program that is looked at.
+class NoticeFiles : public testing::Test {
+protected:
+    NoticeFiles() { FILES_SetProgramPath(folder / "tool"); }
+    ~NoticeFiles() override { FILES_SetProgramPath({}); }
+
+    // Header, the lines of `pattern`, closing rule.
+    static void expectFile(const std::string& text, const std::string& title,
+                           const std::string& pattern) {
+        const std::regex whole("tool " + title +
+                               ", compiled at \\w{3} [ \\d]\\d \\d{4} [\\d:]{8}\r\n" + kRule +
+                               "\t\tDD-MM-YYYY HH:MM:SS\r\n\t\t-{19}\r\n"
+                               "\t\t\\d\\d-\\d\\d-\\d{4} \\d\\d:\\d\\d:\\d\\d\r\n" +
+                               kRule + pattern + kRule);
+        EXPECT_TRUE(std::regex_match(text, whole)) << text;
+    }
+
+    const TempFolder folder;
+};
 
 } // namespace
 
-TEST(Error, LogsThenNotifiesThenSetsTheExitCode) {
-    const TempFolder folder;
-    FILES_SetProgramPath(folder / "tool");
+TEST_F(NoticeFiles, AnErrorIsLoggedThenNotifiedThenSetsTheExitCode) {
     writeFile(folder / "tool.err", "of the run before");
-    std::vector<std::string> calls;
+    std::string calls;
     ERROR_SetHandlers(
         [&](WindowHandle, const std::string& text, int) {
-            calls.push_back(readFile(folder / "tool.err").find(text) != std::string::npos
-                                ? "notified after the log: " + text
-                                : "notified too early");
+            const bool logged = readFile(folder / "tool.err").find(text) != std::string::npos;
+            calls += text + (logged ? " logged, " : " not logged, ");
         },
-        {}, [&](int code) { calls.push_back("exit code " + std::to_string(code)); });
-    ERROR_Notify("not for the log");
+        {}, [&](int code) { calls += std::to_string(code) + "; "; });
+    ERROR_Notify("aside");
     EXPECT_EQ(readFile(folder / "tool.err"), "of the run before");
-    calls.clear();
-
     ERROR_Out(nullptr, "first", 1);
     ERROR_Out(nullptr, "second", 0);
-    EXPECT_EQ(calls, (std::vector<std::string>{"notified after the log: first", "exit code 1",
-                                               "notified after the log: second", "exit code 0"}));
+    EXPECT_EQ(calls, "aside not logged, 1; first logged, 1; second logged, 0; ");
     EXPECT_EQ(ERROR_Ask(nullptr, "Continue?", "Question", BOX_YES_NO), ANSWER_NONE);
     ERROR_Exit();
-    const std::regex whole(
-        std::string("tool error log file, compiled at \\w{3} [ \\d]\\d \\d{4} [\\d:]{8}\r\n") +
-        kHeaderPattern +
-        "\\* \\d{4}-\\d\\d-\\d\\d, \\d\\d:\\d\\d:\\d\\d\r\nfirst\r\n"
-        "\\* \\d{4}-\\d\\d-\\d\\d, \\d\\d:\\d\\d:\\d\\d\r\nsecond\r\n\r\n\\*{56}\r\n\r\n");
-    EXPECT_TRUE(std::regex_match(readFile(folder / "tool.err"), whole));
-    FILES_SetProgramPath({});
+    const std::string stamp = "\\* \\d{4}-\\d\\d-\\d\\d, \\d\\d:\\d\\d:\\d\\d\r\n";
+    expectFile(readFile(folder / "tool.err"), "error log file",
+               stamp + "first\r\n" + stamp + "second\r\n");
 }
 
-TEST(Log, StampsLinesAndWritesTheFile) {
-    const TempFolder folder;
-    FILES_SetProgramPath(folder / "tool");
+TEST_F(NoticeFiles, ALogLineIsStampedWrittenAndShown) {
     EXPECT_EQ(LOG_Stamp(3'723'004), "1:02:03:004");
     EXPECT_EQ(LOG_Stamp(36'000'001), "0:00:00:001");
     std::string seen;
@@ -63,36 +69,31 @@ TEST(Log, StampsLinesAndWritesTheFile) {
     LOG_Exit();
     LOG_SetObserver({});
     EXPECT_EQ(seen, "Connected with target");
-    const std::regex whole(std::string("tool log file, compiled at .*\r\n") + kHeaderPattern +
-                           "0:00:00:\\d{3} Connected with target\r\n\r\n\\*{56}\r\n\r\n");
-    EXPECT_TRUE(std::regex_match(readFile(folder / "tool.log"), whole));
-    FILES_SetProgramPath({});
+    expectFile(readFile(folder / "tool.log"), "log file",
+               "0:00:00:\\d{3} Connected with target\r\n");
 }
 
 TEST(Status, PassesATextOnOnlyWhenItChanges) {
     STATUS_Init();
     int sent = 0;
     STATUS_SetObserver([&](int, const std::string&) { ++sent; });
-    STATUS_SetText("MCU: X", STATUS_DEVICE);
-    STATUS_SetText("MCU: X", STATUS_DEVICE);
-    STATUS_SetText("nowhere", 5);
+    for (const int part : {STATUS_DEVICE + 0, STATUS_DEVICE + 0, kStatusParts}) {
+        STATUS_SetText("MCU: X", part);
+    }
     EXPECT_EQ(sent, 1);
     STATUS_SetObserver({});
     int edges[kStatusParts];
     STATUS_Layout(800, edges);
-    EXPECT_EQ(std::vector<int>(edges, edges + kStatusParts),
-              (std::vector{260, 390, 520, 650, 780}));
+    EXPECT_EQ(std::to_array(edges), (std::array{260, 390, 520, 650, 780}));
 }
 
 TEST(Progress, ShowsBytesNoteAndPercentage) {
-    EVENTS_Open();
     PROGRESS_Open("Programming", nullptr);
     EXPECT_FALSE(PROGRESS_GetView().hasRange);
     PROGRESS_SetMax(1000);
     PROGRESS_SetPos(250);
-    ProgressView view = PROGRESS_GetView();
-    EXPECT_EQ(view.line2, "250 of 1000 bytes");
-    EXPECT_EQ(PROGRESS_Percent(view), 25);
+    EXPECT_EQ(PROGRESS_GetView().line2, "250 of 1000 bytes");
+    EXPECT_EQ(PROGRESS_Percent(PROGRESS_GetView()), 25);
     PROGRESS_HideByteCount();
     PROGRESS_SetNote("Block 3");
     EXPECT_EQ(PROGRESS_GetView().line2, "Block 3");
@@ -103,7 +104,6 @@ TEST(Progress, ShowsBytesNoteAndPercentage) {
     EXPECT_EQ(PROGRESS_Percent(PROGRESS_GetView()), 50);
     PROGRESS_Close();
     EXPECT_TRUE(PROGRESS_GetView().closeRequest);
-    EVENTS_Close();
 }
 
 TEST(Progress, EndsTheWaitAtOnceAlsoWhenDoneCameFirst) {

@@ -27,6 +27,12 @@ protected:
         writeFile(folder / "tool.ini", text);
         INI_Load();
     }
+    // A number that is 77 where there is none.
+    static int32_t read(const char* section, const char* key) {
+        int32_t value = 77;
+        INI_ReadInt(section, key, value);
+        return value;
+    }
     std::string file() const { return readFile(folder / "tool.ini"); }
     // A report of the settings file with its path in front.
     std::string inFile(const std::string& rest) const {
@@ -51,7 +57,6 @@ protected:
 
 TEST_F(Ini, WritesEachFormUnderItsSectionLineTheLastOneFirst) {
     INI_Load();
-    int32_t value = 77;
     INI_WriteRect("Settings LOG", "Rect", {-4, -4, 800, 600});
     EXPECT_EQ(file(), "[Settings LOG]\r\nRect = -4, -4, 800, 600\r\n");
 
@@ -71,11 +76,10 @@ TEST_F(Ini, WritesEachFormUnderItsSectionLineTheLastOneFirst) {
     INI_ReadRect("Settings LOG", "Rect", rect);
     INI_ReadIntArray("Settings LOG", "Header", header);
     INI_ReadString("Settings LOG", "Value", bytes);
-    INI_ReadInt("Settings MAINFRAME", "ShowLog", value);
-    EXPECT_EQ(std::to_array(rect), (std::array<int32_t, 4>{-4, -4, 800, 600}));
-    EXPECT_EQ(header, (std::array<int32_t, 5>{10, 20, 30, 4, 5}));
+    EXPECT_EQ(std::to_array(rect), (std::array{-4, -4, 800, 600}));
+    EXPECT_EQ(header, (std::array{10, 20, 30, 4, 5}));
     EXPECT_EQ(bytes, (std::array<uint8_t, 3>{1, 0xAB, 0}));
-    EXPECT_EQ(value, -2);
+    EXPECT_EQ(read("Settings MAINFRAME", "ShowLog"), -2);
 
     INI_DeleteKey("Settings LOG", "Header");
     EXPECT_EQ(file().find("Header"), std::string::npos);
@@ -88,13 +92,9 @@ TEST_F(Ini, FindsSectionsAndKeysInFilesWrittenByHand) {
     EXPECT_EQ(file(), "//\r\n// Calvorin ini file\r\n//\r\n\r\n[New]\r\nKey = 1\r\n");
 
     load("Key = 1\n[settings log]\nKey = 2\n[Settings LOG]\n\n  Key\t=\t3\n[Other]\nLast = 4");
-    int32_t key = 0;
-    int32_t last = 0;
-    INI_ReadInt("Settings LOG", "Key", key);
-    INI_ReadInt("Settings LOG", "Last", last);
-    EXPECT_EQ(key, 3);
-    EXPECT_EQ(last, 0) << "the section ends at the next one";
-    INI_ReadInt("Other", "La", last);
+    EXPECT_EQ(read("Settings LOG", "Key"), 3);
+    EXPECT_EQ(read("Settings LOG", "Last"), 77) << "the section ends at the next one";
+    read("Other", "La");
     EXPECT_EQ(takeFault(), "line 8: Expected '=', got 's'") << "a key is the beginning of a line";
 
     load("[A]\n[B]");
@@ -114,21 +114,18 @@ TEST_F(Ini, PlainTextsAreMatchedWhole) {
 }
 
 TEST_F(Ini, ReportsWhatCannotBeReadAndKeepsWhatCameBefore) {
-    load("[S]\r\nInt = x\r\nRect = 1, 2; 3, 4\r\nArray[5] = 7, "
-         "8\r\nOdd=\"123\"\r\nLong=\"010203\"\r\n"
-         "Bad=\"01xx\"\r\nOpen=\"01\r\n");
-    int32_t number = 9;
-    INI_ReadInt("S", "Int", number);
+    load("[S]\r\nInt = x\r\nRect = 1, 2; 3, 4\r\nArray[5] = 7, 8\r\nOdd=\"123\"\r\n"
+         "Long=\"010203\"\r\nBad=\"01xx\"\r\nOpen=\"01\r\n");
+    EXPECT_EQ(read("S", "Int"), 77);
     EXPECT_EQ(takeFault(), "line 2: Expecting a number");
-    EXPECT_EQ(number, 9);
     int32_t rect[4] = {9, 9, 9, 9};
     INI_ReadRect("S", "Rect", rect);
     EXPECT_EQ(takeFault(), "line 3: Expected ',', got ';'");
-    EXPECT_EQ(std::to_array(rect), (std::array<int32_t, 4>{1, 2, 9, 9}));
+    EXPECT_EQ(std::to_array(rect), (std::array{1, 2, 9, 9}));
     std::array<int32_t, 3> array = {9, 9, 9};
     INI_ReadIntArray("S", "Array", array);
     EXPECT_EQ(takeFault(), "line 4: Expected ',', got '\r'");
-    EXPECT_EQ(array, (std::array<int32_t, 3>{7, 8, 9}));
+    EXPECT_EQ(array, (std::array{7, 8, 9}));
     const std::pair<const char*, const char*> texts[] = {
         {"Odd", "line 5: Odd length is illegal"},
         {"Long", "line 6: HexString too long"},
@@ -153,21 +150,16 @@ TEST_F(Ini, FilesThatAreNoSettingsAreReportedAndKept) {
     EXPECT_EQ(file(), large);
 
     load(large.substr(0, kIniCapacity - 1));
-    int32_t value = 0;
-    INI_ReadInt("S", "Key", value);
-    EXPECT_EQ(value, 5);
     INI_WriteInt("S", "Key", 6);
     EXPECT_EQ(reports.take(), "");
     INI_WriteInt("S", "Key", 66);
     EXPECT_EQ(reports.take(),
               inFile(": no room for \"Key\", a settings file holds fewer than 30000 bytes"));
-    INI_ReadInt("S", "Key", value);
-    EXPECT_EQ(value, 6) << "a refused write changes nothing";
+    EXPECT_EQ(read("S", "Key"), 6) << "a refused write changes nothing";
 
     load("[S]\r\nA\0 = 1\r\n\0B = 2\r\n"s);
     EXPECT_EQ(takeFault(), "line 2: NUL byte, left out");
-    INI_ReadInt("S", "B", value);
-    EXPECT_EQ(value, 2);
+    EXPECT_EQ(read("S", "B"), 2);
 
     std::filesystem::remove(folder / "tool.ini");
     std::filesystem::create_directory(folder / "tool.ini");

@@ -51,3 +51,15 @@ TEST(EventQueue, TicksWhileItWaits) {
     EXPECT_FALSE(EVENTS_ProcessOne());
     EVENTS_Close();
 }
+
+TEST(EventQueue, LetsWindowEventsThroughBesideTheTicker) {
+    EVENTS_Open();
+    bool seen = false;
+    EVENTS_SetLoop({[&seen] { return !std::exchange(seen, true); }, {}, {}});
+    EVENTS_SetTicker(1, [] {});
+    EVENTS_Sleep(10);
+    EXPECT_TRUE(seen);
+    EVENTS_SetTicker(0, {});
+    EVENTS_SetLoop({});
+    EVENTS_Close();
+}

@@ -1,4 +1,5 @@
 #include "sim/virtual_clock.h"
+#include "support/port_text.h"
 #include "support/test_line.h"
 
 #include <gtest/gtest.h>
@@ -15,16 +16,6 @@ struct World {
         return SERIALPORT_Open("faulty://" + faults + "@test://a", error);
     }
 };
-
-std::string readText(SerialPort& port, size_t count, int64_t ms) {
-    std::vector<uint8_t> bytes(count);
-    bytes.resize(port.read(bytes, CLOCK_After(ms), {}));
-    return {bytes.begin(), bytes.end()};
-}
-
-void writeText(SerialPort& port, std::string_view text) {
-    port.write({reinterpret_cast<const uint8_t*>(text.data()), text.size()});
-}
 
 // Every fault does the same in both directions.
 TEST(FaultyPort, SpoilsTheNamedBytes) {

@@ -1,6 +1,9 @@
+#include "persist/hex_text.h"
 #include "platform/rfc2217_codec.h"
-#include "platform/serial_port.h"
+#include "sim/telnet.h"
+#include "support/port_text.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <mutex>
@@ -15,10 +18,6 @@ using namespace std::string_literals;
 
 std::string textOf(const std::vector<uint8_t>& bytes) {
     return {bytes.begin(), bytes.end()};
-}
-
-std::span<const uint8_t> bytesOf(std::string_view text) {
-    return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
 }
 
 // Every way of cutting the stream in two gives the same.
@@ -44,13 +43,6 @@ TEST(Rfc2217Codec, DecodesAStreamInAnyPieces) {
         EXPECT_EQ(events[2].value, std::vector<uint8_t>{8});
         EXPECT_EQ(events[3].verb, TELNET_DO);
     }
-}
-
-TEST(Rfc2217Codec, EncodesSettings) {
-    std::vector<uint8_t> out;
-    telnetAppendData(out, bytesOf("\x01\xFF"));
-    telnetAppendSetting(out, COMPORT_SET_BAUDRATE, comPortRateBytes(0x0001FF00));
-    EXPECT_EQ(textOf(out), "\x01\xFF\xFF\xFF\xFA\x2C\x01\x00\x01\xFF\xFF\x00\xFF\xF0"s);
 }
 
 TEST(Rfc2217Codec, AnswersOnlyChanges) {
@@ -90,14 +82,9 @@ TEST(Rfc2217Codec, ReadsNames) {
     }
 }
 
-// A port server of one connection with a line that echoes; what it does wrong is up to the test.
+// A port server of one connection with a line that echoes and hangs up at a byte 4.
 class Server {
 public:
-    std::string greeting = "\xFF\xFD\x2C\xFF\xFD\x00\xFF\xFB\x00\xFF\xFB\x01"s;
-    uint8_t silentOn = 255;        // a command without an answer
-    std::string rate = "";         // answered instead of the one asked for
-    std::string hangUpOn = "\x04"; // a byte
-
     Server() : listener_(socket(AF_INET, SOCK_STREAM, 0)) {
         sockaddr_in address{};
         address.sin_family = AF_INET;
@@ -116,170 +103,126 @@ public:
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    void start() {
-        thread_ = CLOCK_StartThread([this] { serve(); });
+    // Opens the port; the server's first answer that holds `spoilt` has `instead` in its place.
+    SerialPortPtr open(std::string& error, const std::string& spoilt = "",
+                       const std::string& instead = "") {
+        thread_ = CLOCK_StartThread([this, spoilt, instead] { serve(spoilt, instead); });
+        return SERIALPORT_Open(name, error);
     }
-    std::string takeSettings() {
+    // What has been answered to settings since the last call, in hex.
+    std::string takeAnswers() {
         const std::lock_guard lock(mutex_);
-        return std::exchange(settings_, {});
+        return HEXTEXT_FromBytes(bytesOf(std::exchange(answers_, {})));
     }
     std::string name;
 
 private:
-    void serve() {
+    void serve(const std::string& spoilt, const std::string& instead) {
         const int peer = accept(listener_, nullptr, nullptr);
         const int noDelay = 1;
         setsockopt(peer, IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof noDelay);
-        bool open = peer >= 0 && put(peer, greeting);
-        std::string pending;
-        char buffer[256];
-        while (open) {
-            const ssize_t count = recv(peer, buffer, sizeof buffer, 0);
-            open = count > 0;
-            pending.append(buffer, open ? static_cast<size_t>(count) : 0);
-            while (open && handleFirst(peer, pending, open)) {
+        Telnet telnet;
+        uint8_t buffer[3]; // parts the stream anywhere
+        bool hangsUp = false;
+        for (ssize_t count = 1; count > 0 && !hangsUp;) {
+            count = recv(peer, buffer, sizeof buffer, 0);
+            std::vector<uint8_t> echo;
+            for (const HostEvent& event :
+                 TELNET_Receive(telnet, std::span(buffer).first(std::max<ssize_t>(count, 0))))
+                echo.insert(echo.end(), event.bytes.begin(), event.bytes.end());
+            const auto end = std::ranges::find(echo, 4);
+            hangsUp = end != echo.end();
+            echo.erase(end, echo.end());
+            std::string answers = textOf(std::exchange(telnet.answers, {}));
+            if (const size_t at = answers.find(spoilt); !spoilt.empty() && at < answers.size())
+                answers.replace(at, spoilt.size(), instead);
+            if (answers.starts_with("\xFF\xFA")) {
+                const std::lock_guard lock(mutex_);
+                answers_ += answers;
             }
+            const std::string out = answers + textOf(TELNET_Escape(echo));
+            ::send(peer, out.data(), out.size(), MSG_NOSIGNAL);
         }
         close(peer);
-    }
-    static bool put(int peer, const std::string& text) {
-        return send(peer, text.data(), text.size(), MSG_NOSIGNAL) ==
-               static_cast<ssize_t>(text.size());
-    }
-    // Serves the first thing in `pending`; false when it is not complete yet.
-    bool handleFirst(int peer, std::string& pending, bool& open) {
-        size_t length = 1;
-        if (pending.starts_with("\xFF\xFA")) {
-            const size_t end = pending.find("\xFF\xF0");
-            if (end == std::string::npos) {
-                return false;
-            }
-            length = end + 2;
-            answer(peer, pending.substr(3, end - 3));
-        } else if (pending.starts_with('\xFF')) {
-            length = pending.starts_with("\xFF\xFF") ? 2 : 3;
-            if (pending.size() < length) {
-                return false;
-            }
-            if (length == 2) {
-                put(peer, "\xFF\xFF");
-            }
-        } else if (pending.empty()) {
-            return false;
-        } else {
-            open = pending.substr(0, 1) != hangUpOn && put(peer, pending.substr(0, 1));
-        }
-        pending.erase(0, length);
-        return true;
-    }
-    void answer(int peer, std::string setting) {
-        {
-            const std::lock_guard lock(mutex_);
-            for (const char byte : setting) {
-                char text[4];
-                std::snprintf(text, sizeof text, "%02X", static_cast<uint8_t>(byte));
-                settings_ += text;
-            }
-            settings_ += ' ';
-        }
-        if (static_cast<uint8_t>(setting[0]) == silentOn) {
-            return;
-        }
-        if (setting[0] == COMPORT_SET_BAUDRATE && (!rate.empty() || setting == "\x01\0\0\0\0"s)) {
-            setting = "\x01" + (rate.empty() ? "\x00\x00\x25\x80"s : rate);
-        }
-        setting[0] = static_cast<char>(setting[0] + 100);
-        put(peer, "\xFF\xFA\x2C" + setting + "\xFF\xF0");
     }
 
     int listener_;
     ClockThreadPtr thread_;
     std::mutex mutex_;
-    std::string settings_; // in hex, as they came
+    std::string answers_;
 };
 
 TEST(Rfc2217Port, SetsTheLineAndPassesBytes) {
     Server server;
-    server.start();
     std::string error;
-    const SerialPortPtr port = SERIALPORT_Open(server.name, error);
+    const SerialPortPtr port = server.open(error);
     ASSERT_TRUE(port) << error;
-    EXPECT_EQ(port->configure({.baudrate = 115200}), 9600U);
-    EXPECT_EQ(server.takeSettings(), "0100000000 010001C200 0208 0301 0401 0501 0509 050B ");
+    EXPECT_EQ(port->configure({.baudrate = 0xFF00}), 9600U);
+    EXPECT_EQ(server.takeAnswers(), "FFFA2C6500002580FFF0FFFA2C650000FFFF00FFF0"
+                                    "FFFA2C6608FFF0FFFA2C6701FFF0FFFA2C6801FFF0"
+                                    "FFFA2C6901FFF0FFFA2C6909FFF0FFFA2C690BFFF0");
     EXPECT_TRUE(port->setDtr(true) && port->setRts(false) && port->setDtr(false));
-    EXPECT_EQ(server.takeSettings(), "0508 050C 0509 ");
-    EXPECT_TRUE(port->write(bytesOf("\x01\xFF\x00\r"s)));
-    uint8_t echo[5];
-    EXPECT_EQ(port->read(std::span(echo).first(4), CLOCK_After(1000), {}), 4U);
-    EXPECT_EQ(std::string(echo, echo + 4), "\x01\xFF\x00\r"s);
-    EXPECT_EQ(port->read(echo, CLOCK_After(10), {}), 0U);
-    // A hundred bytes at 2400 Bd must have left before the rate changes.
-    EXPECT_EQ(port->configure({.baudrate = 2400}), 115200U);
+    EXPECT_EQ(server.takeAnswers(), "FFFA2C6908FFF0FFFA2C690CFFF0FFFA2C6909FFF0");
+    EXPECT_TRUE(writeText(*port, "\x01\xFF\x00\r"s));
+    EXPECT_EQ(readText(*port, 4, 1000), "\x01\xFF\x00\r"s);
+    EXPECT_EQ(readText(*port, 5, 10), "");
+    // Twenty bytes at 2400 Bd must have left before the rate changes.
+    EXPECT_EQ(port->configure({.baudrate = 2400}), 0xFF00U);
     const Moment start = CLOCK_Now();
-    port->write(bytesOf(std::string(20, 'x')));
+    writeText(*port, std::string(20, 'x'));
     EXPECT_EQ(port->configure({.baudrate = 9600}), 2400U);
     EXPECT_GE(CLOCK_Now().us - start.us, 83'000);
-    std::vector<uint8_t> echoes(20);
-    EXPECT_EQ(port->read(echoes, CLOCK_After(1000), {}), 20U);
-    port->write(bytesOf("\x04"));
+    EXPECT_EQ(readText(*port, 20, 1000), std::string(20, 'x'));
+    writeText(*port, "\x04");
     EXPECT_FALSE(port->waitReadable(kNever, {}));
     EXPECT_EQ(port->lostReason(), "the port server closed the connection");
-    EXPECT_FALSE(port->write(bytesOf("x")));
+    EXPECT_FALSE(writeText(*port, "x"));
 }
 
 // One thread waits for bytes while the other awaits answers: neither takes the other's.
 TEST(Rfc2217Port, ServesTwoThreads) {
     Server server;
-    server.start();
     std::string error;
-    const SerialPortPtr port = SERIALPORT_Open(server.name, error);
+    const SerialPortPtr port = server.open(error);
     ASSERT_TRUE(port) << error;
     std::string heard;
     const ClockThreadPtr reader = CLOCK_StartThread([&] {
-        uint8_t byte = 0;
-        while (port->waitReadable(CLOCK_After(5000), {}) && byte != 'z') {
-            const size_t count = port->read({&byte, 1}, CLOCK_Now(), {});
-            heard.append(count, static_cast<char>(byte));
+        while (port->waitReadable(CLOCK_After(5000), {}) && !heard.ends_with('z')) {
+            heard += readText(*port, 1, 0);
         }
     });
     for (int round = 0; round < 50; ++round) {
-        EXPECT_TRUE(port->write(bytesOf("x")) && port->setDtr(round % 2 == 0));
+        EXPECT_TRUE(writeText(*port, "x") && port->setDtr(round % 2 == 0));
     }
-    port->write(bytesOf("z\x04"));
+    writeText(*port, "z\x04");
     CLOCK_JoinThread(reader);
     EXPECT_EQ(heard, std::string(50, 'x') + "z");
 }
 
 TEST(Rfc2217Port, SaysWhatAServerWillNotDo) {
     struct Case {
-        std::string greeting;
-        uint8_t silentOn;
-        std::string rate;
+        std::string answer;
+        std::string instead;
         std::string openError;
         std::string refusal;
     };
-    const std::string good = Server().greeting;
     const Case cases[] = {
-        {"\xFF\xFE\x2C"s, 255, "", "the server refuses control of the port (RFC 2217)", ""},
-        {"\xFF\xFD\x2C\xFF\xFE\x00"s, 255, "", "the server refuses binary transmission", ""},
-        {good, 255, "\x00\x00\x96\x00"s, "",
+        {"\xFF\xFD\x2C"s, "\xFF\xFE\x2C"s, "the server refuses control of the port (RFC 2217)", ""},
+        {"\xFF\xFD\x00"s, "\xFF\xFE\x00"s, "the server refuses binary transmission", ""},
+        {"\x65\x00\x00\x7A\x12"s, "\x65\x00\x00\x96\x00"s, "",
          "a rate of 31250 Bd is not possible, the port server uses 38400 Bd"},
-        {good, COMPORT_SET_CONTROL, "", "", "the port server does not confirm DTR"},
+        {"\xFF\xFA\x2C\x66\x08\xFF\xF0"s, "\xFF\xFA\x2C\x66\x07\xFF\xF0"s, "",
+         "the port server does not confirm 8 data bits without parity and one stop bit"},
+        {"\xFF\xFA\x2C\x69\x08\xFF\xF0"s, "", "", "the port server does not confirm DTR"},
     };
     for (const Case& row : cases) {
         Server server;
-        server.greeting = row.greeting;
-        server.silentOn = row.silentOn;
-        server.rate = row.rate;
-        server.start();
         std::string error;
-        const SerialPortPtr port = SERIALPORT_Open(server.name, error);
+        const SerialPortPtr port = server.open(error, row.answer, row.instead);
         EXPECT_EQ(error, row.openError);
         ASSERT_EQ(port != nullptr, row.openError.empty());
         if (port) {
-            const bool asksForRate = row.silentOn == 255; // an answer that stays out takes a second
-            EXPECT_FALSE(asksForRate ? port->configure({.baudrate = 31250}).has_value()
-                                     : port->setDtr(true));
+            EXPECT_FALSE(port->configure({.baudrate = 31250}) && port->setDtr(true));
             EXPECT_EQ(port->refusal(), row.refusal);
         }
     }

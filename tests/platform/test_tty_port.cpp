@@ -1,4 +1,4 @@
-#include "platform/serial_port.h"
+#include "support/port_text.h"
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -50,12 +50,6 @@ bool isClaimed(const std::string& name) {
     return claimed != 0;
 }
 
-std::string readText(SerialPort& port, size_t count, int64_t ms) {
-    std::vector<uint8_t> bytes(count);
-    bytes.resize(port.read(bytes, CLOCK_After(ms), {}));
-    return {bytes.begin(), bytes.end()};
-}
-
 TEST(TtyPort, PassesEveryByteUnchangedAndInOrder) {
     const FarEnd far;
     const SerialPortPtr port = openTty(far.name);
@@ -65,8 +59,7 @@ TEST(TtyPort, PassesEveryByteUnchangedAndInOrder) {
     EXPECT_TRUE(port->waitReadable(CLOCK_After(1000), {}));
     EXPECT_EQ(readText(*port, 4, 1000), awkward.substr(0, 4));
     EXPECT_EQ(readText(*port, 5, 1000), awkward.substr(4));
-    const std::vector<uint8_t> bytes(awkward.begin(), awkward.end());
-    EXPECT_TRUE(port->write(bytes));
+    EXPECT_TRUE(writeText(*port, awkward));
     EXPECT_EQ(far.receive(), awkward);
 }
 

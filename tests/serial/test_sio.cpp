@@ -1,9 +1,9 @@
-#include "notice/error.h"
-#include "notice/log.h"
+#include "notice/log_text.h"
 #include "persist/ini.h"
 #include "platform/files.h"
 #include "serial/sio.h"
 #include "sim/virtual_clock.h"
+#include "support/reports.h"
 #include "support/temp_folder.h"
 #include "support/test_line.h"
 
@@ -11,15 +11,14 @@
 
 namespace {
 
-using Texts = std::vector<std::string>;
+using Texts = Reports::Texts;
 
 // The serial module in virtual time with COM1 and COM2 on lines "a" and "b".
 struct World {
     TempFolder folder;
     VirtualClock clock;
     TestLines lines{{"a", "b"}};
-    std::mutex mutex;
-    Texts told; // log lines, and errors with their exit code
+    Reports screen;
 
     explicit World(uint64_t seed = 1) : clock(seed) {
         FILES_SetProgramPath(folder / "calvorin");
@@ -27,29 +26,19 @@ struct World {
                                            "COM1 = \"test://a\"\r\nCOM2 = \"test://b\"\r\n"
                                            "COM3 = \"test://missing\"\r\n");
         INI_Load();
-        LOG_SetObserver([this](const std::string&, const std::string& text) { tell(text); });
-        ERROR_SetHandlers([this](WindowHandle, const std::string& text,
-                                 int code) { tell(std::to_string(code) + " " + text); },
-                          {}, {});
+        RUN_Reset();
         SIO_Init(0, 0, 0, 8, 0, 0);
     }
     ~World() {
         SIO_Exit();
-        LOG_SetObserver({});
         ERROR_Exit();
         FILES_SetProgramPath({});
     }
-    void tell(const std::string& text) {
-        const std::lock_guard lock(mutex);
-        told.push_back(text);
-    }
-    Texts take() {
-        const std::lock_guard lock(mutex);
-        return std::exchange(told, {});
-    }
+    Texts log() { return screen.takeAll(screen.log); }
+    Texts errors() { return screen.takeAll(screen.errors); }
     void openA() {
         SIO_SetConfig({1, 38400, 0});
-        take();
+        log();
     }
 };
 
@@ -66,19 +55,19 @@ bool writeText(std::string_view text) {
 TEST(Sio, OpensClosesAndReopensWithItsLogLines) {
     World world;
     SIO_SetConfig({1, 38400, 0});
-    EXPECT_EQ(world.take(), (Texts{"COM1 opened with 38400 Baud", "Communication started"}));
+    EXPECT_EQ(world.log(), (Texts{"COM1 opened with 38400 Baud", "Communication started"}));
     EXPECT_EQ(world.lines["a"].calls, Texts{"rate 38400"});
     SIO_SetPort(2);
     SIO_SetBaudrate(9600);
-    EXPECT_TRUE(world.take().empty());
+    EXPECT_TRUE(world.log().empty());
     EXPECT_TRUE(SIO_Restart());
-    EXPECT_EQ(world.take(),
+    EXPECT_EQ(world.log(),
               (Texts{"Closing COM1", "COM2 opened with 9600 Baud", "Communication started"}));
     EXPECT_FALSE(world.lines["a"].isOpen);
     SIO_SetPort(0);
     EXPECT_TRUE(SIO_Restart());
     SIO_CloseAll();
-    EXPECT_EQ(world.take(), Texts{"Closing COM2"});
+    EXPECT_EQ(world.log(), Texts{"Closing COM2"});
     EXPECT_FALSE(SIO_IsOpen());
 }
 
@@ -92,8 +81,10 @@ TEST(Sio, ReportsAPortThatCannotBeOpened) {
     for (const auto& [port, reason] : cases) {
         SIO_SetPort(port);
         EXPECT_FALSE(SIO_Restart());
-        EXPECT_EQ(world.take(), (Texts{reason, "1 SIO::_InitSIO: Port not available",
-                                       "1 SIO::_StartComm: Could not open COM-Port"}));
+        EXPECT_EQ(world.log(), Texts{reason});
+        EXPECT_EQ(world.errors(), (Texts{"SIO::_InitSIO: Port not available",
+                                         "SIO::_StartComm: Could not open COM-Port"}));
+        EXPECT_EQ(RUN_GetExitCode(), 1);
         EXPECT_EQ(SIO_GetOpenFailure(), reason);
         const Moment start = CLOCK_Now();
         EXPECT_EQ(readText(1, 700), "");
@@ -101,7 +92,7 @@ TEST(Sio, ReportsAPortThatCannotBeOpened) {
         EXPECT_FALSE(writeText("x") || SIO_SetLines(SETDTR));
         SIO_TolerateOpenFailure(true);
         EXPECT_FALSE(SIO_Restart());
-        EXPECT_TRUE(world.take().empty());
+        EXPECT_TRUE(world.log().empty() && world.errors().empty());
         EXPECT_EQ(SIO_GetOpenFailure(), reason);
         SIO_TolerateOpenFailure(false);
     }
@@ -120,7 +111,7 @@ TEST(Sio, FindsTheDeviceOfAPort) {
 TEST(Sio, ChangesTheRateAndTheLines) {
     World world;
     EXPECT_EQ(SIO_ChangeBaudrate(9600), 0U);
-    EXPECT_EQ(world.take(), Texts{"1 SIO::SIO_ChangeBaudrate: GetCommState failed"});
+    EXPECT_EQ(world.errors(), Texts{"SIO::SIO_ChangeBaudrate: GetCommState failed"});
     world.openA();
     EXPECT_EQ(SIO_ChangeBaudrate(9600), 38400U);
     EXPECT_EQ(SIO_GetBaudrate(), 38400U);
@@ -130,8 +121,8 @@ TEST(Sio, ChangesTheRateAndTheLines) {
               (Texts{"rate 38400", "rate 9600", "DTR on", "RTS off", "DTR off", "RTS on"}));
     world.lines["a"].refuseRates = true;
     EXPECT_EQ(SIO_ChangeBaudrate(1), 0U);
-    EXPECT_EQ(world.take(), (Texts{"COM1 (test://a): that is refused",
-                                   "1 SIO::SIO_ChangeBaudrate: SetCommState failed"}));
+    EXPECT_EQ(world.log(), Texts{"COM1 (test://a): that is refused"});
+    EXPECT_EQ(world.errors(), Texts{"SIO::SIO_ChangeBaudrate: SetCommState failed"});
 }
 
 TEST(Sio, ReadsWhatArrivesInTime) {
@@ -190,9 +181,9 @@ TEST(Sio, ALostPortIsNamedOnceAndCanBeReopened) {
     EXPECT_EQ(CLOCK_Now().us - start.us, 1'000'000);
     EXPECT_FALSE(writeText("x"));
     EXPECT_TRUE(SIO_IsLost());
-    EXPECT_EQ(world.take(), Texts{"COM1 lost: the device has gone (test://a)"});
+    EXPECT_EQ(world.log(), Texts{"COM1 lost: the device has gone (test://a)"});
     EXPECT_TRUE(SIO_EnsureOpen());
-    EXPECT_EQ(world.take(),
+    EXPECT_EQ(world.log(),
               (Texts{"Closing COM1", "COM1 opened with 38400 Baud", "Communication started"}));
     EXPECT_FALSE(SIO_IsLost());
 }
@@ -235,7 +226,7 @@ TEST(SioLog, RecordsTheConversation) {
     SIO_SetBaudrate(9600);
     const std::string header = LOG_HeaderBlock();
     SIO_SetLogging(1);
-    EXPECT_EQ(world.take(), Texts{"SIO-Logging started"});
+    EXPECT_EQ(world.log(), Texts{"SIO-Logging started"});
     CLOCK_Sleep(36'000'000 + 3'723'004); // the hour is one digit
     SIO_Restart();
     writeText("\x01\xAB");
@@ -248,7 +239,7 @@ TEST(SioLog, RecordsTheConversation) {
     const Moment start = CLOCK_Now();
     SIO_SetLogging(0);
     EXPECT_EQ(CLOCK_Now().us - start.us, 100'000);
-    EXPECT_EQ(world.take().back(), "SIO-Logging stopped");
+    EXPECT_EQ(world.log().back(), "SIO-Logging stopped");
 
     std::string longData;
     for (int count = 0; count < 1200; ++count) {
@@ -283,8 +274,8 @@ TEST(SioLog, AFileThatCannotBeWrittenIsReportedWithEachEntry) {
     writeText("ab");
     SIO_Exit();
     writeText("c");
-    EXPECT_EQ(world.take(), (Texts{"SIO-Logging started", "1 SIO::_Write2Logfile: WriteFile failed",
-                                   "SIO-Logging stopped"}));
+    EXPECT_EQ(world.errors(), Texts{"SIO::_Write2Logfile: WriteFile failed"});
+    EXPECT_EQ(world.log(), (Texts{"SIO-Logging started", "SIO-Logging stopped"}));
 }
 
 } // namespace

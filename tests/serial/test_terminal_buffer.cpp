@@ -33,9 +33,7 @@ TEST(TerminalBuffer, DropsTheOldestLinesFirst) {
     EXPECT_EQ(text.size(), 4900U); // 50 lines would be more than two short of the capacity
     EXPECT_EQ(text.front(), '1');
     EXPECT_TRUE(text.ends_with(line + "\r\n"));
-}
-
-TEST(TerminalBuffer, AFullLineWithoutAnEndGoesAsAWhole) {
+    // A full line without an end goes as a whole.
     TERMINAL_Clear();
     receive(std::string(kTerminalCapacity - 2, 'a'));
     EXPECT_EQ(TERMINAL_GetText().size(), kTerminalCapacity - 2);

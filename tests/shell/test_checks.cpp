@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+using std::string_literals::operator""s;
+
 namespace {
 
 // Flash 0x8000 to 0xFFFF, a reset vector at 0xFFFE and another at 0xFFFC.
@@ -92,80 +94,71 @@ TEST(Summary, TellsWhetherTheDataFitsTheSelectedBlocks) {
 
 TEST(Menu, FollowsItsRules) {
     const ShellWorld world;
-    const auto enabled = [](std::initializer_list<int> ids, bool expected) {
+    const auto expectEnabled = [](std::initializer_list<int> ids, bool expected) {
         for (const int id : ids) {
             EXPECT_EQ(MENU_IsEnabled(id), expected) << id;
         }
     };
-    enabled({CMD_FILE_OPEN, CMD_EXIT, CMD_TARGET_ERASE_CHIP, CMD_VIEW_DEVICE}, true);
-    enabled({CMD_FILE_SAVE, CMD_FILE_MERGE, CMD_VIEW_HEX_DUMP, CMD_TARGET_AUTO, CMD_EDIT_RELOCATE,
-             CMD_TARGET_START_APPLICATION, CMD_TARGET_PROTECT_CHIP, CMD_TARGET_FLASH_STATUS},
-            false);
+    expectEnabled({CMD_FILE_OPEN, CMD_EXIT, CMD_TARGET_ERASE_CHIP, CMD_VIEW_DEVICE}, true);
+    expectEnabled({CMD_FILE_SAVE, CMD_VIEW_HEX_DUMP, CMD_TARGET_AUTO, CMD_EDIT_RELOCATE,
+                   CMD_TARGET_START_APPLICATION, CMD_TARGET_PROTECT_CHIP, CMD_TARGET_FLASH_STATUS},
+                  false);
     ShellWorld::load(0, {1});
     DEVPROPS_SetResetByPC(true);
-    enabled({CMD_FILE_SAVE, CMD_TARGET_AUTO, CMD_VIEW_HEX_DUMP, CMD_TARGET_START_APPLICATION},
-            true);
-    {
-        const TargetBusy busy;
-        enabled({CMD_FILE_OPEN, CMD_FILE_SAVE, CMD_EXIT, CMD_TARGET_AUTO, CMD_RECENT_PROJECT_LAST,
-                 CMD_TARGET_ERASE_CHIP},
-                false);
-        enabled({CMD_VIEW_HEX_DUMP, CMD_VIEW_DEVICE, CMD_HELP_ABOUT}, true);
-    }
-    enabled({CMD_FILE_OPEN}, true);
+    expectEnabled({CMD_FILE_SAVE, CMD_TARGET_AUTO, CMD_VIEW_HEX_DUMP, CMD_TARGET_START_APPLICATION},
+                  true);
+    const TargetBusy busy;
+    expectEnabled({CMD_FILE_OPEN, CMD_FILE_SAVE, CMD_EXIT, CMD_TARGET_AUTO, CMD_RECENT_PROJECT_LAST,
+                   CMD_TARGET_ERASE_CHIP},
+                  false);
+    expectEnabled({CMD_VIEW_HEX_DUMP, CMD_VIEW_DEVICE, CMD_HELP_ABOUT}, true);
 }
 
 TEST(Project, RestoresWhatItSaved) {
-    ShellWorld world;
+    const ShellWorld world;
     ShellWorld::select(kVectors);
-    SIO_SetPort(7);
-    SIO_SetBaudrate(31250);
-    PASSWORD_SetAdrCount(0xABCD);
-    PASSWORD_SetAdrCompare(0x12);
-    PASSWORD_SetBytes(std::vector<uint8_t>{1, 0xFE});
-    PASSWORD_SetHexmode(true);
-    const std::string path = world.folder / "p.tpu";
-    ASSERT_TRUE(PROJECT_Save(path, ""));
-    const std::string saved = readFile(path);
-    EXPECT_EQ(saved,
-              "\\\\\r\n\\\\ Calvorin project file\r\n\\\\\r\nPort = 7\r\nBaudrate = 31250\r\n"
-              "Logging = 0\r\nDevice = \"V\"\r\nPasswordAdrCount = ABCD\r\n"
-              "PasswordAdrCompare = 12\r\nPasswordFillFF = 0\r\nPasswordHexmode = 1\r\n"
-              "Password = \"01FE\"\r\n");
-    SIO_Init(0, 0, 0, 8, 0, 0);
-    PASSWORD_Reset();
     DEVPROPS_SetDevice(0);
+    const std::string project =
+        "\\\\\r\n\\\\ Calvorin project file\r\n\\\\\r\nPort = 7\r\nBaudrate = 31250\r\n"
+        "Logging = 0\r\nDevice = \"V\"\r\nPasswordAdrCount = ABCD\r\n"
+        "PasswordAdrCompare = 12\r\nPasswordFillFF = 0\r\nPasswordHexmode = 1\r\n"
+        "Password = \"01FE\"\r\n";
+    const std::string path = world.folder / "p.tpu";
+    writeFile(path, project);
     EXPECT_TRUE(PROJECT_Load(path));
-    EXPECT_TRUE(PROJECT_Save(path, ""));
-    EXPECT_EQ(readFile(path), saved);
+    EXPECT_EQ(SIO_GetPort(), 7U);
+    EXPECT_EQ(PASSWORD_GetAdrCount(), 0xABCDU);
+    EXPECT_TRUE(PASSWORD_GetHexmode());
+    for (const std::string& programFile : {""s, "a \"b\".hex"s, std::string(500, 'x')}) {
+        std::filesystem::remove(path);
+        EXPECT_TRUE(PROJECT_Save(path, programFile));
+        EXPECT_EQ(readFile(path), project) << "no File line";
+    }
     EXPECT_TRUE(world.reports.empty() && world.screen.questions.empty());
 }
 
 TEST(Project, StopsAtTheFirstFault) {
-    const struct {
-        std::string text;
-        const char* report;
-    } cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"Port = 0\n", "Expected a value >= 1"},
         {"Port : 3\n", "Expected '=', got ':'"},
         {"Port = \n", "Expecting a number"},
         {"Speed = 3\n", "Unknown identifier: Speed"},
         {"Password = \"ABC\"\n", "Odd length is illegal"},
         {"Password = \"" + std::string(516, '0') + "\"\n", "HexString too long"},
-        {"Device = V\n", "\x01"},
-        {std::string("# x\n\0\n", 6), "Unexpected NUL byte"},
+        {"Device = V\n", "Expected a text in double quotes"},
+        {"# x\n\0\n"s, "Unexpected NUL byte"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [statement, fault] : cases) {
         ShellWorld world;
         const std::string path = world.folder / "p.tpu";
-        writeFile(path, "# comment\n\\\\\nBaudrate = 9600 and more\n" + c.text + "Port = 5\n");
-        EXPECT_FALSE(PROJECT_Load(path)) << c.text;
+        writeFile(path, "# comment\n\\\\\nBaudrate = 9600 and more\n" + statement + "Port = 5\n");
+        EXPECT_FALSE(PROJECT_Load(path)) << statement;
         EXPECT_EQ(world.screen.questions,
-                  std::vector<std::string>{std::string("Error reading project file: ") + c.report});
+                  std::vector{std::string("Error reading project file: ") + fault});
         EXPECT_EQ(SIO_GetBaudrate(), 9600U); // what was read before stays applied
         EXPECT_EQ(SIO_GetPort(), 0U);
     }
-    ShellWorld world;
+    const ShellWorld world;
     EXPECT_FALSE(PROJECT_Load(world.folder / "none.tpu"));
     EXPECT_EQ(world.reports, std::vector<std::string>{"Read file failed"});
 }

@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 
 TEST(Notifiers, PrintWhatIsNotAskedOnOneLine) {
-    EXPECT_EQ(NOTIFIERS_UnattendedLine("All bytes\nwritten successfully", "Programming", BOX_OK),
-              "Programming: All bytes written successfully");
     EXPECT_EQ(NOTIFIERS_UnattendedLine("Broken!\r\nContinue?", "Reset Vector", BOX_YES_NO | 0x100),
               "Reset Vector: Broken! Continue? [not asked]");
     EXPECT_EQ(NOTIFIERS_UnattendedLine("Failed", "", BOX_OK), "Failed");

@@ -2,13 +2,9 @@
 #pragma once
 
 #include "device/device_parser.h"
-#include "persist/hex_text.h"
 #include "platform/files.h"
 #include "sim/chip.h"
-
-#include <gtest/gtest.h>
-#include <string>
-#include <vector>
+#include "support/hex_bytes.h"
 
 inline DeviceRecord deviceNamed(const std::string& name) {
     std::string text;
@@ -16,35 +12,6 @@ inline DeviceRecord deviceNamed(const std::string& name) {
     const DeviceParseResult result = DEVICE_ParseText(text);
     EXPECT_TRUE(result.record) << name << ": " << result.error << result.missing;
     return result.record.value_or(DeviceRecord{});
-}
-
-inline std::vector<uint8_t> bytesOf(std::string hex) {
-    std::erase(hex, ' ');
-    std::string error;
-    std::vector<uint8_t> bytes = HEXTEXT_ToBytes(hex, 100000, error);
-    EXPECT_EQ(error, "") << hex;
-    return bytes;
-}
-
-// A loader frame around a payload.
-inline std::string frame(const std::string& payload) {
-    const std::vector<uint8_t> bytes = bytesOf(payload);
-    std::vector<uint8_t> all = {0xEB, 0xED, static_cast<uint8_t>(bytes.size()),
-                                static_cast<uint8_t>(bytes.size() >> 8)};
-    all.insert(all.end(), bytes.begin(), bytes.end());
-    uint8_t sum = 0;
-    for (size_t i = 2; i < all.size(); i++)
-        sum = static_cast<uint8_t>(sum + all[i]);
-    all.push_back(sum);
-    all.push_back(0xEC);
-    return HEXTEXT_FromBytes(all);
-}
-
-inline std::string repeated(const char* hex, int times) {
-    std::string text;
-    while (times-- > 0)
-        text += hex;
-    return text;
 }
 
 struct Bench {
@@ -61,7 +28,7 @@ struct Bench {
     }
     // What the chip sends within ten seconds.
     std::string exchange(const std::string& hex) {
-        CHIP_Receive(*chip, bytesOf(hex), now);
+        CHIP_Receive(*chip, bytesOfHex(hex), now);
         now.us += 10000000;
         std::vector<uint8_t> got;
         while (const auto output = CHIP_TakeOutput(*chip, now))
@@ -74,7 +41,7 @@ struct Bench {
         const DeviceRecord& record = description;
         if (record.RamcodeType == RAMCODE_TYPE_B) {
             exchange("86");
-            exchange("10" + repeated("FF", 12) + "0C");
+            exchange("10" + repeat("FF", 12) + "0C");
             exchange("20000000 0004 DC");
             exchange("01020304 F6");
             return;
@@ -87,7 +54,7 @@ struct Bench {
         const bool wide = record.RAMCodeAdrLen == 0 || record.RAMCodeAdrLen > 2;
         char address[16];
         std::snprintf(address, sizeof address, wide ? "%06X" : "%04X", record.PWAreaStart);
-        exchange(std::string(address) + address + repeated("FF", 255));
+        exchange(std::string(address) + address + repeat("FF", 255));
         exchange("3A 02 0040 00 0102 BB");
         if (record.TimerInit != 0)
             exchange("3A 02 0042 00 1A00 A2");

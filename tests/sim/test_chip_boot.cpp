@@ -13,8 +13,8 @@ struct BootCase {
     ChipMode mode;
 };
 
-const std::string kBlankA = "FFC0FFC0" + repeated("FF", 255);
-const std::string kBlankA96 = "027F00027F00" + repeated("FF", 255);
+const std::string kBlankA = "FFC0FFC0" + repeat("FF", 255);
+const std::string kBlankA96 = "027F00027F00" + repeat("FF", 255);
 
 // What the names in the table stand for; anything else for itself.
 std::string passwordFor(const std::string& sent) {
@@ -22,9 +22,7 @@ std::string passwordFor(const std::string& sent) {
         return kBlankA;
     if (sent == "{A96}")
         return kBlankA96;
-    return sent == "{B}"   ? repeated("FF", 12) + "0C"
-           : sent == "{W}" ? repeated("FF", 12) + "0D"
-                           : sent;
+    return sent == "{B}" ? repeat("FF", 12) + "0C" : sent == "{W}" ? repeat("FF", 12) + "0D" : sent;
 }
 
 std::vector<BootCase> bootCases() {
@@ -93,7 +91,7 @@ TEST(ChipBoot, LinesChooseWhatStarts) {
     bench.reset(false);
     EXPECT_EQ(CHIP_GetMode(*bench.chip), ChipMode::application);
     EXPECT_EQ(bench.exchange("86"), "68656C6C6F");
-    EXPECT_EQ(CHIP_GetApplicationInput(*bench.chip), bytesOf("86"));
+    EXPECT_EQ(CHIP_GetApplicationInput(*bench.chip), bytesOfHex("86"));
     bench.reset(true);
     EXPECT_EQ(bench.exchange("86"), "86");
     CHIP_SetLines(*bench.chip, true, true, bench.now);
@@ -105,7 +103,7 @@ TEST(ChipBoot, PasswordOfAProgrammedChip) {
     // TYPE_A: the length and the bytes at the addresses that the host names.
     for (const bool right : {true, false}) {
         Bench a("VT-A32");
-        EXPECT_TRUE(CHIP_PutFlash(*a.chip, 0xFFC0, bytesOf("080102030405060708")));
+        EXPECT_TRUE(CHIP_PutFlash(*a.chip, 0xFFC0, bytesOfHex("080102030405060708")));
         CHIP_SetHostRate(*a.chip, 9600);
         a.reset(true);
         a.exchange("5A");
@@ -148,9 +146,9 @@ TEST(ChipBoot, SendingIntoAReplyIsOutOfTurn) {
     CHIP_SetHostRate(*bench.chip, 10000);
     bench.reset(true);
     bench.exchange("86");
-    CHIP_Receive(*bench.chip, bytesOf("20"), bench.now);
+    CHIP_Receive(*bench.chip, bytesOfHex("20"), bench.now);
     EXPECT_EQ(CHIP_NextOutput(*bench.chip, kNever), Moment{bench.now.us + 2000});
-    CHIP_Receive(*bench.chip, bytesOf("20"), Moment{bench.now.us + 2000});
+    CHIP_Receive(*bench.chip, bytesOfHex("20"), Moment{bench.now.us + 2000});
     CHIP_Run(*bench.chip, Moment{bench.now.us + 20000});
     EXPECT_EQ(bench.violations(), "byte sent before the reply to the last command has arrived\n");
 }

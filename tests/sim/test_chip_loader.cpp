@@ -11,7 +11,7 @@ struct FrameCase {
     std::string violations;
 };
 
-const std::string kPage = "AA" + repeated("FF", 127);
+const std::string kPage = "AA" + repeat("FF", 127);
 
 std::vector<FrameCase> frameCases() {
     return {
@@ -29,13 +29,13 @@ std::vector<FrameCase> frameCases() {
          "program frame with 128 data bytes that says 127\n"},
         {"program what is not erased", "VT-B128", "0F", "02 00000000 8000" + kPage,
          "F3 02 00000000 0A", "program of 0, which is not erased\n"},
-        {"fill up what is not erased", "VT-B128", "0F", "02 00000000 8000" + repeated("FF", 128),
+        {"fill up what is not erased", "VT-B128", "0F", "02 00000000 8000" + repeat("FF", 128),
          "02", ""},
         {"overwrite EE flash", "VT-BE32", "0F", "02 00000000 8000" + kPage, "02", ""},
         {"program half a word", "VT-B64S", "", "02 02800000 0400 01020304", "F1",
          "program of 8002, 4 bytes, not in whole words\n"},
-        {"program more than a packet", "VT-B64S", "", "02 00800000 8400" + repeated("00", 132),
-         "F1", "program of 84 bytes with a packet size of 80\n"},
+        {"program more than a packet", "VT-B64S", "", "02 00800000 8400" + repeat("00", 132), "F1",
+         "program of 84 bytes with a packet size of 80\n"},
         {"program an image address", "VT-B32R", "", "02 00000008 0400 01020304", "F1",
          "program of 8000000, 4 bytes, outside the flash\n"},
         {"read behind the last block's end", "VT-B128", "", "03 FEFF0100 0400",
@@ -66,7 +66,8 @@ TEST(ChipLoader, Frames) {
         Bench bench(test.device);
         bench.startLoader();
         ASSERT_EQ(CHIP_GetMode(*bench.chip), ChipMode::loader) << bench.violations();
-        EXPECT_TRUE(CHIP_PutFlash(*bench.chip, CHIP_FlashStart(*bench.chip), bytesOf(test.before)));
+        EXPECT_TRUE(
+            CHIP_PutFlash(*bench.chip, CHIP_FlashStart(*bench.chip), bytesOfHex(test.before)));
         EXPECT_EQ(bench.exchange(frame(test.payload)), frame(test.answer));
         EXPECT_EQ(bench.violations(), test.violations);
     }
@@ -103,8 +104,8 @@ TEST(ChipLoader, ProtectedBlocksStayAsTheyAre) {
     EXPECT_TRUE(CHIP_IsBlockProtected(*bench.chip, 0));
     EXPECT_FALSE(CHIP_IsBlockProtected(*bench.chip, 1));
     EXPECT_EQ(bench.exchange(frame("01 00000000 00400000")), frame("F3 01 00000000 FF"));
-    EXPECT_EQ(bench.exchange(frame("02 00000000 0001" + repeated("00", 256))),
+    EXPECT_EQ(bench.exchange(frame("02 00000000 0001" + repeat("00", 256))),
               frame("F3 02 00000000 FF"));
-    EXPECT_EQ(bench.exchange(frame("02 00400000 0001" + repeated("00", 256))), frame("02"));
+    EXPECT_EQ(bench.exchange(frame("02 00400000 0001" + repeat("00", 256))), frame("02"));
     EXPECT_EQ(bench.violations(), "");
 }

@@ -5,27 +5,8 @@
 
 namespace {
 
-struct Sim {
-    TempFolder folder;
-    std::optional<Process> process;
-    std::string port; // the first line of its output
-
-    Sim(const std::string& device, const Strings& options) {
-        Strings command = {std::string(CALVORIN_BIN) + "/calvorin-sim", "--device", device,
-                           "--devices", std::string(CALVORIN_DEVICES) + "/Device"};
-        command.insert(command.end(), options.begin(), options.end());
-        process.emplace(command, folder / "sim");
-        waitFor([this] { return process->out().find('\n') != std::string::npos; });
-        port = process->out().substr(0, process->out().find('\n'));
-    }
-    int end() {
-        process->signal(SIGTERM);
-        return process->wait();
-    }
-};
-
 std::string exchange(SerialPort& port, const std::string& hex, size_t count) {
-    EXPECT_TRUE(port.write(bytesOf(hex)));
+    EXPECT_TRUE(port.write(bytesOfHex(hex)));
     std::vector<uint8_t> answer(count);
     answer.resize(port.read(answer, CLOCK_After(5000), {}));
     return HEXTEXT_FromBytes(answer);
@@ -44,15 +25,15 @@ TEST(SimProgram, PseudoTerminal) {
     const TempFolder files;
     const std::string link = files / "port";
     writeFile(files / "in.bin", "\x01\x02");
-    Sim sim("VT-B128", {"--link", link, "--flash-in", files / "in.bin", "--flash-out",
-                        files / "out.bin", "--transcript", files / "log", "--pace"});
-    EXPECT_TRUE(sim.port.starts_with("/dev/pts/"));
+    VirtualTarget sim(files, "VT-B128",
+                      {"--flash-in", files / "in.bin", "--transcript", files / "log", "--pace"});
+    EXPECT_TRUE(sim.port().starts_with("/dev/pts/"));
     SerialPortPtr port = openPort(link, 2400);
     ASSERT_TRUE(port);
     EXPECT_EQ(exchange(*port, "86", 1), "86");
     EXPECT_EQ(exchange(*port, "10", 1), "10");
     const Moment start = CLOCK_Now();
-    EXPECT_EQ(exchange(*port, repeated("FF", 12) + "0C", 1), "10");
+    EXPECT_EQ(exchange(*port, repeat("FF", 12) + "0C", 1), "10");
     // Thirteen bytes there and one back, 4167 us each.
     const int64_t took = CLOCK_Now().us - start.us;
     EXPECT_GE(took, 58000);
@@ -64,8 +45,8 @@ TEST(SimProgram, PseudoTerminal) {
     port = openPort(link, 115200);
     ASSERT_TRUE(port);
     EXPECT_EQ(exchange(*port, "86", 1), "86");
-    EXPECT_EQ(sim.end(), 0) << sim.process->out() << sim.process->err();
-    const std::string flash = readFile(files / "out.bin");
+    EXPECT_EQ(sim.stop(), 0) << sim.summary();
+    const std::string flash = sim.flash();
     EXPECT_EQ(flash.size(), 0x20000U);
     EXPECT_EQ(flash.substr(0, 3), "\x01\x02\xFF");
     EXPECT_NE(readFile(files / "log").find("chip: 86"), std::string::npos);
@@ -73,8 +54,9 @@ TEST(SimProgram, PseudoTerminal) {
 }
 
 TEST(SimProgram, TcpPortSeesLinesAndRate) {
-    Sim sim("VT-A32", {"--tcp", "0"});
-    const SerialPortPtr port = openPort(sim.port, 9600);
+    const TempFolder files;
+    VirtualTarget sim(files, "VT-A32", {"--tcp", "0"});
+    const SerialPortPtr port = openPort(sim.port(), 9600);
     ASSERT_TRUE(port);
     EXPECT_TRUE(port->setDtr(true) && port->setRts(true) && port->setDtr(false));
     CLOCK_Sleep(100);
@@ -83,7 +65,7 @@ TEST(SimProgram, TcpPortSeesLinesAndRate) {
     EXPECT_TRUE(port->configure({115200, 8, 0, 0}).has_value());
     EXPECT_EQ(exchange(*port, "90", 3), "908000");
     // What no chip should have to put up with shows in the exit code.
-    EXPECT_TRUE(port->write(bytesOf("99")));
+    EXPECT_TRUE(port->write(bytesOfHex("99")));
     CLOCK_Sleep(100);
-    EXPECT_EQ(sim.end(), 3);
+    EXPECT_EQ(sim.stop(), 3);
 }

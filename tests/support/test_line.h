@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <deque>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <utility>
@@ -24,6 +25,8 @@ struct TestLine {
     std::atomic<bool> isOpen{false};
     std::atomic<int> inside{0};
     std::atomic<int> closedInUse{0};
+    // Told of every write and of every rate and line change, when it has been noted.
+    std::function<void(const std::string& what, bool isData)> heard;
 
     void send(std::string_view text) {
         {
@@ -58,19 +61,28 @@ struct TestLine {
         }
         return count;
     }
+    void note(std::vector<std::string>& list, const std::string& what) {
+        {
+            const std::lock_guard lock(mutex);
+            list.push_back(what);
+        }
+        if (heard) {
+            heard(what, &list == &fromProgram);
+        }
+    }
     bool write(std::span<const uint8_t> bytes) {
+        note(fromProgram, {bytes.begin(), bytes.end()});
         const std::lock_guard lock(mutex);
-        fromProgram.emplace_back(bytes.begin(), bytes.end());
         return lost.empty() && !refuseWrites;
     }
     std::optional<uint32_t> configure(const LineSettings& settings) {
+        note(calls, "rate " + std::to_string(settings.baudrate));
         const std::lock_guard lock(mutex);
-        calls.push_back("rate " + std::to_string(settings.baudrate));
-        return refuseRates ? std::nullopt : std::optional(std::exchange(rate, settings.baudrate));
+        const uint32_t rounded = settings.baudrate + settings.baudrate / 500;
+        return refuseRates ? std::nullopt : std::optional(std::exchange(rate, rounded));
     }
     bool call(const std::string& name, bool on) {
-        const std::lock_guard lock(mutex);
-        calls.push_back(name + (on ? " on" : " off"));
+        note(calls, name + (on ? " on" : " off"));
         return true;
     }
 };

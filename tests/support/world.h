@@ -9,7 +9,6 @@
 #include "link/password.h"
 #include "link/target_link.h"
 #include "link/target_state.h"
-#include "notice/error.h"
 #include "notice/log.h"
 #include "notice/run.h"
 #include "persist/ini.h"
@@ -19,12 +18,12 @@
 #include "sim/chip.h"
 #include "sim/sim_port.h"
 #include "sim/virtual_clock.h"
+#include "support/reports.h"
 #include "support/temp_folder.h"
 
 #include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -39,12 +38,11 @@ struct WorldOptions {
 
 class World {
 public:
-    explicit World(const std::string& device) : World(WorldOptions{.device = device, .chip = {}}) {}
-
     explicit World(WorldOptions options) : options_(std::move(options)), clock_(options_.seed) {
         EVENTS_Open();
+        RUN_Reset();
         layOutFolder();
-        captureNotices();
+        LOG_Init();
         DEVICE_Clear();
         EXPECT_EQ(DEVICE_Init(), 0);
         DEVPROPS_Set(DevProps{});
@@ -65,7 +63,6 @@ public:
         EVENTS_Close();
         SIO_Exit();
         SIMPORT_Withdraw("world");
-        LOG_SetObserver({});
         LOG_Exit();
         ERROR_Exit();
         BOOT_SetState(BOOT_UNSYNCED);
@@ -81,9 +78,9 @@ public:
     World& operator=(const World&) = delete;
 
     // What has been said so far; any thread may have said it.
-    std::vector<std::string> errors() const { return copyOf(errors_); }
-    std::vector<std::string> questions() const { return copyOf(questions_); }
-    std::vector<std::string> log() const { return copyOf(log_); }
+    std::vector<std::string> errors() const { return screen.copyOf(screen.errors); }
+    std::vector<std::string> questions() const { return screen.copyOf(screen.questions); }
+    std::vector<std::string> log() const { return screen.copyOf(screen.log); }
     bool hasLogged(const std::string& text) const {
         const std::vector<std::string> entries = log();
         return std::ranges::find(entries, text) != entries.end();
@@ -101,7 +98,7 @@ public:
 
     ChipPtr chip; // while no other thread uses the port
     SimLinePtr line;
-    int answer = ANSWER_YES; // to every question
+    Reports screen{ANSWER_YES};
     // Run in reverse order before everything else is taken down: what a test has started.
     std::vector<std::function<void()>> atEnd;
 
@@ -116,33 +113,7 @@ private:
         INI_Load();
     }
 
-    void captureNotices() {
-        RUN_Reset();
-        ERROR_SetHandlers(
-            [this](WindowHandle, const std::string& text, int) { note(errors_, text); },
-            [this](WindowHandle, const std::string& text, const std::string& caption, unsigned) {
-                note(questions_, caption + ": " + text);
-                return answer;
-            },
-            [](int code) { RUN_SetExitCode(code); });
-        LOG_Init();
-        LOG_SetObserver([this](const std::string&, const std::string& text) { note(log_, text); });
-    }
-
-    void note(std::vector<std::string>& list, const std::string& text) {
-        const std::lock_guard lock(mutex_);
-        list.push_back(text);
-    }
-    std::vector<std::string> copyOf(const std::vector<std::string>& list) const {
-        const std::lock_guard lock(mutex_);
-        return list;
-    }
-
     WorldOptions options_;
     TempFolder folder_;
     VirtualClock clock_;
-    mutable std::mutex mutex_; // of the three lists
-    std::vector<std::string> errors_;
-    std::vector<std::string> questions_;
-    std::vector<std::string> log_;
 };

@@ -56,12 +56,7 @@ struct TargetWorld : World {
         return equal;
     }
 
-    std::string allErrors() const {
-        std::string all;
-        for (const std::string& error : errors())
-            all += all.empty() ? error : "|" + error;
-        return all;
-    }
+    std::string allErrors() const { return Reports::joined(errors(), '|'); }
 
     std::string terminal; // what the worker has passed on
 };

@@ -67,12 +67,12 @@ TEST(Commands, OnlySelectedBlocksAreErased) {
 
 TEST(Commands, ProtectAsksFirst) {
     TargetWorld world({.device = "VT-A96", .chip = {}});
-    world.answer = ANSWER_NONE;
+    world.screen.answer = ANSWER_NONE;
     TARGET_ProtectBlocks();
     TARGET_ProtectChip();
     EXPECT_EQ(SIMPORT_Writes(world.line), 0U);
     EXPECT_EQ(world.questions().size(), 2U);
-    world.answer = ANSWER_OK;
+    world.screen.answer = ANSWER_OK;
     DEVPROPS_SelectBlock(0, false);
     TARGET_ProtectBlocks();
     SIMPORT_WithChip(world.line, [](Chip& chip) {

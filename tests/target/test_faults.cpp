@@ -125,6 +125,9 @@ void cancelAt(const std::string& device, int64_t ms, bool interrupt) {
     if (cameTooLate)
         return;
     expectOneReason(world, false);
+    if (world.hasLogged("Downloading RAM-Image finished")) {
+        EXPECT_EQ(world.errors().back(), "Action canceled");
+    }
     EXPECT_LT(ended.us - moment.us, 2'500'000);
     if (interrupt)
         return;

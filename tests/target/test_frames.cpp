@@ -17,20 +17,6 @@ std::string hex(uint32_t value, int bytes) {
     return text;
 }
 
-std::string repeat(const std::string& text, size_t count) {
-    std::string all;
-    for (size_t i = 0; i < count; ++i)
-        all += text;
-    return all;
-}
-
-// A good frame around a payload of hex digits.
-std::string frame(const std::string& payload) {
-    const auto bytes = bytesOfHex(payload);
-    return "EBED" + hex(static_cast<uint32_t>(bytes.size()), 2) + HEXTEXT_FromBytes(bytes) +
-           hex(_FrameSum(bytes, {}), 1) + "EC";
-}
-
 std::string read(uint32_t address, uint32_t count) {
     return frame("03" + hex(address, 4) + hex(count, 2));
 }
@@ -108,43 +94,6 @@ void check(const std::string& name, const std::string& device, int code, const S
 
 } // namespace
 
-TEST(Frames, RepliesAreTakenApart) {
-    struct Case {
-        std::string payload;
-        ReplyKind kind;
-        uint16_t value = 0;
-        uint32_t address = 0;
-        size_t data = 0;
-    };
-    const std::vector<Case> cases = {
-        {"", ReplyKind::malformed},
-        {"00 01020304 8000", ReplyKind::identify, 0x80},
-        {"00 01020304 80", ReplyKind::malformed},
-        {"03 78563412 0200 AABB", ReplyKind::data, 0, 0x12345678, 2},
-        {"03 78563412 0300 AABB", ReplyKind::malformed},
-        {"03 78563412 0100 AABB", ReplyKind::malformed},
-        {"03 7856", ReplyKind::malformed},
-        {"04 3412", ReplyKind::crc, 0x1234},
-        {"04 34", ReplyKind::malformed},
-        {"07 3412", ReplyKind::sum, 0x1234},
-        {"F1", ReplyKind::nak},
-        {"F3 02 34120000 5A", ReplyKind::error, 0, 0x1234},
-        {"F3 02 34120000", ReplyKind::malformed},
-        {"01", ReplyKind::acknowledge},
-        {"FF 0000", ReplyKind::acknowledge},
-    };
-    for (const Case& c : cases) {
-        const auto payload = bytesOfHex(c.payload);
-        const Reply reply = _ParseReply(payload);
-        EXPECT_EQ(static_cast<int>(reply.kind), static_cast<int>(c.kind)) << c.payload;
-        EXPECT_EQ(reply.value, c.value) << c.payload;
-        EXPECT_EQ(reply.address, c.address) << c.payload;
-        EXPECT_EQ(reply.data.size(), c.data) << c.payload;
-    }
-    EXPECT_EQ(frame(""), "EBED000000EC");
-    EXPECT_EQ(frame("00"), "EBED01000001EC");
-}
-
 TEST(Frames, OperationsOnBlocks) {
     const std::string relocated = "Bank = 10000,100\nRelocate = 0,10000,8000";
     const auto withXData = [] {
@@ -182,8 +131,11 @@ TEST(Frames, OperationsOnBlocks) {
           "", [] { DEVPROPS_SelectBlock(1, false); });
     check("sum answered by something else", kOne, OP_GET_SUM,
           {{block(7, 0x1000, 0x3FF, "01"), kAck}}, "Timeout error");
-    check("erase answered by data", kOne, OP_ERASE_CHIP,
-          {{block(1, 0x1000, 0x400), data(0x1000, "FF")}}, "Timeout error");
+    for (const std::string reply : {"03 00100000 0100 FF", "F3 01 00100000", "00 01020304 80"})
+        check(reply, kOne, OP_ERASE_CHIP, {{block(1, 0x1000, 0x400), frame(reply)}},
+              "Timeout error");
+    check("half a crc", kOne, OP_GET_CRC, {{block(4, 0x1000, 0x3FF, "01"), frame("04 34")}},
+          "Timeout error");
     check("block below the first", "Bank = 2000,100, 1000,100, 3000,100", OP_ERASE_BLOCKS, {},
           outside);
     check("descending blocks", "Bank = 2000,100, 1000,100", OP_BLANK_READ_BLOCKS, {},
@@ -209,10 +161,15 @@ TEST(Frames, OperationsThatRead) {
            {read(0, 16), data(0, repeat("01", 16))}},
           "", ranged(0xFFF0, 0x1000F));
     check("empty range", kOne, OP_READ_BACK, {}, "The range 10 - F is empty", ranged(16, 15));
-    check("shorter reply", kOne, OP_BLANK_READ, {{read(0, 16), data(0, repeat("FF", 15))}},
+    check("a piece at a time", kOne, OP_READ_BACK,
+          {{read(0, 257), data(0, ff)}, {read(256, 1), data(256, "12")}}, "", ranged(0, 0x100));
+    check("longer reply", kOne, OP_BLANK_READ, {{read(0, 16), data(0, repeat("FF", 17))}},
           "Timeout error", ranged(0, 15));
-    check("empty reply", kOne, OP_BLANK_READ, {{read(0, 16), data(0, "")}}, "Timeout error",
-          ranged(0, 15));
+    check("shorter reply", kOne, OP_VERIFY, {{read(0, 128), data(0, repeat("11", 127))}},
+          "Timeout error", image257);
+    for (const std::string fields : {"0000", "0200 FF", "0100 FFFF", ""})
+        check("malformed " + fields, kOne, OP_BLANK_READ,
+              {{read(0, 16), frame("03 00000000" + fields)}}, "Timeout error", ranged(0, 15));
     check("reply about another address", kOne, OP_BLANK_READ,
           {{read(0, 16), data(1, repeat("FF", 16))}}, "Timeout error", ranged(0, 15));
     check("verify", kOne, OP_VERIFY,

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/ioctl.h>
 #include <thread>
@@ -29,11 +30,23 @@ sigset_t endingSignals() {
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGHUP);
+    struct sigaction hangUp {};
+    const bool known = sigaction(SIGHUP, nullptr, &hangUp) == 0;
+    if (!known || hangUp.sa_handler != SIG_IGN) { // ignored: the user started the run with nohup
+        sigaddset(&signals, SIGHUP);
+    }
     return signals;
 }
 
 } // namespace
+
+void PROCESS_OpenStandardStreams() {
+    int descriptor = 0;
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
+        descriptor = ::open("/dev/null", O_RDWR); // the lowest number that is free
+    }
+    ::close(descriptor);
+}
 
 void PROCESS_WriteOut(std::string_view text) {
     writeAll(STDOUT_FILENO, text);
