@@ -29,24 +29,34 @@ for folder in Device RamImage; do
 done
 cd "$work"
 
-# measure COMMAND...: sets best (microseconds, the quickest of all runs) and peak (KiB, the largest).
+declare -A best peak # by tool: the quickest of its runs in microseconds, its memory in KiB
+
+# runOnce OUTPUT COMMAND...: every run makes its output anew, as to replace a file may mean to wait
+# for the disk.
+runOnce() {
+    rm -f "$1"
+    rm -f Calvorin.tpu # else a run would first load the program file of the one before
+    shift
+    begin=${EPOCHREALTIME/[.,]/}
+    "$@" >output.txt 2>&1 || {
+        echo "bench_peers: failed: $*" >&2
+        cat output.txt >&2
+        exit 2
+    }
+    end=${EPOCHREALTIME/[.,]/}
+}
+
+# measure TOOL OUTPUT COMMAND...: one more run; the first one tells the memory, the others the time.
 measure() {
-    local begin end us
-    best=0
-    peak=0
-    for ((run = 0; run < runs; ++run)); do
-        rm -f Calvorin.tpu # else a run would first load the program file of the one before
-        begin=${EPOCHREALTIME/[.,]/}
-        /usr/bin/time -f %M -o peak.txt "$@" >output.txt 2>&1 || {
-            echo "bench_peers: failed: $*" >&2
-            cat output.txt >&2
-            exit 2
-        }
-        end=${EPOCHREALTIME/[.,]/}
-        us=$((end - begin))
-        if ((best == 0 || us < best)); then best=$us; fi
-        if (($(<peak.txt) > peak)); then peak=$(<peak.txt); fi
-    done
+    local tool=$1 output=$2 begin end
+    shift 2
+    if ((peak[$tool] == 0)); then
+        runOnce "$output" /usr/bin/time -f %M -o peak.txt "$@"
+        peak[$tool]=$(<peak.txt)
+        return
+    fi
+    runOnce "$output" "$@"
+    if ((best[$tool] == 0 || end - begin < best[$tool])); then best[$tool]=$((end - begin)); fi
 }
 
 # miss CONDITION-TEXT: notes an aim that was missed.
@@ -57,27 +67,27 @@ miss() {
 
 # compare TITLE FROM TO DATA-KIB AIM: converts in.FROM to TO with all three (hex or mot).
 compare() {
-    local title=$1 from=$2 to=$3 kib=$4 aim=$5 ours srec_us objcopy_us quickest limit
+    local title=$1 from=$2 to=$3 kib=$4 aim=$5 quickest limit
     local -A srec=([hex]=-intel [mot]=-motorola) bfd=([hex]=ihex [mot]=srec)
     local lengths=()
     if [ "$to" = mot ]; then lengths=(--srec-len=32); fi
-    rm -f ours.* srec.* objcopy.*
-    measure ./calvorin "in.$from" "-FileSaveAsours.$to" -Exit
-    ours=$best
+    best=([ours]=0 [srec]=0 [objcopy]=0)
+    peak=([ours]=0 [srec]=0 [objcopy]=0)
+    for ((run = 0; run <= runs; ++run)); do # in turn, so that other load meets all three alike
+        measure ours "ours.$to" ./calvorin "in.$from" "-FileSaveAsours.$to" -Exit
+        measure srec "srec.$to" srec_cat "in.$from" "${srec[$from]}" -o "srec.$to" "${srec[$to]}"
+        measure objcopy "objcopy.$to" \
+            objcopy -I "${bfd[$from]}" -O "${bfd[$to]}" "${lengths[@]}" "in.$from" "objcopy.$to"
+    done
     limit=$((2 * kib + 20 * 1024))
-    local ours_peak=$peak
-    measure srec_cat "in.$from" "${srec[$from]}" -o "srec.$to" "${srec[$to]}"
-    srec_us=$best
-    measure objcopy -I "${bfd[$from]}" -O "${bfd[$to]}" "${lengths[@]}" "in.$from" "objcopy.$to"
-    objcopy_us=$best
-    quickest=$((srec_us < objcopy_us ? srec_us : objcopy_us))
-    awk -v title="$title" -v a="$ours" -v b="$srec_us" -v c="$objcopy_us" -v q="$quickest" \
-        -v peak="$ours_peak" -v limit="$limit" 'BEGIN {
+    quickest=$((best[srec] < best[objcopy] ? best[srec] : best[objcopy]))
+    awk -v title="$title" -v a="${best[ours]}" -v b="${best[srec]}" -v c="${best[objcopy]}" \
+        -v q="$quickest" -v peak="${peak[ours]}" -v limit="$limit" 'BEGIN {
             printf "%-28s calvorin %8.1f ms  srec_cat %8.1f ms  objcopy %8.1f ms  ratio %5.1f", \
                 title, a / 1000, b / 1000, c / 1000, q / a
             printf "  peak %5.1f of %5.1f MiB\n", peak / 1024, limit / 1024 }'
-    if ((quickest < aim * ours)); then miss "aim: $aim times as fast as the quicker of both"; fi
-    if ((ours_peak > limit)); then miss "aim: at most twice the data and 20 MiB"; fi
+    if ((quickest < aim * best[ours])); then miss "aim: $aim times as fast as the quicker of both"; fi
+    if ((peak[ours] > limit)); then miss "aim: at most twice the data and 20 MiB"; fi
     for other in "in.$from" "srec.$to" "objcopy.$to"; do
         local kind=${srec[${other##*.}]}
         if ! srec_cmp "ours.$to" "${srec[$to]}" "$other" "$kind" >cmp.txt 2>&1; then

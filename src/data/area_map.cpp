@@ -5,6 +5,15 @@
 #include <utility>
 
 AreaMap::Position AreaMap::findFrom(uint32_t address) const {
+    // Files list their bytes in ascending order nearly always: the new ones continue or follow the
+    // area of the last ones, and nothing lies in between.
+    const Position last = last_;
+    if (last != index_.end() && endOf(last) <= address) {
+        const Position next = std::next(last);
+        if (next == index_.end() || next->first > address) {
+            return next;
+        }
+    }
     Position area = index_.upper_bound(address);
     if (area != index_.begin()) {
         const Position before = std::prev(area);
@@ -14,14 +23,6 @@ AreaMap::Position AreaMap::findFrom(uint32_t address) const {
 }
 
 AreaMap::Iterator AreaMap::locate(uint32_t address) {
-    // Files list their bytes in ascending order nearly always: the new ones continue or follow the
-    // area of the last ones, and nothing lies in between.
-    if (last_ != index_.end() && endOf(last_) <= address) {
-        const Iterator next = std::next(last_);
-        if (next == index_.end() || next->first > address) {
-            return next;
-        }
-    }
     const Position found = findFrom(address);
     return index_.erase(found, found); // erases nothing, gives the writable position
 }

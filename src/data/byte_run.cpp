@@ -10,9 +10,27 @@
 namespace {
 
 // From here on a run gets eight times its size at once: what is not touched takes no memory, and
-// large pages come only to a block that has its place from the beginning.
+// large pages come only to a block that has its place from the beginning, one of theirs.
 constexpr size_t kLargeRun = 1 << 20; // bytes
 constexpr size_t kLargeGrowth = 8;
+constexpr size_t kLargePage = 2 << 20;
+
+uint8_t* allocate(size_t& capacity) {
+    void* room = nullptr;
+    if (capacity > kLargeRun) {
+        capacity = (capacity + kLargePage - 1) / kLargePage * kLargePage;
+        room = std::aligned_alloc(kLargePage, capacity);
+    } else {
+        room = std::malloc(capacity);
+    }
+    if (room == nullptr) {
+        throw std::bad_alloc();
+    }
+    if (capacity > kLargeRun) {
+        MEMORY_PreferLargePages(room, capacity);
+    }
+    return static_cast<uint8_t*>(room);
+}
 
 } // namespace
 
@@ -50,14 +68,8 @@ void ByteRun::dropBack(size_t count) {
 }
 
 void ByteRun::regrow(size_t front, size_t back) {
-    const size_t capacity = front + size_ + back;
-    Room room(static_cast<uint8_t*>(std::malloc(capacity)));
-    if (room == nullptr) {
-        throw std::bad_alloc();
-    }
-    if (capacity > kLargeRun) {
-        MEMORY_PreferLargePages(room.get(), capacity);
-    }
+    size_t capacity = front + size_ + back;
+    Room room(allocate(capacity));
     if (size_ > 0) {
         std::memcpy(room.get() + front, data(), size_);
     }

@@ -22,6 +22,15 @@ constexpr std::array<uint8_t, 256> kDigits = [] {
     return digits;
 }();
 
+constexpr std::array<std::array<char, 2>, 256> kPairs = [] {
+    constexpr char kCharacters[] = "0123456789ABCDEF";
+    std::array<std::array<char, 2>, 256> pairs{};
+    for (size_t byte = 0; byte < pairs.size(); ++byte) {
+        pairs[byte] = {kCharacters[byte >> 4], kCharacters[byte & 0x0F]};
+    }
+    return pairs;
+}();
+
 constexpr size_t kBlock = 16; // bytes
 // The compiler's own vectors: it makes of them what the processor has.
 using Lanes [[gnu::vector_size(kBlock)]] = uint8_t;
@@ -96,19 +105,20 @@ bool decodeHex(const char* text, std::span<uint8_t> bytes, uint8_t& sum) {
 }
 
 char* encodeHex(char* text, std::span<const uint8_t> bytes, uint8_t& sum) {
-    constexpr char kCharacters[] = "0123456789ABCDEF";
-    Lanes sums{};
-    for (; bytes.size() >= kBlock; bytes = bytes.subspan(kBlock)) {
-        Lanes block;
-        std::memcpy(&block, bytes.data(), sizeof block);
-        encodeBlock(text, block);
-        sums += block;
-        text += 2 * kBlock;
+    if (bytes.size() >= kBlock) {
+        Lanes sums{};
+        for (; bytes.size() >= kBlock; bytes = bytes.subspan(kBlock)) {
+            Lanes block;
+            std::memcpy(&block, bytes.data(), sizeof block);
+            encodeBlock(text, block);
+            sums += block;
+            text += 2 * kBlock;
+        }
+        sum = static_cast<uint8_t>(sum + reduce(sums, std::plus<uint8_t>()));
     }
-    sum = static_cast<uint8_t>(sum + reduce(sums, std::plus<uint8_t>()));
     for (const uint8_t byte : bytes) {
-        *text++ = kCharacters[byte >> 4];
-        *text++ = kCharacters[byte & 0x0F];
+        std::memcpy(text, kPairs[byte].data(), 2);
+        text += 2;
         sum = static_cast<uint8_t>(sum + byte);
     }
     return text;

@@ -145,6 +145,13 @@ void HEXDATA_Copy(uint32_t address, std::span<uint8_t> bytes, std::span<bool> he
         [&](uint64_t count) { mark(count, false); });
 }
 
+uint64_t HEXDATA_GetRoom(uint32_t address) {
+    const std::lock_guard lock(imageMutex);
+    const auto area = areas.findFrom(address);
+    const uint64_t end = area == areas.index().end() ? kAddressSpace : area->first;
+    return end > address ? end - address : 0;
+}
+
 uint32_t HEXDATA_GetFirstAddr() {
     const std::lock_guard lock(imageMutex);
     const AreaMap::Index& index = areas.index();

@@ -15,6 +15,7 @@ struct AreaInfo {
     uint32_t start = 0;
     uint32_t length = 0; // at least 1
     uint32_t last() const { return start + length - 1; }
+    bool operator==(const AreaInfo&) const = default;
 };
 
 // The message of an addition that would define an address twice.
@@ -38,7 +39,7 @@ void HEXDATA_Clear();
 // Adds the offset to every area's start address (32-bit). False, and nothing is changed, when some
 // areas would pass the end of the address space and others not, or one would be torn by it.
 bool HEXDATA_Relocate(int32_t offset);
-// Back to the state of a fresh process: empty, and nothing agreed to.
+// Back to the state of a fresh process, for tests: empty, and nothing agreed to.
 void HEXDATA_Reset();
 
 // Moves `address` to the first held byte at or after it and points `data` to it. Result: the number
@@ -48,6 +49,9 @@ uint32_t HEXDATA_GetData(uint32_t& address, const uint8_t*& data);
 // Copies the held bytes of a range and leaves the others as they are; held[i] tells which of them
 // the image holds (as long as `bytes`, or empty).
 void HEXDATA_Copy(uint32_t address, std::span<uint8_t> bytes, std::span<bool> held);
+// The number of addresses from `address` up to the next held one, or to the end of the address
+// space.
+uint64_t HEXDATA_GetRoom(uint32_t address);
 
 uint32_t HEXDATA_GetFirstAddr(); // 0 when empty
 uint32_t HEXDATA_GetLastAddr();  // 0 when empty
@@ -72,6 +76,3 @@ void HEXDATA_CalcCRC(uint32_t address, uint32_t count, bool& restart, uint8_t fi
 // The value and its label, "SUM:" or "CRC:", of whichever was computed last.
 uint16_t HEXDATA_GetChecksum();
 std::string HEXDATA_GetChecksumLabel();
-
-// Forgets that the user has agreed to overwrite, and everything else: a fresh process, for tests.
-void HEXDATA_Reset();

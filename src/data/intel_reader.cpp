@@ -16,7 +16,8 @@ enum IntelType : uint8_t {
 };
 
 // Both bases together may lead out of the address space.
-const char* addData(const IntelBase& base, uint16_t offset, std::span<const uint8_t> data) {
+const char* addData(const IntelBase& base, uint16_t offset, std::span<const uint8_t> data,
+                    ImageBatch& image) {
     const uint64_t address = uint64_t{base.linear} + base.segment + offset;
     if (data.empty()) {
         return nullptr;
@@ -24,7 +25,7 @@ const char* addData(const IntelBase& base, uint16_t offset, std::span<const uint
     if (address > UINT32_MAX) {
         return kPastAddressSpace;
     }
-    return HEXDATA_AddData(static_cast<uint32_t>(address), data);
+    return image.add(static_cast<uint32_t>(address), data);
 }
 
 const char* setBase(uint32_t& base, unsigned shift, std::span<const uint8_t> data) {
@@ -36,10 +37,10 @@ const char* setBase(uint32_t& base, unsigned shift, std::span<const uint8_t> dat
 }
 
 const char* applyRecord(uint8_t type, uint16_t offset, std::span<const uint8_t> data,
-                        IntelBase& base) {
+                        IntelBase& base, ImageBatch& image) {
     switch (type) {
     case TYPE_DATA:
-        return addData(base, offset, data);
+        return addData(base, offset, data, image);
     case TYPE_SEGMENT:
         return setBase(base.segment, 4, data);
     case TYPE_LINEAR:
@@ -56,7 +57,7 @@ const char* applyRecord(uint8_t type, uint16_t offset, std::span<const uint8_t> 
 
 } // namespace
 
-void _ReadIntelRecord(RecordReader& reader, IntelBase& base) {
+void _ReadIntelRecord(RecordReader& reader, IntelBase& base, ImageBatch& image) {
     reader.expect(':');
     reader.startChecksum();
     std::array<uint8_t, 4> head{}; // count, address, type
@@ -72,7 +73,7 @@ void _ReadIntelRecord(RecordReader& reader, IntelBase& base) {
     }
     const std::span<const uint8_t> data = content.first(head[0]);
     const auto offset = static_cast<uint16_t>(head[1] << 8 | head[2]);
-    if (const char* error = applyRecord(head[3], offset, data, base)) {
+    if (const char* error = applyRecord(head[3], offset, data, base, image)) {
         reader.fail(error);
     }
 }

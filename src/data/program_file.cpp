@@ -33,28 +33,31 @@ int recognise(char first) {
 
 void readRecords(RecordReader& reader, int type) {
     IntelBase base;
+    ImageBatch image;
     while (reader.error() == nullptr && !reader.atEndOfData()) {
         if (type == FILETYPE_INTEL) {
-            _ReadIntelRecord(reader, base);
+            _ReadIntelRecord(reader, base, image);
         } else {
-            _ReadSRecord(reader);
+            _ReadSRecord(reader, image);
         }
         reader.takeLineEnd();
         reader.refill();
     }
+    image.flush();
 }
 
 bool readFile(FileReader& file) {
     RecordReader reader(file);
     reader.refill();
     const int type = recognise(reader.peek());
-    if (reader.error() == nullptr && type == FILETYPE_NONE) {
+    if (type != FILETYPE_NONE) {
+        HEXDATA_SetFileType(type);
+        HEXDATA_ClearAddError();
+        readRecords(reader, type);
+    } else if (reader.error() == nullptr) {
         report("Can not identify file type");
         return false;
     }
-    HEXDATA_SetFileType(type);
-    HEXDATA_ClearAddError();
-    readRecords(reader, type);
     if (reader.error() == nullptr) {
         return true;
     }

@@ -1,6 +1,7 @@
 // One record of each program file format, read into the memory image.
 #pragma once
 
+#include "data/image_batch.h"
 #include "data/record_reader.h"
 
 #include <cstdint>
@@ -12,6 +13,6 @@ struct IntelBase {
 };
 
 // Errors stay in the reader.
-void _ReadIntelRecord(RecordReader& reader, IntelBase& base);
+void _ReadIntelRecord(RecordReader& reader, IntelBase& base, ImageBatch& image);
 // A record with a wrong checksum is used or left out as the user says.
-void _ReadSRecord(RecordReader& reader);
+void _ReadSRecord(RecordReader& reader, ImageBatch& image);

@@ -20,9 +20,12 @@ void RecordWriter::record(std::string_view start, std::span<const uint8_t> head,
         flush();
     }
     char* const line = buffer_.data() + used_;
-    std::memcpy(line, start.data(), start.size());
+    char* text = line;
+    for (const char character : start) { // one or two: less than a call to copy them
+        *text++ = character;
+    }
     uint8_t sum = 0;
-    char* text = encodeHex(line + start.size(), head, sum);
+    text = encodeHex(text, head, sum);
     text = encodeHex(text, data, sum);
     const auto checksum = static_cast<uint8_t>(~sum + (negated ? 1 : 0));
     text = encodeHex(text, {&checksum, 1}, sum);

@@ -1,4 +1,3 @@
-#include "data/hexdata.h"
 #include "data/program_reader.h"
 #include "notice/error.h"
 #include "notice/run.h"
@@ -23,7 +22,7 @@ size_t addressLength(char type) {
 }
 
 // `content` is address, data and checksum.
-const char* addRecord(size_t addressBytes, std::span<const uint8_t> content) {
+const char* addRecord(size_t addressBytes, std::span<const uint8_t> content, ImageBatch& image) {
     if (content.size() < addressBytes + 1) {
         return kRecordTooShort;
     }
@@ -31,13 +30,12 @@ const char* addRecord(size_t addressBytes, std::span<const uint8_t> content) {
     for (const uint8_t byte : content.first(addressBytes)) {
         address = address << 8 | byte;
     }
-    return HEXDATA_AddData(address,
-                           content.subspan(addressBytes, content.size() - addressBytes - 1));
+    return image.add(address, content.subspan(addressBytes, content.size() - addressBytes - 1));
 }
 
 } // namespace
 
-void _ReadSRecord(RecordReader& reader) {
+void _ReadSRecord(RecordReader& reader, ImageBatch& image) {
     reader.expect('S');
     reader.startChecksum();
     const char type = reader.takeType();
@@ -54,7 +52,7 @@ void _ReadSRecord(RecordReader& reader) {
     if (addressBytes == 0) {
         return;
     }
-    if (const char* error = addRecord(addressBytes, content)) {
+    if (const char* error = addRecord(addressBytes, content, image)) {
         reader.fail(error);
     }
 }

@@ -2,6 +2,7 @@
 #include "data/program_writer.h"
 
 #include <array>
+#include <string_view>
 
 namespace {
 
@@ -14,7 +15,7 @@ uint32_t addressLength(uint32_t last) {
 }
 
 void writeData(RecordWriter& writer, uint32_t address, std::span<const uint8_t> data) {
-    constexpr std::array<const char*, 3> kStarts = {"S1", "S2", "S3"};
+    constexpr std::array<std::string_view, 3> kStarts = {"S1", "S2", "S3"};
     const uint32_t length = addressLength(static_cast<uint32_t>(address + (data.size() - 1)));
     std::array<uint8_t, 5> head{};
     head[0] = static_cast<uint8_t>(length + data.size() + 1);

@@ -38,7 +38,8 @@ private:
 
 // A file that replaces `path` when it is complete: the text goes to a temporary file in the same
 // folder (the target of a symbolic link is what is replaced), commit() renames it. Without a commit
-// nothing changes at `path`. A device or a pipe is written to directly.
+// nothing changes at `path`. A device or a pipe is written to directly; a file that may not be
+// written is not replaced either.
 class FileReplacer {
 public:
     FileReplacer() = default;
@@ -75,7 +76,8 @@ private:
 
 // Reads the whole file into `text`, NUL bytes included.
 FileResult FILES_ReadAll(const std::filesystem::path& path, std::string& text);
-// Replaces the file at `path` by `text` in one step (FileReplacer).
+// Replaces the file at `path` by `text` in one step (FileReplacer); one that holds it already is
+// left alone, as replacing a file makes the system wait for the disk.
 FileResult FILES_Replace(const std::filesystem::path& path, std::string_view text);
 bool FILES_Exists(const std::filesystem::path& path);
 // Keeps a file under another name, replacing what has that name.

@@ -117,6 +117,8 @@ void EDIT_RelocateDialog() {
     while (FRONTEND_Get().editValue(request) == kDialogOk) {
         if (!request.value0) {
             ERROR_Notify("Empty value!");
+            request.value0 = storedOffset; // the value entered last, shown with its sign
+            request.sign = storedOffset < 0 ? -1 : 1;
             continue;
         }
         const int32_t offset = *request.value0;

@@ -143,6 +143,7 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
 
 void STARTUP_FrameClosed() {
     const FrontEnd& frontEnd = FRONTEND_Get();
+    const IniBatch oneWrite;
     INI_WriteInt(kSection, "ShowTerminal", frontEnd.isViewOpen(View::terminal) ? 1 : 0);
     INI_WriteInt(kSection, "ShowLog", frontEnd.isViewOpen(View::log) ? 1 : 0);
     INI_WriteInt(kSection, "ShowHexListView", frontEnd.isViewOpen(View::hexList) ? 1 : 0);
@@ -154,6 +155,7 @@ void STARTUP_FrameClosed() {
 }
 
 void STARTUP_Finish() {
+    const IniBatch oneWrite;
     INI_WriteRect(kSection, "Rect", SESSION_Get().frameRect);
     DEVPROPS_Save();
     if (!defaultProjectIsBad || keepBadProject()) {

@@ -16,7 +16,6 @@ Bytes bytesOf(const std::string& text) {
 class DataRows : public ::testing::Test {
 protected:
     void SetUp() override { HEXDATA_Reset(); }
-    void TearDown() override { HEXDATA_Reset(); }
 };
 
 std::vector<std::string> listRow(size_t index) {
@@ -75,34 +74,25 @@ TEST_F(DataRows, DumpMarksWhatTheImageDoesNotHold) {
 }
 
 TEST_F(DataRows, DumpLinesBeginAtTheFirstAddressAndReachTheLast) {
-    struct Case {
-        uint32_t first, last, lines;
-        const char* firstAddress;
-        const char* lastAddress;
+    const struct {
+        DumpRange range;
+        uint32_t lines;
+        const char* lastLine;
+    } cases[] = {
+        {{0x1005, 0x1014}, 1, "00001005"},         {{0x1005, 0x1015}, 2, "00001015"},
+        {{0xFFFFFFFA, 0xFFFFFFFF}, 1, "FFFFFFFA"}, {{0, 0xFFFFFFFF}, 1u << 28, "FFFFFFF0"},
+        {{1, 0xFFFFFFFF}, 1u << 28, "FFFFFFF1"},
     };
-    const Case cases[] = {
-        {0, 0, 1, "00000000", "00000000"},
-        {0x1005, 0x1014, 1, "00001005", "00001005"},
-        {0x1005, 0x1015, 2, "00001005", "00001015"},
-        {0xFFFFFFFA, 0xFFFFFFFF, 1, "FFFFFFFA", "FFFFFFFA"},
-        {0, 0xFFFFFFFF, 1u << 28, "00000000", "FFFFFFF0"},
-        {1, 0xFFFFFFFF, 1u << 28, "00000001", "FFFFFFF1"},
-    };
-    for (const Case& c : cases) {
-        HEXDATA_Reset();
-        HEXDATA_AddData(c.first, Bytes{0xAB});
-        if (c.last != c.first) {
-            HEXDATA_AddData(c.last, Bytes{0xCD});
-        }
-        EXPECT_EQ(HEXDUMPVIEW_NumLines(HEXDUMPVIEW_GetRange()), c.lines);
-        EXPECT_EQ(dumpLine(0)[0], c.firstAddress);
-        const auto lastLine = dumpLine(c.lines - 1);
-        EXPECT_EQ(lastLine[0], c.lastAddress);
-        const size_t column = (c.last - c.first) % kBytesPerRow;
-        EXPECT_EQ(lastLine[1].substr(column * 3, 2), c.last == c.first ? "AB" : "CD");
-        // Nothing is taken from the start of the address space.
-        EXPECT_EQ(lastLine[1].find_first_not_of("- ", column * 3 + 2), std::string::npos);
+    HEXDATA_AddData(0, Bytes{0xAB});
+    HEXDATA_AddData(0xFFFFFFFF, Bytes{0xCD});
+    DumpLine texts;
+    for (const auto& c : cases) {
+        EXPECT_EQ(HEXDUMPVIEW_NumLines(c.range), c.lines);
+        HEXDUMPVIEW_MakeLine(c.range, c.lines - 1, texts);
+        EXPECT_EQ(texts.address, c.lastLine);
     }
+    EXPECT_EQ(texts.hex, "-- -- -- -- -- -- -- -- -- -- -- -- -- -- CD --")
+        << "nothing is taken from the start of the address space";
 }
 
 TEST_F(DataRows, CopiesAsTheDumpShows) {
@@ -114,47 +104,36 @@ TEST_F(DataRows, CopiesAsTheDumpShows) {
     EXPECT_EQ(HEXDUMPVIEW_CopyHex(0, 0xFFFFFFFF).size(), size_t{kMaxCopiedBytes} * 3 - 1);
 }
 
-TEST_F(DataRows, FindStaysWithinAnArea) {
-    HEXDATA_AddData(0x100, bytesOf("abcab"));
-    HEXDATA_AddData(0x106, bytesOf("cabab"));
-    HEXDATA_AddData(0xFFFFFFFD, bytesOf("xab"));
-    const auto areas = HEXDATA_GetAreas();
-    const auto next = [&areas](const char* pattern, uint32_t from) {
-        return DATAFIND_Next(areas, bytesOf(pattern), from);
-    };
-    EXPECT_EQ(next("ab", 0), 0x100u);
-    EXPECT_EQ(next("abc", 0x101), std::nullopt); // "ab" and "c" are a byte apart
-    EXPECT_EQ(next("bab", 0x101), 0x108u);
-    EXPECT_EQ(next("ab", 0x10A), 0xFFFFFFFEu);
-    EXPECT_EQ(next("ab", 0xFFFFFFFF), std::nullopt);
-    EXPECT_EQ(next("", 0), std::nullopt);
-    EXPECT_EQ(DATAFIND_Previous(areas, bytesOf("ab"), uint64_t{1} << 32), 0xFFFFFFFEu);
-    EXPECT_EQ(DATAFIND_Previous(areas, bytesOf("ab"), 0xFFFFFFFE), 0x109u);
-    EXPECT_EQ(DATAFIND_Previous(areas, bytesOf("ab"), 0x100), std::nullopt);
-}
-
-// Against looking at every address, over pieces of more than one read.
+// Against looking at every address, over many areas and over pieces of more than one read. The gaps
+// hold a value here that no pattern has.
 TEST_F(DataRows, FindAgreesWithATrivialSearch) {
+    constexpr uint8_t kGap = 0xEE;
     std::mt19937 random(7);
     Bytes image(700'000);
-    for (uint8_t& byte : image) {
-        byte = static_cast<uint8_t>(random() % 3);
+    const auto base = static_cast<uint32_t>(0 - image.size()); // the last byte has the last address
+    std::ranges::generate(image, [&] { return static_cast<uint8_t>(random() % 3); });
+    HEXDATA_AddData(base, image);
+    for (size_t at = 0; at < 30'000; at += 1 + random() % 9) {
+        HEXDATA_DeleteRange(base + static_cast<uint32_t>(at), 1);
+        image[at] = kGap;
     }
-    HEXDATA_AddData(0x8000, image);
     const auto areas = HEXDATA_GetAreas();
-    for (int round = 0; round < 12; ++round) {
-        const size_t at = random() % (image.size() - 12);
-        const Bytes pattern(image.begin() + at, image.begin() + at + 12);
-        const size_t from = random() % image.size();
-        const auto expected =
-            std::search(image.begin() + from, image.end(), pattern.begin(), pattern.end());
-        const auto found = DATAFIND_Next(areas, pattern, static_cast<uint32_t>(0x8000 + from));
-        ASSERT_EQ(found.has_value(), expected != image.end()) << "round " << round;
-        if (found) {
-            ASSERT_EQ(*found, 0x8000 + (expected - image.begin())) << "round " << round;
-        }
-        const auto last =
-            std::find_end(image.begin(), image.begin() + at + 12, pattern.begin(), pattern.end());
-        ASSERT_EQ(DATAFIND_Previous(areas, pattern, 0x8001 + at), 0x8000 + (last - image.begin()));
+    const auto begin = image.begin();
+    for (int round = 0; round < 200; ++round) {
+        const auto from =
+            static_cast<ptrdiff_t>(random() % (round % 2 == 0 ? 30'000 : image.size()));
+        Bytes pattern(1 + random() % 12);
+        std::ranges::generate(pattern, [&] { return static_cast<uint8_t>(random() % 3); });
+        const auto place = [&](auto found, auto none) {
+            return found == none ? std::nullopt : std::optional(base + uint32_t(found - begin));
+        };
+        ASSERT_EQ(DATAFIND_Next(areas, pattern, base + uint32_t(from)),
+                  place(std::search(begin + from, image.end(), pattern.begin(), pattern.end()),
+                        image.end()));
+        const auto before = std::min(from + std::ssize(pattern) - 1, std::ssize(image));
+        ASSERT_EQ(DATAFIND_Previous(areas, pattern, base + uint64_t(from)),
+                  place(std::find_end(begin, begin + before, pattern.begin(), pattern.end()),
+                        begin + before));
     }
+    EXPECT_EQ(DATAFIND_Next(areas, {}, 0), std::nullopt);
 }

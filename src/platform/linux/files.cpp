@@ -59,6 +59,16 @@ mode_t permissionsFor(const fs::path& target) {
     return 0666 & ~mask;
 }
 
+// Whether a file has exactly this content. Devices and pipes have no size, so that none is read.
+bool holds(const fs::path& path, std::string_view text) {
+    FileReader reader;
+    if (!reader.open(path).ok() || reader.size() != text.size()) {
+        return false;
+    }
+    std::string content;
+    return FILES_ReadAll(path, content).ok() && content == text;
+}
+
 } // namespace
 
 FileReader::FileReader(FileReader&& other) noexcept
@@ -124,6 +134,9 @@ FileResult FileReplacer::open(const fs::path& path) {
         descriptor_ = ::open(target_.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
         return descriptor_ < 0 ? failure(errno) : FileResult{};
     }
+    if (::faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0 && errno != ENOENT) {
+        return failure(errno); // the folder would let it be replaced, but its owner protects it
+    }
     std::string name = target_.string() + ".XXXXXX";
     descriptor_ = ::mkostemp(name.data(), O_CLOEXEC);
     if (descriptor_ < 0) {
@@ -185,6 +198,9 @@ FileResult FILES_ReadAll(const fs::path& path, std::string& text) {
 }
 
 FileResult FILES_Replace(const fs::path& path, std::string_view text) {
+    if (holds(path, text)) {
+        return {};
+    }
     FileReplacer file;
     FileResult result = file.open(path);
     if (result.ok()) {
