@@ -107,7 +107,12 @@ void readStatement(std::string& error, const char*& cursor) {
     error = formatText("Unknown identifier: %s", word.c_str());
 }
 
-// A path that could not be read back would end the reading of the whole project there.
+// What could not be read back would end the reading of the whole project there: a port or rate that
+// was never chosen is left out, as is a path that no line can hold.
+std::string chosen(const char* key, uint32_t value) {
+    return value == 0 ? "" : formatText("%s = %u\r\n", key, value);
+}
+
 bool canBeReadBack(const std::string& programFile) {
     return programFile.size() <= kLongestPath && programFile.find('"') == std::string::npos;
 }
@@ -116,8 +121,8 @@ bool canBeReadBack(const std::string& programFile) {
 
 bool PROJECT_Save(const std::string& path, const std::string& programFile) {
     std::string project = "\\\\\r\n\\\\ Calvorin project file\r\n\\\\\r\n";
-    project += formatText("Port = %d\r\n", static_cast<int>(SIO_GetPort()));
-    project += formatText("Baudrate = %d\r\n", static_cast<int>(SIO_GetBaudrate()));
+    project += chosen("Port", SIO_GetPort());
+    project += chosen("Baudrate", SIO_GetBaudrate());
     project += formatText("Logging = %d\r\n", static_cast<int>(SIO_GetLogging()));
     if (!programFile.empty() && canBeReadBack(programFile)) {
         project += formatText("File = \"%s\"\r\n", programFile.c_str());

@@ -101,6 +101,21 @@ void openRememberedViews() {
     }
 }
 
+void writeOpenViews() {
+    const FrontEnd& frontEnd = FRONTEND_Get();
+    const IniBatch oneWrite;
+    INI_WriteInt(kSection, "ShowTerminal", frontEnd.isViewOpen(View::terminal) ? 1 : 0);
+    INI_WriteInt(kSection, "ShowLog", frontEnd.isViewOpen(View::log) ? 1 : 0);
+    INI_WriteInt(kSection, "ShowHexListView", frontEnd.isViewOpen(View::hexList) ? 1 : 0);
+    INI_WriteInt(kSection, "ShowDevice", frontEnd.isViewOpen(View::device) ? 1 : 0);
+}
+
+void writeFrameAndDevice() {
+    const IniBatch oneWrite;
+    INI_WriteRect(kSection, "Rect", SESSION_Get().frameRect);
+    DEVPROPS_Save();
+}
+
 // The program file that the default project names again at the next start, as a full path.
 std::string currentProgramFile() {
     return HEXDATA_IsEmpty() ? std::string() : SESSION_Get().programPath;
@@ -142,12 +157,7 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
 }
 
 void STARTUP_FrameClosed() {
-    const FrontEnd& frontEnd = FRONTEND_Get();
-    const IniBatch oneWrite;
-    INI_WriteInt(kSection, "ShowTerminal", frontEnd.isViewOpen(View::terminal) ? 1 : 0);
-    INI_WriteInt(kSection, "ShowLog", frontEnd.isViewOpen(View::log) ? 1 : 0);
-    INI_WriteInt(kSection, "ShowHexListView", frontEnd.isViewOpen(View::hexList) ? 1 : 0);
-    INI_WriteInt(kSection, "ShowDevice", frontEnd.isViewOpen(View::device) ? 1 : 0);
+    writeOpenViews();
     EVENTS_Close(); // a worker that waits for the user interface goes on
     TARGET_Exit();
     SIO_Exit();
@@ -155,9 +165,7 @@ void STARTUP_FrameClosed() {
 }
 
 void STARTUP_Finish() {
-    const IniBatch oneWrite;
-    INI_WriteRect(kSection, "Rect", SESSION_Get().frameRect);
-    DEVPROPS_Save();
+    writeFrameAndDevice();
     if (!defaultProjectIsBad || keepBadProject()) {
         PROJECT_Save(IDENTITY_DefaultProject(), currentProgramFile());
     }

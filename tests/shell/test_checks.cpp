@@ -134,6 +134,8 @@ TEST(Project, RestoresWhatItSaved) {
         EXPECT_TRUE(PROJECT_Save(path, programFile));
         EXPECT_EQ(readFile(path), project) << "no File line";
     }
+    SIO_SetPort(0);
+    EXPECT_TRUE(PROJECT_Save(path, "") && PROJECT_Load(path)) << "a port that was never chosen";
     EXPECT_TRUE(world.reports.empty() && world.screen.questions.empty());
 }
 
