@@ -38,8 +38,9 @@ public:
             redirect("/dev/null", O_RDONLY, STDIN_FILENO);
             redirect(out, O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO);
             redirect(err, O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO);
-            unsetenv("DISPLAY");
-            unsetenv("WAYLAND_DISPLAY");
+            for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+                unsetenv(name); // no display, whatever the tests run in
+            }
             if (prepare) {
                 prepare();
             }

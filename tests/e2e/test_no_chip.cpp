@@ -190,3 +190,22 @@ TEST(WithoutChip, WorksInAFolderThatCannotBeWritten) {
     EXPECT_FALSE(std::filesystem::exists(world.folder / "calvorin.log"));
     std::filesystem::permissions(world.folder.path(), std::filesystem::perms(0755));
 }
+
+TEST(WithoutChip, KeepsTheOldFileWhenTheDiskIsFull) {
+    const ProgramFolder world;
+    const TempFolder target;
+    const std::string in = world.folder / "a.mot";
+    const std::string out = target / "out.hex";
+    writeFile(in, srecords(0, randomBytes(100'000, 1)));
+    writeFile(out, "old");
+    const RunResult result = world.run({in, "-FileSaveAs" + out, "-Exit"}, [] {
+        const rlimit limit{20'000, 20'000}; // bytes: the file does not fit, the logs do
+        setrlimit(RLIMIT_FSIZE, &limit);
+        std::signal(SIGXFSZ, SIG_IGN);
+    });
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.errors, Strings{"Error writing file"});
+    EXPECT_EQ(readFile(out), "old");
+    const std::filesystem::directory_iterator entries(target.path());
+    EXPECT_EQ(std::distance(begin(entries), end(entries)), 1) << "no temporary file is left";
+}
