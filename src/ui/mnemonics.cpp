@@ -31,8 +31,8 @@ std::vector<qsizetype> places(const QString& text) {
             found.push_back(at);
         }
     }
-    std::ranges::stable_partition(
-        found, [&text](qsizetype at) { return at == 0 || text[at - 1].isSpace(); });
+    std::stable_partition(found.begin(), found.end(),
+                          [&text](qsizetype at) { return at == 0 || text[at - 1].isSpace(); });
     return found;
 }
 

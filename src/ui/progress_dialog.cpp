@@ -87,7 +87,7 @@ public:
         connect(&timer_, &QTimer::timeout, this, [this] { tick(); });
     }
 
-    void open() {
+    void begin() {
         for (QLabel* line : lines_) {
             line->clear();
         }
@@ -173,7 +173,7 @@ void paintFirst() {
 }
 
 void opened(void*) {
-    dialog->open();
+    dialog->begin();
     paintFirst();
 }
 
