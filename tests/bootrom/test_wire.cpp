@@ -288,7 +288,7 @@ TEST_F(Wire, ResetGivesTheChipItsTime) {
     World world(options);
     TARGET_SetLinkState(LINK_IDLE);
     const auto before = static_cast<ptrdiff_t>(SIMPORT_Calls(world.line).size());
-    const auto at = [start = CLOCK_Now()](int ms) { return Moment{start.us + ms * 1000}; };
+    const auto at = [start = CLOCK_Now()](int64_t ms) { return Moment{start.us + ms * 1000}; };
     EXPECT_EQ(TARGET_Connect(), 1);
     const std::vector<LineCall> calls = SIMPORT_Calls(world.line);
     using Kind = LineCall::Kind;

@@ -5,7 +5,7 @@ TEST(Closing, ReleasesAWorkerThatWaitsForAnAnswer) {
     world.show();
     std::atomic<int> answer{-1};
     std::thread worker([&answer] { answer = BOX_Ask(nullptr, "Go on?", "Question", BOX_YES_NO); });
-    QTimer::singleShot(100, [&world] {
+    later(100, [&world] {
         EXPECT_NE(QApplication::activeModalWidget(), nullptr);
         world.frame().close();
     });
@@ -18,7 +18,7 @@ TEST(Closing, ReleasesAWorkerThatWaitsForAnAnswer) {
 
 TEST(Closing, EndsDialogsWhenTheProgramIsToldToEnd) {
     DesktopWorld world;
-    QTimer::singleShot(50, [] { EVENTS_Post([] { SESSION_Get().quit = true; }); });
+    later(50, [] { EVENTS_Post([] { SESSION_Get().quit = true; }); });
     EXPECT_EQ(BOX_Ask(nullptr, "Go on?", "Question", BOX_YES_NO), ANSWER_NONE);
 }
 
@@ -57,7 +57,7 @@ TEST(Closing, EndsACommandAtAnyMoment) {
         if (one.asks) {
             BOX_SetResponder({});
         }
-        QTimer::singleShot(one.ms, [&] {
+        later(one.ms, [&] {
             EXPECT_EQ(QApplication::activeModalWidget() != nullptr, one.asks);
             if (one.cancels) {
                 click(world.progress(), "2");

@@ -86,11 +86,22 @@ private:
     }
 };
 
+// Runs `action` once, `ms` milliseconds from now, in whatever loop then processes events.
+inline void later(int ms, std::function<void()> action) {
+    auto* timer = new QTimer(qApp);
+    timer->setSingleShot(true);
+    QObject::connect(timer, &QTimer::timeout, timer, [timer, action = std::move(action)] {
+        timer->deleteLater();
+        action();
+    });
+    timer->start(ms);
+}
+
 // Runs a modal dialog and, once it is shown, the script; a dialog that the script leaves open is
 // cancelled.
 inline int driveDialog(const std::function<int()>& run, std::function<void(QDialog&)> script) {
     bool shown = false;
-    QTimer::singleShot(0, [&shown, script = std::move(script)] {
+    later(0, [&shown, script = std::move(script)] {
         auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
         if (dialog != nullptr) {
             shown = true;
