@@ -22,7 +22,6 @@ constexpr int32_t kMaxNumber = std::numeric_limits<int32_t>::max();
 std::string text;
 // What could not be read is not overwritten either: the user may want to repair it.
 bool savingAllowed = true;
-bool savingWaits = false; // an IniBatch lives
 
 void report(const std::string& message) {
     ERROR_Out(nullptr, message, 1);
@@ -41,7 +40,7 @@ void reportLine(size_t position, const std::string& message) {
 }
 
 void save() {
-    if (savingAllowed && !savingWaits) {
+    if (savingAllowed) {
         static_cast<void>(FILES_Replace(FILES_BesideProgram("ini"), text));
     }
 }
@@ -318,14 +317,5 @@ void INI_ReadText(std::string_view section, std::string_view key, std::string& v
 
 void INI_DeleteKey(std::string_view section, std::string_view key) {
     eraseKey(section, key);
-    save();
-}
-
-IniBatch::IniBatch() {
-    savingWaits = true;
-}
-
-IniBatch::~IniBatch() {
-    savingWaits = false;
     save();
 }

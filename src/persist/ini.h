@@ -35,12 +35,3 @@ void INI_ReadText(std::string_view section, std::string_view key, std::string& v
 
 // Removes the key's line and saves the file.
 void INI_DeleteKey(std::string_view section, std::string_view key);
-
-// While one lives, writes wait in memory; the file is rewritten once when it goes.
-class IniBatch {
-public:
-    IniBatch();
-    ~IniBatch();
-    IniBatch(const IniBatch&) = delete;
-    IniBatch& operator=(const IniBatch&) = delete;
-};

@@ -103,17 +103,10 @@ void openRememberedViews() {
 
 void writeOpenViews() {
     const FrontEnd& frontEnd = FRONTEND_Get();
-    const IniBatch oneWrite;
     INI_WriteInt(kSection, "ShowTerminal", frontEnd.isViewOpen(View::terminal) ? 1 : 0);
     INI_WriteInt(kSection, "ShowLog", frontEnd.isViewOpen(View::log) ? 1 : 0);
     INI_WriteInt(kSection, "ShowHexListView", frontEnd.isViewOpen(View::hexList) ? 1 : 0);
     INI_WriteInt(kSection, "ShowDevice", frontEnd.isViewOpen(View::device) ? 1 : 0);
-}
-
-void writeFrameAndDevice() {
-    const IniBatch oneWrite;
-    INI_WriteRect(kSection, "Rect", SESSION_Get().frameRect);
-    DEVPROPS_Save();
 }
 
 // The program file that the default project names again at the next start, as a full path.
@@ -165,7 +158,8 @@ void STARTUP_FrameClosed() {
 }
 
 void STARTUP_Finish() {
-    writeFrameAndDevice();
+    INI_WriteRect(kSection, "Rect", SESSION_Get().frameRect);
+    DEVPROPS_Save();
     if (!defaultProjectIsBad || keepBadProject()) {
         PROJECT_Save(IDENTITY_DefaultProject(), currentProgramFile());
     }

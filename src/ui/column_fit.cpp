@@ -55,9 +55,9 @@ void ColumnFit::setStored(std::span<const int> widths) {
 }
 
 std::vector<int> ColumnFit::toStore() const {
-    std::vector<int> widths(needs_.size(), 0);
-    for (size_t index = 0; !isDefault_ && index < widths.size(); ++index) {
-        widths[index] = header_->sectionSize(static_cast<int>(index));
+    std::vector<int> widths;
+    for (int index = 0; index < std::ssize(needs_); ++index) {
+        widths.push_back(header_->sectionSize(index));
     }
     return widths;
 }

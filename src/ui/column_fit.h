@@ -26,7 +26,7 @@ public:
     void setNeeds(std::vector<ColumnNeed> needs);
     // Widths that were stored; 0, or one that is missing, stands for the default.
     void setStored(std::span<const int> widths);
-    // Widths to be stored: 0 for all columns while they have their defaults.
+    // The widths as they are now.
     std::vector<int> toStore() const;
 
 protected:

@@ -19,6 +19,10 @@ TEST(Files, ReplacesAFileInOneStepOrNotAtAll) {
     EXPECT_EQ(readFile(folder / "true.tpu"), "old");
     ASSERT_TRUE(FILES_Replace(folder / "link.tpu", "new").ok());
     EXPECT_EQ(readFile(folder / "true.tpu"), "new");
+    fs::create_hard_link(folder / "true.tpu", folder / "same");
+    ASSERT_TRUE(FILES_Replace(folder / "true.tpu", "new").ok());
+    EXPECT_EQ(fs::hard_link_count(folder / "same"), 2U) << "nothing to replace";
+    fs::remove(folder / "same");
     EXPECT_EQ(fs::status(folder / "true.tpu").permissions(), fs::perms::owner_all);
     EXPECT_TRUE(fs::is_symlink(folder / "link.tpu"));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 2);

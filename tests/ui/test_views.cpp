@@ -115,7 +115,7 @@ TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
         const auto& area = *qobject_cast<QAbstractScrollArea*>(view->focusProxy());
         EXPECT_EQ(area.horizontalScrollBar()->maximum(), 0) << width;
         std::vector<int> widths = view->columnWidths();
-        EXPECT_EQ(std::ranges::count(widths, 0), std::ssize(widths));
+        EXPECT_GT(*std::ranges::min_element(widths), 0) << "the widths in force are kept";
         std::ranges::fill(widths, 222);
         widths[0] = 0;
         view->setColumnWidths(widths);
