@@ -56,6 +56,7 @@ void ColumnFit::setStored(std::span<const int> widths) {
 
 std::vector<int> ColumnFit::toStore() const {
     std::vector<int> widths;
+    widths.reserve(needs_.size());
     for (int index = 0; index < std::ssize(needs_); ++index) {
         widths.push_back(header_->sectionSize(index));
     }
