@@ -3,12 +3,15 @@
 #include "platform/event_queue.h"
 #include "ui/modal.h"
 
+#include <QGridLayout>
 #include <QMessageBox>
+#include <QSpacerItem>
 
 namespace {
 
 constexpr unsigned kButtonsMask = 0xF;
 constexpr char kErrorCaption[] = "Error";
+constexpr int kFrameButtons = 8; // width of icon and buttons beside a caption, in text heights
 
 BoxResponder responder;
 
@@ -58,6 +61,17 @@ int answerOf(int button) {
     }
 }
 
+// A box that is only as wide as its short text would have its caption cut by the window's frame.
+void makeRoomForCaption(QMessageBox& box) {
+    const QFontMetrics metrics = box.fontMetrics();
+    const int caption = metrics.horizontalAdvance(box.windowTitle()) * 5 / 4; // often bold
+    auto* grid = qobject_cast<QGridLayout*>(box.layout());
+    if (grid != nullptr) {
+        auto* space = new QSpacerItem(caption + kFrameButtons * metrics.height(), 0);
+        grid->addItem(space, grid->rowCount(), 0, 1, grid->columnCount());
+    }
+}
+
 int show(const BoxRequest& request, QWidget* owner) {
     QString text = QString::fromStdString(request.text);
     text.replace("\r\n", "\n");
@@ -69,6 +83,7 @@ int show(const BoxRequest& request, QWidget* owner) {
     box.setStandardButtons(buttonsOf(request.boxType));
     box.setDefaultButton(defaultOf(request.boxType));
     box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    makeRoomForCaption(box);
     const int button = box.exec();
     return box.clickedButton() != nullptr ? answerOf(button) : int{ANSWER_NONE};
 }

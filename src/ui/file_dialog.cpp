@@ -5,9 +5,13 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QLineEdit>
+#include <QTreeView>
 
 namespace {
+
+constexpr int kDialogWidth = 110; // characters
 
 FileResponder responder;
 
@@ -62,6 +66,19 @@ void goToStart(QFileDialog& dialog, const std::string& startPath) {
     }
 }
 
+// Names get what sizes, kinds and dates leave, which are shown whole.
+void fitColumns(QFileDialog& dialog) {
+    const int width = kDialogWidth * dialog.fontMetrics().averageCharWidth();
+    dialog.resize(dialog.size().expandedTo(QSize(width, 0)));
+    const auto* list = dialog.findChild<QTreeView*>("treeView");
+    if (list == nullptr) {
+        return;
+    }
+    list->header()->setStretchLastSection(false);
+    list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+}
+
 // A name typed without an extension gets the filter's, so that the open dialog will show it.
 std::string chosenPath(const QFileDialog& dialog, const FileRequest& request, size_t filterIndex) {
     const QString path = dialog.selectedFiles().constFirst();
@@ -80,6 +97,7 @@ std::optional<FileChoice> show(const FileRequest& request, QWidget* owner) {
     if (request.save) {
         prepareSaving(dialog, request);
     }
+    fitColumns(dialog);
     goToStart(dialog, request.startPath);
     if (request.save) {
         adaptExtension(dialog, request, 0);

@@ -41,11 +41,14 @@ TEST(Boxes, HaveTheButtonsAndDefaultsOfTheirType) {
     for (const auto& one : cases) {
         int answer = 0;
         const auto ask = [&] {
-            answer = BOX_Ask(nullptr, "Text", "Caption", one.type);
+            answer =
+                BOX_Ask(nullptr, "Text", "A caption far longer than the text below it", one.type);
             return 0;
         };
         driveDialog(ask, [&](QDialog& dialog) {
             auto& box = dynamic_cast<QMessageBox&>(dialog);
+            const int caption = box.fontMetrics().horizontalAdvance(box.windowTitle());
+            EXPECT_GT(box.width(), caption + 100) << "with icon and buttons beside it";
             EXPECT_EQ(box.defaultButton()->text().remove('&'), one.defaultButton);
             box.defaultButton()->click();
         });
