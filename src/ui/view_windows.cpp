@@ -9,8 +9,10 @@
 
 #include <QCloseEvent>
 #include <QMdiSubWindow>
+#include <QStyle>
 #include <algorithm>
 #include <array>
+#include <span>
 
 namespace {
 
@@ -179,6 +181,7 @@ QMdiSubWindow* createWindow(const ViewSpec& spec) {
     return window;
 }
 
+// From the back to the front.
 std::vector<QMdiSubWindow*> shownWindows() {
     std::vector<QMdiSubWindow*> shown;
     for (QMdiSubWindow* window : area->subWindowList(QMdiArea::StackingOrder)) {
@@ -187,6 +190,13 @@ std::vector<QMdiSubWindow*> shownWindows() {
         }
     }
     return shown;
+}
+
+void arrange(std::span<QMdiSubWindow* const> shown, std::span<const QRect> places) {
+    for (size_t index = 0; index < shown.size(); ++index) {
+        shown[index]->showNormal();
+        shown[index]->setGeometry(places[index]);
+    }
 }
 
 } // namespace
@@ -253,23 +263,19 @@ void VIEWS_BringBack() {
     }
 }
 
+// The window in front comes last, so that every title bar is seen.
 void VIEWS_Cascade() {
-    area->cascadeSubWindows();
+    const std::vector<QMdiSubWindow*> shown = shownWindows();
+    const int step = area->style()->pixelMetric(QStyle::PM_TitleBarHeight);
+    arrange(shown,
+            PLACEMENT_Cascade(static_cast<int>(shown.size()), area->viewport()->size(), step));
 }
 
+// The window in front gets the first tile.
 void VIEWS_Tile(bool wide) {
-    const std::vector<QMdiSubWindow*> shown = shownWindows();
-    if (shown.empty()) {
-        return;
-    }
-    const std::vector<QRect> tiles =
-        PLACEMENT_Tiles(static_cast<int>(shown.size()), area->viewport()->size(), wide);
-    // The window in front gets the first tile.
-    for (size_t index = 0; index < shown.size(); ++index) {
-        QMdiSubWindow* window = shown[shown.size() - 1 - index];
-        window->showNormal();
-        window->setGeometry(tiles[index]);
-    }
+    std::vector<QMdiSubWindow*> shown = shownWindows();
+    std::ranges::reverse(shown);
+    arrange(shown, PLACEMENT_Tiles(static_cast<int>(shown.size()), area->viewport()->size(), wide));
 }
 
 void VIEWS_RestoreDefault() {

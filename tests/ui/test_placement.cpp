@@ -37,6 +37,25 @@ TEST(Placement, TilesFillTheArea) {
     EXPECT_EQ(PLACEMENT_Tiles(2, {100, 80}, false)[1], QRect(50, 0, 50, 80));
 }
 
+TEST(Placement, CascadeShowsEveryTitleBar) {
+    EXPECT_EQ(PLACEMENT_Cascade(5, {300, 150}, 20), (std::vector<QRect>{{0, 0, 200, 100},
+                                                                        {20, 20, 200, 100},
+                                                                        {40, 40, 200, 100},
+                                                                        {0, 0, 200, 100},
+                                                                        {20, 20, 200, 100}}));
+    DesktopWorld world;
+    world.show();
+    for (const View view : {View::log, View::terminal, View::device}) {
+        FRONTEND_Get().openView(view);
+    }
+    FRONTEND_Get().openView(View::log); // in front
+    world.item(CMD_WINDOW_CASCADE).trigger();
+    const auto top = [&world](const char* title) { return world.window(title)->y(); };
+    EXPECT_EQ(top("Terminal I/O"), 0);
+    EXPECT_GT(top("Device"), 0);
+    EXPECT_EQ(top("Log"), 2 * top("Device"));
+}
+
 TEST(Placement, IsKeptAndRestored) {
     DesktopWorld world("[Settings TERMINAL]\nRect = 5000,5000,300,100\n");
     world.show();
