@@ -41,18 +41,23 @@ function line(a,  i, b, sum, text) {
   printf "%s%02X\n", text, (256 - sum % 256) % 256 }' >"$work/application.hex"
 if [ -n "${DARK:-}" ]; then # the desktop that reads its colours from a file
   export XDG_CURRENT_DESKTOP=KDE KDE_FULL_SESSION=true KDE_SESSION_VERSION=5
-  dark='BackgroundNormal=35,38,41\nForegroundNormal=239,240,241\n'
-  for part in Window View Button Tooltip Selection; do
-    printf "[Colors:%s]\n$dark" "$part"
-  done | sed '/Selection/,$s/35,38,41/61,120,180/' >"$work/kdeglobals"
+  while read -r part colour; do
+    printf '[Colors:%s]\nBackgroundNormal=%s\nForegroundNormal=239,240,241\n' "$part" "$colour"
+  done >"$work/kdeglobals" <<'COLOURS'
+Window 49,54,59
+View 35,38,41
+Button 58,64,70
+Tooltip 49,54,59
+Selection 61,120,180
+COLOURS
 fi
 
-options=(-OptionsTargetDeviceVT-B128 -OptionsCOMPort1 -OptionsCOMBaudrate115200
-  -OptionsSettingsReset1)
-"$work/bin/calvorin" "${options[@]}" -Exit >/dev/null 2>&1 || true
-"$work/bin/calvorin" "$work/application.hex" "${options[@]}" >"$work/out" 2>&1 &
-pids+=($!)
-program=$!
+start() { # ARGUMENTS of the program, whose windows the pictures then show
+  "$work/bin/calvorin" "$@" >"$work/out" 2>&1 &
+  program=$!
+  pids+=("$program")
+  sleep 2
+}
 
 # A picture of the frame; whole=1: of the screen, which is a little larger.
 shot() {
@@ -71,12 +76,21 @@ keys() {
     sleep 0.15
   done
 }
-sleep 2
+intoDump() { xdotool mousemove $((400 * scale)) $((150 * scale)) click 1; }
 
+start
+shot first-start-1; keys Return; shot first-start-2; keys Return; shot first-start-3; keys Escape
+kill "$program"
+
+options=(-OptionsTargetDeviceVT-B128 -OptionsCOMPort1 -OptionsCOMBaudrate115200
+  -OptionsSettingsReset1)
+"$work/bin/calvorin" "${options[@]}" -Exit >/dev/null 2>&1 || true
+start "$work/application.hex" "${options[@]}"
 keys alt+v l; keys alt+v o; keys alt+v d; keys alt+v t; keys alt+v d d Return
 shot frame
-keys alt+v; shot menu-view; keys Escape Escape
-keys alt+t; shot menu-target; keys Escape Escape
+for menu in file project edit view target window help; do
+  keys "alt+${menu:0:1}"; shot "menu-$menu"; keys Escape Escape
+done
 keys alt+o; shot options-1; keys ctrl+Tab; shot options-2; keys ctrl+Tab; shot options-3
 keys ctrl+Tab; shot options-4; keys Escape
 keys alt+v i; shot interrupt-vectors; keys Escape
@@ -84,9 +98,17 @@ keys alt+e r; shot relocate; keys Escape
 keys alt+e d; shot delete-range; keys Escape
 keys alt+h a; shot about; keys Escape
 keys ctrl+o; shot open; keys Escape
+keys alt+f a; shot save-as; keys Escape
+keys alt+f m; xdotool type "$work/application.hex"; keys Return; shot question; keys Return
 keys F1; whole=1 shot help 1.2; keys Escape
-xdotool mousemove $((400 * scale)) $((150 * scale)) click 1
+intoDump
 keys ctrl+f; xdotool type "05 24 43"; keys Return; shot find; keys Escape
+keys ctrl+g; xdotool type 3000; keys Return; shot go-to; keys Escape
 keys F7; shot programming 2.5; shot finished 8; keys Return; shot after
 keys F5; shot read-back; keys Escape
-kill "$program"
+keys F6; shot get-crc 3; keys Return
+keys alt+w h; shot tiled; keys alt+w c; shot cascaded; keys alt+w r
+xdotool mousemove $((740 * scale)) $((590 * scale)); shot tool-tip 1.5
+printf ':00000001FF\nnonsense\n' >"$work/broken.hex"
+intoDump
+keys ctrl+o; xdotool type "$work/broken.hex"; keys Return; shot error; keys Return
