@@ -12,6 +12,6 @@ QRect PLACEMENT_BroughtBack(const QRect& wanted, const QRect& area);
 // or high ones (side by side).
 std::vector<QRect> PLACEMENT_Tiles(int count, QSize area, bool wide);
 
-// `count` rectangles of two thirds of the area, each `step` pixels right of and below the one before
-// it, beginning again at the upper left where they would leave the area.
+// `count` rectangles of two thirds of the area, each `step` pixels right of and below the one
+// before it, beginning again at the upper left where they would leave the area.
 std::vector<QRect> PLACEMENT_Cascade(int count, QSize area, int step);
