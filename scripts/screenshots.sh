@@ -64,7 +64,7 @@ shot() {
   sleep "${2:-0.7}"
   crop=(-crop "$((800 * scale))x$((600 * scale))+0+0" +repage)
   [ -z "${whole:-}" ] || crop=()
-  import -window root "${crop[@]}" "$target/$1.png"
+  import -window root "${crop[@]}" +dither -colors 256 "PNG8:$target/$1.png"
   echo "$target/$1.png"
 }
 # Without a window manager nobody hands the keyboard on: the window on top gets it.
