@@ -33,9 +33,33 @@ QStringList nameFilters(const FileRequest& request) {
 }
 
 // The field in which the user types the name.
-QLineEdit* nameField(QFileDialog& dialog) {
+QLineEdit* nameField(const QFileDialog& dialog) {
     return dialog.findChild<QLineEdit*>("fileNameEdit");
 }
+
+// What the name field says is taken as it stands. By itself the dialog goes by its list, in which a
+// folder on the way to the typed file may still be selected.
+class FileDialog : public QFileDialog {
+public:
+    using QFileDialog::QFileDialog;
+    QString path() const { return typed_.isEmpty() ? selectedFiles().value(0) : typed_; }
+
+protected:
+    void accept() override {
+        const QLineEdit* field = nameField(*this);
+        const QFileInfo typed(directory(), field == nullptr ? QString() : field->text());
+        const bool save = acceptMode() == AcceptSave;
+        if (!typed.isDir() && (save ? typed.absoluteDir().exists() : typed.isFile())) {
+            typed_ = QDir::cleanPath(typed.absoluteFilePath());
+            done(Accepted);
+        } else {
+            QFileDialog::accept();
+        }
+    }
+
+private:
+    QString typed_;
+};
 
 void adaptExtension(QFileDialog& dialog, const FileRequest& request, int filterIndex) {
     QLineEdit* field = nameField(dialog);
@@ -80,8 +104,7 @@ void fitColumns(QFileDialog& dialog) {
 }
 
 // A name typed without an extension gets the filter's, so that the open dialog will show it.
-std::string chosenPath(const QFileDialog& dialog, const FileRequest& request, size_t filterIndex) {
-    const QString path = dialog.selectedFiles().constFirst();
+std::string chosenPath(const QString& path, const FileRequest& request, size_t filterIndex) {
     const bool isBare = request.save && !QFileInfo(path).fileName().contains('.');
     return isBare ? FILEDIALOG_WithExtension(path.toStdString(),
                                              request.filters.at(filterIndex).pattern)
@@ -89,7 +112,7 @@ std::string chosenPath(const QFileDialog& dialog, const FileRequest& request, si
 }
 
 std::optional<FileChoice> show(const FileRequest& request, QWidget* owner) {
-    QFileDialog dialog(owner, QString::fromStdString(request.title));
+    FileDialog dialog(owner, QString::fromStdString(request.title));
     dialog.setOption(QFileDialog::DontUseNativeDialog); // the name field must be within reach
     dialog.setFileMode(QFileDialog::ExistingFile);
     const QStringList filters = nameFilters(request);
@@ -102,11 +125,11 @@ std::optional<FileChoice> show(const FileRequest& request, QWidget* owner) {
     if (request.save) {
         adaptExtension(dialog, request, 0);
     }
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+    if (dialog.exec() != QDialog::Accepted || dialog.path().isEmpty()) {
         return std::nullopt;
     }
     const auto index = std::max<qsizetype>(filters.indexOf(dialog.selectedNameFilter()), 0);
-    return FileChoice{chosenPath(dialog, request, static_cast<size_t>(index)),
+    return FileChoice{chosenPath(dialog.path(), request, static_cast<size_t>(index)),
                       static_cast<int>(index) + 1};
 }
 

@@ -4,6 +4,7 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QMessageBox>
 
 TEST(Boxes, AnswerEitherThread) {
@@ -88,6 +89,40 @@ TEST(FileDialog, FollowsTheFilterWithTheExtension) {
     ASSERT_TRUE(choice);
     EXPECT_EQ(choice->path, (world.folder / "app.mot").string());
     EXPECT_EQ(choice->filterIndex, 2);
+}
+
+TEST(FileDialog, TakesTheTypedPathAndNotTheFolderSelectedInTheList) {
+    DesktopWorld world;
+    std::filesystem::create_directories(world.folder / "start" / "selected");
+    const std::string path = (world.folder / "other.hex").string();
+    const std::string start = (world.folder / "start" / "app.hex").string();
+    for (const bool save : {true, false}) {
+        const FileRequest request{save, "Title", {{"All (*.hex)", "*.hex"}}, start};
+        std::optional<FileChoice> choice;
+        driveDialog(
+            [&] {
+                choice = FILEDIALOG_Choose(request);
+                return 0;
+            },
+            [&path, save](QDialog& dialog) {
+                auto& list = control<QListView>(dialog, "listView");
+                const auto folder = [&list] { return list.model()->index(0, 0, list.rootIndex()); };
+                ASSERT_TRUE(runUntil([&] { return folder().data().toString() == "selected"; }));
+                list.selectionModel()->select(folder(), QItemSelectionModel::ClearAndSelect |
+                                                            QItemSelectionModel::Rows);
+                auto& name = control<QLineEdit>(dialog, "fileNameEdit");
+                dialog.activateWindow();
+                name.setFocus();
+                ASSERT_TRUE(runUntil([&name] { return name.hasFocus(); }));
+                name.setText(QString::fromStdString(path));
+                dialog.findChild<QDialogButtonBox*>()
+                    ->button(save ? QDialogButtonBox::Save : QDialogButtonBox::Open)
+                    ->click();
+            });
+        ASSERT_TRUE(choice) << (save ? "save" : "open");
+        EXPECT_EQ(choice->path, path);
+        writeFile(path, "");
+    }
 }
 
 // What it shows of a running operation is tested with one.
