@@ -3,11 +3,11 @@
 set -euo pipefail
 
 packages=(
-  g++ cmake ninja-build            # build
-  qt6-base-dev                     # desktop
-  libgtest-dev libbenchmark-dev    # tests and benchmarks
-  clang-format clang-tidy python3  # static checks
-  srecord binutils time            # peers that the tests and benchmarks compare with
+  g++ cmake ninja-build ccache           # build
+  qt6-base-dev                           # desktop
+  libgtest-dev libbenchmark-dev          # tests and benchmarks
+  clang clang-format clang-tidy python3  # static checks
+  srecord binutils time                  # peers that the tests and benchmarks compare with
 )
 
 missing=()

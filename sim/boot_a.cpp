@@ -217,7 +217,7 @@ void loaderRecords(Chip& chip, Moment) {
     SIM_Want(chip, 1, recordStart);
 }
 
-void rewrite(Chip& chip, Moment at) {
+void replyToRewrite(Chip& chip, Moment at) {
     SIM_BootReply(chip, ChipStep::rewrite, {0x30}, at);
     const Moment done = SIM_EraseChip(chip, at);
     SIM_BootReply(chip, ChipStep::cleared, {0xC1}, done);
@@ -250,7 +250,7 @@ void readProtect(Chip& chip, Moment at) {
     SIM_WantCommand(chip);
 }
 
-void sum(Chip& chip, Moment at) {
+void replyToSum(Chip& chip, Moment at) {
     const uint16_t value = SIMFLASH_BootSum(chip.flash);
     const Moment done = SIM_AfterChecksum(chip, SIM_FlashBytes(chip), at);
     SIM_BootReply(chip, ChipStep::sum,
@@ -273,7 +273,7 @@ void status(Chip& chip, Moment at) {
 bool optionalCommand(Chip& chip, uint8_t command, Moment at) {
     const DeviceRecord& device = chip.device;
     if (command == 0x30 && device.SprtEraseChip && !device.SprtFlashEraseCMD) {
-        rewrite(chip, at);
+        replyToRewrite(chip, at);
     } else if (command == 0xF0 && device.SprtEraseChip && device.SprtFlashEraseCMD) {
         SIM_BootReply(chip, ChipStep::erase, {0xF0}, at);
         wantPassword(chip, wantEraseConfirmation);
@@ -310,7 +310,7 @@ void SIM_CommandTypeA(Chip& chip, Moment at) {
     if (SIM_ProductInfo(chip, command, at) || optionalCommand(chip, command, at))
         return;
     if (command == 0x90) {
-        sum(chip, at);
+        replyToSum(chip, at);
     } else if (command == 0x60) {
         SIM_BootReply(chip, ChipStep::ram, {0x60}, at);
         chip.boot.ram.clear();

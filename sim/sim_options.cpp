@@ -21,7 +21,7 @@ struct OptionRow {
 };
 
 template <typename Number>
-bool readNumber(const std::string& text, uint64_t maximum, Number& to) {
+bool readLimited(const std::string& text, uint64_t maximum, Number& to) {
     uint64_t value = 0;
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, value);
@@ -40,7 +40,7 @@ Setter text(std::string SimOptions::*member) {
 
 Setter microseconds(uint32_t ChipOptions::*member) {
     return [member](SimOptions& options, const std::string& value) {
-        return readNumber(value, kMaxMicroseconds, options.chip.*member);
+        return readLimited(value, kMaxMicroseconds, options.chip.*member);
     };
 }
 
@@ -63,14 +63,14 @@ std::vector<OptionRow> generalRows() {
          text(&SimOptions::link)},
         {"--tcp", "PORT", "be an RFC 2217 port on loopback instead; 0 takes any free port",
          [](SimOptions& options, const std::string& value) {
-             return readNumber(value, 65535, options.tcpPort);
+             return readLimited(value, 65535, options.tcpPort);
          }},
         {"--pace", nullptr, "bytes take their time on the line, at the rate that the host sets",
          [](SimOptions& options, const std::string&) { return options.chip.pacing = true; }},
         {"--rate", "BAUD", "pace at this rate, whatever the host sets (implies --pace)",
          [](SimOptions& options, const std::string& value) {
              options.chip.pacing = true;
-             return readNumber(value, 10'000'000, options.rate) && options.rate != 0;
+             return readLimited(value, 10'000'000, options.rate) && options.rate != 0;
          }},
         {"--flash-in", "FILE", "contents at the start: Intel HEX, S-record, or .bin from the start",
          text(&SimOptions::flashIn)},
@@ -87,12 +87,12 @@ std::vector<OptionRow> chipRows() {
         {"--fault", "FAULT", "misbehave, see below; may be repeated", nullptr},
         {"--seed", "N", "of what is random in a fault",
          [](SimOptions& options, const std::string& value) {
-             return readNumber(value, UINT32_MAX, options.chip.seed);
+             return readLimited(value, UINT32_MAX, options.chip.seed);
          }},
         {"--password", "HEX", "password to ask for, instead of what the flash holds", setPassword},
         {"--packet-size", "N", "bytes, as the loader reports it (128)",
          [](SimOptions& options, const std::string& value) {
-             return readNumber(value, UINT16_MAX, options.chip.packetSize);
+             return readLimited(value, UINT16_MAX, options.chip.packetSize);
          }},
         {"--erase-us", "N", "microseconds that the erase of a block takes (20000)",
          microseconds(&ChipOptions::eraseBlockUs)},

@@ -22,7 +22,7 @@ int handshake() {
 }
 
 // Rewriting the flash with an empty program.
-int eraseByRewrite() {
+int eraseByRewriteCommand() {
     if (_BootCommand(0x30, "Echoback flash memory rewrite command failed") != 0) {
         return 1;
     }
@@ -43,7 +43,7 @@ int eraseByRewrite() {
     return 0;
 }
 
-int eraseByCommand() {
+int eraseByEraseCommand() {
     if (_BootCommand(0xF0, "Echoback flash memory erase command failed") != 0) {
         return 1;
     }
@@ -63,8 +63,8 @@ int eraseByCommand() {
 } // namespace
 
 int _EraseChipTypeA() {
-    return _RunErase(handshake,
-                     DEVICE_GetSprtFlashEraseCMD() == 1 ? eraseByCommand : eraseByRewrite);
+    return _RunErase(handshake, DEVICE_GetSprtFlashEraseCMD() == 1 ? eraseByEraseCommand
+                                                                   : eraseByRewriteCommand);
 }
 
 int _FlashStatusTypeA() {

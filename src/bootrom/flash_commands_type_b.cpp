@@ -27,7 +27,7 @@ int eraseResult(const std::vector<uint8_t>& covered) {
     return 0;
 }
 
-int eraseByRewrite() {
+int eraseTypeB() {
     if (_BootCommand(0x40, "Echoback flash memory rewrite command failed") != 0) {
         return 1;
     }
@@ -44,7 +44,7 @@ int eraseByRewrite() {
 
 int _EraseChipTypeB() {
     return _RunErase([] { return _BootHandshake(_MatchTypeB, _GetSumTypeB, false); },
-                     [] { return DEVICE_GetRewriteVersion() > 1 ? 1 : eraseByRewrite(); });
+                     [] { return DEVICE_GetRewriteVersion() > 1 ? 1 : eraseTypeB(); });
 }
 
 int _ProtectChipTypeB() {

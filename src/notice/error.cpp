@@ -16,21 +16,22 @@ QuestionNotifier questionNotifier;
 ExitCodeSetter exitCodeSetter;
 
 std::mutex fileMutex;
-AppendFile file;
+AppendFile errorFile;
 bool fileTried = false;
 
 void writeToErrorLog(std::string_view text) {
     const std::lock_guard lock(fileMutex);
     if (!fileTried) {
         fileTried = true;
-        file.create(FILES_BesideProgram("err"));
-        file.write(formatText("%s error log file, compiled at ", FILES_ProgramBaseName().c_str()) +
-                   LOG_BuildTime() + "\r\n" + LOG_HeaderBlock());
+        errorFile.create(FILES_BesideProgram("err"));
+        errorFile.write(
+            formatText("%s error log file, compiled at ", FILES_ProgramBaseName().c_str()) +
+            LOG_BuildTime() + "\r\n" + LOG_HeaderBlock());
     }
     const CivilTime now = CLOCK_LocalTime();
-    file.write(formatText("* %4d-%02d-%02d, %02d:%02d:%02d\r\n", now.year, now.month, now.day,
-                          now.hour, now.minute, now.second) +
-               std::string(text) + "\r\n");
+    errorFile.write(formatText("* %4d-%02d-%02d, %02d:%02d:%02d\r\n", now.year, now.month, now.day,
+                               now.hour, now.minute, now.second) +
+                    std::string(text) + "\r\n");
 }
 
 template <class Handler>
@@ -81,7 +82,7 @@ int ERROR_Ask(WindowHandle window, std::string_view text, std::string_view capti
 void ERROR_Exit() {
     ERROR_SetHandlers({}, {}, {});
     const std::lock_guard lock(fileMutex);
-    file.write(LOG_Rule());
-    file.close();
+    errorFile.write(LOG_Rule());
+    errorFile.close();
     fileTried = false;
 }

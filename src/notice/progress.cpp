@@ -29,7 +29,7 @@ std::string line1;
 std::string note;
 std::string barText;
 CancelHandler cancelHandler;
-ProgressObserver observer;
+ProgressObserver progressObserver;
 
 // The difference of two positions, which may be addresses beyond the signed range.
 int32_t distance(int32_t from, int32_t to) {
@@ -50,7 +50,7 @@ void notifyChanged() {
     std::function<void()> changed;
     {
         const std::lock_guard lock(textMutex);
-        changed = observer.changed;
+        changed = progressObserver.changed;
     }
     if (changed) {
         changed();
@@ -61,7 +61,7 @@ void notifyChanged() {
 
 void PROGRESS_SetObserver(ProgressObserver newObserver) {
     const std::lock_guard lock(textMutex);
-    observer = std::move(newObserver);
+    progressObserver = std::move(newObserver);
 }
 
 void PROGRESS_Open(std::string_view newCaption, void* parent) {
@@ -73,7 +73,7 @@ void PROGRESS_Open(std::string_view newCaption, void* parent) {
     std::function<void(void*)> opened;
     {
         const std::lock_guard lock(textMutex);
-        opened = observer.opened;
+        opened = progressObserver.opened;
     }
     if (opened) {
         opened(parent);

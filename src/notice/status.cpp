@@ -7,7 +7,7 @@ namespace {
 
 std::mutex statusMutex;
 std::array<std::string, kStatusParts> texts;
-StatusObserver observer;
+StatusObserver statusObserver;
 
 constexpr int kGripWidth = 20; // pixels kept free at the right end
 constexpr int kPartWidth = 130;
@@ -25,7 +25,7 @@ void STATUS_Init() {
 
 void STATUS_SetObserver(StatusObserver newObserver) {
     const std::lock_guard lock(statusMutex);
-    observer = std::move(newObserver);
+    statusObserver = std::move(newObserver);
 }
 
 void STATUS_SetText(std::string_view text, int part) {
@@ -40,7 +40,7 @@ void STATUS_SetText(std::string_view text, int part) {
             return;
         }
         cached = text;
-        changed = observer;
+        changed = statusObserver;
     }
     if (changed) {
         changed(part, std::string(text));

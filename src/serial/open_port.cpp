@@ -9,7 +9,7 @@
 
 namespace {
 
-std::mutex mutex; // guards `current`
+std::mutex portMutex; // guards `current`
 std::shared_ptr<OpenPort> current;
 std::atomic<int> users{0};
 std::atomic<uint32_t> generation{0};
@@ -22,7 +22,7 @@ void OPENPORT_Set(SerialPortPtr line, uint32_t number, const std::string& device
     port->number = number;
     port->device = device;
     {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(portMutex);
         current = std::move(port);
     }
     ++generation;
@@ -35,13 +35,13 @@ void OPENPORT_Close() {
         return;
     }
     {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(portMutex);
         port->closing = true;
     }
     CLOCK_Notify();
     CLOCK_Wait(kNever, [] { return users == 0; });
     {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(portMutex);
         current.reset();
     }
     port->line.reset();
@@ -50,7 +50,7 @@ void OPENPORT_Close() {
 }
 
 std::shared_ptr<OpenPort> OPENPORT_Get() {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(portMutex);
     return current;
 }
 
@@ -59,7 +59,7 @@ uint32_t OPENPORT_Generation() {
 }
 
 PortUse::PortUse() {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(portMutex);
     if (current && !current->closing) {
         port_ = current;
         ++users;

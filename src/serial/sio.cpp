@@ -13,7 +13,7 @@
 
 namespace {
 
-std::mutex mutex; // guards the words below
+std::mutex sioMutex; // guards the words below
 SioConfig config;
 LineSettings lineFormat;
 std::string openFailure;
@@ -69,7 +69,7 @@ const char* setRate(uint32_t baudrate, uint32_t& before) {
     }
     LineSettings settings;
     {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(sioMutex);
         settings = lineFormat;
     }
     settings.baudrate = baudrate;
@@ -115,12 +115,12 @@ SerialPortPtr openLine(uint32_t port, std::string& device, std::string& failure)
 }
 
 void setOpenFailure(const std::string& text) {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(sioMutex);
     openFailure = text;
 }
 
 bool isFailureTolerated() {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(sioMutex);
     return failureTolerated;
 }
 
@@ -165,7 +165,7 @@ bool _StartComm(uint32_t baudrate) {
 void SIO_Init(uint32_t port, uint32_t baudrate, uint32_t logging, uint8_t byteSize, uint8_t parity,
               uint8_t stopBits) {
     {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(sioMutex);
         config = {port, baudrate, logging};
         lineFormat = {0, byteSize, parity, stopBits};
         openFailure.clear();
@@ -182,13 +182,13 @@ void SIO_Exit() {
 }
 
 SioConfig SIO_GetConfig() {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(sioMutex);
     return config;
 }
 
 void SIO_SetConfig(const SioConfig& newConfig) {
     {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(sioMutex);
         config = newConfig;
     }
     _StartComm(newConfig.Baudrate);
@@ -222,12 +222,12 @@ bool SIO_EnsureOpen() {
 }
 
 void SIO_TolerateOpenFailure(bool tolerate) {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(sioMutex);
     failureTolerated = tolerate;
 }
 
 std::string SIO_GetOpenFailure() {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(sioMutex);
     return openFailure;
 }
 
@@ -250,18 +250,18 @@ uint32_t SIO_GetLogging() {
 }
 
 void SIO_SetPort(uint32_t port) {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(sioMutex);
     config.Port = port;
 }
 
 void SIO_SetBaudrate(uint32_t baudrate) {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(sioMutex);
     config.Baudrate = baudrate;
 }
 
 void SIO_SetLogging(uint32_t on) {
     {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(sioMutex);
         if (config.Logging == on) {
             return;
         }

@@ -17,7 +17,7 @@ constexpr int64_t kClosePauseMs = 100;
 
 // The file is shared by the two threads. Errors are reported outside the lock, because the one who
 // hears of them may itself be using the port.
-std::mutex mutex;
+std::mutex logMutex;
 std::optional<AppendFile> logFile; // there while logging is on, even when it could not be created
 std::atomic<bool> loggingOn{false};
 uint32_t startTick = 0;
@@ -48,7 +48,7 @@ void report(const char* problem) {
 void _Write2Logfile(std::string_view text) {
     const char* problem = "SIO::_Write2Logfile: _Invalid handle";
     {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(logMutex);
         if (logFile) {
             problem = writeProblem(text);
         }
@@ -61,7 +61,7 @@ void _Write2Logfile(std::string_view text) {
 void writeEntry(const std::string& text) {
     const char* problem = nullptr;
     {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(logMutex);
         if (logFile) {
             problem = writeProblem(LOG_Stamp(CLOCK_Tick() - startTick) + " " + text + "\r\n");
         }
@@ -74,7 +74,7 @@ void writeEntry(const std::string& text) {
 void SIO_EnableLogging() {
     bool created = false;
     {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(logMutex);
         if (logFile) {
             return;
         }
@@ -95,7 +95,7 @@ void SIO_DisableLogging() {
     const char* problem = nullptr;
     bool wasOpen = false;
     {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(logMutex);
         wasOpen = logFile->isOpen();
         problem = wasOpen ? writeProblem(ruleLine()) : nullptr;
         if (wasOpen && !logFile->flush().ok() && problem == nullptr) {
@@ -107,7 +107,7 @@ void SIO_DisableLogging() {
         CLOCK_Sleep(kClosePauseMs);
     }
     {
-        const std::lock_guard lock(mutex);
+        const std::lock_guard lock(logMutex);
         logFile.reset();
     }
     LOG_Add("SIO-Logging stopped");

@@ -5,7 +5,7 @@
 
 namespace {
 
-std::mutex mutex; // the worker fills the text, the user interface takes it
+std::mutex textMutex; // the worker fills the text, the user interface takes it
 std::string received;
 bool changed = false;
 
@@ -22,7 +22,7 @@ void append(std::string_view text) {
 } // namespace
 
 void TERMINAL_ReceiveByte(uint8_t value) {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(textMutex);
     const char character = static_cast<char>(value);
     switch (character) {
     case '\0':
@@ -44,7 +44,7 @@ void TERMINAL_ReceiveByte(uint8_t value) {
 }
 
 bool TERMINAL_TakeIfChanged(std::string& text) {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(textMutex);
     if (!changed) {
         return false;
     }
@@ -54,12 +54,12 @@ bool TERMINAL_TakeIfChanged(std::string& text) {
 }
 
 std::string TERMINAL_GetText() {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(textMutex);
     return received;
 }
 
 void TERMINAL_Clear() {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(textMutex);
     received.clear();
     changed = true;
 }

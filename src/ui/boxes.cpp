@@ -13,7 +13,7 @@ constexpr unsigned kButtonsMask = 0xF;
 constexpr char kErrorCaption[] = "Error";
 constexpr int kFrameButtons = 8; // width of icon and buttons beside a caption, in text heights
 
-BoxResponder responder;
+BoxResponder boxResponder;
 
 QMessageBox::StandardButtons buttonsOf(unsigned boxType) {
     switch (boxType & kButtonsMask) {
@@ -93,8 +93,8 @@ int answer(WindowHandle owner, const BoxRequest& request) {
     if (modal.isRefused()) {
         return ANSWER_NONE;
     }
-    if (responder) {
-        if (const auto given = responder(request)) {
+    if (boxResponder) {
+        if (const auto given = boxResponder(request)) {
             return *given;
         }
     }
@@ -115,5 +115,5 @@ int BOX_Ask(WindowHandle owner, const std::string& text, const std::string& capt
 }
 
 void BOX_SetResponder(BoxResponder newResponder) {
-    responder = std::move(newResponder);
+    boxResponder = std::move(newResponder);
 }

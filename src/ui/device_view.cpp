@@ -10,12 +10,12 @@
 
 namespace {
 
-constexpr std::array<TextColumn, 2> kColumns = {{{"Name", 69, ""}, {"Value", 98, ""}}};
+constexpr std::array<TextColumn, 2> kPropertyColumns = {{{"Name", 69, ""}, {"Value", 98, ""}}};
 
 class DeviceView final : public ViewWidget {
 public:
     explicit DeviceView(QWidget* parent)
-        : ViewWidget(parent), table_(TEXTTABLE_Create(kColumns, font(), this)) {
+        : ViewWidget(parent), table_(TEXTTABLE_Create(kPropertyColumns, font(), this)) {
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->addWidget(table_);

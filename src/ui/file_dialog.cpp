@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kDialogWidth = 110; // characters
 
-FileResponder responder;
+FileResponder fileResponder;
 
 // "Intel Hex file (*.hex)" in the form of the dialog, whose patterns are parted by blanks and for
 // which "*.*" means a name with a dot.
@@ -140,7 +140,7 @@ std::optional<FileChoice> FILEDIALOG_Choose(const FileRequest& request) {
     if (modal.isRefused()) {
         return std::nullopt;
     }
-    return responder ? responder(request) : show(request, modal.owner());
+    return fileResponder ? fileResponder(request) : show(request, modal.owner());
 }
 
 std::string FILEDIALOG_WithExtension(const std::string& name, const std::string& pattern) {
@@ -153,5 +153,5 @@ std::string FILEDIALOG_WithExtension(const std::string& name, const std::string&
 }
 
 void FILEDIALOG_SetResponder(FileResponder newResponder) {
-    responder = std::move(newResponder);
+    fileResponder = std::move(newResponder);
 }

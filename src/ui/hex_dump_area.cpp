@@ -14,7 +14,6 @@
 
 namespace {
 
-enum Column : int { kAddress, kHex, kCharacters, kColumns };
 constexpr std::array<const char*, kColumns> kTitles = {"Adr.", "Data (HEX)", "Data (ASCII)"};
 constexpr std::array<int, kColumns> kDefaultWidths = {70, 381, 130}; // pixels
 constexpr std::array<int, kColumns> kTextLengths = {8, 47, 16};

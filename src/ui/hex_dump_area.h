@@ -9,6 +9,9 @@
 #include <QAbstractScrollArea>
 #include <optional>
 
+// kColumns is their number.
+enum DumpColumn : int { kAddress, kHex, kCharacters, kColumns };
+
 // The selected addresses, both inclusive; the caret is the end that moves.
 struct DumpSelection {
     uint32_t anchor = 0;

@@ -8,8 +8,6 @@
 
 namespace {
 
-enum Column : int { kAddress, kHex, kCharacters };
-
 // Cells that the selection covers in a line whose sixteen addresses begin at `start`.
 struct Covered {
     uint32_t from = 0;

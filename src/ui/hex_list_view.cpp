@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr std::array<TextColumn, 6> kColumns = {{
+constexpr std::array<TextColumn, 6> kAreaColumns = {{
     {"Area", 39, "0000"},
     {"Adr.", 76, "00000000"},
     {"Len.", 76, "00000000"},
@@ -23,7 +23,7 @@ constexpr std::array<TextColumn, 6> kColumns = {{
     {"Data (ASCII)", 145, "0000000000000000"},
 }};
 
-constexpr int kCharacters = kColumns.size() - 1; // the last column
+constexpr int kCharactersColumn = kAreaColumns.size() - 1; // the last column
 
 // A snapshot of the areas, and the row that was asked for last: a view asks for the cells of a row
 // one after the other.
@@ -38,16 +38,16 @@ QString cellText(Rows& rows, int row, int column) {
         HEXLISTVIEW_MakeRow(rows.areas, static_cast<size_t>(row), rows.row);
         rows.current = row;
     }
-    const std::array<const std::string*, kCharacters> cells = {
+    const std::array<const std::string*, kCharactersColumn> cells = {
         &rows.row.number, &rows.row.address, &rows.row.length, &rows.row.gap, &rows.row.hex};
-    return column == kCharacters ? LOOK_Characters(rows.row.characters)
-                                 : QString::fromLatin1(*cells[static_cast<size_t>(column)]);
+    return column == kCharactersColumn ? LOOK_Characters(rows.row.characters)
+                                       : QString::fromLatin1(*cells[static_cast<size_t>(column)]);
 }
 
 class HexListView final : public ViewWidget {
 public:
     explicit HexListView(QWidget* parent)
-        : ViewWidget(parent), table_(TEXTTABLE_Create(kColumns, LOOK_FixedFont(), this)) {
+        : ViewWidget(parent), table_(TEXTTABLE_Create(kAreaColumns, LOOK_FixedFont(), this)) {
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->setSpacing(0);

@@ -21,23 +21,23 @@ namespace {
 constexpr char kCaption[] = "Interupt Vectors";
 constexpr char kSection[] = "Settings INTVECTS";
 constexpr char kWidthsKey[] = "Header";
-constexpr std::array<TextColumn, 5> kColumns = {
+constexpr std::array<TextColumn, 5> kVectorColumns = {
     {{"#", 25, ""}, {"Name", 201, ""}, {"Bits", 37, ""}, {"Adr.", 55, ""}, {"Contents", 63, ""}}};
 constexpr int kShownRows = 12; // about as many as the dialog shows at first
 
 QString cellText(const IVectorRow& row, int column) {
-    const std::array<const std::string*, kColumns.size()> cells = {
+    const std::array<const std::string*, kVectorColumns.size()> cells = {
         &row.number, &row.name, &row.bits, &row.address, &row.contents};
     return QString::fromStdString(*cells[static_cast<size_t>(column)]);
 }
 
 QTableView* addTable(QDialog& dialog, const std::vector<IVectorRow>& rows) {
-    QTableView* table = TEXTTABLE_Create(kColumns, dialog.font(), &dialog);
+    QTableView* table = TEXTTABLE_Create(kVectorColumns, dialog.font(), &dialog);
     table->setObjectName("vectors");
     TEXTTABLE_SetRows(table, static_cast<int>(rows.size()), [&rows](int row, int column) {
         return cellText(rows[static_cast<size_t>(row)], column);
     });
-    std::array<int32_t, kColumns.size()> widths{};
+    std::array<int32_t, kVectorColumns.size()> widths{};
     INI_ReadIntArray(kSection, kWidthsKey, widths);
     TEXTTABLE_SetWidths(table, widths);
     const int rowHeight = table->verticalHeader()->defaultSectionSize();

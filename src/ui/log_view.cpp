@@ -174,13 +174,13 @@ private:
     QLabel* filterNote_ = new QLabel("Errors only. Ctrl+E shows all lines.", this);
 };
 
-QPointer<QWidget> openView; // the frame has at most one
+QPointer<QWidget> openLogView; // the frame has at most one
 
 } // namespace
 
 ViewWidget* LOGVIEW_Create(QWidget* parent) {
     auto* view = new LogView(parent);
-    openView = view;
+    openLogView = view;
     return view;
 }
 
@@ -189,8 +189,8 @@ void LOGVIEW_Install() {
         // A message may have several lines; here it takes one row.
         const QString row = QString::fromStdString(line).replace('\n', ' ');
         EVENTS_Post([entry = LogLine{row, text.starts_with(kErrorStart)}] {
-            if (openView) {
-                static_cast<LogView*>(openView.data())->add(entry);
+            if (openLogView) {
+                static_cast<LogView*>(openLogView.data())->add(entry);
             }
         });
     });

@@ -7,7 +7,7 @@
 
 namespace {
 
-QWidget* frame = nullptr;
+QWidget* modalFrame = nullptr;
 std::function<void()> whenOpening;
 std::function<void()> whenLeft;
 int depth = 0;
@@ -40,7 +40,7 @@ QWidget* ModalScope::owner(QWidget* wanted) const {
     if (QWidget* modal = QApplication::activeModalWidget()) {
         return modal;
     }
-    return frame != nullptr && frame->isVisible() ? frame : nullptr;
+    return modalFrame != nullptr && modalFrame->isVisible() ? modalFrame : nullptr;
 }
 
 bool MODAL_IsOpen() {
@@ -64,7 +64,7 @@ void MODAL_RefuseFurther() {
 }
 
 void MODAL_Init(QWidget* newFrame, std::function<void()> opening, std::function<void()> left) {
-    frame = newFrame;
+    modalFrame = newFrame;
     whenOpening = std::move(opening);
     whenLeft = std::move(left);
     refused = false;

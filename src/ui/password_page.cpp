@@ -30,7 +30,7 @@ struct PasswordPage {
     QCheckBox* fill = nullptr;
     QCheckBox* hexmode = nullptr;
 };
-using PagePtr = std::shared_ptr<PasswordPage>;
+using PasswordPagePtr = std::shared_ptr<PasswordPage>;
 
 QString shownText(const PasswordSettings& settings) {
     if (settings.FillFF) {
@@ -143,7 +143,7 @@ bool apply(PasswordPage& page) {
     return true;
 }
 
-void addAddress(const PagePtr& page, QFormLayout* layout, QLineEdit*& edit, QLabel*& label,
+void addAddress(const PasswordPagePtr& page, QFormLayout* layout, QLineEdit*& edit, QLabel*& label,
                 uint32_t PasswordSettings::*address, std::pair<const char*, const char*> names,
                 const QString& text) {
     edit = new QLineEdit(page->widget);
@@ -159,7 +159,7 @@ void addAddress(const PagePtr& page, QFormLayout* layout, QLineEdit*& edit, QLab
                      });
 }
 
-void addPassword(const PagePtr& page, QFormLayout* layout) {
+void addPassword(const PasswordPagePtr& page, QFormLayout* layout) {
     page->password = new QLineEdit(page->widget);
     page->password->setObjectName("1003");
     page->password->setMinimumWidth(32 * page->widget->fontMetrics().averageCharWidth());
@@ -180,7 +180,7 @@ void fillControls(const PasswordPage& page) {
     enableForFill(page);
 }
 
-void connectControls(const PagePtr& page) {
+void connectControls(const PasswordPagePtr& page) {
     QObject::connect(page->password, &QLineEdit::textChanged, page->widget,
                      [] { SHEET_NotifyChange(); });
     QObject::connect(page->hexmode, &QCheckBox::clicked, page->widget, [page](bool checked) {

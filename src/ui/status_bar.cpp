@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int kMargin = 4; // pixels beside a text
+constexpr int kPartMargin = 4; // pixels beside a text
 
 class StatusBar : public QStatusBar {
 public:
@@ -30,7 +30,7 @@ public:
             label->setText(QString::fromStdString(STATUS_GetText(part)));
             labels_[static_cast<size_t>(part)] = label;
         }
-        setMinimumHeight(labels_[0]->sizeHint().height() + kMargin);
+        setMinimumHeight(labels_[0]->sizeHint().height() + kPartMargin);
     }
 
     void setPart(int part, const QString& text) {
@@ -67,7 +67,7 @@ private:
         for (int part = kStatusParts - 1; part >= 0; --part) {
             QLabel* label = labels_[static_cast<size_t>(part)];
             const int given = part > 0 ? edges[part] - edges[part - 1] : std::max(0, right);
-            const int wanted = part > 0 ? label->sizeHint().width() + kMargin : 0;
+            const int wanted = part > 0 ? label->sizeHint().width() + kPartMargin : 0;
             const int widthOfPart = std::max(given, wanted);
             label->setGeometry(right - widthOfPart, 1, widthOfPart - 1, height() - 2);
             right -= widthOfPart;

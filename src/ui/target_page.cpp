@@ -48,7 +48,7 @@ struct TargetPage {
     QLineEdit* speed = nullptr;
     QLabel* speedUnit = nullptr;
 };
-using PagePtr = std::shared_ptr<TargetPage>;
+using TargetPagePtr = std::shared_ptr<TargetPage>;
 
 // The number that the text begins with, behind blanks and a sign; 0 without digits, the nearest
 // that can be kept when it is too large.
@@ -180,7 +180,7 @@ QLabel* label(const QString& text, QWidget* parent, QWidget* buddy) {
     return made;
 }
 
-void addBlockControls(const PagePtr& page, QWidget* widget, QVBoxLayout* layout) {
+void addBlockControls(const TargetPagePtr& page, QWidget* widget, QVBoxLayout* layout) {
     page->blocks = new BlockList(widget, [page] { toggleCurrentBlock(*page); });
     page->blocks->setObjectName("603");
     layout->addWidget(label("&Select Blocks", widget, page->blocks));
@@ -200,7 +200,7 @@ void addBlockControls(const PagePtr& page, QWidget* widget, QVBoxLayout* layout)
     layout->addLayout(row);
 }
 
-void addSpeedControls(const PagePtr& page, QWidget* widget, QVBoxLayout* layout) {
+void addSpeedControls(const TargetPagePtr& page, QWidget* widget, QVBoxLayout* layout) {
     page->speed = new QLineEdit(widget);
     page->speed->setObjectName("606");
     page->speed->setMaxLength(kMaxSpeedText);

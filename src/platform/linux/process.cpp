@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kDefaultWidth = 80;
 
-void writeAll(int descriptor, std::string_view text) {
+void printAll(int descriptor, std::string_view text) {
     while (!text.empty()) {
         const ssize_t written = ::write(descriptor, text.data(), text.size());
         if (written <= 0) {
@@ -49,11 +49,11 @@ void PROCESS_OpenStandardStreams() {
 }
 
 void PROCESS_WriteOut(std::string_view text) {
-    writeAll(STDOUT_FILENO, text);
+    printAll(STDOUT_FILENO, text);
 }
 
 void PROCESS_WriteError(std::string_view text) {
-    writeAll(STDERR_FILENO, text);
+    printAll(STDERR_FILENO, text);
 }
 
 bool PROCESS_ErrorIsTerminal() {

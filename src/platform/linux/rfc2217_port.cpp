@@ -6,6 +6,7 @@
 #include "platform/clock.h"
 #include "platform/format.h"
 #include "platform/linux/descriptor_wait.h"
+#include "platform/linux/line_limits.h"
 #include "platform/linux/tcp_connection.h"
 #include "platform/rfc2217_codec.h"
 #include "platform/serial_port.h"
@@ -15,7 +16,6 @@
 #include <mutex>
 #include <poll.h>
 #include <sys/socket.h>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -23,9 +23,7 @@ namespace {
 
 constexpr int64_t kNegotiateMs = 3000; // until the server has said whether it can do all this
 constexpr int64_t kAnswerMs = 1000;    // for each setting
-constexpr int64_t kWriteStallMs = 10'000;
-constexpr int64_t kBitsPerByte = 10; // start, eight data, stop
-constexpr size_t kMostAnswers = 64;  // kept; a server that chatters does not fill the memory
+constexpr size_t kMostAnswers = 64;    // kept; a server that chatters does not fill the memory
 
 struct Session {
     int descriptor = -1;
@@ -60,10 +58,6 @@ struct Setting {
     uint8_t firstAnswer = 0;
     uint8_t lastAnswer = 255;
 };
-
-std::string systemText(int error) {
-    return std::system_category().message(error);
-}
 
 // The following run with the session's lock held.
 

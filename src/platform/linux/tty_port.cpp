@@ -2,6 +2,7 @@
 #include "platform/clock.h"
 #include "platform/format.h"
 #include "platform/linux/descriptor_wait.h"
+#include "platform/linux/line_limits.h"
 #include "platform/linux/tty_settings.h"
 #include "platform/serial_port.h"
 
@@ -15,19 +16,12 @@
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 #include <vector>
 
 namespace {
 
-constexpr int64_t kWriteStallMs = 10'000; // a device that takes nothing for so long is stuck
 constexpr int64_t kDrainSpareMs = 500;
-constexpr int64_t kBitsPerByte = 10; // start, eight data, stop
-
-std::string systemText(int error) {
-    return std::system_category().message(error);
-}
 
 struct TtyLine {
     int descriptor = -1;
