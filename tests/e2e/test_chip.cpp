@@ -23,7 +23,7 @@ void forAll(const std::vector<Case>& cases, const Check& check) {
 }
 
 DeviceRecord deviceOf(const std::string& name) {
-    const auto path = std::filesystem::path(CALVORIN_DEVICES) / "Device" / (name + ".dev");
+    const auto path = builtFolder() / "Device" / (name + ".dev");
     return DEVICE_ParseText(readFile(path)).record.value();
 }
 

@@ -18,6 +18,7 @@
 #include "sim/chip.h"
 #include "sim/sim_port.h"
 #include "sim/virtual_clock.h"
+#include "support/paths.h"
 #include "support/reports.h"
 #include "support/temp_folder.h"
 
@@ -104,9 +105,8 @@ public:
 
 private:
     void layOutFolder() {
-        const std::filesystem::path devices = CALVORIN_DEVICES;
-        std::filesystem::create_directory_symlink(devices / "Device", folder_ / "Device");
-        std::filesystem::create_directory_symlink(devices / "RamImage", folder_ / "RamImage");
+        for (const char* const name : {"Device", "RamImage"})
+            std::filesystem::create_directory_symlink(builtFolder() / name, folder_ / name);
         FILES_SetProgramPath(folder_ / "calvorin");
         writeFile(folder_ / "calvorin.ini",
                   "[Settings PORTS]\r\nCOM1 = \"" + options_.port + "\"\r\n");
