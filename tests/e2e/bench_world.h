@@ -87,7 +87,7 @@ struct RunResult {
     Strings errors; // the lines "Error: ..." without that word
 };
 
-inline bool waitFor(const std::function<bool()>& ready, int ms = 10'000) {
+inline bool waitFor(const std::function<bool()>& ready, int ms = 60'000) {
     for (int waited = 0; waited < ms; waited += 5) {
         if (ready()) {
             return true;

@@ -20,6 +20,7 @@
 #include "sim/virtual_clock.h"
 #include "support/paths.h"
 #include "support/reports.h"
+#include "support/seed.h"
 #include "support/temp_folder.h"
 
 #include <algorithm>
@@ -31,7 +32,7 @@
 struct WorldOptions {
     std::string device = "VT-B128";
     ChipOptions chip;
-    uint64_t seed = 1;
+    uint64_t seed = testSeed();
     uint32_t baudrate = 38400;
     std::string port = "sim://world"; // what COM1 leads to; "faulty://...@sim://world" spoils it
     bool openPort = true;
@@ -114,6 +115,7 @@ private:
     }
 
     WorldOptions options_;
+    SeedTrace seedTrace_;
     TempFolder folder_;
     VirtualClock clock_;
 };

@@ -107,9 +107,9 @@ struct ChipWorld : DesktopWorld {
     std::vector<std::string> boxes;
 };
 
-// Runs the program's loop until `done` holds; false when it does not within some seconds.
+// Runs the program's loop until `done` holds; false when it does not within a minute.
 inline bool runUntil(const Condition& done) {
-    const Moment deadline = CLOCK_After(5000);
+    const Moment deadline = CLOCK_After(60'000);
     while (!done()) {
         if (CLOCK_Now() > deadline) {
             return false;
