@@ -1,9 +1,9 @@
 #include "data/data_find.h"
 #include "data/data_rows.h"
+#include "support/seed.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <random>
 
 namespace {
 
@@ -108,7 +108,7 @@ TEST_F(DataRows, CopiesAsTheDumpShows) {
 // hold a value here that no pattern has.
 TEST_F(DataRows, FindAgreesWithATrivialSearch) {
     constexpr uint8_t kGap = 0xEE;
-    std::mt19937 random(7);
+    TestRandom random;
     Bytes image(700'000);
     const auto base = static_cast<uint32_t>(0 - image.size()); // the last byte has the last address
     std::ranges::generate(image, [&] { return static_cast<uint8_t>(random() % 3); });

@@ -2,11 +2,11 @@
 #include "data/checksum.h"
 #include "data/hexdata.h"
 #include "support/reports.h"
+#include "support/seed.h"
 
 #include <array>
 #include <gtest/gtest.h>
 #include <map>
-#include <random>
 
 namespace {
 
@@ -38,7 +38,7 @@ Model bytesOfImage() {
     return model;
 }
 
-std::vector<uint8_t> randomBytes(std::mt19937& random, size_t count) {
+std::vector<uint8_t> randomBytes(TestRandom& random, size_t count) {
     std::vector<uint8_t> bytes(count);
     for (uint8_t& byte : bytes) {
         byte = static_cast<uint8_t>(random());
@@ -99,7 +99,7 @@ TEST_F(HexData, StaysWithinTheAddressSpace) {
 // both ends of the address space, so that ranges overlap, touch and join often.
 TEST_F(HexData, AgreesWithAMapOfBytes) {
     reports.answer = ANSWER_OK;
-    std::mt19937 random(20240607);
+    TestRandom random;
     Model model;
     for (int step = 0; step < 6000; ++step) {
         const uint32_t base = random() % 2 == 0 ? 0 : 0xFFFFFE00;
@@ -172,7 +172,7 @@ TEST(Checksum, FastFormsEqualThePlainOnes) {
         return static_cast<uint16_t>(entry ^ static_cast<uint32_t>(crc << 8) ^ byte);
     };
     ASSERT_EQ(plainStep(0x0100, 0), 0x1021);
-    std::mt19937 random(7);
+    TestRandom random;
     for (int round = 0; round < 400; ++round) {
         const size_t count = random() % (round % 2 == 0 ? 70 : 2000);
         const std::vector<uint8_t> bytes = randomBytes(random, count);

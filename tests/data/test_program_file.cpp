@@ -4,11 +4,11 @@
 #include "persist/hex_text.h"
 #include "platform/format.h"
 #include "support/reports.h"
+#include "support/seed.h"
 #include "support/temp_folder.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <random>
 #include <sstream>
 #include <unistd.h>
 
@@ -215,7 +215,7 @@ TEST_F(ProgramFile, AProtectedFileIsNotReplaced) {
 }
 
 TEST_F(ProgramFile, RandomImagesReadBackEqualInBothFormats) {
-    std::mt19937 random(41);
+    TestRandom random;
     for (int round = 0; round < 60; ++round) {
         HEXDATA_Clear();
         const int areas = static_cast<int>(random() % 40);

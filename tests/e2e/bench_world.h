@@ -2,6 +2,7 @@
 // pseudo-terminals. Everything runs in real time, as separate processes.
 #pragma once
 
+#include "support/paths.h"
 #include "support/temp_folder.h"
 
 #include <chrono>
@@ -86,7 +87,7 @@ struct RunResult {
     Strings errors; // the lines "Error: ..." without that word
 };
 
-inline bool waitFor(const std::function<bool()>& ready, int ms = 10'000) {
+inline bool waitFor(const std::function<bool()>& ready, int ms = 60'000) {
     for (int waited = 0; waited < ms; waited += 5) {
         if (ready()) {
             return true;
@@ -103,12 +104,11 @@ public:
         namespace fs = std::filesystem;
         fs::permissions(folder.path(), fs::perms::all);
         std::error_code linked; // a copy where the folders lie on different file systems
-        fs::create_hard_link(fs::path(CALVORIN_BIN) / "calvorin", program(), linked);
+        fs::create_hard_link(builtFolder() / "calvorin", program(), linked);
         if (linked) {
-            fs::copy_file(fs::path(CALVORIN_BIN) / "calvorin", program());
+            fs::copy_file(builtFolder() / "calvorin", program());
         }
-        fs::copy(fs::path(CALVORIN_DEVICES) / "Device", folder / "Device");
-        fs::copy(fs::path(CALVORIN_DEVICES) / "RamImage", folder / "RamImage");
+        copyDevices(folder.path());
         writeFile(folder / "calvorin.ini",
                   "[Settings PORTS]\r\nCOM1 = \"" + (folder / "port").string() + "\"\r\n");
     }
@@ -148,11 +148,11 @@ class VirtualTarget {
 public:
     VirtualTarget(const TempFolder& folder, const std::string& device, const Strings& options = {})
         : flash_(folder / "flash.bin") {
-        Strings command{std::string(CALVORIN_BIN) + "/calvorin-sim",
+        Strings command{builtFolder() / "calvorin-sim",
                         "--device",
                         device,
                         "--devices",
-                        std::string(CALVORIN_DEVICES) + "/Device",
+                        builtFolder() / "Device",
                         "--link",
                         folder / "port",
                         "--flash-out",

@@ -1,16 +1,17 @@
 // Program files made for a test.
 #pragma once
 
+#include "support/seed.h"
+
 #include <cstdint>
 #include <cstdio>
-#include <random>
 #include <string>
 #include <vector>
 
 using Bytes = std::vector<uint8_t>;
 
-inline Bytes randomBytes(size_t count, uint32_t seed) {
-    std::mt19937 random(seed);
+inline Bytes randomBytes(size_t count, uint32_t own) {
+    TestRandom random(own);
     Bytes bytes(count);
     for (uint8_t& byte : bytes) {
         byte = static_cast<uint8_t>(random());

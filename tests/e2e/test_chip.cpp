@@ -1,5 +1,6 @@
 // Runs of the built program against virtual chips on pseudo-terminals, in real time. The cases of a
-// table run side by side: nearly all of their time are waits that the protocol prescribes.
+// table run side by side, as many as two processors serve in the short waits of the boot ROM:
+// nearly all of their time are longer waits that the protocol prescribes.
 
 #include "device/device_parser.h"
 #include "e2e/bench_world.h"
@@ -9,7 +10,7 @@
 
 namespace {
 
-constexpr size_t kAtOnce = 36;
+constexpr size_t kAtOnce = 4;
 
 // Runs `check` for every case, several at a time.
 template <class Case, class Check>
@@ -23,7 +24,7 @@ void forAll(const std::vector<Case>& cases, const Check& check) {
 }
 
 DeviceRecord deviceOf(const std::string& name) {
-    const auto path = std::filesystem::path(CALVORIN_DEVICES) / "Device" / (name + ".dev");
+    const auto path = builtFolder() / "Device" / (name + ".dev");
     return DEVICE_ParseText(readFile(path)).record.value();
 }
 
@@ -83,10 +84,9 @@ std::string hexRange(const DeviceRecord& device) {
 
 } // namespace
 
-TEST(Chip, IsProgrammedVerifiedAndReadBackOnEveryDevice) {
-    const std::vector<std::string> devices = {"VT-A32",  "VT-A60",  "VT-A64R", "VT-A96",
-                                              "VT-AE16", "VT-B128", "VT-B256", "VT-B32R",
-                                              "VT-B64S", "VT-BE32"};
+// Every command, one device a kind of loader and erase; all devices are tests/target's.
+TEST(Chip, IsProgrammedVerifiedAndReadBack) {
+    const std::vector<std::string> devices = {"VT-A60", "VT-AE16", "VT-B128", "VT-A32"};
     forAll(devices, [](const std::string& name) {
         const ProgramFolder world;
         VirtualTarget target(world.folder, name);
@@ -145,76 +145,38 @@ TEST(Chip, WorksOnTheSelectedBlocksOnly) {
     EXPECT_TRUE(target.flash() == flashWith(deviceOf("VT-B256"), data));
 }
 
-// Each fault of chip and line that has a message: the message, exit code 1, and no claim of
-// success.
-TEST(Chip, EveryFaultEndsInItsMessageAndExitCode1) {
-    struct Case {
+// The messages of the other faults are tests/target's, in virtual time.
+TEST(Chip, FailureEndsTheRunWithItsMessageAndExitCode1) {
+    const struct {
         const char* device;
         const char* fault;
-        std::string error;
-        std::string command = "GetCRC";
-        std::string summary = ""; // what is reported behind the error
+        const char* command;
+        Strings errors;
+    } cases[] = {
+        {"VT-A32",
+         "wrong-reply@ram",
+         "-TargetGetCRC",
+         {"Echoback RAM loader command failed",
+          "Could not download RAM image. Please check password"}},
+        {"VT-B128",
+         "stuck-bits,address=104,value=FF",
+         "-TargetVerify",
+         {"Error comparing contents of address 100"}},
     };
-    // Those that end the connect, which says so behind their own error, if they have one.
-    const std::vector<Case> connecting = {
-        {"VT-A32", "no-reply@match", "Matching data failed"},
-        {"VT-A32", "wrong-reply@match", "Matching data failed"},
-        {"VT-A32", "wrong-reply@baudrate", "Setting baudrate failed"},
-        {"VT-A32", "no-reply@baudrate", ""},
-        {"VT-A32", "wrong-reply@sum", "SUM command failed"},
-        {"VT-A32", "wrong-reply@ram", "Echoback RAM loader command failed"},
-        {"VT-A32", "no-reply@data", ""},
-        {"VT-B128", "wrong-reply@match", "Matching data failed"},
-        {"VT-B128", "wrong-reply@sum", "Get SUM Command failed"},
-        {"VT-B128", "bad-checksum@sum", "Checksum of checksum failed"},
-        {"VT-B128", "wrong-reply@ram", "Echoback RAM loader command failed"},
-        {"VT-B128", "wrong-reply@header", "Password checksum failed"},
-        {"VT-B128", "wrong-reply@data", "Data checksum failed"},
-        {"VT-B256", "wrong-product", ""},
-    };
-    std::vector<Case> cases = {
-        {"VT-A60", "wrong-reply@rewrite", "Echoback flash memory rewrite command failed",
-         "EraseChip"},
-        {"VT-A60", "wrong-reply@cleared", "Clearing flash memory failed", "EraseChip"},
-        {"VT-A96", "wrong-reply@erase", "Echoback flash memory erase command failed", "EraseChip"},
-        {"VT-A96", "wrong-reply@erased", "", "EraseChip"},
-        {"VT-B256", "wrong-reply@enable", "Echoback erase enable command failed", "EraseChip"},
-        {"VT-B128", "wrong-reply@cleared", "Erase operation result failure", "EraseChip"},
-        {"VT-B128", "no-reply@identify", "Timeout error"},
-        {"VT-B128", "no-reply@crc", "Timeout error"},
-        {"VT-B128", "bad-checksum@crc", "Timeout error"},
-        {"VT-B128", "nak@crc", "Not acknowledged"},
-        {"VT-B128", "error-reply@erase-block,value=1", "Error erasing sector", "EraseBlocks"},
-        {"VT-B128", "error-reply@program,address=1234,value=2", "Error writing on address 1234",
-         "Program"},
-        {"VT-B128", "stuck-bits,address=104,value=FF", "Error comparing contents of address 100",
-         "Verify"},
-        {"VT-B128", "dead-bits,address=104,value=1", "Target not blank at address 104",
-         "CheckBlankChip"},
-        {"VT-B128", "lost-write@program#1", "CRC-error", "Program"},
-        {"VT-A32", "lost-write@program#1", "SUM-error", "Program"},
-        {"VT-B128", "die@program#2", "Timeout error", "Program"},
-        {"VT-B128", "error-reply@program,value=63", "Unknown target error 99 at address 0",
-         "Program"},
-    };
-    for (Case c : connecting) {
-        c.summary = "Could not download RAM image. Please check password";
-        cases.push_back(c);
-    }
-    forAll(cases, [](const Case& c) {
+    for (const auto& c : cases) {
         const ProgramFolder world;
         VirtualTarget target(world.folder, c.device, {"--fault", c.fault});
         const uint32_t start = deviceOf(c.device).aBlock.front().Start;
-        const RunResult result = world.run(withFile(
-            world, srecords(start + 0x100, randomBytes(300, 7)),
-            onDevice(c.device, {"-OptionsPWFillFF1", "-Target" + c.command, "-TargetVerify"})));
-        Strings errors{c.error, c.summary};
-        std::erase(errors, "");
+        const RunResult result = world.run(
+            withFile(world, srecords(start + 0x100, randomBytes(300, 7)),
+                     onDevice(c.device, {"-OptionsPWFillFF1", c.command, "-TargetGetCRC"})));
         EXPECT_EQ(result.exitCode, 1) << c.device << " " << c.fault << "\n" << result.err;
-        EXPECT_EQ(result.errors, errors) << c.device << " " << c.fault << "\n" << result.err;
+        EXPECT_EQ(result.errors, c.errors) << c.device << " " << c.fault << "\n" << result.err;
         EXPECT_EQ(result.err.find("successfully"), std::string::npos) << result.err;
-        EXPECT_EQ(result.err.find("Verifying ok"), std::string::npos) << result.err;
-    });
+        EXPECT_EQ(result.err.find("finished\n", result.err.find("Error: ")), std::string::npos)
+            << "what stands behind a failure does not run\n"
+            << result.err;
+    }
 }
 
 TEST(Chip, ThatDisappearsEndsTheRun) {
@@ -253,7 +215,7 @@ TEST(Chip, ASignalEndsTheRunAtAnyMoment) {
         process.signal(c.signal);
         const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(process.wait(), 1) << c.moment;
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5)) << c.moment;
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30)) << c.moment;
         EXPECT_NE(process.err().find("Interrupted"), std::string::npos) << process.err();
         EXPECT_EQ(process.err().find("Verifying 0x"), std::string::npos) << process.err();
     });

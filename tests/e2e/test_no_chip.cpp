@@ -29,8 +29,7 @@ TEST(WithoutChip, AnswersHelpAndVersionWithoutTouchingAnything) {
     const ProgramFolder world;
     const char* const module = "calvorin-desktop.so";
     std::error_code notBuilt; // without it the answers are the same
-    std::filesystem::copy_file(std::filesystem::path(CALVORIN_BIN) / module, world.folder / module,
-                               notBuilt);
+    std::filesystem::copy_file(builtFolder() / module, world.folder / module, notBuilt);
     const auto noSuchDisplay = [] { setenv("DISPLAY", ":99", 1); };
     const struct {
         const char* argument;

@@ -5,10 +5,11 @@
 #include "platform/files.h"
 #include "sim/chip.h"
 #include "support/hex_bytes.h"
+#include "support/paths.h"
 
 inline DeviceRecord deviceNamed(const std::string& name) {
     std::string text;
-    FILES_ReadAll(std::string(CALVORIN_DEVICES "/Device/") + name + ".dev", text);
+    FILES_ReadAll(builtFolder() / "Device" / (name + ".dev"), text);
     const DeviceParseResult result = DEVICE_ParseText(text);
     EXPECT_TRUE(result.record) << name << ": " << result.error << result.missing;
     return result.record.value_or(DeviceRecord{});

@@ -8,7 +8,7 @@ namespace {
 std::string exchange(SerialPort& port, const std::string& hex, size_t count) {
     EXPECT_TRUE(port.write(bytesOfHex(hex)));
     std::vector<uint8_t> answer(count);
-    answer.resize(port.read(answer, CLOCK_After(5000), {}));
+    answer.resize(port.read(answer, CLOCK_After(30'000), {}));
     return HEXTEXT_FromBytes(answer);
 }
 
@@ -37,7 +37,7 @@ TEST(SimProgram, PseudoTerminal) {
     // Thirteen bytes there and one back, 4167 us each.
     const int64_t took = CLOCK_Now().us - start.us;
     EXPECT_GE(took, 58000);
-    EXPECT_LT(took, 300000);
+    EXPECT_LT(took, 3000000); // not in another unit, however busy the machine is
     EXPECT_EQ(exchange(*port, "20000000 0001 DF", 1), "10");
     EXPECT_EQ(exchange(*port, "FF 01", 1), "10");
     // The host goes and another comes: a matching byte is all it needs.

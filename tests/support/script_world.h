@@ -12,6 +12,7 @@
 #include "sim/virtual_clock.h"
 #include "support/hex_bytes.h"
 #include "support/reports.h"
+#include "support/seed.h"
 #include "support/temp_folder.h"
 #include "support/test_line.h"
 
@@ -26,7 +27,7 @@ using Script = std::vector<ScriptStep>;
 class ScriptWorld {
 public:
     ScriptWorld(const std::string& deviceText, Script script, uint32_t baudrate = 38400)
-        : clock_(1), script_(std::move(script)) {
+        : clock_(testSeed()), script_(std::move(script)) {
         EVENTS_Open();
         RUN_Reset();
         DEVICE_Clear();
@@ -113,6 +114,7 @@ private:
         return "";
     }
 
+    SeedTrace seedTrace_;
     TempFolder folder_;
     VirtualClock clock_;
     TestLines lines_{{"script"}};

@@ -18,7 +18,9 @@
 #include "sim/chip.h"
 #include "sim/sim_port.h"
 #include "sim/virtual_clock.h"
+#include "support/paths.h"
 #include "support/reports.h"
+#include "support/seed.h"
 #include "support/temp_folder.h"
 
 #include <algorithm>
@@ -30,7 +32,7 @@
 struct WorldOptions {
     std::string device = "VT-B128";
     ChipOptions chip;
-    uint64_t seed = 1;
+    uint64_t seed = testSeed();
     uint32_t baudrate = 38400;
     std::string port = "sim://world"; // what COM1 leads to; "faulty://...@sim://world" spoils it
     bool openPort = true;
@@ -104,9 +106,8 @@ public:
 
 private:
     void layOutFolder() {
-        const std::filesystem::path devices = CALVORIN_DEVICES;
-        std::filesystem::create_directory_symlink(devices / "Device", folder_ / "Device");
-        std::filesystem::create_directory_symlink(devices / "RamImage", folder_ / "RamImage");
+        for (const char* const name : {"Device", "RamImage"})
+            std::filesystem::create_directory_symlink(builtFolder() / name, folder_ / name);
         FILES_SetProgramPath(folder_ / "calvorin");
         writeFile(folder_ / "calvorin.ini",
                   "[Settings PORTS]\r\nCOM1 = \"" + options_.port + "\"\r\n");
@@ -114,6 +115,7 @@ private:
     }
 
     WorldOptions options_;
+    SeedTrace seedTrace_;
     TempFolder folder_;
     VirtualClock clock_;
 };

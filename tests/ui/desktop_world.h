@@ -12,6 +12,7 @@
 #include "shell/summary.h"
 #include "sim/chip.h"
 #include "sim/sim_port.h"
+#include "support/paths.h"
 #include "target/worker.h"
 #include "ui/boxes.h"
 #include "ui/desktop.h"
@@ -80,8 +81,7 @@ struct DesktopWorld : UiWorld {
 struct ChipWorld : DesktopWorld {
     explicit ChipWorld(const ChipOptions& options = {})
         : DesktopWorld("[Settings PORTS]\nCOM1 = \"sim://desktop\"\n") {
-        std::filesystem::copy(CALVORIN_DEVICES, folder.path(),
-                              std::filesystem::copy_options::recursive);
+        copyDevices(folder.path());
         DEVICE_Init();
         DEVICE_FindByName("VT-B128");
         DEVPROPS_SelectAllBlocks();
@@ -107,9 +107,9 @@ struct ChipWorld : DesktopWorld {
     std::vector<std::string> boxes;
 };
 
-// Runs the program's loop until `done` holds; false when it does not within some seconds.
+// Runs the program's loop until `done` holds; false when it does not within a minute.
 inline bool runUntil(const Condition& done) {
-    const Moment deadline = CLOCK_After(5000);
+    const Moment deadline = CLOCK_After(60'000);
     while (!done()) {
         if (CLOCK_Now() > deadline) {
             return false;

@@ -1,5 +1,7 @@
 #include "desktop_world.h"
 
+#include <QLabel>
+
 TEST(Closing, ReleasesAWorkerThatWaitsForAnAnswer) {
     DesktopWorld world;
     world.show();
@@ -39,33 +41,48 @@ TEST(Closing, StoresTheViewsThatAreOpenAndThePlace) {
 }
 
 TEST(Closing, EndsACommandAtAnyMoment) {
+    enum class Moment { loaderIsSent, operationRuns, questionIsOpen };
     const struct {
-        const char* moment;
-        int ms;
-        bool asks = false, cancels = false;
-    } cases[] = {{"the loader is sent", 600},
-                 {"the operation runs", 1500},
-                 {"a question is open", 1500, true},
-                 {"the connection is cancelled", 600, false, true},
-                 {"the operation is cancelled", 1500, false, true}};
+        Moment moment;
+        bool cancels = false;
+    } cases[] = {{Moment::loaderIsSent},
+                 {Moment::operationRuns},
+                 {Moment::questionIsOpen},
+                 {Moment::loaderIsSent, true},
+                 {Moment::operationRuns, true}};
     for (const auto& one : cases) {
-        SCOPED_TRACE(one.moment);
+        SCOPED_TRACE(static_cast<int>(one.moment));
         ChipOptions slow;
         slow.checksumUsPerKiB = 20000; // of the blank check
         ChipWorld world(slow);
-        DEVPROPS_SetResetByPC(!one.asks);
-        if (one.asks) {
+        const bool asks = one.moment == Moment::questionIsOpen;
+        DEVPROPS_SetResetByPC(!asks);
+        if (asks) {
             BOX_SetResponder({});
         }
-        later(one.ms, [&] {
-            EXPECT_EQ(QApplication::activeModalWidget() != nullptr, one.asks);
+        const auto hasCome = [&] {
+            if (asks) {
+                return QApplication::activeModalWidget() != nullptr;
+            }
+            return one.moment == Moment::loaderIsSent
+                       ? SIMPORT_BytesToChip(world.line) > 100
+                       : control<QLabel>(world.progress(), "901").text() == "Checking if blank...";
+        };
+        QTimer watch;
+        QObject::connect(&watch, &QTimer::timeout, [&] {
+            if (!hasCome()) {
+                return;
+            }
+            watch.stop();
             if (one.cancels) {
                 click(world.progress(), "2");
             }
             world.frame().close();
         });
+        watch.start(5);
         world.item(CMD_TARGET_BLANK_CHECK_CHIP).trigger();
         EXPECT_TRUE(runUntil([] { return SESSION_Get().quit; }));
+        EXPECT_FALSE(watch.isActive()) << "the moment did not come";
         EXPECT_FALSE(SESSION_Get().targetBusy);
         EXPECT_FALSE(SIO_IsOpen());
     }

@@ -161,8 +161,7 @@ TEST(Frame, AsksOnceAboutAChangedFileWhenActivated) {
 
 TEST(Help, ShowsTheDocumentWithItsContents) {
     DesktopWorld world;
-    writeFile(world.folder / "Calvorin.hlp",
-              readFile(std::filesystem::path(CALVORIN_BIN) / "Calvorin.hlp"));
+    writeFile(world.folder / "Calvorin.hlp", readFile(builtFolder() / "Calvorin.hlp"));
     FRONTEND_Get().helpOnHelp();
     QWidget* help = nullptr;
     for (QWidget* window : QApplication::topLevelWidgets()) {
@@ -201,8 +200,7 @@ TEST(Frame, OpensWhatIsDroppedOnIt) {
 
 TEST(Start, AsksForTheSettingsOverTheFrame) {
     UiWorld world("[Settings PORTS]\nCOM1 = \"/no/port\"\n");
-    std::filesystem::copy(CALVORIN_DEVICES, world.folder.path(),
-                          std::filesystem::copy_options::recursive);
+    copyDevices(world.folder.path());
     EVENTS_Open();
     FRONTEND_Set(DESKTOP_Create());
     BOX_SetResponder([](const BoxRequest&) { return ANSWER_OK; });
