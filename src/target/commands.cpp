@@ -199,6 +199,7 @@ void TARGET_DownloadRamImage(const std::string& path) {
     _SelectProtocol();
     TARGET_SetLinkState(LINK_BOOTROM);
     CLOCK_Sleep(kCommandPauseMs);
+    TARGET_AwaitPort();
     PROGRESS_SetCancelHandler(TARGET_Cancel);
     const bool done = _CurrentProtocol().DownloadRamImage(path, true) == 1;
     PROGRESS_Close();

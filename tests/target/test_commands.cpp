@@ -207,6 +207,31 @@ TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
     }
 }
 
+// A reply that is on its way when the link is taken neither reaches the terminal nor is read as the
+// boot ROM's answer; one that does not come holds nobody up for long.
+TEST(Commands, TheLinkIsTakenAtAnyPointOfAnExchange) {
+    ChipOptions paced;
+    paced.pacing = true;
+    for (int64_t us = 0; us < 8000; us += 80) {
+        TargetWorld world({.device = "VT-B128", .chip = paced});
+        EXPECT_EQ(TARGET_Connect(), 1);
+        CLOCK_Wait(CLOCK_AfterUs(us), [] { return false; });
+        us % 160 == 0 ? TARGET_DownloadRamImage(FILES_ProgramFolder() + "RamImage/vt-b.s")
+                      : TARGET_Disconnect();
+        EXPECT_EQ(world.allErrors() + world.terminal, "") << us << " us";
+    }
+    TargetWorld world({.device = "VT-B128", .chip = paced});
+    EXPECT_EQ(TARGET_Connect(), 1);
+    SIMPORT_WithChip(world.line, [](Chip& chip) {
+        CHIP_SetFaults(chip, {{FaultKind::noReply, ChipStep::identify}});
+    });
+    CLOCK_Sleep(50);
+    const Moment start = CLOCK_Now();
+    TARGET_Disconnect();
+    EXPECT_LE(CLOCK_Now().us - start.us, 310'000);
+    EXPECT_EQ(world.allErrors(), "");
+}
+
 TEST(Commands, ClosingTheFrameEndsARunningCommand) {
     ChipOptions slow;
     slow.faults = {{FaultKind::slow, ChipStep::eraseBlock, 0, 0, 4000}};
