@@ -118,6 +118,7 @@ int _ResetAndMatch(BootStep matchFn, bool changeBaudrate) {
     if (changeBaudrate) {
         savedBaudrate = SIO_ChangeBaudrate(kMatchBaudrate);
         if (savedBaudrate == 0) {
+            _BootNeedsNoReport(); // the port has said why
             return 1;
         }
     }
