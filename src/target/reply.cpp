@@ -58,13 +58,19 @@ bool setError(int code, uint32_t address = 0, uint8_t contents = 0) {
     return false;
 }
 
-// Whoever ends the run does not wait for the chip, and a lost port brings nothing more.
+// An interrupted run does not wait for the chip, and a lost port brings nothing more.
 bool exchangeEnds() {
-    return TARGET_State().Stop != 0 || RUN_IsInterrupted() || SIO_IsLost();
+    return RUN_IsInterrupted() || SIO_IsLost();
 }
 
 bool linkIsTaken() {
     return TARGET_State().LinkState != LINK_RAMCODE;
+}
+
+// The port then goes to somebody else, the next run of the program included, who must not find the
+// answer to what was asked here.
+bool portIsLeft() {
+    return linkIsTaken() || TARGET_State().Stop != 0;
 }
 
 // Marks the port as used by the worker. Whoever takes the link away waits for the end of an
@@ -177,11 +183,11 @@ bool _Exchange(const PayloadWriter& command, std::span<const uint8_t> data, uint
     std::vector<uint8_t> payload;
     {
         const ExchangeMark mark;
-        if (linkIsTaken()) {
+        if (portIsLeft()) {
             return setError(TERR_TIMEOUT);
         }
         TARGET_SendFrame(command.bytes(), data);
-        if (TARGET_ReceiveFrame(payload, timeoutMs, {exchangeEnds, linkIsTaken}) < 0) {
+        if (TARGET_ReceiveFrame(payload, timeoutMs, {exchangeEnds, portIsLeft}) < 0) {
             return setError(TERR_TIMEOUT);
         }
     }
