@@ -249,25 +249,3 @@ TEST(Commands, ClosingTheFrameEndsARunningCommand) {
     EXPECT_FALSE(world.hasLogged("Erasing Blocks finished"));
     EXPECT_EQ(world.allErrors(), "");
 }
-
-TEST(Commands, LostPortEndsTheCommandAndIsOpenedAgainByTheNext) {
-    for (int ms = 100; ms < 3000; ms += 283) {
-        TargetWorld world({.device = "VT-B128", .chip = {}});
-        Moment unplugged{};
-        auto thief = CLOCK_StartThread([&] {
-            CLOCK_Sleep(ms);
-            SIMPORT_Unplug(world.line);
-            unplugged = CLOCK_Now();
-        });
-        runAuto();
-        CLOCK_JoinThread(thief);
-        runVerify(); // what came before the loss may have succeeded, this cannot
-        EXPECT_FALSE(world.errors().empty()) << ms;
-        EXPECT_FALSE(world.hasLogged("Verifying finished")) << ms;
-        // The pauses around two connects, and no reply waited for.
-        EXPECT_LT(CLOCK_Now().us - unplugged.us, 4'000'000) << ms;
-        SIMPORT_Plug(world.line);
-        runAuto();
-        EXPECT_TRUE(world.chipHoldsProgram()) << ms << world.allErrors() << world.violations();
-    }
-}
