@@ -23,6 +23,7 @@
 #include "target/worker.h"
 
 #include <atomic>
+#include <mutex>
 #include <numeric>
 #include <optional>
 
@@ -96,14 +97,15 @@ struct SweepWorld::Inside {
     Reports screen{ANSWER_OK};
     SimLinePtr line;
     std::string faults; // of the port that is opened next
+    std::mutex mutex;   // of `stage` and the world's stages
     uint8_t stage = kStageBoot;
     bool identified = false;
     std::atomic<bool> stopNow{false};
     std::atomic<bool> over{false};
-    Moment stopped = kNever;
+    std::atomic<int64_t> stoppedUs{kNever.us};
     ClockThreadPtr stopper;
 
-    // The line as the program sees it, which one thread uses at a time.
+    // The line as the program sees it.
     SerialPortPtr open(std::string& error) {
         const SerialPortPtr port =
             SERIALPORT_Open(std::exchange(faults, "") + "sim://sweep", error);
@@ -111,10 +113,7 @@ struct SweepWorld::Inside {
             return nullptr;
         auto seen = std::make_shared<SerialPort>(*port);
         seen->write = [this, port](std::span<const uint8_t> bytes) {
-            const bool frame = bytes.size() > 4 && bytes[0] == 0xEB && bytes[1] == 0xED;
-            stage = frame ? bytes[4] : kStageBoot;
-            if (stage == 0 && std::exchange(identified, true))
-                stage = kStageAgain;
+            enterStage(bytes);
             note(0, bytes.size());
             return port->write(bytes);
         };
@@ -127,7 +126,16 @@ struct SweepWorld::Inside {
         return seen;
     }
 
+    void enterStage(std::span<const uint8_t> written) {
+        const std::lock_guard lock(mutex);
+        const bool frame = written.size() > 4 && written[0] == 0xEB && written[1] == 0xED;
+        stage = frame ? written[4] : kStageBoot;
+        if (stage == 0 && std::exchange(identified, true))
+            stage = kStageAgain;
+    }
+
     void note(int direction, size_t count) {
+        const std::lock_guard lock(mutex);
         std::vector<uint8_t>& passed = world.stages[direction];
         passed.insert(passed.end(), count, stage);
         if (sweepCase.isStop() && sweepCase.isOnLine() && passed.size() > sweepCase.where &&
@@ -149,7 +157,7 @@ struct SweepWorld::Inside {
             SIMPORT_Unplug(line);
             return;
         }
-        stopped = CLOCK_Now();
+        stoppedUs = CLOCK_Now().us;
         sweepCase.what == "cancel" ? PROGRESS_Cancel() : SHELL_Interrupt();
     }
 
@@ -269,8 +277,8 @@ Outcome SweepWorld::run() {
     const Moment end = CLOCK_Now();
     Outcome outcome;
     outcome.us = end.us - begin.us;
-    if (in.stopped <= end)
-        outcome.usAfterStop = end.us - in.stopped.us;
+    if (in.stoppedUs <= end.us)
+        outcome.usAfterStop = end.us - in.stoppedUs;
     outcome.errors = in.screen.takeAll(in.screen.errors);
     for (const std::string& box : in.screen.takeAll(in.screen.questions)) {
         if (box.ends_with("failed") && outcome.errors.empty())
@@ -283,7 +291,7 @@ Outcome SweepWorld::run() {
 void SweepWorld::mend() {
     Inside& in = *inside_;
     in.endStopper();
-    in.stopped = kNever;
+    in.stoppedUs = kNever.us;
     CLOCK_Sleep(kSettleMs + in.sweepCase.lineFault().lateMs);
     SIMPORT_Plug(in.line);
     chip([this](Chip& looked) {
