@@ -103,6 +103,10 @@ void processByte(Chip& chip, const PendingByte& byte) {
     chip.counts.bytesIn++;
     if (SIM_FaultNumber(chip, FaultKind::dieAtByte, static_cast<uint32_t>(chip.counts.bytesIn)))
         chip.silent = true;
+    if (SIM_FaultNumber(chip, FaultKind::resetAtByte, static_cast<uint32_t>(chip.counts.bytesIn))) {
+        enterReset(chip, byte.at);
+        leaveReset(chip, false, byte.at);
+    }
     if (chip.mode == ChipMode::inReset || byte.at < chip.readyAt) {
         if (chip.mode != ChipMode::application)
             SIM_Violation(chip, "byte sent while the chip is in reset or starting");
@@ -249,6 +253,11 @@ std::optional<ChipOutput> CHIP_TakeOutput(Chip& chip, Moment now) {
     SIM_Violation(chip, formatText("the host listens at %u Bd to a byte sent at %u Bd",
                                    chip.hostRate, byte.rate));
     return ChipOutput{byte.at, garbled(byte.value)};
+}
+
+void CHIP_DropOutput(Chip& chip, Moment now) {
+    while (CHIP_NextOutput(chip, now))
+        chip.output.pop_front();
 }
 
 void CHIP_Run(Chip& chip, Moment now) {

@@ -65,6 +65,8 @@ void CHIP_SetLines(Chip& chip, bool dtr, bool rts, Moment at);
 std::optional<Moment> CHIP_NextOutput(Chip& chip, Moment until);
 // Takes the next byte that has arrived by `now`.
 std::optional<ChipOutput> CHIP_TakeOutput(Chip& chip, Moment now);
+// Drops what has arrived by `now`: nobody listens.
+void CHIP_DropOutput(Chip& chip, Moment now);
 // Processes everything that has arrived by `now`.
 void CHIP_Run(Chip& chip, Moment now);
 

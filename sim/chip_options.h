@@ -57,10 +57,13 @@ enum class FaultKind : uint8_t {
     stuckBits,      // the bits of `value` at `address` read as 1, whatever is programmed
     deadBits,       // the bits of `value` at `address` read as 0, also when erased
     lostWrite,      // the n-th program command is acknowledged and not done
+    misplacedWrite, // the n-th program command goes to its address XOR `address`
+    shiftedWrite,   // the n-th program command's bytes stand `value` places on, the last ones first
     shortErase,     // the n-th erase leaves the last `value` bytes (0: 1) of what it erases
     powerCut,       // the n-th flash operation is half done, then the chip is silent until a reset
     die,            // silent from the n-th reply of the step on, until a reset
     dieAtByte,      // silent from the n-th received byte on, until a reset
+    resetAtByte,    // the n-th received byte comes while the chip resets itself: its RAM is lost
     lateMatch,      // the first n - 1 matching bytes after a reset are not answered
     count_
 };

@@ -9,10 +9,10 @@
 namespace {
 
 constexpr std::array<std::string_view, static_cast<size_t>(FaultKind::count_)> kKindNames = {
-    "no-reply",        "wrong-reply", "bad-checksum", "short-reply", "long-reply",
-    "garbage",         "slow",        "nak",          "error-reply", "wrong-product",
-    "refuse-password", "stuck-bits",  "dead-bits",    "lost-write",  "short-erase",
-    "power-cut",       "die",         "die-at-byte",  "late-match"};
+    "no-reply",  "wrong-reply", "bad-checksum",    "short-reply",   "long-reply",      "garbage",
+    "slow",      "nak",         "error-reply",     "wrong-product", "refuse-password", "stuck-bits",
+    "dead-bits", "lost-write",  "misplaced-write", "shifted-write", "short-erase",     "power-cut",
+    "die",       "die-at-byte", "reset-at-byte",   "late-match"};
 
 constexpr std::array<std::string_view, static_cast<size_t>(ChipStep::count_)> kStepNames = {
     "any",       "match",        "baudrate",      "sum",         "product",      "ram",

@@ -99,6 +99,22 @@ std::optional<uint32_t> findWriteError(const Chip& chip, uint32_t address, Paylo
     return std::nullopt;
 }
 
+// A write that the chip believes to be right and that is not; false when none is due.
+bool writeElsewhere(Chip& chip, uint32_t address, Payload data) {
+    if (const ChipFault* fault =
+            SIM_FaultNumber(chip, FaultKind::misplacedWrite, chip.programOperations)) {
+        SIMFLASH_Program(chip.flash, address ^ fault->address, data);
+        return true;
+    }
+    const ChipFault* fault = SIM_FaultNumber(chip, FaultKind::shiftedWrite, chip.programOperations);
+    if (fault == nullptr)
+        return false;
+    std::vector<uint8_t> shifted(data.begin(), data.end());
+    std::rotate(shifted.begin(), shifted.end() - fault->value % shifted.size(), shifted.end());
+    SIMFLASH_Program(chip.flash, address, shifted);
+    return true;
+}
+
 void writeFlash(Chip& chip, uint32_t address, Payload data, Moment at) {
     const Moment done{at.us + chip.options.programUs};
     chip.counts.programs++;
@@ -108,6 +124,10 @@ void writeFlash(Chip& chip, uint32_t address, Payload data, Moment at) {
         return;
     }
     const bool powerFails = SIM_PowerFails(chip);
+    if (writeElsewhere(chip, address, data)) {
+        acknowledge(chip, ChipStep::program, 0x02, done);
+        return;
+    }
     SIMFLASH_Program(chip.flash, address, powerFails ? data.first(data.size() / 2) : data);
     if (const auto wrong = findWriteError(chip, address, data))
         errorReply(chip, ChipStep::program, kErrWrite, *wrong, done);

@@ -210,6 +210,7 @@ SerialPortPtr openPort(const std::string& device, std::string& error) {
         return nullptr;
     }
     line->isOpen = true;
+    CHIP_DropOutput(*line->chip, CLOCK_Now()); // as a device drops what came while it was closed
     noteCall(*line, LineCall::Kind::open);
     return makePort(line, device);
 }

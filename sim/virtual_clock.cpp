@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <mutex>
 #include <random>
 #include <thread>
@@ -19,7 +20,8 @@ struct Participant {
     Moment deadline = kNever;
     const Condition* condition = nullptr;
     uint64_t seenNotifications = 0; // when the condition was last looked at
-    std::condition_variable chosen;
+    // Shared: whoever gives the turn still signals it when the thread may have ended already.
+    std::shared_ptr<std::condition_variable> chosen = std::make_shared<std::condition_variable>();
 };
 
 thread_local Participant* self = nullptr;
@@ -121,9 +123,12 @@ void VirtualClock::World::handOver(std::unique_lock<std::mutex>& lock, Participa
     if (&next == self) {
         return;
     }
-    next.chosen.notify_one();
+    const std::shared_ptr<std::condition_variable> signal = next.chosen;
+    lock.unlock(); // else the thread would wake up only to wait for the lock
+    signal->notify_one();
+    lock.lock();
     if (self->turn != Turn::finished) {
-        self->chosen.wait(lock, [] { return self->turn == Turn::running; });
+        self->chosen->wait(lock, [] { return self->turn == Turn::running; });
     }
 }
 
@@ -148,7 +153,7 @@ void VirtualClock::World::run(VirtualThread& thread, const std::function<void()>
     self = &thread.participant;
     {
         std::unique_lock lock(mutex);
-        self->chosen.wait(lock, [] { return self->turn == Turn::running; });
+        self->chosen->wait(lock, [] { return self->turn == Turn::running; });
     }
     body();
     std::unique_lock lock(mutex);

@@ -118,6 +118,7 @@ int _ResetAndMatch(BootStep matchFn, bool changeBaudrate) {
     if (changeBaudrate) {
         savedBaudrate = SIO_ChangeBaudrate(kMatchBaudrate);
         if (savedBaudrate == 0) {
+            _BootNeedsNoReport(); // the port has said why
             return 1;
         }
     }
@@ -125,7 +126,7 @@ int _ResetAndMatch(BootStep matchFn, bool changeBaudrate) {
     if (matchFn() == 0) {
         return 0;
     }
-    if (changeBaudrate) {
+    if (changeBaudrate && !SIO_IsLost()) { // a port that is opened again has the user's rate
         SIO_ChangeBaudrate(savedBaudrate); // else the next attempt would take 9600 for the user's
     }
     return 1;

@@ -10,6 +10,7 @@
 namespace {
 
 constexpr int kDisconnectPauseMs = 100;
+constexpr int kLongestExchangeMs = 2000; // of a loader that the link has been taken from
 
 std::atomic<int> bootState{BOOT_UNSYNCED};
 std::atomic<int> bootResult{0};
@@ -38,12 +39,17 @@ void _BootReset() {
     PROGRESS_Done();
 }
 
+void TARGET_AwaitPort() {
+    CLOCK_Wait(CLOCK_After(kLongestExchangeMs), [] { return TARGET_State().Exchanging == 0; });
+}
+
 // The link state goes first: a command that the reset releases must not find a link that is about
 // to be taken away.
 void TARGET_Disconnect() {
     TARGET_SetLinkState(LINK_IDLE);
     _BootReset();
     CLOCK_Sleep(kDisconnectPauseMs);
+    TARGET_AwaitPort();
 }
 
 void TARGET_ReportError(std::string_view text, int exitCode) {

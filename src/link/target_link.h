@@ -18,7 +18,11 @@ void BOOT_SetResult(int result);
 
 // Unsynchronised, no result, and the wait for a running operation ends. Any thread.
 void _BootReset();
-// Ends the connection: LINK_IDLE, _BootReset, 100 ms pause. User-interface thread.
+// Waits, for 2 s at the most, until the worker has taken the answer that was on its way when the
+// link was taken from it: before that the port is not the caller's. User-interface thread.
+void TARGET_AwaitPort();
+// Ends the connection: LINK_IDLE, _BootReset, 100 ms pause, TARGET_AwaitPort. User-interface
+// thread.
 void TARGET_Disconnect();
 // Reports the text (ERROR_Out), then calls _BootReset. Any thread.
 void TARGET_ReportError(std::string_view text, int exitCode);

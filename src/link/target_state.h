@@ -34,6 +34,7 @@ struct TargetState {
     std::atomic<int> OperationOk{0};
     std::atomic<int> Cancel{0};
     std::atomic<int> Stop{0};
+    std::atomic<int> Exchanging{0}; // the worker has a frame under way and takes its answer
     std::atomic<int> Identified{0}; // the loader has answered an identify frame
 
     std::atomic<int> Error{TERR_NONE};

@@ -3,9 +3,10 @@
 // the seed and the bytes that pass, so that a run can be repeated:
 //
 //   DIRECTION  tx what the program sends, rx what it receives
-//   FAULT      lose, flip (one bit), double, late, hangup
+//   FAULT      lose, flip (one bit), set, add, double, insert, late, cut, hangup, fail (tx only)
 //   WHERE      N the byte of that number in this direction, from 0; or N% every byte with this
-//              chance. A flip may name its bit (12.3); late needs a delay (8:20ms).
+//              chance. A flip may name its bit (12.3); late needs a delay (8:20ms); set, add and
+//              insert need a byte in hex digits (12:EB).
 #include "platform/clock.h"
 #include "platform/format.h"
 #include "platform/serial_port.h"
@@ -21,7 +22,7 @@
 
 namespace {
 
-enum class FaultKind { lose, flip, doubled, late, hangup };
+enum class FaultKind { lose, flip, set, add, doubled, insert, late, cut, hangup, fail };
 enum Direction : size_t { kTx = 0, kRx = 1 };
 
 struct Fault {
@@ -30,14 +31,18 @@ struct Fault {
     double chance = 0;  // of every byte, 0 to 1
     int bit = -1;       // -1: chosen by the seed
     int64_t delayMs = 0;
+    uint8_t value = 0; // what is set, added or inserted
 };
 
 // What becomes of one byte.
 struct Fate {
-    int copies = 1;
-    uint8_t flipMask = 0;
+    std::vector<uint8_t> before; // what comes in front of it
+    size_t copies = 1;
+    uint8_t value = 0;
     int64_t delayMs = 0;
+    bool cut = false;
     bool hangup = false;
+    bool fails = false;
 };
 
 // One direction of the line: its faults and how many bytes have passed.
@@ -63,6 +68,7 @@ struct FaultyLine {
     std::array<Lane, 2> lanes;
     std::deque<LateByte> underWay; // received, not handed out yet
     std::atomic<bool> hungUp{false};
+    std::atomic<bool> isCut{false}; // nothing passes any more, and nobody is told
 };
 
 // A small generator of well-mixed numbers (SplitMix64); the same everywhere, unlike the
@@ -88,24 +94,40 @@ void apply(const Fault& fault, Lane& lane, Fate& fate) {
         fate.copies = 0;
         break;
     case FaultKind::flip:
-        fate.flipMask ^= static_cast<uint8_t>(
+        fate.value ^= static_cast<uint8_t>(
             1U << (fault.bit >= 0 ? static_cast<unsigned>(fault.bit)
                                   : static_cast<unsigned>(nextRandom(lane.random) & 7)));
+        break;
+    case FaultKind::set:
+        fate.value = fault.value;
+        break;
+    case FaultKind::add:
+        fate.value = static_cast<uint8_t>(fate.value + fault.value);
         break;
     case FaultKind::doubled:
         fate.copies *= 2;
         break;
+    case FaultKind::insert:
+        fate.before.push_back(fault.value);
+        break;
     case FaultKind::late:
         fate.delayMs += fault.delayMs;
+        break;
+    case FaultKind::cut:
+        fate.cut = true;
         break;
     case FaultKind::hangup:
         fate.hangup = true;
         break;
+    case FaultKind::fail:
+        fate.fails = true;
+        break;
     }
 }
 
-Fate nextFate(Lane& lane) {
+Fate nextFate(Lane& lane, uint8_t byte) {
     Fate fate;
+    fate.value = byte;
     for (const Fault& fault : lane.faults) {
         if (hits(fault, lane)) {
             apply(fault, lane, fate);
@@ -113,6 +135,13 @@ Fate nextFate(Lane& lane) {
     }
     ++lane.passed;
     return fate;
+}
+
+// Puts the byte behind `bytes`, with what comes in front of it and as often as it comes.
+template <typename Bytes, typename Make>
+void putSpoilt(Bytes& bytes, const Fate& fate, const Make& make) {
+    std::transform(fate.before.begin(), fate.before.end(), std::back_inserter(bytes), make);
+    bytes.insert(bytes.end(), fate.copies, make(fate.value));
 }
 
 void hangUp(FaultyLine& faulty) {
@@ -126,16 +155,19 @@ bool takeReceived(FaultyLine& faulty, std::span<const uint8_t> bytes) {
     const Moment now = CLOCK_Now();
     const std::lock_guard lock(faulty.mutex);
     for (const uint8_t byte : bytes) {
-        const Fate fate = nextFate(faulty.lanes[kRx]);
+        const Fate fate = nextFate(faulty.lanes[kRx], byte);
         if (fate.hangup) {
             return false;
+        }
+        faulty.isCut = faulty.isCut || fate.cut;
+        if (faulty.isCut) {
+            return true;
         }
         Moment due{now.us + fate.delayMs * 1000};
         if (!faulty.underWay.empty()) {
             due = std::max(due, faulty.underWay.back().due);
         }
-        faulty.underWay.insert(faulty.underWay.end(), static_cast<size_t>(fate.copies),
-                               {static_cast<uint8_t>(byte ^ fate.flipMask), due});
+        putSpoilt(faulty.underWay, fate, [due](uint8_t value) { return LateByte{value, due}; });
     }
     return true;
 }
@@ -193,12 +225,15 @@ size_t readBytes(FaultyLine& faulty, std::span<uint8_t> buffer, Moment deadline,
 bool writeBytes(FaultyLine& faulty, std::span<const uint8_t> bytes) {
     std::vector<uint8_t> spoilt;
     bool written = !faulty.hungUp;
+    bool fails = false;
     for (size_t index = 0; index < bytes.size() && !faulty.hungUp; ++index) {
         Fate fate;
         {
             const std::lock_guard lock(faulty.mutex);
-            fate = nextFate(faulty.lanes[kTx]);
+            fate = nextFate(faulty.lanes[kTx], bytes[index]);
         }
+        fails = fails || fate.fails;
+        faulty.isCut = faulty.isCut || fate.cut;
         if (fate.delayMs > 0) {
             written = faulty.inner->write(std::exchange(spoilt, {})) && written;
             CLOCK_Sleep(fate.delayMs);
@@ -208,19 +243,24 @@ bool writeBytes(FaultyLine& faulty, std::span<const uint8_t> bytes) {
             written = false;
             break;
         }
-        spoilt.insert(spoilt.end(), static_cast<size_t>(fate.copies),
-                      static_cast<uint8_t>(bytes[index] ^ fate.flipMask));
+        if (!faulty.isCut) {
+            putSpoilt(spoilt, fate, [](uint8_t value) { return value; });
+        }
     }
-    return (spoilt.empty() || faulty.inner->write(spoilt)) && written;
+    return !fails && (spoilt.empty() || faulty.inner->write(spoilt)) && written;
 }
 
 // Reads the number at the start of `text` and moves behind it.
-template <typename Number>
-bool takeNumber(std::string_view& text, Number& value) {
+template <typename Number, typename... Base>
+bool takeNumber(std::string_view& text, Number& value, Base... base) {
     const char* end = text.data() + text.size();
-    const std::from_chars_result result = std::from_chars(text.data(), end, value);
+    const std::from_chars_result result = std::from_chars(text.data(), end, value, base...);
     text = std::string_view(result.ptr, static_cast<size_t>(end - result.ptr));
     return result.ec == std::errc();
+}
+
+bool takesByte(FaultKind kind) {
+    return kind == FaultKind::set || kind == FaultKind::add || kind == FaultKind::insert;
 }
 
 // WHERE of the description above.
@@ -242,25 +282,28 @@ bool parseWhere(std::string_view text, Fault& fault) {
             return false;
         }
     }
-    if (fault.kind == FaultKind::late) {
+    const bool isLate = fault.kind == FaultKind::late;
+    if (!isLate && !takesByte(fault.kind)) {
+        return text.empty();
+    }
+    if (!text.starts_with(':')) {
+        return false;
+    }
+    text.remove_prefix(1);
+    if (isLate) {
         constexpr int64_t kLongestDelayMs = 3'600'000;
-        if (!text.starts_with(':')) {
-            return false;
-        }
-        text.remove_prefix(1);
         return takeNumber(text, fault.delayMs) && fault.delayMs >= 0 &&
                fault.delayMs <= kLongestDelayMs && text == "ms";
     }
-    return text.empty();
+    return takeNumber(text, fault.value, 16) && text.empty();
 }
 
 bool parseFaultName(std::string_view name, FaultKind& kind) {
     static constexpr std::pair<std::string_view, FaultKind> kNames[] = {
-        {"lose", FaultKind::lose},
-        {"flip", FaultKind::flip},
-        {"double", FaultKind::doubled},
-        {"late", FaultKind::late},
-        {"hangup", FaultKind::hangup}};
+        {"lose", FaultKind::lose}, {"flip", FaultKind::flip},      {"set", FaultKind::set},
+        {"add", FaultKind::add},   {"double", FaultKind::doubled}, {"insert", FaultKind::insert},
+        {"late", FaultKind::late}, {"cut", FaultKind::cut},        {"hangup", FaultKind::hangup},
+        {"fail", FaultKind::fail}};
     for (const auto& [known, value] : kNames) {
         if (name == known) {
             kind = value;
@@ -284,7 +327,7 @@ bool parseItem(std::string_view item, FaultPlan& plan) {
     const bool isTx = name.starts_with("tx-");
     Fault fault;
     if ((!isTx && !name.starts_with("rx-")) || !parseFaultName(name.substr(3), fault.kind) ||
-        !parseWhere(value, fault)) {
+        (fault.kind == FaultKind::fail && !isTx) || !parseWhere(value, fault)) {
         return false;
     }
     plan.faults[isTx ? kTx : kRx].push_back(fault);

@@ -19,14 +19,6 @@ namespace {
 
 bool helpIsAllAsked = false;
 
-// The user ends the run: what runs is cancelled, the main loop ends. Called on the signal thread.
-void interrupt() {
-    RUN_Interrupt();
-    PROGRESS_Cancel();
-    CLOCK_Notify();
-    EVENTS_Post([] { SESSION_Get().quit = true; });
-}
-
 // Puts the desktop in place; false, with the reason printed, when it cannot be had.
 bool loadDesktop(int argc, char** argv, std::string& reason) {
     auto* create = reinterpret_cast<FrontEndFactory>(
@@ -89,7 +81,7 @@ int SHELL_Run(int argc, char** argv) {
     if (answerAtOnce(arguments)) {
         return 0;
     }
-    PROCESS_CatchSignals(interrupt);
+    PROCESS_CatchSignals(SHELL_Interrupt);
     EVENTS_Open();
     CMDLINE_SetDispatcher(CMD_EXIT, {});
     if (!chooseFrontEnd(argc, argv, arguments)) {
@@ -104,6 +96,13 @@ int SHELL_Run(int argc, char** argv) {
     }
     STARTUP_Close();
     return RUN_GetExitCode();
+}
+
+void SHELL_Interrupt() {
+    RUN_Interrupt();
+    PROGRESS_Cancel();
+    CLOCK_Notify();
+    EVENTS_Post([] { SESSION_Get().quit = true; });
 }
 
 void SHELL_AnswerWithoutDesktop(const std::string& reason) {

@@ -199,6 +199,7 @@ void TARGET_DownloadRamImage(const std::string& path) {
     _SelectProtocol();
     TARGET_SetLinkState(LINK_BOOTROM);
     CLOCK_Sleep(kCommandPauseMs);
+    TARGET_AwaitPort();
     PROGRESS_SetCancelHandler(TARGET_Cancel);
     const bool done = _CurrentProtocol().DownloadRamImage(path, true) == 1;
     PROGRESS_Close();
@@ -214,12 +215,18 @@ void TARGET_DownloadRamImage(const std::string& path) {
 
 void TARGET_StartApplication() {
     TARGET_Disconnect();
-    SIO_SetLines(SETDTR);
+    if (!SIO_EnsureOpen()) {
+        return; // the port has said why
+    }
+    bool done = SIO_SetLines(SETDTR);
     CLOCK_Sleep(50);
-    SIO_SetLines(CLRRTS);
+    done = SIO_SetLines(CLRRTS) && done;
     CLOCK_Sleep(250);
-    SIO_SetLines(CLRDTR);
+    done = SIO_SetLines(CLRDTR) && done;
     CLOCK_Sleep(250);
+    if (!done) { // else nobody would learn that the application does not run
+        ERROR_Out(nullptr, "Start Application failed", 1);
+    }
 }
 
 int TARGET_EraseChip(bool showBox) {

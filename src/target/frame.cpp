@@ -3,6 +3,7 @@
 #include "link/target_state.h"
 #include "serial/sio.h"
 
+#include <algorithm>
 #include <numeric>
 
 namespace {
@@ -12,6 +13,7 @@ constexpr uint8_t kStart2 = 0xED;
 constexpr uint8_t kEnd = 0xEC;
 constexpr uint32_t kByteMs = 50;
 constexpr uint32_t kPayloadMs = 1000;
+constexpr int64_t kSoonMs = 300;
 
 uint32_t sumOf(std::span<const uint8_t> bytes) {
     return std::accumulate(bytes.begin(), bytes.end(), 0U);
@@ -21,6 +23,16 @@ uint32_t sumOf(std::span<const uint8_t> bytes) {
 uint8_t frameSum(std::span<const uint8_t> head, std::span<const uint8_t> data) {
     const size_t length = head.size() + data.size();
     return static_cast<uint8_t>(length + (length >> 8) + sumOf(head) + sumOf(data));
+}
+
+bool frameBegins(uint32_t timeoutMs, const FrameStop& stop) {
+    const Moment deadline = CLOCK_After(timeoutMs);
+    uint8_t value = 0;
+    if (SIO_ReadUntil(&value, 1, deadline, [&stop] { return stop.now() || stop.soon(); }) == 0 &&
+        SIO_ReadUntil(&value, 1, std::min(deadline, CLOCK_After(kSoonMs)), stop.now) == 0) {
+        return false;
+    }
+    return value == kStart1;
 }
 
 bool readByte(uint8_t& value, uint32_t timeoutMs, const Condition& stop) {
@@ -63,12 +75,12 @@ void TARGET_SendFrame(std::span<const uint8_t> head, std::span<const uint8_t> da
     SIO_WriteByte(kEnd);
 }
 
-int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, uint32_t timeoutMs, const Condition& stop) {
+int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, uint32_t timeoutMs, const FrameStop& stop) {
     payload.clear();
     uint8_t low = 0;
     uint8_t high = 0;
-    if (!readExpected(kStart1, timeoutMs, stop) || !readExpected(kStart2, kByteMs, stop) ||
-        !readByte(low, kByteMs, stop) || !readByte(high, kByteMs, stop)) {
+    if (!frameBegins(timeoutMs, stop) || !readExpected(kStart2, kByteMs, stop.now) ||
+        !readByte(low, kByteMs, stop.now) || !readByte(high, kByteMs, stop.now)) {
         return -1;
     }
     const size_t length = low + high * size_t{256};
@@ -76,10 +88,11 @@ int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, uint32_t timeoutMs, const
         return -1;
     }
     payload.resize(length);
-    if (length != 0 && SIO_Read(payload.data(), length, kPayloadMs, stop) != length) {
+    if (length != 0 && SIO_Read(payload.data(), length, kPayloadMs, stop.now) != length) {
         return -1;
     }
-    if (!readExpected(frameSum(payload, {}), kByteMs, stop) || !readExpected(kEnd, kByteMs, stop)) {
+    if (!readExpected(frameSum(payload, {}), kByteMs, stop.now) ||
+        !readExpected(kEnd, kByteMs, stop.now)) {
         return -1;
     }
     return static_cast<int>(length);

@@ -22,7 +22,12 @@ private:
 
 // Sends one frame whose payload is `head` followed by `data`; awaits nothing.
 void TARGET_SendFrame(std::span<const uint8_t> head, std::span<const uint8_t> data = {});
+// What ends the wait for a frame early: `now` as a timeout does, at once; `soon` when the frame has
+// not begun 300 ms later, so that an answer that is on its way is still taken whole.
+struct FrameStop {
+    Condition now;
+    Condition soon;
+};
 // Awaits one frame, its first byte within `timeoutMs`: the payload's length, or -1 for anything
 // that is not a good frame of at most kMaxReply bytes. What was read of a bad frame is dropped.
-// `stop` ends the wait as a timeout does.
-int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, uint32_t timeoutMs, const Condition& stop);
+int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, uint32_t timeoutMs, const FrameStop& stop);

@@ -58,13 +58,35 @@ bool setError(int code, uint32_t address = 0, uint8_t contents = 0) {
     return false;
 }
 
-// Whoever takes the link away or ends the run does not wait for the chip, and a lost port brings
-// nothing more.
+// An interrupted run does not wait for the chip, and a lost port brings nothing more.
 bool exchangeEnds() {
-    const TargetState& state = TARGET_State();
-    return state.LinkState != LINK_RAMCODE || state.Stop != 0 || RUN_IsInterrupted() ||
-           SIO_IsLost();
+    return RUN_IsInterrupted() || SIO_IsLost();
 }
+
+bool linkIsTaken() {
+    return TARGET_State().LinkState != LINK_RAMCODE;
+}
+
+// The port then goes to somebody else, the next run of the program included, who must not find the
+// answer to what was asked here.
+bool portIsLeft() {
+    return linkIsTaken() || TARGET_State().Stop != 0;
+}
+
+// Marks the port as used by the worker. Whoever takes the link away waits for the end of an
+// exchange: a reply that nobody takes would be read as the boot ROM's answer.
+class ExchangeMark {
+public:
+    ExchangeMark() { TARGET_State().Exchanging = 1; }
+    ~ExchangeMark() {
+        TARGET_State().Exchanging = 0;
+        if (linkIsTaken()) {
+            CLOCK_Notify();
+        }
+    }
+    ExchangeMark(const ExchangeMark&) = delete;
+    ExchangeMark& operator=(const ExchangeMark&) = delete;
+};
 
 void takeEffect(const Reply& reply) {
     TargetState& state = TARGET_State();
@@ -158,10 +180,16 @@ bool TARGET_HandleReply(std::span<const uint8_t> payload, ReplyKind wanted) {
 
 bool _Exchange(const PayloadWriter& command, std::span<const uint8_t> data, uint32_t timeoutMs,
                ReplyKind wanted) {
-    TARGET_SendFrame(command.bytes(), data);
     std::vector<uint8_t> payload;
-    if (TARGET_ReceiveFrame(payload, timeoutMs, exchangeEnds) < 0) {
-        return setError(TERR_TIMEOUT);
+    {
+        const ExchangeMark mark;
+        if (portIsLeft()) {
+            return setError(TERR_TIMEOUT);
+        }
+        TARGET_SendFrame(command.bytes(), data);
+        if (TARGET_ReceiveFrame(payload, timeoutMs, {exchangeEnds, portIsLeft}) < 0) {
+            return setError(TERR_TIMEOUT);
+        }
     }
     return TARGET_HandleReply(payload, wanted);
 }

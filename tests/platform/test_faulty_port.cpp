@@ -29,6 +29,9 @@ TEST(FaultyPort, SpoilsTheNamedBytes) {
         {"DIR-lose=100%", ""},
         {"DIR-hangup=3", "abc"},
         {"DIR-double=2,DIR-flip=2.0", "abbbdef"},
+        {"DIR-set=2:7A,DIR-add=4:ff", "abzddf"},
+        {"DIR-insert=0:2D,DIR-insert=3:2B", "-abc+def"},
+        {"DIR-cut=4", "abcd"},
     };
     for (const auto& [faults, expected] : cases) {
         for (const std::string direction : {"tx", "rx"}) {
@@ -59,6 +62,28 @@ TEST(FaultyPort, SpoilsTheNamedBytes) {
             world.lines["a"].toProgram.clear();
         }
     }
+}
+
+TEST(FaultyPort, AFailingWriteSendsNothingAndIsTheOnlyOne) {
+    World world;
+    const SerialPortPtr port = world.open("tx-fail=1");
+    const std::string text = "ab";
+    const std::vector<uint8_t> bytes(text.begin(), text.end());
+    EXPECT_FALSE(port->write(bytes));
+    EXPECT_TRUE(port->write(bytes));
+    EXPECT_EQ(port->lostReason(), "");
+    EXPECT_EQ(world.lines["a"].fromProgram, (std::vector<std::string>{text}));
+}
+
+TEST(FaultyPort, ACutLineIsSilentInBothDirections) {
+    World world;
+    const SerialPortPtr port = world.open("tx-cut=1");
+    writeText(*port, "ab");
+    writeText(*port, "cd");
+    world.lines["a"].send("x");
+    EXPECT_EQ(readText(*port, 1, 5), "");
+    EXPECT_EQ(port->lostReason(), "");
+    EXPECT_EQ(world.lines["a"].fromProgram, (std::vector<std::string>{"a"}));
 }
 
 TEST(FaultyPort, ALateByteHoldsUpWhatIsBehindIt) {
@@ -114,8 +139,8 @@ TEST(FaultyPort, RefusesWhatItDoesNotUnderstand) {
     World world;
     for (const std::string bad :
          {"rx", "rx-lose", "rx-lose=", "rx-lose=x", "rx-lose=-1", "rx-lose=1.2", "rx-flip=1.8",
-          "rx-flip=101%", "rx-flip=0%", "rx-late=3", "rx-late=3:5", "rx-late=1%:5s", "xx-lose=1",
-          "rx-melt=1", "seed=a", "speed=1"}) {
+          "rx-flip=101%", "rx-flip=0%", "rx-late=3", "rx-late=3:5", "rx-late=1%:5s", "rx-set=3",
+          "rx-add=3:100", "rx-fail=1", "xx-lose=1", "rx-melt=1", "seed=a", "speed=1"}) {
         EXPECT_FALSE(world.open("seed=3," + bad + ",tx-lose=1"));
         EXPECT_EQ(world.error, "the line fault \"" + bad + "\" is not understood");
     }

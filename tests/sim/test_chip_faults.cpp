@@ -32,6 +32,7 @@ TEST(ChipFaults, RepliesAreSpoilt) {
         {"long-reply@sum,value=2", false, "8620", "86200000000000"},
         {"refuse-password", false, "8610" + repeat("FF", 12) + "0C", "861011"},
         {"die-at-byte#2", false, "8620", "86"},
+        {"reset-at-byte#2", false, "8620", "86"},
         {"garbage@match,value=0", false, "86", "xx86"},
     };
     for (const Case& test : cases) {
@@ -59,6 +60,23 @@ TEST(ChipFaults, FlashIsLeftHalfDone) {
         const std::vector<uint8_t> flash = CHIP_GetFlash(*bench.chip, 0, 0x8000);
         const auto wrong = std::ranges::find(flash, 0x11);
         EXPECT_EQ(wrong - flash.begin(), test.wrongFrom) << test.fault;
+    }
+}
+
+TEST(ChipFaults, WritesGoAstray) {
+    struct Case {
+        const char* fault;
+        uint32_t address; // of the frame's first byte
+    };
+    for (const Case& test : {Case{"misplaced-write#1,address=80", 0x80},
+                             Case{"shifted-write#1,value=3", 3}, Case{"lost-write#2", 0}}) {
+        Bench bench("VT-B128");
+        bench.startLoader();
+        CHIP_SetFaults(*bench.chip, {parsed(test.fault)});
+        const std::string data = "11" + repeat("FF", 127);
+        EXPECT_EQ(bench.exchange(frame("02 00000000 8000" + data)), frame("02")) << test.fault;
+        const std::vector<uint8_t> flash = CHIP_GetFlash(*bench.chip, 0, 0x100);
+        EXPECT_EQ(std::ranges::find(flash, 0x11) - flash.begin(), test.address) << test.fault;
     }
 }
 
