@@ -178,7 +178,7 @@ void run(Sweep& sweep, const std::string& mode, const std::string& line) {
 
 } // namespace
 
-// test_sweep [--stride N] [--shard I/N] [--only BEGINNING] [--tell 1] | --replay CASE | --real
+// test_sweep [--stride N] [--shard I/N] [--only BEGINNING] | --replay CASE | --real
 // [CASE]
 int main(int argc, char** argv) {
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
