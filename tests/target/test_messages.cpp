@@ -24,6 +24,7 @@ void expectMessage(const Case& c) {
     std::string wrong;
     EXPECT_TRUE(CHIP_ParseFault(c.fault, options.chip.faults.emplace_back(), wrong)) << wrong;
     TargetWorld world(options);
+    PASSWORD_SetBytes(std::vector<uint8_t>(12, 0xFF));
     HEXDATA_Clear();
     HEXDATA_AddData(DEVICE_GetFlashStart() + 0x100, std::vector<uint8_t>(300, 0x5A));
     c.command();
@@ -75,15 +76,15 @@ TEST(Messages, CommandsEndInTheirError) {
         {"VT-B128", "bad-checksum@crc", "Timeout error"},
         {"VT-B128", "nak@crc", "Not acknowledged"},
         {"VT-B128", "error-reply@erase-block,value=1", "Error erasing sector", TARGET_EraseBlocks},
-        {"VT-B128", "error-reply@program,address=1234,value=2", "Error writing on address 1234",
-         program},
-        {"VT-B128", "stuck-bits,address=104,value=FF", "Error comparing contents of address 100",
-         runVerify},
-        {"VT-B128", "dead-bits,address=104,value=1", "Target not blank at address 104",
+        {"VT-B128", "error-reply@program,address=1234,value=2",
+         "Error writing on address 1234\nContents: FF", program},
+        {"VT-B128", "stuck-bits,address=104,value=FF",
+         "Error comparing contents of address 100\nContents: FF", runVerify},
+        {"VT-B128", "dead-bits,address=104,value=1", "Target not blank at address 104\nContents: FE",
          [] { TARGET_BlankCheckChip(); }},
         {"VT-B128", "die@program#2", "Timeout error", program},
-        {"VT-B128", "error-reply@program,value=63", "Unknown target error 99 at address 0",
-         program},
+        {"VT-B128", "error-reply@program,value=63",
+         "Unknown target error 99 at address 0\nContents: FF", program},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(std::string(c.device) + " " + c.fault);

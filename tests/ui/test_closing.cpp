@@ -41,21 +41,21 @@ TEST(Closing, StoresTheViewsThatAreOpenAndThePlace) {
 }
 
 TEST(Closing, EndsACommandAtAnyMoment) {
-    enum class Moment { loaderIsSent, operationRuns, questionIsOpen };
+    enum class When { loaderIsSent, operationRuns, questionIsOpen };
     const struct {
-        Moment moment;
+        When moment;
         bool cancels = false;
-    } cases[] = {{Moment::loaderIsSent},
-                 {Moment::operationRuns},
-                 {Moment::questionIsOpen},
-                 {Moment::loaderIsSent, true},
-                 {Moment::operationRuns, true}};
+    } cases[] = {{When::loaderIsSent},
+                 {When::operationRuns},
+                 {When::questionIsOpen},
+                 {When::loaderIsSent, true},
+                 {When::operationRuns, true}};
     for (const auto& one : cases) {
         SCOPED_TRACE(static_cast<int>(one.moment));
         ChipOptions slow;
-        slow.checksumUsPerKiB = 20000; // of the blank check
+        slow.faults = {{FaultKind::slow, ChipStep::read, 0, 0, 200}}; // of the blank check
         ChipWorld world(slow);
-        const bool asks = one.moment == Moment::questionIsOpen;
+        const bool asks = one.moment == When::questionIsOpen;
         DEVPROPS_SetResetByPC(!asks);
         if (asks) {
             BOX_SetResponder({});
@@ -64,7 +64,7 @@ TEST(Closing, EndsACommandAtAnyMoment) {
             if (asks) {
                 return QApplication::activeModalWidget() != nullptr;
             }
-            return one.moment == Moment::loaderIsSent
+            return one.moment == When::loaderIsSent
                        ? SIMPORT_BytesToChip(world.line) > 100
                        : control<QLabel>(world.progress(), "901").text() == "Checking if blank...";
         };
