@@ -222,15 +222,10 @@ int _ReadBootSum(uint32_t timeoutMs) {
 }
 
 bool _IsBlank() {
-    const int blocks = DEVICE_GetNumBlocks(-1);
-    if (blocks == 0) {
+    const std::vector<DeviceBlock> blocks = DEVICE_Blocks();
+    if (blocks.empty()) {
         return false;
     }
-    uint32_t firstStart = 0;
-    uint32_t lastStart = 0;
-    uint32_t length = 0;
-    DEVICE_GetBlock(0, firstStart, length, -1);
-    DEVICE_GetBlock(blocks - 1, lastStart, length, -1);
-    const uint32_t span = lastStart + length - firstStart;
+    const auto span = static_cast<uint32_t>(blocks.back().range.end - blocks.front().range.start);
     return bootSum == ((span * 255) & 0xFFFF);
 }

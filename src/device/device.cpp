@@ -176,22 +176,33 @@ void DEVICE_GetBlock(int blockIndex, uint32_t& start, uint32_t& len, int deviceI
     }
 }
 
+std::vector<DeviceBlock> DEVICE_Blocks() {
+    std::vector<DeviceBlock> blocks;
+    const auto add = [&blocks](uint32_t start, uint32_t length) {
+        blocks.push_back({static_cast<int>(blocks.size()), AddressRange::of(start, length)});
+    };
+    for (const FlashBlock& block : DEVICE_Selected().aBlock)
+        add(block.Start, block.Len);
+    if (DEVPROPS_GetXDataLen() != 0)
+        add(DEVPROPS_GetXDataStart(), DEVPROPS_GetXDataLen());
+    return blocks;
+}
+
+std::vector<DeviceBlock> DEVICE_SelectedBlocks() {
+    std::vector<DeviceBlock> blocks = DEVICE_Blocks();
+    std::erase_if(blocks,
+                  [](const DeviceBlock& block) { return !DEVPROPS_IsBlockSelected(block.index); });
+    return blocks;
+}
+
 uint32_t DEVICE_GetFlashStart() {
-    uint32_t start = 0;
-    uint32_t len = 0;
-    if (DEVICE_GetNumBlocks(-1) > 0)
-        DEVICE_GetBlock(0, start, len, -1);
-    return start;
+    const std::vector<DeviceBlock> blocks = DEVICE_Blocks();
+    return blocks.empty() ? 0 : blocks.front().range.start;
 }
 
 uint32_t DEVICE_GetFlashEnd() {
-    const int count = DEVICE_GetNumBlocks(-1);
-    if (count == 0)
-        return 0;
-    uint32_t start = 0;
-    uint32_t len = 0;
-    DEVICE_GetBlock(count - 1, start, len, -1);
-    return start + len - 1;
+    const std::vector<DeviceBlock> blocks = DEVICE_Blocks();
+    return blocks.empty() ? 0 : blocks.back().range.last();
 }
 
 const DeviceRecord& DEVICE_Selected() {

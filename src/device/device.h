@@ -2,10 +2,12 @@
 // read-only afterwards, and the queries on the selected device. Any thread may query.
 #pragma once
 
+#include "data/address_range.h"
 #include "device/device_record.h"
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 inline constexpr int kMaxDevices = 200;
 
@@ -28,6 +30,14 @@ std::string DEVICE_GetNameAt(int index);
 // Blocks of a device (below 0: the selected one), the extra data area of the properties included.
 int DEVICE_GetNumBlocks(int deviceIndex);
 void DEVICE_GetBlock(int blockIndex, uint32_t& start, uint32_t& len, int deviceIndex);
+// The blocks of the selected device, the extra data area of the properties included, and those of
+// them that are selected.
+struct DeviceBlock {
+    int index = 0;
+    AddressRange range;
+};
+std::vector<DeviceBlock> DEVICE_Blocks();
+std::vector<DeviceBlock> DEVICE_SelectedBlocks();
 // First address of the selected device's first block and last address of its last block.
 uint32_t DEVICE_GetFlashStart();
 uint32_t DEVICE_GetFlashEnd(); // inclusive

@@ -4,7 +4,6 @@
 #include "bootrom/connect.h"
 #include "data/hexdata.h"
 #include "device/device.h"
-#include "device/devprops.h"
 #include "link/target_link.h"
 #include "link/target_state.h"
 #include "notice/error.h"
@@ -14,10 +13,10 @@
 #include "platform/event_queue.h"
 #include "platform/format.h"
 #include "serial/sio.h"
-#include "target/operation.h"
+#include "target/checksum_commands.h"
 #include "target/worker.h"
 
-#include <functional>
+#include <optional>
 #include <string>
 
 namespace {
@@ -79,11 +78,6 @@ void showResult(const CommandRow& row, bool done, bool showBox = true) {
     }
 }
 
-void setRange(uint32_t first, uint32_t last) {
-    TARGET_State().RangeStart = first;
-    TARGET_State().RangeEnd = last;
-}
-
 // Opens the progress display and gets the loader to run; closed again when that fails.
 bool connect(const char* caption) {
     TARGET_BeginCommand(caption);
@@ -95,12 +89,12 @@ bool connect(const char* caption) {
 }
 
 // The pattern of the commands: connect, operation, result. Whether it was done.
-bool runCommand(const CommandRow& row, const std::string& started, int code) {
+bool runCommand(const CommandRow& row, const std::string& started, const Operation& operation) {
     if (!connect(row.caption)) {
         return false;
     }
     LOG_Add(started);
-    const bool done = TARGET_RunOperation(code, row.line);
+    const bool done = TARGET_RunOperation(operation, row.line).has_value();
     showResult(row, done);
     return done;
 }
@@ -114,8 +108,9 @@ bool eraseBlocks() {
     if (!connect(kEraseBlocks.caption)) {
         return false;
     }
-    const bool done = TARGET_RunOperation(
-        DEVICE_GetSprtErase() != 0 ? OP_ERASE_BLOCKS : OP_FILL_BLOCKS, kEraseBlocks.line);
+    const auto code = DEVICE_GetSprtErase() != 0 ? OP_ERASE_BLOCKS : OP_FILL_BLOCKS;
+    const bool done =
+        TARGET_RunOperation({code, {}, DEVICE_SelectedBlocks()}, kEraseBlocks.line).has_value();
     showResult(kEraseBlocks, done);
     return done;
 }
@@ -150,8 +145,8 @@ int eraseChipByLoader(bool showBox) {
         return 1;
     }
     LOG_Add("Erasing Chip started");
-    const bool done = TARGET_RunOperation(DEVICE_GetSprtErase() != 0 ? OP_ERASE_CHIP : OP_FILL_CHIP,
-                                          kEraseChip.line);
+    const auto code = DEVICE_GetSprtErase() != 0 ? OP_ERASE_CHIP : OP_FILL_CHIP;
+    const bool done = TARGET_RunOperation({code, {}, DEVICE_Blocks()}, kEraseChip.line).has_value();
     showResult(kEraseChip, done, showBox);
     return done ? 0 : 1;
 }
@@ -159,13 +154,9 @@ int eraseChipByLoader(bool showBox) {
 // The checksum that the selected blocks have when they hold the image and nothing else.
 uint16_t imageChecksum(bool crc) {
     bool restart = true;
-    for (int i = 0; i < DEVICE_GetNumBlocks(-1); ++i) {
-        uint32_t start = 0;
-        uint32_t length = 0;
-        DEVICE_GetBlock(i, start, length, -1);
-        if (DEVPROPS_IsBlockSelected(i)) {
-            (crc ? HEXDATA_CalcCRC : HEXDATA_CalcSum)(start, length, restart, 0xFF);
-        }
+    for (const DeviceBlock& block : DEVICE_SelectedBlocks()) {
+        (crc ? HEXDATA_CalcCRC : HEXDATA_CalcSum)(
+            block.range.start, static_cast<uint32_t>(block.range.size()), restart, 0xFF);
     }
     return HEXDATA_GetChecksum();
 }
@@ -173,15 +164,14 @@ uint16_t imageChecksum(bool crc) {
 // Whether the chip now holds what was written; the difference is reported.
 bool checksumsAgree() {
     const bool crc = DEVICE_GetSprtCRC() != 0;
-    const uint16_t target = crc ? TARGET_GetCrc(false) : TARGET_GetSum(false);
-    if (TARGET_State().OperationOk == 0) {
-        return false; // the checksum command has reported why
+    const std::optional<uint16_t> target = getTargetChecksum(crc, false);
+    if (!target) {
+        return false; // which has been reported
     }
-    if (target == imageChecksum(crc)) {
+    if (*target == imageChecksum(crc)) {
         return true;
     }
     ERROR_Out(nullptr, crc ? "CRC-error" : "SUM-error", 1);
-    TARGET_State().OperationOk = 0;
     return false;
 }
 
@@ -252,53 +242,51 @@ void TARGET_Program(uint32_t first, uint32_t last) {
         return;
     }
     LOG_Add(rangeStarted("Programming", first, last));
-    setRange(first, last);
-    const bool done = TARGET_RunOperation(OP_PROGRAM, kProgram.line) && checksumsAgree();
+    const Operation operation = {OP_PROGRAM, AddressRange::upTo(first, last)};
+    const bool done = TARGET_RunOperation(operation, kProgram.line) && checksumsAgree();
     showResult(kProgram, done);
 }
 
 void TARGET_ProgramTarget() {
-    runCommand(kProgramTarget, "Programming Chip started", OP_PROGRAM_TARGET);
+    runCommand(kProgramTarget, "Programming Chip started", {OP_PROGRAM_TARGET});
 }
 
 void TARGET_ReadBack(uint32_t start, uint32_t end) {
-    setRange(start, end);
-    runCommand(kReadBack, rangeStarted("Reading", start, end), OP_READ_BACK);
+    runCommand(kReadBack, rangeStarted("Reading", start, end),
+               {OP_READ_BACK, AddressRange::upTo(start, end)});
 }
 
 void TARGET_Verify(uint32_t first, uint32_t last) {
-    setRange(first, last);
-    runCommand(kVerify, rangeStarted("Verifying", first, last), OP_VERIFY);
+    runCommand(kVerify, rangeStarted("Verifying", first, last),
+               {OP_VERIFY, AddressRange::upTo(first, last)});
 }
 
 void TARGET_BlankCheckChip() {
     const uint32_t first = DEVICE_GetFlashStart();
     const uint32_t last = DEVICE_GetFlashEnd();
-    setRange(first, last);
-    TARGET_State().AllBlocks = 1;
+    const auto code = DEVICE_GetSprtBlankCheck() != 0 ? OP_BLANK_CHECK : OP_BLANK_READ;
     runCommand(kBlankChip, rangeStarted("Blank check", first, last),
-               DEVICE_GetSprtBlankCheck() != 0 ? OP_BLANK_CHECK : OP_BLANK_READ);
+               {code, AddressRange::upTo(first, last), DEVICE_Blocks()});
 }
 
 void TARGET_BlankCheckBlocks() {
-    TARGET_State().AllBlocks = 0;
-    runCommand(kBlankBlocks, "Blank check started",
-               DEVICE_GetSprtBlankCheck() != 0 ? OP_BLANK_CHECK : OP_BLANK_READ_BLOCKS);
+    const auto code = DEVICE_GetSprtBlankCheck() != 0 ? OP_BLANK_CHECK : OP_BLANK_READ_BLOCKS;
+    runCommand(kBlankBlocks, "Blank check started", {code, {}, DEVICE_SelectedBlocks()});
 }
 
 void TARGET_ProtectChip() {
     if (DEVICE_GetSprtProtectBlock() == 0) {
         const bool done = _RunBootCommand(&BootRomProtocol::ProtectChip, "Protect Chip") == 0;
-        TARGET_State().OperationOk = done ? 1 : 0;
         showResult(kProtectChip, done);
     } else if (confirmProtect()) {
-        runCommand(kProtectChip, "Protecting Chip started", OP_PROTECT_CHIP);
+        runCommand(kProtectChip, "Protecting Chip started", {OP_PROTECT_CHIP, {}, DEVICE_Blocks()});
     }
 }
 
 void TARGET_ProtectBlocks() {
     if (confirmProtect()) {
-        runCommand(kProtectBlocks, "Protecting Blocks started", OP_PROTECT_BLOCKS);
+        runCommand(kProtectBlocks, "Protecting Blocks started",
+                   {OP_PROTECT_BLOCKS, {}, DEVICE_SelectedBlocks()});
     }
 }
 

@@ -3,9 +3,12 @@
 
 #include "platform/clock.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
+
+inline constexpr size_t kMaxReply = 1000; // payload bytes of the longest reply
 
 // The payload of a command, number by number, low byte first.
 class PayloadWriter {

@@ -1,7 +1,6 @@
 // Operations that name whole blocks to the loader: erase, protect, its own blank check, checksums.
 
 #include "device/device.h"
-#include "link/target_state.h"
 #include "notice/progress.h"
 #include "platform/format.h"
 #include "target/operation.h"
@@ -17,104 +16,110 @@ constexpr uint8_t kSumCommand = 0x07;
 constexpr uint32_t kBlankMs = 2000;
 constexpr uint32_t kChecksumMs = 5000;
 
-PayloadWriter blockCommand(uint8_t command, const Block& block, uint32_t size) {
-    return PayloadWriter(command).u32(TARGET_ToChipAddress(block.start)).u32(size);
+PayloadWriter blockCommand(uint8_t command, const DeviceBlock& block, uint64_t size) {
+    return PayloadWriter(command)
+        .u32(TARGET_ToChipAddress(block.range.start))
+        .u32(static_cast<uint32_t>(size));
 }
 
-// Every block of the chip is taken as it stands; the selected ones as far as they are in its range.
-Outcome eraseOrProtect(uint8_t command, bool all) {
-    std::vector<Block> wanted;
-    if (all) {
-        wanted = _DeviceBlocks();
-    } else if (!_WantedBlocks(false, wanted)) {
-        return Outcome::failed;
-    }
-    _SetProgressRange(static_cast<uint64_t>(DEVICE_GetNumBlocks(-1)));
-    for (const Block& block : wanted) {
-        if (_IsCancelled()) {
-            return Outcome::cancelled;
+// Sends the command for one block, which the loader acknowledges.
+Result<> treatBlock(uint8_t command, const DeviceBlock& block, uint32_t timeoutMs) {
+    const Result<Reply> reply = exchange(blockCommand(command, block, block.range.size()), {},
+                                         timeoutMs, ReplyKind::acknowledge);
+    return reply ? Result<>() : reply.error();
+}
+
+Result<> eraseOrProtect(uint8_t command, const std::vector<DeviceBlock>& blocks) {
+    setProgressRange(DEVICE_Blocks().size());
+    for (const DeviceBlock& block : blocks) {
+        if (const Result<> on = goesOn(); !on) {
+            return on;
         }
         PROGRESS_SetNote(formatText("Block %d", block.index));
         PROGRESS_SetPos(block.index + 1);
-        if (!_Exchange(blockCommand(command, block, block.length), {},
-                       DEVICE_GetTimeoutEraseBlock(), ReplyKind::acknowledge)) {
-            return Outcome::failed;
+        if (const Result<> done = treatBlock(command, block, DEVICE_GetTimeoutEraseBlock());
+            !done) {
+            return done;
         }
     }
-    return Outcome::completed;
+    return {};
 }
 
-Outcome getChecksum(uint8_t command, ReplyKind kind, bool showsBlocks) {
-    std::vector<Block> wanted;
-    if (!_WantedBlocks(false, wanted)) {
-        return Outcome::failed;
+Result<> eraseOrProtectChecked(uint8_t command, const std::vector<DeviceBlock>& blocks) {
+    const Result<> fit = checkBlocks(blocks);
+    return fit ? eraseOrProtect(command, blocks) : fit;
+}
+
+// The checksum over the blocks, `value` when there is none: that of no bytes at all.
+Result<uint16_t> getChecksum(uint8_t command, ReplyKind kind, uint16_t value,
+                             const std::vector<DeviceBlock>& blocks) {
+    if (const Result<> fit = checkBlocks(blocks); !fit) {
+        return fit.error();
     }
-    _SetProgressRange(showsBlocks ? static_cast<uint64_t>(DEVICE_GetNumBlocks(-1)) : 2);
+    const bool showsBlocks = kind == ReplyKind::crc;
+    setProgressRange(showsBlocks ? DEVICE_Blocks().size() : 2);
     if (!showsBlocks) {
         PROGRESS_SetPos(1);
     }
     bool first = true;
-    for (const Block& block : wanted) {
-        if (_IsCancelled()) {
-            return Outcome::cancelled;
+    for (const DeviceBlock& block : blocks) {
+        if (const Result<> on = goesOn(); !on) {
+            return on.error();
         }
         if (showsBlocks) {
             PROGRESS_SetPos(block.index);
         }
-        PayloadWriter payload = blockCommand(command, block, block.length - 1);
-        if (!_Exchange(payload.u8(first ? 1 : 0), {}, kChecksumMs, kind)) {
-            return Outcome::failed;
+        PayloadWriter payload = blockCommand(command, block, block.range.size() - 1);
+        const Result<Reply> reply = exchange(payload.u8(first ? 1 : 0), {}, kChecksumMs, kind);
+        if (!reply) {
+            return reply.error();
         }
+        value = reply->value;
         first = false;
     }
-    return Outcome::completed;
+    return value;
 }
 
 } // namespace
 
-Outcome _OpEraseChip() {
-    return eraseOrProtect(kEraseCommand, true);
+// Every block of the chip is taken as it stands; selected ones as far as they are in its range.
+Result<> opEraseChip(const Operation& operation) {
+    return eraseOrProtect(kEraseCommand, operation.blocks);
 }
 
-Outcome _OpEraseBlocks() {
-    return eraseOrProtect(kEraseCommand, false);
+Result<> opEraseBlocks(const Operation& operation) {
+    return eraseOrProtectChecked(kEraseCommand, operation.blocks);
 }
 
-Outcome _OpProtectChip() {
-    return eraseOrProtect(kProtectCommand, true);
+Result<> opProtectChip(const Operation& operation) {
+    return eraseOrProtect(kProtectCommand, operation.blocks);
 }
 
-Outcome _OpProtectBlocks() {
-    return eraseOrProtect(kProtectCommand, false);
+Result<> opProtectBlocks(const Operation& operation) {
+    return eraseOrProtectChecked(kProtectCommand, operation.blocks);
 }
 
-Outcome _OpBlankCheck() {
-    std::vector<Block> wanted;
-    if (!_WantedBlocks(TARGET_State().AllBlocks == 1, wanted)) {
-        return Outcome::failed;
+Result<> opBlankCheck(const Operation& operation) {
+    if (const Result<> fit = checkBlocks(operation.blocks); !fit) {
+        return fit;
     }
-    _SetProgressRange(static_cast<uint64_t>(DEVICE_GetNumBlocks(-1)));
-    for (const Block& block : wanted) {
-        if (_IsCancelled()) {
-            return Outcome::cancelled;
+    setProgressRange(DEVICE_Blocks().size());
+    for (const DeviceBlock& block : operation.blocks) {
+        if (const Result<> on = goesOn(); !on) {
+            return on;
         }
         PROGRESS_SetPos(block.index);
-        if (!_Exchange(blockCommand(kBlankCommand, block, block.length), {}, kBlankMs,
-                       ReplyKind::acknowledge)) {
-            return Outcome::failed;
+        if (const Result<> blank = treatBlock(kBlankCommand, block, kBlankMs); !blank) {
+            return blank;
         }
     }
-    return Outcome::completed;
+    return {};
 }
 
-// The values start as those of no bytes at all, so that nothing of an earlier operation is shown
-// when no block is selected.
-Outcome _OpGetCrc() {
-    TARGET_State().TargetCrc = 0xFFFF;
-    return getChecksum(kCrcCommand, ReplyKind::crc, true);
+Result<uint16_t> opGetCrc(const Operation& operation) {
+    return getChecksum(kCrcCommand, ReplyKind::crc, 0xFFFF, operation.blocks);
 }
 
-Outcome _OpGetSum() {
-    TARGET_State().TargetSum = 0;
-    return getChecksum(kSumCommand, ReplyKind::sum, false);
+Result<uint16_t> opGetSum(const Operation& operation) {
+    return getChecksum(kSumCommand, ReplyKind::sum, 0, operation.blocks);
 }

@@ -10,7 +10,6 @@
 #include "target/reply.h"
 
 #include <algorithm>
-#include <functional>
 
 namespace {
 
@@ -19,132 +18,135 @@ constexpr uint32_t kVerifyMs = 5000;
 constexpr uint32_t kReadPiece = 256;         // bytes
 constexpr uint32_t kMaxRead = kMaxReply - 7; // bytes of data that a reply has room for
 
-// Sets error 4 at the first byte that is not erased; `address` is that of the reply's first byte.
-bool replyIsBlank(uint32_t address) {
-    TargetState& state = TARGET_State();
-    const auto& data = state.ReplyData;
+// A failure at the first byte of a reply that is not erased.
+Result<> checkBlank(uint32_t address, const std::vector<uint8_t>& data) {
     const auto found =
         std::find_if(data.begin(), data.end(), [](uint8_t byte) { return byte != 0xFF; });
     if (found == data.end()) {
-        return true;
+        return {};
     }
-    state.ErrorAddress = address + static_cast<uint32_t>(found - data.begin());
-    state.ErrorContents = *found;
-    state.Error = TERR_NOT_BLANK;
-    return false;
+    return Failure{TERR_NOT_BLANK, address + static_cast<uint32_t>(found - data.begin()), *found};
 }
 
-// Reads the context's range piece by piece; `take` is given every reply.
-Outcome readRange(const std::function<bool()>& take) {
-    const TargetState& state = TARGET_State();
-    const uint64_t start = state.RangeStart;
-    const uint64_t last = state.RangeEnd;
-    if (last < start) {
-        return _Fail(formatText("The range %X - %X is empty", state.RangeStart, state.RangeEnd));
+// Reads the range piece by piece; `take` is given every reply.
+Result<> readRange(const AddressRange& range, Result<> (*take)(const Reply&)) {
+    if (range.empty()) {
+        return Failure{.reason =
+                           formatText("The range %X - %X is empty", range.start, range.last())};
     }
-    _SetProgressRange(last - start);
-    for (uint64_t address = start; address <= last; address += state.ReplyLength) {
-        if (_IsCancelled()) {
-            return Outcome::cancelled;
+    const uint64_t last = range.end - 1;
+    setProgressRange(last - range.start);
+    for (uint64_t address = range.start; address < range.end;) {
+        if (const Result<> on = goesOn(); !on) {
+            return on;
         }
-        _SetProgress(address - start);
-        const uint64_t count = address + kReadPiece < last ? kReadPiece : last - address + 1;
+        setProgress(address - range.start);
+        const uint64_t count = address + kReadPiece < last ? kReadPiece : range.end - address;
         const auto from = static_cast<uint32_t>(address);
-        if (!_ReadSome(from, _MappedRun(from, static_cast<uint32_t>(count)), kReadMs) || !take()) {
-            return Outcome::failed;
+        const Result<Reply> reply =
+            readSome(from, mappedRun(from, static_cast<uint32_t>(count)), kReadMs);
+        if (!reply) {
+            return reply.error();
         }
+        if (const Result<> taken = take(*reply); !taken) {
+            return taken;
+        }
+        address += reply->data.size();
     }
-    return Outcome::completed;
+    return {};
 }
 
-bool addReply() {
-    const TargetState& state = TARGET_State();
-    HEXDATA_AddData(state.ReplyAddress, state.ReplyData);
+Result<> addToImage(const Reply& reply) {
+    HEXDATA_AddData(reply.address, reply.data);
     const std::string error = HEXDATA_GetAddError();
-    if (!error.empty()) {
-        _Fail(error);
-    }
-    return error.empty();
+    return error.empty() ? Result<>() : Failure{.reason = error};
 }
 
-Outcome blankReadBlock(const Block& block) {
-    for (uint32_t offset = 0; offset < block.length; offset += TARGET_State().ReplyLength) {
-        if (_IsCancelled()) {
-            return Outcome::cancelled;
+Result<> blankReadBlock(const AddressRange& block) {
+    for (uint64_t address = block.start; address < block.end;) {
+        if (const Result<> on = goesOn(); !on) {
+            return on;
         }
-        const uint32_t address = block.start + offset;
-        const uint32_t count = _MappedRun(address, std::min(kReadPiece, block.length - offset));
-        if (!_ReadTarget(address, count, kReadMs) || !replyIsBlank(address)) {
-            return Outcome::failed;
+        const auto from = static_cast<uint32_t>(address);
+        const auto rest =
+            static_cast<uint32_t>(std::min<uint64_t>(kReadPiece, block.end - address));
+        const Result<Reply> reply = readTarget(from, mappedRun(from, rest), kReadMs);
+        if (!reply) {
+            return reply.error();
         }
+        if (const Result<> blank = checkBlank(from, reply->data); !blank) {
+            return blank;
+        }
+        address += reply->data.size();
     }
-    return Outcome::completed;
+    return {};
 }
 
-// Compares the reply with the image from `address` on; sets error 3 at the first difference.
-bool replyEqualsImage(uint32_t address) {
-    TargetState& state = TARGET_State();
-    std::vector<uint8_t> expected(state.ReplyLength);
+// A failure at the first byte that differs from the image.
+Result<> compareWithImage(uint32_t address, const std::vector<uint8_t>& data) {
+    std::vector<uint8_t> expected(data.size());
     HEXDATA_Copy(address, expected, {});
-    const auto [image, target] =
-        std::mismatch(expected.begin(), expected.end(), state.ReplyData.begin());
+    const auto [image, target] = std::mismatch(expected.begin(), expected.end(), data.begin());
     if (image == expected.end()) {
-        return true;
+        return {};
     }
-    state.ErrorAddress = address + static_cast<uint32_t>(image - expected.begin());
-    state.ErrorContents = *target;
-    state.Error = TERR_COMPARE;
-    LOG_Add(formatText("Verify failed at %06X", state.ErrorAddress));
-    return false;
+    const Failure failure{TERR_COMPARE, address + static_cast<uint32_t>(image - expected.begin()),
+                          *target};
+    LOG_Add(formatText("Verify failed at %06X", failure.address));
+    return failure;
+}
+
+Result<> verifyPiece(const AddressRange& piece) {
+    const Result<Reply> reply =
+        readTarget(piece.start, static_cast<uint32_t>(piece.size()), kVerifyMs);
+    return reply ? compareWithImage(piece.start, reply->data) : reply.error();
 }
 
 } // namespace
 
-Outcome _OpReadBack() {
+Result<> opReadBack(const Operation& operation) {
     HEXDATA_Clear();
     HEXDATA_ClearAddError();
-    return readRange(addReply);
+    return readRange(operation.range, addToImage);
 }
 
-Outcome _OpBlankRead() {
-    return readRange([] { return replyIsBlank(TARGET_State().ReplyAddress); });
+Result<> opBlankRead(const Operation& operation) {
+    return readRange(operation.range,
+                     [](const Reply& reply) { return checkBlank(reply.address, reply.data); });
 }
 
-Outcome _OpBlankReadBlocks() {
-    std::vector<Block> wanted;
-    if (!_WantedBlocks(false, wanted)) {
-        return Outcome::failed;
+Result<> opBlankReadBlocks(const Operation& operation) {
+    if (const Result<> fit = checkBlocks(operation.blocks); !fit) {
+        return fit;
     }
-    _SetProgressRange(static_cast<uint64_t>(DEVICE_GetNumBlocks(-1)));
-    for (const Block& block : wanted) {
+    setProgressRange(DEVICE_Blocks().size());
+    for (const DeviceBlock& block : operation.blocks) {
         PROGRESS_SetPos(block.index);
-        const Outcome outcome = blankReadBlock(block);
-        if (outcome != Outcome::completed) {
-            return outcome;
+        if (const Result<> blank = blankReadBlock(block.range); !blank) {
+            return blank;
         }
     }
-    return Outcome::completed;
+    return {};
 }
 
-Outcome _OpVerify() {
-    const TargetState& state = TARGET_State();
-    if (state.PacketSize == 0) {
-        return _Fail("A packet size of 0 bytes is not supported");
+Result<> opVerify(const Operation& operation) {
+    const uint32_t packet = TARGET_State().PacketSize;
+    if (packet == 0) {
+        return Failure{.reason = "A packet size of 0 bytes is not supported"};
     }
-    _SetProgressRange(HEXDATA_GetNumBytes());
-    const uint32_t limit = std::min<uint32_t>(state.PacketSize, kMaxRead);
+    setProgressRange(HEXDATA_GetNumBytes());
+    const uint32_t limit = std::min(packet, kMaxRead);
     uint64_t done = 0;
-    for (Piece piece = _NextPiece(state.RangeStart, limit); piece.length != 0;
-         piece = _NextPiece(piece.end(), limit)) {
-        if (_IsCancelled()) {
-            return Outcome::cancelled;
+    for (AddressRange piece = nextPiece(operation.range.start, operation.range, limit);
+         !piece.empty(); piece = nextPiece(piece.end, operation.range, limit)) {
+        if (const Result<> on = goesOn(); !on) {
+            return on;
         }
-        _SetProgress(done);
-        if (!_ReadTarget(piece.address, piece.length, kVerifyMs) ||
-            !replyEqualsImage(piece.address)) {
-            return Outcome::failed;
+        setProgress(done);
+        if (const Result<> equal = verifyPiece(piece); !equal) {
+            return equal;
         }
-        done += piece.length;
+        done += piece.size();
     }
-    return Outcome::completed;
+    return {};
 }

@@ -13,45 +13,34 @@
 
 namespace {
 
-// Sends what the buffer still holds; whether all went well.
-bool flushAll() {
-    TARGET_FlushPage();
-    return TARGET_State().Error == TERR_NONE;
+Result<> finishWriting() {
+    const Result<> on = goesOn();
+    return on ? TARGET_FlushPage() : on;
 }
 
-bool write(uint32_t chipAddress, std::span<const uint8_t> bytes) {
-    return TARGET_WriteBytes(chipAddress, bytes) == bytes.size();
-}
+// Writes the range in pieces of one page; `fill` gives the bytes of each, which are erased ones.
+using Fill = void (*)(uint32_t address, std::span<uint8_t> bytes);
 
-Outcome finishWriting() {
-    if (_IsCancelled()) {
-        return Outcome::cancelled;
-    }
-    return flushAll() ? Outcome::completed : Outcome::failed;
-}
-
-// Writes `length` bytes from `start` on in pieces of one page; `piece` fills the bytes of each.
-template <typename Piece>
-Outcome writePages(uint64_t start, uint64_t length, bool showsBytes, const Piece& piece) {
+Result<> writePages(const AddressRange& range, bool showsBytes, Fill fill) {
     std::array<uint8_t, kMaxPage> page;
     const uint32_t pageLen = TARGET_State().PageLen;
-    for (uint64_t done = 0; done < length;) {
-        if (_IsCancelled()) {
-            return Outcome::cancelled;
+    for (uint64_t address = range.start; address < range.end;) {
+        if (const Result<> on = goesOn(); !on) {
+            return on;
         }
         if (showsBytes) {
-            _SetProgress(done);
+            setProgress(address - range.start);
         }
-        const auto address = static_cast<uint32_t>(start + done);
-        const auto bytes = std::span(page).first(std::min<uint64_t>(pageLen, length - done));
+        const auto bytes = std::span(page).first(std::min<uint64_t>(pageLen, range.end - address));
         std::fill(bytes.begin(), bytes.end(), uint8_t{0xFF});
-        piece(address, bytes);
-        if (!write(address, bytes)) {
-            return Outcome::failed;
+        fill(static_cast<uint32_t>(address), bytes);
+        const Result<> written = TARGET_WriteBytes(static_cast<uint32_t>(address), bytes);
+        if (!written) {
+            return written;
         }
-        done += bytes.size();
+        address += bytes.size();
     }
-    return Outcome::completed;
+    return {};
 }
 
 void leaveErased(uint32_t, std::span<uint8_t>) {
@@ -61,79 +50,74 @@ void takeImage(uint32_t address, std::span<uint8_t> bytes) {
     HEXDATA_Copy(address, bytes, {});
 }
 
-template <typename Piece>
-Outcome writeDevice(const Piece& piece) {
-    const std::string error = _CheckPageSizes(true);
-    if (!error.empty()) {
-        return _Fail(error);
+Result<> writeDevice(Fill fill) {
+    if (const Result<> sizes = checkPageSizes(true); !sizes) {
+        return sizes;
     }
-    uint64_t start = 0;
-    uint64_t end = 0;
-    if (!_DeviceRange(start, end)) {
-        return Outcome::failed;
+    const Result<AddressRange> device = deviceRange();
+    if (!device) {
+        return device.error();
     }
-    _SetProgressRange(end - start);
+    setProgressRange(device->size());
     PROGRESS_ShowCancel(false);
-    const Outcome outcome = writePages(start, end - start, true, piece);
-    return outcome == Outcome::completed ? finishWriting() : outcome;
+    const Result<> written = writePages(*device, true, fill);
+    return written ? finishWriting() : written;
+}
+
+Result<> writePiece(const AddressRange& piece) {
+    std::array<uint8_t, kMaxPage> bytes;
+    const auto data = std::span(bytes).first(piece.size());
+    HEXDATA_Copy(piece.start, data, {});
+    return TARGET_WriteBytes(TARGET_ToChipAddress(piece.start), data);
 }
 
 } // namespace
 
-Outcome _OpProgram() {
-    const std::string error = _CheckPageSizes(false);
-    if (!error.empty()) {
-        return _Fail(error);
+Result<> opProgram(const Operation& operation) {
+    if (const Result<> sizes = checkPageSizes(false); !sizes) {
+        return sizes;
     }
-    const TargetState& state = TARGET_State();
-    const uint32_t total = HEXDATA_GetNumBytes();
-    _SetProgressRange(total);
+    setProgressRange(HEXDATA_GetNumBytes());
     if (DEVICE_GetFLASHIsEE() != 0) {
         PROGRESS_ShowCancel(false);
     }
-    const uint32_t limit = std::min<uint32_t>(state.PacketSize, kMaxPage);
+    const uint32_t limit = std::min<uint32_t>(TARGET_State().PacketSize, kMaxPage);
     uint64_t done = 0;
-    std::array<uint8_t, kMaxPage> bytes;
-    for (Piece piece = _NextPiece(state.RangeStart, limit); piece.length != 0;
-         piece = _NextPiece(piece.end(), limit)) {
-        if (_IsCancelled()) {
-            return Outcome::cancelled;
+    for (AddressRange piece = nextPiece(operation.range.start, operation.range, limit);
+         !piece.empty(); piece = nextPiece(piece.end, operation.range, limit)) {
+        if (const Result<> on = goesOn(); !on) {
+            return on;
         }
-        _SetProgress(done);
-        const auto data = std::span(bytes).first(piece.length);
-        HEXDATA_Copy(piece.address, data, {});
-        if (!write(TARGET_ToChipAddress(piece.address), data)) {
-            return Outcome::failed;
+        setProgress(done);
+        if (const Result<> written = writePiece(piece); !written) {
+            return written;
         }
-        done += piece.length;
+        done += piece.size();
     }
     return finishWriting();
 }
 
-Outcome _OpProgramTarget() {
+Result<> opProgramTarget(const Operation&) {
     return writeDevice(takeImage);
 }
 
-Outcome _OpFillChip() {
+Result<> opFillChip(const Operation&) {
     return writeDevice(leaveErased);
 }
 
-Outcome _OpFillBlocks() {
-    const std::string error = _CheckPageSizes(true);
-    if (!error.empty()) {
-        return _Fail(error);
+Result<> opFillBlocks(const Operation& operation) {
+    if (const Result<> sizes = checkPageSizes(true); !sizes) {
+        return sizes;
     }
-    std::vector<Block> wanted;
-    if (!_WantedBlocks(false, wanted)) {
-        return Outcome::failed;
+    if (const Result<> fit = checkBlocks(operation.blocks); !fit) {
+        return fit;
     }
-    _SetProgressRange(static_cast<uint64_t>(DEVICE_GetNumBlocks(-1)));
+    setProgressRange(DEVICE_Blocks().size());
     PROGRESS_ShowCancel(false);
-    for (const Block& block : wanted) {
+    for (const DeviceBlock& block : operation.blocks) {
         PROGRESS_SetPos(block.index);
-        const Outcome outcome = writePages(block.start, block.length, false, leaveErased);
-        if (outcome != Outcome::completed) {
-            return outcome;
+        if (const Result<> written = writePages(block.range, false, leaveErased); !written) {
+            return written;
         }
     }
     return finishWriting();

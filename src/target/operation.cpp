@@ -1,8 +1,6 @@
 #include "target/operation.h"
 
 #include "data/hexdata.h"
-#include "device/device.h"
-#include "device/devprops.h"
 #include "link/target_state.h"
 #include "notice/progress.h"
 #include "notice/run.h"
@@ -12,38 +10,42 @@
 
 #include <algorithm>
 #include <limits>
-#include <utility>
 
 namespace {
 
 enum class Shows { bytes, blocks };
 
 struct OperationRow {
-    int code;
+    OperationCode code;
     const char* firstLine;
     Shows shows;
-    Outcome (*run)();
+    Result<uint16_t> (*run)(const Operation&);
 };
+
+// The row function of an operation that gets nothing.
+template <Result<> (*Run)(const Operation&)>
+Result<uint16_t> does(const Operation& operation) {
+    const Result<> done = Run(operation);
+    return done ? Result<uint16_t>(uint16_t{0}) : done.error();
+}
 
 constexpr OperationRow kOperations[] = {
-    {OP_ERASE_CHIP, "Erasing chip...", Shows::blocks, _OpEraseChip},
-    {OP_ERASE_BLOCKS, "Erasing blocks...", Shows::blocks, _OpEraseBlocks},
-    {OP_READ_BACK, "Reading back...", Shows::bytes, _OpReadBack},
-    {OP_PROGRAM, "Programming chip...", Shows::bytes, _OpProgram},
-    {OP_GET_CRC, "Getting CRC...", Shows::blocks, _OpGetCrc},
-    {OP_VERIFY, "Verifying...", Shows::bytes, _OpVerify},
-    {OP_BLANK_CHECK, "Checking if blank...", Shows::blocks, _OpBlankCheck},
-    {OP_PROTECT_CHIP, "Protecting chip...", Shows::blocks, _OpProtectChip},
-    {OP_PROTECT_BLOCKS, "Protecting blocks...", Shows::blocks, _OpProtectBlocks},
-    {OP_GET_SUM, "Getting SUM...", Shows::blocks, _OpGetSum},
-    {OP_FILL_CHIP, "Filling target with 0xFF...", Shows::bytes, _OpFillChip},
-    {OP_BLANK_READ, "Checking if blank...", Shows::bytes, _OpBlankRead},
-    {OP_FILL_BLOCKS, "Erasing blocks...", Shows::blocks, _OpFillBlocks},
-    {OP_BLANK_READ_BLOCKS, "Checking if blank...", Shows::blocks, _OpBlankReadBlocks},
-    {OP_PROGRAM_TARGET, "Programming target...", Shows::bytes, _OpProgramTarget},
+    {OP_ERASE_CHIP, "Erasing chip...", Shows::blocks, does<opEraseChip>},
+    {OP_ERASE_BLOCKS, "Erasing blocks...", Shows::blocks, does<opEraseBlocks>},
+    {OP_READ_BACK, "Reading back...", Shows::bytes, does<opReadBack>},
+    {OP_PROGRAM, "Programming chip...", Shows::bytes, does<opProgram>},
+    {OP_GET_CRC, "Getting CRC...", Shows::blocks, opGetCrc},
+    {OP_VERIFY, "Verifying...", Shows::bytes, does<opVerify>},
+    {OP_BLANK_CHECK, "Checking if blank...", Shows::blocks, does<opBlankCheck>},
+    {OP_PROTECT_CHIP, "Protecting chip...", Shows::blocks, does<opProtectChip>},
+    {OP_PROTECT_BLOCKS, "Protecting blocks...", Shows::blocks, does<opProtectBlocks>},
+    {OP_GET_SUM, "Getting SUM...", Shows::blocks, opGetSum},
+    {OP_FILL_CHIP, "Filling target with 0xFF...", Shows::bytes, does<opFillChip>},
+    {OP_BLANK_READ, "Checking if blank...", Shows::bytes, does<opBlankRead>},
+    {OP_FILL_BLOCKS, "Erasing blocks...", Shows::blocks, does<opFillBlocks>},
+    {OP_BLANK_READ_BLOCKS, "Checking if blank...", Shows::blocks, does<opBlankReadBlocks>},
+    {OP_PROGRAM_TARGET, "Programming target...", Shows::bytes, does<opProgramTarget>},
 };
-
-std::string failure; // the worker's own
 
 int32_t saturate(uint64_t value) {
     return static_cast<int32_t>(std::min<uint64_t>(value, std::numeric_limits<int32_t>::max()));
@@ -51,94 +53,73 @@ int32_t saturate(uint64_t value) {
 
 } // namespace
 
-Outcome _RunOperationCode(int code) {
+Result<uint16_t> runOperation(const Operation& operation) {
     const auto* row = std::find_if(std::begin(kOperations), std::end(kOperations),
-                                   [code](const OperationRow& r) { return r.code == code; });
+                                   [&](const OperationRow& r) { return r.code == operation.code; });
     if (row == std::end(kOperations)) {
-        return _Fail(formatText("Unknown operation %d", code));
+        return Failure{.reason = formatText("Unknown operation %d", operation.code)};
     }
-    _DropPage();
+    dropPage();
     if (row->shows == Shows::blocks) {
         PROGRESS_HideByteCount();
     }
     PROGRESS_SetMin(0);
     PROGRESS_SetText(row->firstLine);
-    return _IsCancelled() ? Outcome::cancelled : row->run();
+    const Result<> begins = goesOn();
+    return begins ? row->run(operation) : begins.error();
 }
 
-Outcome _Fail(std::string text) {
-    failure = std::move(text);
-    return Outcome::failed;
-}
-
-std::string _TakeFailure() {
-    return std::exchange(failure, {});
-}
-
-bool _IsCancelled() {
+Result<> goesOn() {
     const TargetState& state = TARGET_State();
-    return state.Cancel != 0 || state.Stop != 0 || RUN_IsInterrupted();
+    const bool ends = state.Cancel != 0 || state.Stop != 0 || RUN_IsInterrupted();
+    return ends ? Failure{TERR_CANCELLED} : Result<>();
 }
 
-std::vector<Block> _DeviceBlocks() {
-    std::vector<Block> blocks(static_cast<size_t>(DEVICE_GetNumBlocks(-1)));
-    for (size_t i = 0; i < blocks.size(); ++i) {
-        blocks[i].index = static_cast<int>(i);
-        DEVICE_GetBlock(blocks[i].index, blocks[i].start, blocks[i].length, -1);
+Result<AddressRange> deviceRange() {
+    const std::vector<DeviceBlock> blocks = DEVICE_Blocks();
+    const AddressRange range =
+        blocks.empty() ? AddressRange{}
+                       : AddressRange{blocks.front().range.start, blocks.back().range.end};
+    if (range.empty()) {
+        return Failure{.reason = "The blocks of the device are not in ascending order"};
     }
-    return blocks;
+    return range;
 }
 
-bool _DeviceRange(uint64_t& start, uint64_t& end) {
-    const std::vector<Block> blocks = _DeviceBlocks();
-    if (blocks.empty() || blocks.back().end() <= blocks.front().start) {
-        _Fail("The blocks of the device are not in ascending order");
-        return false;
+Result<> checkBlocks(const std::vector<DeviceBlock>& blocks) {
+    const Result<AddressRange> range = deviceRange();
+    if (!range) {
+        return range.error();
     }
-    start = blocks.front().start;
-    end = blocks.back().end();
-    return true;
-}
-
-bool _WantedBlocks(bool all, std::vector<Block>& wanted) {
-    uint64_t start = 0;
-    uint64_t end = 0;
-    if (!_DeviceRange(start, end)) {
-        return false;
-    }
-    for (const Block& block : _DeviceBlocks()) {
-        if (!all && !DEVPROPS_IsBlockSelected(block.index)) {
-            continue;
+    for (const DeviceBlock& block : blocks) {
+        if (!range->contains(block.range)) {
+            return Failure{.reason =
+                               formatText("Block %d lies outside the address range of the device",
+                                          block.index)};
         }
-        if (block.start < start || block.end() > end) {
-            _Fail(formatText("Block %d lies outside the address range of the device", block.index));
-            return false;
-        }
-        wanted.push_back(block);
     }
-    return true;
+    return {};
 }
 
-Piece _NextPiece(uint64_t from, uint32_t limit) {
-    const uint32_t last = TARGET_State().RangeEnd;
-    if (from > last) {
+AddressRange nextPiece(uint64_t from, const AddressRange& range, uint32_t limit) {
+    if (from >= range.end) {
         return {};
     }
     auto address = static_cast<uint32_t>(from);
     const uint8_t* data = nullptr;
     const uint32_t held = HEXDATA_GetData(address, data);
-    if (held == 0 || address > last) {
+    if (held == 0 || address >= range.end) {
         return {};
     }
-    const uint64_t count = std::min<uint64_t>({held, limit, uint64_t{last} - address + 1});
-    return {address, _MappedRun(address, static_cast<uint32_t>(count))};
+    const uint64_t count = std::min<uint64_t>({held, limit, range.end - address});
+    return AddressRange::of(address, mappedRun(address, static_cast<uint32_t>(count)));
 }
 
-void _SetProgressRange(uint64_t total) {
+void setProgressRange(uint64_t total) {
     PROGRESS_SetMin(0);
     PROGRESS_SetMax(saturate(total));
 }
 
-void _SetProgress(uint64_t position) {
+void setProgress(uint64_t position) {
     PROGRESS_SetPos(saturate(position));
 }

@@ -1,8 +1,11 @@
 // The operations that the worker runs on the RAM loader: their codes and what they share.
 #pragma once
 
+#include "data/address_range.h"
+#include "device/device.h"
+#include "link/failure.h"
+
 #include <cstdint>
-#include <string>
 #include <vector>
 
 enum OperationCode : int {
@@ -23,58 +26,46 @@ enum OperationCode : int {
     OP_PROGRAM_TARGET = 15,
 };
 
-// How an operation ended. A failed one has set the error code or called _Fail.
-enum class Outcome { completed, failed, cancelled };
-
-// Runs the operation of that code from its progress set-up to its outcome. Worker thread.
-Outcome _RunOperationCode(int code);
-
-// The message of a failure that has no target error code; taken once.
-Outcome _Fail(std::string text);
-std::string _TakeFailure();
-
-// What the operations use.
-struct Block {
-    int index = 0;
-    uint32_t start = 0;
-    uint32_t length = 0;                                      // bytes
-    uint64_t end() const { return uint64_t{start} + length; } // one past the last byte
+// What the worker is to do, handed over as one value.
+struct Operation {
+    OperationCode code;
+    AddressRange range = {};              // of those that go from address to address
+    std::vector<DeviceBlock> blocks = {}; // of those that go block by block
 };
 
-bool _IsCancelled();
-// The blocks of the selected device, the extra data area included.
-std::vector<Block> _DeviceBlocks();
-// The blocks that an operation is to treat: all, or the selected ones. False, with the reason set
-// by _Fail, when one of them lies outside the device's address range, which runs from the first
-// block to the last: passing over it would look like success.
-bool _WantedBlocks(bool all, std::vector<Block>& wanted);
-// The device's address range as the first and last blocks give it; false, set by _Fail, when there
-// is none.
-bool _DeviceRange(uint64_t& start, uint64_t& end);
-// The next piece of the image at or after `from`, for one frame: held bytes, none beyond the range
-// of the operation, at most `limit` and neighbours on the chip as well. Length 0: there is none.
-struct Piece {
-    uint32_t address = 0;
-    uint32_t length = 0; // bytes
-    uint64_t end() const { return uint64_t{address} + length; }
-};
-Piece _NextPiece(uint64_t from, uint32_t limit);
+// Runs an operation from its progress set-up to its end: the checksum of those that get one, else
+// 0. Worker thread.
+Result<uint16_t> runOperation(const Operation& operation);
+
+// The rows of the table. Each gives up between two exchanges once it is cancelled.
+Result<> opEraseChip(const Operation& operation);
+Result<> opEraseBlocks(const Operation& operation);
+Result<> opProtectChip(const Operation& operation);
+Result<> opProtectBlocks(const Operation& operation);
+Result<> opReadBack(const Operation& operation);
+Result<> opBlankRead(const Operation& operation);
+Result<> opBlankReadBlocks(const Operation& operation);
+Result<> opBlankCheck(const Operation& operation);
+Result<> opVerify(const Operation& operation);
+Result<> opProgram(const Operation& operation);
+Result<> opProgramTarget(const Operation& operation);
+Result<> opFillChip(const Operation& operation);
+Result<> opFillBlocks(const Operation& operation);
+Result<uint16_t> opGetCrc(const Operation& operation);
+Result<uint16_t> opGetSum(const Operation& operation);
+
+// What they share.
+
+// A failure with TERR_CANCELLED when the user or an interruption has ended the operation.
+Result<> goesOn();
+// The address range of the device, from its first block to its last; a failure when there is none.
+Result<AddressRange> deviceRange();
+// A failure when one of the blocks lies outside the device's address range: passing over it would
+// look like success.
+Result<> checkBlocks(const std::vector<DeviceBlock>& blocks);
+// The next piece of the image at or after `from`, for one frame: held bytes, none beyond the end
+// of `range`, at most `limit` and neighbours on the chip as well. Empty: there is none.
+AddressRange nextPiece(uint64_t from, const AddressRange& range, uint32_t limit);
 // Range and position of the progress display; beyond its width they saturate.
-void _SetProgressRange(uint64_t total);
-void _SetProgress(uint64_t position);
-
-Outcome _OpEraseChip();
-Outcome _OpEraseBlocks();
-Outcome _OpProtectChip();
-Outcome _OpProtectBlocks();
-Outcome _OpReadBack();
-Outcome _OpBlankRead();
-Outcome _OpBlankReadBlocks();
-Outcome _OpBlankCheck();
-Outcome _OpVerify();
-Outcome _OpProgram();
-Outcome _OpProgramTarget();
-Outcome _OpFillChip();
-Outcome _OpFillBlocks();
-Outcome _OpGetCrc();
-Outcome _OpGetSum();
+void setProgressRange(uint64_t total);
+void setProgress(uint64_t position);

@@ -47,9 +47,11 @@ void openWindow(uint32_t address) {
     page.open = true;
 }
 
-bool storeByte(uint32_t address, uint8_t value) {
-    if (page.open && !windowHolds(address) && TARGET_FlushPage() == 0) {
-        return false;
+Result<> storeByte(uint32_t address, uint8_t value) {
+    if (page.open && !windowHolds(address)) {
+        if (const Result<> sent = TARGET_FlushPage(); !sent) {
+            return sent;
+        }
     }
     if (!page.open) {
         openWindow(address);
@@ -57,14 +59,11 @@ bool storeByte(uint32_t address, uint8_t value) {
     const uint32_t offset = address - page.base;
     page.bytes[offset] = value;
     page.last = std::max(page.last, offset);
-    return true;
+    return {};
 }
 
-} // namespace
-
-std::string _CheckPageSizes(bool needsPages) {
-    const uint32_t pageLen = TARGET_State().PageLen;
-    const uint32_t packet = TARGET_State().PacketSize;
+// Why nothing can be written with these sizes, in bytes; empty when it can.
+std::string pageFault(uint32_t pageLen, uint32_t packet, bool needsPages) {
     if (pageLen > kMaxPage || (pageLen == 0 && packet > kMaxPage)) {
         return formatText("%s of %u bytes is not supported. Maximum %u bytes",
                           pageLen != 0 ? "A page length" : "A packet size",
@@ -83,29 +82,39 @@ std::string _CheckPageSizes(bool needsPages) {
     return "";
 }
 
-void _DropPage() {
+} // namespace
+
+Result<> checkPageSizes(bool needsPages) {
+    const std::string fault =
+        pageFault(TARGET_State().PageLen, TARGET_State().PacketSize, needsPages);
+    return fault.empty() ? Result<>() : Failure{.reason = fault};
+}
+
+void dropPage() {
     page.open = false;
 }
 
-size_t TARGET_WriteBytes(uint32_t address, std::span<const uint8_t> data) {
-    size_t taken = 0;
-    while (taken < data.size() && storeByte(address + static_cast<uint32_t>(taken), data[taken])) {
-        ++taken;
+Result<> TARGET_WriteBytes(uint32_t address, std::span<const uint8_t> data) {
+    for (const uint8_t value : data) {
+        if (const Result<> stored = storeByte(address++, value); !stored) {
+            return stored;
+        }
     }
-    return taken;
+    return {};
 }
 
-int TARGET_FlushPage() {
+Result<> TARGET_FlushPage() {
     if (!page.open) {
-        return 0;
+        return {};
     }
     const uint32_t pageLen = TARGET_State().PageLen;
     const uint32_t length = pageLen != 0 ? pageLen : wholeWords(page.last + kWord);
     const PayloadWriter command = PayloadWriter(kProgramCommand).u32(page.base).u16(length);
-    if (!_Exchange(command, std::span(page.bytes).first(length), kProgramMs,
-                   ReplyKind::acknowledge)) {
-        return 0;
+    const Result<Reply> reply =
+        exchange(command, std::span(page.bytes).first(length), kProgramMs, ReplyKind::acknowledge);
+    if (!reply) {
+        return reply.error();
     }
     page.open = false;
-    return 1;
+    return {};
 }

@@ -3,7 +3,6 @@
 #include "device/device.h"
 #include "link/target_state.h"
 #include "notice/run.h"
-#include "platform/format.h"
 #include "serial/sio.h"
 
 #include <algorithm>
@@ -25,7 +24,7 @@ Reply parseData(std::span<const uint8_t> fields) {
     if (fields.size() >= 6 && number(fields.subspan(4, 2)) == fields.size() - 6) {
         reply.kind = ReplyKind::data;
         reply.address = number(fields.first(4));
-        reply.data = fields.subspan(6);
+        reply.data.assign(fields.begin() + 6, fields.end());
     }
     return reply;
 }
@@ -48,14 +47,6 @@ Reply parseError(std::span<const uint8_t> fields) {
         reply.contents = fields[5];
     }
     return reply;
-}
-
-bool setError(int code, uint32_t address = 0, uint8_t contents = 0) {
-    TargetState& state = TARGET_State();
-    state.ErrorAddress = address;
-    state.ErrorContents = contents;
-    state.Error = code;
-    return false;
 }
 
 // An interrupted run does not wait for the chip, and a lost port brings nothing more.
@@ -88,31 +79,9 @@ public:
     ExchangeMark& operator=(const ExchangeMark&) = delete;
 };
 
-void takeEffect(const Reply& reply) {
-    TargetState& state = TARGET_State();
-    switch (reply.kind) {
-    case ReplyKind::identify:
-        state.PacketSize = state.PageLen != 0 ? state.PageLen.load() : reply.value;
-        break;
-    case ReplyKind::data:
-        state.ReplyAddress = DEVICE_RelocateAddr(reply.address);
-        state.ReplyLength = static_cast<uint32_t>(reply.data.size());
-        state.ReplyData.assign(reply.data.begin(), reply.data.end());
-        break;
-    case ReplyKind::crc:
-        state.TargetCrc = reply.value;
-        break;
-    case ReplyKind::sum:
-        state.TargetSum = reply.value;
-        break;
-    default:
-        break;
-    }
-}
-
 } // namespace
 
-Reply _ParseReply(std::span<const uint8_t> payload) {
+Reply parseReply(std::span<const uint8_t> payload) {
     if (payload.empty()) {
         return {};
     }
@@ -138,77 +107,56 @@ Reply _ParseReply(std::span<const uint8_t> payload) {
     }
 }
 
-std::string _ErrorText(int code, uint32_t address, uint8_t contents) {
-    switch (code) {
-    case TERR_ERASE:
-        return "Error erasing sector";
-    case TERR_WRITE:
-        return formatText("Error writing on address %X\nContents: %02X", address, contents);
-    case TERR_COMPARE:
-        return formatText("Error comparing contents of address %X\nContents: %02X", address,
-                          contents);
-    case TERR_NOT_BLANK:
-        return formatText("Target not blank at address %X\nContents: %02X", address, contents);
-    case TERR_NAK:
-        return "Not acknowledged";
-    case TERR_PROTECT:
-        return "Error protecting sector";
-    case TERR_TIMEOUT:
-        return "Timeout error";
-    default:
-        return formatText("Unknown target error %d at address %X\nContents: %02X",
-                          code & (TERR_UNKNOWN - 1), address, contents);
-    }
-}
-
-bool TARGET_HandleReply(std::span<const uint8_t> payload, ReplyKind wanted) {
-    const Reply reply = _ParseReply(payload);
+Result<Reply> TARGET_HandleReply(std::span<const uint8_t> payload, ReplyKind wanted) {
+    Reply reply = parseReply(payload);
+    reply.address = DEVICE_RelocateAddr(reply.address);
     if (reply.kind == ReplyKind::nak) {
-        return setError(TERR_NAK);
+        return Failure{TERR_NAK};
     }
     if (reply.kind == ReplyKind::error) {
         const bool known = reply.code >= TERR_ERASE && reply.code <= TERR_TIMEOUT;
-        return setError(known ? reply.code : TERR_UNKNOWN + reply.code,
-                        DEVICE_RelocateAddr(reply.address), reply.contents);
+        return Failure{known ? reply.code : TERR_UNKNOWN + reply.code, reply.address,
+                       reply.contents};
     }
     if (reply.kind != wanted) {
-        return setError(TERR_TIMEOUT);
+        return Failure{TERR_TIMEOUT};
     }
-    takeEffect(reply);
-    return true;
+    return reply;
 }
 
-bool _Exchange(const PayloadWriter& command, std::span<const uint8_t> data, uint32_t timeoutMs,
-               ReplyKind wanted) {
+Result<Reply> exchange(const PayloadWriter& command, std::span<const uint8_t> data,
+                       uint32_t timeoutMs, ReplyKind wanted) {
     std::vector<uint8_t> payload;
     {
         const ExchangeMark mark;
         if (portIsLeft()) {
-            return setError(TERR_TIMEOUT);
+            return Failure{TERR_TIMEOUT};
         }
         TARGET_SendFrame(command.bytes(), data);
         if (TARGET_ReceiveFrame(payload, timeoutMs, {exchangeEnds, portIsLeft}) < 0) {
-            return setError(TERR_TIMEOUT);
+            return Failure{TERR_TIMEOUT};
         }
     }
     return TARGET_HandleReply(payload, wanted);
 }
 
-bool _ReadSome(uint32_t address, uint32_t count, uint32_t timeoutMs) {
+Result<Reply> readSome(uint32_t address, uint32_t count, uint32_t timeoutMs) {
     const uint32_t chipAddress = TARGET_ToChipAddress(address);
     const PayloadWriter command = PayloadWriter(kReadCommand).u32(chipAddress).u16(count);
-    if (!_Exchange(command, {}, timeoutMs, ReplyKind::data)) {
-        return false;
+    Result<Reply> reply = exchange(command, {}, timeoutMs, ReplyKind::data);
+    if (reply && (reply->data.empty() || reply->data.size() > count ||
+                  reply->address != DEVICE_RelocateAddr(chipAddress))) {
+        return Failure{TERR_TIMEOUT};
     }
-    const TargetState& state = TARGET_State();
-    const bool fits = state.ReplyLength != 0 && state.ReplyLength <= count &&
-                      state.ReplyAddress == DEVICE_RelocateAddr(chipAddress);
-    return fits || setError(TERR_TIMEOUT);
+    return reply;
 }
 
-bool _ReadTarget(uint32_t address, uint32_t count, uint32_t timeoutMs) {
-    return _ReadSome(address, count, timeoutMs) &&
-           (TARGET_State().ReplyLength == count || setError(TERR_TIMEOUT));
+Result<Reply> readTarget(uint32_t address, uint32_t count, uint32_t timeoutMs) {
+    Result<Reply> reply = readSome(address, count, timeoutMs);
+    if (reply && reply->data.size() != count) {
+        return Failure{TERR_TIMEOUT};
+    }
+    return reply;
 }
 
 uint32_t TARGET_ToChipAddress(uint32_t address) {
@@ -218,7 +166,7 @@ uint32_t TARGET_ToChipAddress(uint32_t address) {
                : address;
 }
 
-uint32_t _MappedRun(uint32_t address, uint32_t count) {
+uint32_t mappedRun(uint32_t address, uint32_t count) {
     const uint64_t start = DEVICE_GetRelocateTo();
     const uint64_t end = start + DEVICE_GetRelocateLen();
     uint64_t run = count;

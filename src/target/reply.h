@@ -2,11 +2,12 @@
 // but for the pure functions.
 #pragma once
 
+#include "link/failure.h"
 #include "target/frame.h"
 
 #include <cstdint>
 #include <span>
-#include <string>
+#include <vector>
 
 enum class ReplyKind {
     malformed, // too short, or its inner length is wrong
@@ -22,31 +23,29 @@ enum class ReplyKind {
 struct Reply {
     ReplyKind kind = ReplyKind::malformed;
     uint16_t value = 0;   // packet size, CRC or SUM
-    uint32_t address = 0; // as the chip names it
+    uint32_t address = 0; // as the chip names it, of the image once it is handled
     uint8_t code = 0;     // of an error
     uint8_t contents = 0;
-    std::span<const uint8_t> data;
+    std::vector<uint8_t> data;
 };
 
 // Takes a payload apart. Pure.
-Reply _ParseReply(std::span<const uint8_t> payload);
-// The text of a target error code. Pure.
-std::string _ErrorText(int code, uint32_t address, uint8_t contents);
+Reply parseReply(std::span<const uint8_t> payload);
 
-// Takes a reply into the target state. False, and the error is set, when it is an error reply or
-// not of the kind that the command must be answered with.
-bool TARGET_HandleReply(std::span<const uint8_t> payload, ReplyKind wanted);
+// The reply in a payload; a failure when it is an error reply or not of the kind that the command
+// must be answered with. Pure but for the selected device, whose addresses it takes to the image's.
+Result<Reply> TARGET_HandleReply(std::span<const uint8_t> payload, ReplyKind wanted);
 
-// Sends a command and takes its reply in. False, and the error is set, when that failed.
-bool _Exchange(const PayloadWriter& command, std::span<const uint8_t> data, uint32_t timeoutMs,
-               ReplyKind wanted);
-// Reads `count` bytes from an image address into the reply fields; a reply about anything else is a
-// link error, since nothing can be concluded from it.
-bool _ReadTarget(uint32_t address, uint32_t count, uint32_t timeoutMs);
+// Sends a command and awaits its reply.
+Result<Reply> exchange(const PayloadWriter& command, std::span<const uint8_t> data,
+                       uint32_t timeoutMs, ReplyKind wanted);
+// Reads `count` bytes from an image address on; a reply about anything else is a link error, since
+// nothing can be concluded from it.
+Result<Reply> readTarget(uint32_t address, uint32_t count, uint32_t timeoutMs);
 // The same for up to `count` bytes, at least one, for callers who then ask for the rest.
-bool _ReadSome(uint32_t address, uint32_t count, uint32_t timeoutMs);
+Result<Reply> readSome(uint32_t address, uint32_t count, uint32_t timeoutMs);
 
 // An image address as the chip knows it.
 uint32_t TARGET_ToChipAddress(uint32_t address);
 // How many of `count` image addresses from `address` on are neighbours on the chip as well.
-uint32_t _MappedRun(uint32_t address, uint32_t count);
+uint32_t mappedRun(uint32_t address, uint32_t count);

@@ -10,11 +10,11 @@
 #include "platform/clock.h"
 #include "platform/event_queue.h"
 #include "serial/sio.h"
-#include "target/operation.h"
 #include "target/reply.h"
 
 #include <atomic>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -26,11 +26,13 @@ constexpr int kPollPauseMs = 1;
 constexpr int kDisconnectPauseMs = 100;
 constexpr int kExitPauseMs = 100;
 constexpr uint8_t kIdentifyCommand = 0x00;
-constexpr const char* kCancelled = "Action canceled";
 
 // Posting an operation, cancelling, and taking note of either exclude each other: a Cancel then
 // belongs to exactly one command, and ends it exactly once.
 std::mutex control;
+// Guarded by it: what is posted, and the result of what was completed.
+std::optional<Operation> handedOver;
+std::optional<uint16_t> completed;
 
 ClockThreadPtr thread; // the user-interface thread's
 std::atomic<bool> workerRuns{false};
@@ -70,7 +72,6 @@ void reportAndRelease(const std::string& text, bool linkFailed, bool resetBoot) 
             dropped = TARGET_LeaveLinkState(LINK_RAMCODE, LINK_IDLE);
         }
         state.Operation = 0;
-        state.Error = TERR_NONE;
         state.Cancel = 0;
         if (resetBoot || dropped) {
             _BootReset();
@@ -83,69 +84,66 @@ void reportAndRelease(const std::string& text, bool linkFailed, bool resetBoot) 
     }
 }
 
-std::string failureText() {
-    const TargetState& state = TARGET_State();
-    std::string text = _TakeFailure();
-    return text.empty() ? _ErrorText(state.Error, state.ErrorAddress, state.ErrorContents) : text;
-}
-
-// Whether the operation counts as completed. A Cancel that came before this moment still ends it.
-bool takeCompletion() {
+// Hands over the result of a completed operation; whether it counts. A Cancel that came before this
+// moment still ends it.
+bool takeCompletion(uint16_t result) {
     TargetState& state = TARGET_State();
     const std::lock_guard lock(control);
     if (cancelIsSet()) {
         return false;
     }
-    state.OperationOk = 1;
+    completed = result;
     state.Operation = 0;
     PROGRESS_Done();
     return true;
 }
 
-void runOperation(int code) {
-    TargetState& state = TARGET_State();
-    state.Error = TERR_NONE;
-    state.ReplyLength = 0;
-    const Outcome outcome = _RunOperationCode(code);
-    if (outcome == Outcome::completed && takeCompletion()) {
+Operation takePosted() {
+    const std::lock_guard lock(control);
+    return *handedOver;
+}
+
+void serveOperation() {
+    const Result<uint16_t> result = runOperation(takePosted());
+    if (result && takeCompletion(*result)) {
         return;
     }
-    if (state.Stop != 0) {
+    if (TARGET_State().Stop != 0) {
         return; // the program ends; whoever waits is released with the thread
     }
-    const bool linkFailed = state.Error == TERR_TIMEOUT;
-    if (cancelIsSet()) {
-        _TakeFailure();
-        reportAndRelease(kCancelled, linkFailed, false);
+    const Failure failure = result ? Failure{TERR_CANCELLED} : result.error();
+    const bool linkFailed = failure.code == TERR_TIMEOUT;
+    if (result || cancelIsSet()) {
+        reportAndRelease(failureText({TERR_CANCELLED}), linkFailed, false);
     } else {
-        reportAndRelease(failureText(), linkFailed, true);
+        reportAndRelease(failureText(failure), linkFailed, true);
     }
 }
 
 // A loader that does not identify itself cannot be worked with: the link ends, whatever it said.
 void identify() {
     TargetState& state = TARGET_State();
-    state.Error = TERR_NONE;
-    if (_Exchange(PayloadWriter(kIdentifyCommand), {}, kIdentifyMs, ReplyKind::identify)) {
+    const Result<Reply> reply =
+        exchange(PayloadWriter(kIdentifyCommand), {}, kIdentifyMs, ReplyKind::identify);
+    if (reply) {
+        state.PacketSize = state.PageLen != 0 ? state.PageLen.load() : reply->value;
         TARGET_SetIdentified();
         return;
     }
     if (state.LinkState != LINK_RAMCODE || state.Stop != 0 || RUN_IsInterrupted()) {
-        state.Error = TERR_NONE; // the link was taken away meanwhile
-        return;
+        return; // the link was taken away meanwhile
     }
     {
         const std::lock_guard lock(control);
         state.Identified = 0; // nothing is posted any more
     }
-    reportAndRelease(failureText(), true, false);
+    reportAndRelease(failureText(reply.error()), true, false);
 }
 
 void serveLoader() {
     const TargetState& state = TARGET_State();
-    const int code = state.Operation;
-    if (code != 0) {
-        runOperation(code);
+    if (state.Operation != 0) {
+        serveOperation();
     } else if (!RUN_IsInterrupted()) {
         identify();
     }
@@ -203,7 +201,7 @@ void stopWorker(bool quietly) {
 
 enum class Posting { posted, waiting, linkDown, cancelled };
 
-Posting tryToPost(int operation) {
+Posting tryToPost(const Operation& operation) {
     TargetState& state = TARGET_State();
     const std::lock_guard lock(control);
     if (cancelIsSet()) {
@@ -216,7 +214,9 @@ Posting tryToPost(int operation) {
         return Posting::waiting;
     }
     PROGRESS_Reset();
-    state.Operation = operation;
+    handedOver = operation;
+    completed.reset();
+    state.Operation = operation.code;
     return Posting::posted;
 }
 
@@ -229,9 +229,6 @@ void TARGET_Init(void* mainWindow, TerminalReceiver terminalReceive) {
     TargetState& state = TARGET_State();
     state.LinkState = LINK_IDLE;
     state.Operation = 0;
-    state.OperationOk = 0;
-    state.Error = TERR_NONE;
-    state.ErrorAddress = 0;
     state.Identified = 0;
     state.Cancel = 0;
     state.Stop = 0;
@@ -255,7 +252,6 @@ void TARGET_BeginCommand(std::string_view caption) {
     {
         const std::lock_guard lock(control);
         TARGET_State().Cancel = 0;
-        TARGET_State().OperationOk = 0;
     }
     PROGRESS_Open(caption, window);
     PROGRESS_SetCancelHandler(TARGET_Cancel);
@@ -274,7 +270,7 @@ void TARGET_Cancel() {
     CLOCK_Notify();
 }
 
-bool TARGET_PostOperation(int operation) {
+bool TARGET_PostOperation(const Operation& operation) {
     PROGRESS_SetCancelHandler(TARGET_Cancel);
     Posting posting = tryToPost(operation);
     while (posting == Posting::waiting) {
@@ -288,17 +284,18 @@ bool TARGET_PostOperation(int operation) {
     return posting == Posting::posted;
 }
 
-bool TARGET_RunOperation(int operation, std::string_view line) {
-    TargetState& state = TARGET_State();
-    state.OperationOk = 0;
+std::optional<uint16_t> TARGET_RunOperation(const Operation& operation, std::string_view line) {
+    std::optional<uint16_t> result;
     if (TARGET_PostOperation(operation)) {
         PROGRESS_Run(line, TARGET_Cancel);
+        const std::lock_guard lock(control);
+        result = completed;
     }
-    if (state.OperationOk != 0 && TARGET_TakeCancel()) {
-        state.OperationOk = 0; // pressed as the operation ended
+    if (result && TARGET_TakeCancel()) {
+        result.reset(); // pressed as the operation ended
     }
     PROGRESS_Close();
-    return state.OperationOk != 0;
+    return result;
 }
 
 bool TARGET_TakeCancel() {
@@ -309,7 +306,7 @@ bool TARGET_TakeCancel() {
         }
         TARGET_State().Cancel = 0;
     }
-    ERROR_Out(nullptr, kCancelled, 1);
+    ERROR_Out(nullptr, failureText({TERR_CANCELLED}), 1);
     return true;
 }
 

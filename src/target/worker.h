@@ -3,8 +3,11 @@
 // messages. User-interface thread unless said otherwise.
 #pragma once
 
+#include "target/operation.h"
+
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string_view>
 
 using TerminalReceiver = std::function<void(uint8_t)>;
@@ -17,18 +20,19 @@ void TARGET_Exit();
 // Ends the worker without pauses and log lines, for the end of an unattended run.
 void TARGET_Stop();
 
-// Begins a command: forgets an earlier Cancel and outcome, opens the progress display and lets its
+// Begins a command: forgets an earlier Cancel, opens the progress display and lets its
 // Cancel cancel the operation.
 void TARGET_BeginCommand(std::string_view caption);
 // The cancel handler. Any thread; never lost between two flags.
 void TARGET_Cancel();
 // Posts an operation once the loader has identified itself. False, and nothing posted, when the
 // user cancelled or the link went down meanwhile; either has been reported then.
-bool TARGET_PostOperation(int operation);
+bool TARGET_PostOperation(const Operation& operation);
 
 // Posts an operation and waits for its end while the progress display shows it, then closes the
-// display. Whether the operation was completed; every failure has been reported.
-bool TARGET_RunOperation(int operation, std::string_view line);
+// display. The checksum of an operation that gets one, else 0; nothing when it was not completed,
+// which has been reported.
+std::optional<uint16_t> TARGET_RunOperation(const Operation& operation, std::string_view line);
 // Takes back a Cancel that came when there was no operation to end: whether there was one, reported
 // as "Action canceled" then. For work that a Cancel cannot end and that is followed by more.
 bool TARGET_TakeCancel();

@@ -36,9 +36,15 @@ const std::string kOne = "Bank = 1000,400\nTimeoutEraseBlock = 5000";
 
 using Prepare = std::function<void()>;
 
+AddressRange wanted; // of the operation under test
+
 void range(uint32_t first, uint32_t last) {
-    TARGET_State().RangeStart = first;
-    TARGET_State().RangeEnd = last;
+    wanted = AddressRange::upTo(first, last);
+}
+
+Operation operation(OperationCode code) {
+    const bool whole = code == OP_ERASE_CHIP || code == OP_PROTECT_CHIP;
+    return {code, wanted, whole ? DEVICE_Blocks() : DEVICE_SelectedBlocks()};
 }
 
 void load(uint32_t address, size_t count, uint8_t value) {
@@ -78,15 +84,15 @@ void end(const ScriptWorld& world) {
 }
 
 // Runs one operation; it completes when no error is expected.
-void check(const std::string& name, const std::string& device, int code, const Script& script,
-           const std::string& error = "", const Prepare& prepare = {}, uint32_t pageLen = 0,
-           uint32_t packet = 128) {
+void check(const std::string& name, const std::string& device, OperationCode code,
+           const Script& script, const std::string& error = "", const Prepare& prepare = {},
+           uint32_t pageLen = 0, uint32_t packet = 128) {
     SCOPED_TRACE(name);
     ScriptWorld world(device, script);
     begin(world, pageLen, packet);
     if (prepare)
         prepare();
-    EXPECT_EQ(TARGET_RunOperation(code, "Testing..."), error.empty());
+    EXPECT_EQ(TARGET_RunOperation(operation(code), "Testing...").has_value(), error.empty());
     EXPECT_EQ(world.errors(), error);
     EXPECT_EQ(TARGET_State().LinkState, error == "Timeout error" ? LINK_IDLE : LINK_RAMCODE);
     end(world);
@@ -261,7 +267,8 @@ TEST(Frames, FailedOperationLeavesNothingBehind) {
         HEXDATA_Clear();
         image(0x1000, 128, value)();
         TARGET_BeginCommand("Test");
-        EXPECT_EQ(TARGET_RunOperation(OP_PROGRAM, "Testing..."), value == 0x22);
+        EXPECT_EQ(TARGET_RunOperation(operation(OP_PROGRAM), "Testing...").has_value(),
+                  value == 0x22);
     }
     end(world);
 }
