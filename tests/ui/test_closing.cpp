@@ -1,6 +1,6 @@
 #include "desktop_world.h"
-
-#include <QLabel>
+#include "link/target_state.h"
+#include "target/operation.h"
 
 TEST(Closing, ReleasesAWorkerThatWaitsForAnAnswer) {
     DesktopWorld world;
@@ -53,7 +53,7 @@ TEST(Closing, EndsACommandAtAnyMoment) {
     for (const auto& one : cases) {
         SCOPED_TRACE(static_cast<int>(one.moment));
         ChipOptions slow;
-        slow.faults = {{FaultKind::slow, ChipStep::read, 0, 0, 200}}; // of the blank check
+        slow.faults = {{FaultKind::slow, ChipStep::blankCheck, 0, 0, 100}};
         ChipWorld world(slow);
         const bool asks = one.moment == When::questionIsOpen;
         DEVPROPS_SetResetByPC(!asks);
@@ -64,9 +64,8 @@ TEST(Closing, EndsACommandAtAnyMoment) {
             if (asks) {
                 return QApplication::activeModalWidget() != nullptr;
             }
-            return one.moment == When::loaderIsSent
-                       ? SIMPORT_BytesToChip(world.line) > 100
-                       : control<QLabel>(world.progress(), "901").text() == "Checking if blank...";
+            return one.moment == When::loaderIsSent ? SIMPORT_BytesToChip(world.line) > 100
+                                                    : TARGET_State().Operation == OP_BLANK_CHECK;
         };
         QTimer watch;
         QObject::connect(&watch, &QTimer::timeout, [&] {
