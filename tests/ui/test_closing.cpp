@@ -1,6 +1,6 @@
 #include "desktop_world.h"
-
-#include <QLabel>
+#include "link/target_state.h"
+#include "target/operation.h"
 
 TEST(Closing, ReleasesAWorkerThatWaitsForAnAnswer) {
     DesktopWorld world;
@@ -40,50 +40,57 @@ TEST(Closing, StoresTheViewsThatAreOpenAndThePlace) {
     EXPECT_EQ(std::vector<int32_t>(rect, rect + 4), (std::vector<int32_t>{30, 40, 730, 540}));
 }
 
-TEST(Closing, EndsACommandAtAnyMoment) {
-    enum class When { loaderIsSent, operationRuns, questionIsOpen };
-    const struct {
-        When moment;
-        bool cancels = false;
-    } cases[] = {{When::loaderIsSent},
-                 {When::operationRuns},
-                 {When::questionIsOpen},
-                 {When::loaderIsSent, true},
-                 {When::operationRuns, true}};
-    for (const auto& one : cases) {
-        SCOPED_TRACE(static_cast<int>(one.moment));
-        ChipOptions slow;
-        slow.faults = {{FaultKind::slow, ChipStep::read, 0, 0, 200}}; // of the blank check
-        ChipWorld world(slow);
-        const bool asks = one.moment == When::questionIsOpen;
-        DEVPROPS_SetResetByPC(!asks);
-        if (asks) {
-            BOX_SetResponder({});
-        }
-        const auto hasCome = [&] {
-            if (asks) {
-                return QApplication::activeModalWidget() != nullptr;
-            }
-            return one.moment == When::loaderIsSent
-                       ? SIMPORT_BytesToChip(world.line) > 100
-                       : control<QLabel>(world.progress(), "901").text() == "Checking if blank...";
-        };
-        QTimer watch;
-        QObject::connect(&watch, &QTimer::timeout, [&] {
-            if (!hasCome()) {
-                return;
-            }
-            watch.stop();
-            if (one.cancels) {
-                click(world.progress(), "2");
-            }
-            world.frame().close();
-        });
-        watch.start(5);
-        world.item(CMD_TARGET_BLANK_CHECK_CHIP).trigger();
-        EXPECT_TRUE(runUntil([] { return SESSION_Get().quit; }));
-        EXPECT_FALSE(watch.isActive()) << "the moment did not come";
-        EXPECT_FALSE(SESSION_Get().targetBusy);
-        EXPECT_FALSE(SIO_IsOpen());
+namespace {
+
+enum class When { loaderIsSent, operationRuns, questionIsOpen };
+
+// Closes the frame at that moment of a blank check, which the user has cancelled just before or
+// not.
+void closeDuringCommand(When when, bool cancelled) {
+    SCOPED_TRACE(static_cast<int>(when));
+    ChipOptions slow;
+    slow.faults = {{FaultKind::slow, ChipStep::blankCheck, 0, 0, 100}};
+    ChipWorld world(slow);
+    const bool asks = when == When::questionIsOpen;
+    DEVPROPS_SetResetByPC(!asks);
+    if (asks) {
+        BOX_SetResponder({});
     }
+    const auto hasCome = [&] {
+        if (asks) {
+            return QApplication::activeModalWidget() != nullptr;
+        }
+        return when == When::loaderIsSent ? SIMPORT_BytesToChip(world.line) > 100
+                                          : TARGET_State().Operation == OP_BLANK_CHECK;
+    };
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, [&] {
+        if (!hasCome()) {
+            return;
+        }
+        watch.stop();
+        if (cancelled) {
+            click(world.progress(), "2");
+        }
+        world.frame().close();
+    });
+    watch.start(5);
+    world.item(CMD_TARGET_BLANK_CHECK_CHIP).trigger();
+    EXPECT_TRUE(runUntil([] { return SESSION_Get().quit; }));
+    EXPECT_FALSE(watch.isActive()) << "the moment did not come";
+    EXPECT_FALSE(SESSION_Get().targetBusy);
+    EXPECT_FALSE(SIO_IsOpen());
+}
+
+} // namespace
+
+TEST(Closing, EndsACommandAtAnyMoment) {
+    closeDuringCommand(When::loaderIsSent, false);
+    closeDuringCommand(When::operationRuns, false);
+    closeDuringCommand(When::questionIsOpen, false);
+}
+
+TEST(Closing, EndsACancelledCommand) {
+    closeDuringCommand(When::loaderIsSent, true);
+    closeDuringCommand(When::operationRuns, true);
 }
