@@ -1,21 +1,35 @@
-// What clang-tidy sees in place of the assertions of GoogleTest: the same expressions, evaluated once,
-// without the library's machinery, through which the path analyser would follow every assertion of a
-// test twice (four fifths of its time in a test file). Read by scripts/tidy.py alone; no build uses it.
+// What clang-tidy sees in place of the assertions of GoogleTest: the same expressions, evaluated
+// once, without the library's machinery, through which the path analyser would follow every
+// assertion of a test twice (four fifths of its time in a test file). Read by scripts/tidy.py
+// alone; no build uses it.
 #pragma once
-#pragma GCC system_header // as the library's own header: what it instantiates is not the test's fault
+#pragma GCC                                                                                        \
+    system_header // as the library's own header: what it instantiates is not the test's fault
 #include <gtest/gtest.h>
 
 namespace analysis {
 struct Sink {
-  explicit Sink(bool) {}
-  template <typename T> const Sink &operator<<(const T &) const { return *this; }
+    explicit Sink(bool) {}
+    template <typename T>
+    const Sink& operator<<(const T&) const {
+        return *this;
+    }
 };
 struct Leave {
-  void operator=(const Sink &) const {}
+    void operator=(const Sink&) const {}
 };
-template <typename A, typename B> bool equal(const A &a, const B &b) { return a == b; }
-template <typename A, typename B> bool less(const A &a, const B &b) { return a < b; }
-template <typename A, typename B> bool atMost(const A &a, const B &b) { return a <= b; }
+template <typename A, typename B>
+bool equal(const A& a, const B& b) {
+    return a == b;
+}
+template <typename A, typename B>
+bool less(const A& a, const B& b) {
+    return a < b;
+}
+template <typename A, typename B>
+bool atMost(const A& a, const B& b) {
+    return a <= b;
+}
 } // namespace analysis
 
 #undef EXPECT_TRUE
@@ -38,10 +52,10 @@ template <typename A, typename B> bool atMost(const A &a, const B &b) { return a
 #define EXPECT_LE(a, b) ::analysis::Sink(::analysis::atMost(a, b))
 #define EXPECT_GT(a, b) ::analysis::Sink(::analysis::less(b, a))
 #define EXPECT_GE(a, b) ::analysis::Sink(::analysis::atMost(b, a))
-#define ANALYSIS_ASSERT(condition) \
-  if (condition) { \
-  } else \
-    return ::analysis::Leave() = ::analysis::Sink(false)
+#define ANALYSIS_ASSERT(condition)                                                                 \
+    if (condition) {                                                                               \
+    } else                                                                                         \
+        return ::analysis::Leave() = ::analysis::Sink(false)
 #define ASSERT_TRUE(a) ANALYSIS_ASSERT(static_cast<bool>(a))
 #define ASSERT_FALSE(a) ANALYSIS_ASSERT(!static_cast<bool>(a))
 #define ASSERT_EQ(a, b) ANALYSIS_ASSERT(::analysis::equal(a, b))
