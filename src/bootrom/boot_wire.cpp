@@ -8,70 +8,48 @@
 
 #include <numeric>
 
-namespace {
-
-bool reported = false;
-
-} // namespace
-
 bool _BootIsHopeless() {
     return RUN_IsInterrupted() || SIO_IsLost() || !SIO_IsOpen();
 }
 
-int _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs) {
+Result<> _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs) {
     if (buffer.empty()) {
-        return 0;
+        return {};
     }
     const Moment deadline = CLOCK_After(timeoutMs);
     EVENTS_WaitBeside(deadline, [](Moment step) {
         return SIO_WaitReadable(_BootIsHopeless, step) || _BootIsHopeless();
     });
     return SIO_ReadUntil(buffer.data(), buffer.size(), deadline, _BootIsHopeless) == buffer.size()
-               ? 0
-               : 1;
+               ? Result<>()
+               : Failure{TERR_TIMEOUT};
 }
 
-void _BootFail(std::string_view text) {
-    reported = true;
-    ERROR_Out(nullptr, text, 1);
+void _BootFail(const Failure& failure, std::string_view otherwise) {
+    const std::string_view text = failure.reason.empty() ? otherwise : failure.reason;
+    if (failure.code != TERR_REPORTED && !text.empty()) {
+        ERROR_Out(nullptr, text, 1);
+    }
     BOOT_SetState(BOOT_UNSYNCED);
 }
 
-int _BootCheck(bool condition, std::string_view text) {
-    if (condition) {
-        return 0;
-    }
-    _BootFail(text);
-    return 1;
+Result<> _BootCheck(bool condition, std::string_view text) {
+    return condition ? Result<>() : Failure{.reason = std::string(text)};
 }
 
-int _BootAwait(uint8_t answer, std::string_view text, uint32_t timeoutMs) {
+Result<> _BootAwait(uint8_t answer, std::string_view text, uint32_t timeoutMs) {
     uint8_t received = 0;
-    if (_BootRead({&received, 1}, timeoutMs) != 0) {
-        return 1;
-    }
-    return _BootCheck(received == answer, text);
+    Result<> read = _BootRead({&received, 1}, timeoutMs);
+    return read ? _BootCheck(received == answer, text) : read;
 }
 
-int _BootExchange(uint8_t sent, uint8_t answer, std::string_view text) {
+Result<> _BootExchange(uint8_t sent, uint8_t answer, std::string_view text) {
     SIO_WriteByte(sent);
     return _BootAwait(answer, text);
 }
 
-int _BootCommand(uint8_t command, std::string_view text) {
+Result<> _BootCommand(uint8_t command, std::string_view text) {
     return _BootExchange(command, command, text);
-}
-
-bool _BootHasReported() {
-    return reported;
-}
-
-void _BootForgetReports() {
-    reported = false;
-}
-
-void _BootNeedsNoReport() {
-    reported = true;
 }
 
 uint8_t _BootChecksum(std::span<const uint8_t> bytes) {

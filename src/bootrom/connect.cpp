@@ -19,51 +19,39 @@ constexpr int kConnectPauseMs = 500;
 constexpr int kCommandPauseMs = 100;
 constexpr const char* kConnectFailure = "Could not download RAM image. Please check password";
 
-const BootRomProtocol& typeA() {
-    static const BootRomProtocol protocol = {_DownloadTypeA, _EraseChipTypeA, _FlashStatusTypeA,
-                                             _ReadProtectTypeA, nullptr};
-    return protocol;
-}
-
-const BootRomProtocol& typeB() {
-    static const BootRomProtocol protocol = {_DownloadTypeB, _EraseChipTypeB, nullptr, nullptr,
-                                             _ProtectChipTypeB};
-    return protocol;
-}
-
-const BootRomProtocol* current = nullptr; // null: the first family
+constexpr BootRomProtocol kTypeA = {_DownloadTypeA, _EraseChipTypeA, _FlashStatusTypeA,
+                                    _ReadProtectTypeA, nullptr};
+constexpr BootRomProtocol kTypeB = {_DownloadTypeB, _EraseChipTypeB, nullptr, nullptr,
+                                    _ProtectChipTypeB};
 
 // Without a loader of its own a device cannot be connected, whatever the family.
-int downloadLoader() {
+Result<> downloadLoader(const BootRomProtocol& family) {
     if (DEVICE_GetRamcodeFile().empty()) {
-        _BootFail("The device description names no RAM-Image");
-        return 0;
+        return Failure{.reason = "The device description names no RAM-Image"};
     }
     const std::string path = FILES_ProgramFolder() + "RamImage/" + DEVICE_GetRamcodeFile();
-    return _CurrentProtocol().DownloadRamImage(path, false);
+    return family.DownloadRamImage(path, false);
 }
 
 } // namespace
 
-void _SelectProtocol() {
+const BootRomProtocol* _SelectProtocol() {
     switch (DEVICE_GetRamcodeType()) {
     case RAMCODE_TYPE_A:
-        current = &typeA();
-        break;
+        return &kTypeA;
     case RAMCODE_TYPE_B:
-        current = &typeB();
-        break;
+        return &kTypeB;
     default:
-        TARGET_ReportError("Target::Unsuported RAM-Code protocoll", 0);
+        TARGET_ReportError("Target::Unsuported RAM-Code protocoll", 1);
+        return nullptr;
     }
 }
 
-const BootRomProtocol& _CurrentProtocol() {
-    return current != nullptr ? *current : typeA();
-}
-
 int TARGET_Connect() {
-    _SelectProtocol();
+    const BootRomProtocol* family = _SelectProtocol();
+    if (family == nullptr) {
+        return 0;
+    }
     TargetState& state = TARGET_State();
     state.Cancel = 0;
     if (state.LinkState == LINK_RAMCODE) {
@@ -71,23 +59,28 @@ int TARGET_Connect() {
     }
     TARGET_SetLinkState(LINK_BOOTROM);
     EVENTS_Sleep(kConnectPauseMs);
-    if (downloadLoader() == 1) { // a Cancel from here on ends the operation that follows
+    Result<> downloaded = downloadLoader(*family);
+    if (downloaded) { // a Cancel from here on ends the operation that follows
         state.PageLen = DEVICE_GetFLASHPageLen();
         LOG_Add("Connected with target");
         TARGET_SetLinkState(LINK_RAMCODE);
         EVENTS_Sleep(kConnectPauseMs);
         return 1;
     }
+    _BootFail(downloaded.error());
     TARGET_Disconnect();
     TARGET_ReportError(kConnectFailure, 1);
     EVENTS_Sleep(kConnectPauseMs);
     return 0;
 }
 
-int _RunBootCommand(const std::function<int()> BootRomProtocol::*slot, const char* name) {
-    _SelectProtocol();
-    const std::function<int()>& operation = _CurrentProtocol().*slot;
-    if (!operation) {
+int _RunBootCommand(Result<> (*BootRomProtocol::*slot)(), const char* name) {
+    const BootRomProtocol* family = _SelectProtocol();
+    if (family == nullptr) {
+        return 1;
+    }
+    const auto operation = family->*slot;
+    if (operation == nullptr) {
         ERROR_Out(nullptr, formatText("%s is not supported by the boot ROM of this device", name),
                   1);
         return 1;
@@ -95,20 +88,15 @@ int _RunBootCommand(const std::function<int()> BootRomProtocol::*slot, const cha
     TARGET_State().Cancel = 0;
     if (TARGET_State().LinkState != LINK_IDLE) {
         TARGET_Disconnect();
-        _BootReset();
     }
     TARGET_SetLinkState(LINK_BOOTROM);
     CLOCK_Sleep(kCommandPauseMs);
-    _BootForgetReports();
-    const int result = operation();
-    if (result != 0) {
-        BOOT_SetState(BOOT_UNSYNCED); // whatever the boot ROM waits for now, a reset ends it
-        if (!_BootHasReported()) {
-            ERROR_Out(nullptr, formatText("%s failed", name), 1);
-        }
+    Result<> done = operation();
+    if (!done) {
+        _BootFail(done.error(), formatText("%s failed", name));
     }
     TARGET_SetLinkState(LINK_IDLE);
-    return result;
+    return done ? 0 : 1;
 }
 
 int TARGET_ReadProtect() {

@@ -1,6 +1,5 @@
 #include "bootrom/download.h"
 
-#include "bootrom/boot_wire.h"
 #include "bootrom/handshake.h"
 #include "bootrom/ram_image.h"
 #include "link/password.h"
@@ -17,56 +16,55 @@ namespace {
 constexpr int kLoaderStartMs = 100;
 
 // An unattended run cannot ask; that it would have had to is said through the question notifier.
-bool askForPassword() {
+Result<> askForPassword() {
     if (RUN_IsUnattended()) {
         ERROR_Ask(nullptr, "A password is needed to connect", "Password", BOX_OK);
-        return false;
+        return Failure{};
     }
     PROGRESS_BusyCursor(false);
     const bool given = PASSWORD_Dialog() == ANSWER_OK;
     PROGRESS_BusyCursor(true);
-    if (!given) {
-        _BootNeedsNoReport();
-    }
-    return given;
+    return given ? Result<>() : Failure{TERR_REPORTED}; // the user knows
 }
 
-bool passwordReady() {
-    return _IsBlank() || PASSWORD_GetLen() != 0 || askForPassword();
+Result<> passwordReady() {
+    return _IsBlank() || PASSWORD_GetLen() != 0 ? Result<>() : askForPassword();
 }
 
-bool loadImage(const std::string& path, const LoaderDownload& family) {
+Result<> loadImage(const std::string& path, const LoaderDownload& family) {
     std::string text;
     if (!_LoadRamImage(path, text)) {
-        _BootFail("Error reading RAM-Immage file");
-        return false;
+        return Failure{.reason = "Error reading RAM-Immage file"};
     }
     return family.accept(text);
 }
 
 } // namespace
 
-int _DownloadRamImage(const std::string& path, bool showProgress, const LoaderDownload& family) {
+Result<> _DownloadRamImage(const std::string& path, bool showProgress,
+                           const LoaderDownload& family) {
     RUN_SetExitCode(1);
-    _BootForgetReports();
     if (BOOT_GetState() == BOOT_RAMCODE) {
         _BootReset();
     }
-    if (!loadImage(path, family)) {
-        return 0;
+    if (Result<> loaded = loadImage(path, family); !loaded) {
+        return loaded;
     }
     if (showProgress) {
         PROGRESS_Open("Download RAM-Image", nullptr);
     }
-    if (family.handshake() != 0 || !passwordReady()) {
-        return 0;
+    if (Result<> begun = family.handshake(); !begun) {
+        return begun;
+    }
+    if (Result<> ready = passwordReady(); !ready) {
+        return ready;
     }
     LOG_Add(formatText("Downloading RAM-Image started: %s", path.c_str()));
-    BOOT_SetResult(0);
-    if (family.transfer(showProgress) != 0) {
-        return 0;
+    if (Result<> sent = family.transfer(showProgress); !sent) {
+        return sent;
     }
-    RUN_SetExitCode(BOOT_GetResult() == 1 ? 0 : 1);
+    BOOT_SetState(BOOT_RAMCODE);
+    RUN_SetExitCode(0);
     CLOCK_Sleep(kLoaderStartMs);
-    return BOOT_GetResult();
+    return {};
 }

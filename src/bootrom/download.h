@@ -2,18 +2,20 @@
 // transfers. User-interface thread, the link in LINK_BOOTROM.
 #pragma once
 
+#include "link/failure.h"
+
 #include <functional>
 #include <string>
 
 struct LoaderDownload {
-    std::function<bool(const std::string& text)> accept; // whether the image can be sent; reports
-    std::function<int()> handshake;                      // 0 done
-    std::function<int(bool showProgress)> transfer;      // 0 accepted by the boot ROM
+    std::function<Result<>(const std::string& text)> accept; // whether the image can be sent
+    std::function<Result<>()> handshake;
+    std::function<Result<>(bool showProgress)> transfer; // to the boot ROM's acceptance
 };
 
-// 1: the loader runs; 0: failed, reported unless the reason is silent. A progress display that
-// `showProgress` opens is left open.
-int _DownloadRamImage(const std::string& path, bool showProgress, const LoaderDownload& family);
+// Gets the loader to run. A progress display that `showProgress` opens is left open.
+Result<> _DownloadRamImage(const std::string& path, bool showProgress,
+                           const LoaderDownload& family);
 
-int _DownloadTypeA(const std::string& path, bool showProgress);
-int _DownloadTypeB(const std::string& path, bool showProgress);
+Result<> _DownloadTypeA(const std::string& path, bool showProgress);
+Result<> _DownloadTypeB(const std::string& path, bool showProgress);

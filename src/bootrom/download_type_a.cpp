@@ -5,7 +5,6 @@
 #include "bootrom/ram_image.h"
 #include "device/device.h"
 #include "device/devprops.h"
-#include "link/target_link.h"
 #include "link/target_state.h"
 #include "notice/log.h"
 #include "notice/progress.h"
@@ -33,14 +32,14 @@ std::vector<uint8_t> timerRecord(uint16_t address) {
     return record;
 }
 
-// 1 when the user has ended it.
-int sendRecords(const RamImageA& image) {
+// A failure when the user has ended it.
+Result<> sendRecords(const RamImageA& image) {
     PROGRESS_SetMax(static_cast<int32_t>(image.length));
     uint16_t next = 0;
     for (const RamRecord& record : image.records) {
         PROGRESS_SetPos(static_cast<int32_t>(record.consumed));
         if (TARGET_State().Cancel != 0 || RUN_IsInterrupted()) {
-            return 1;
+            return Failure{TERR_CANCELLED};
         }
         if (record.count() > 0) {
             next = static_cast<uint16_t>(record.address() + record.count());
@@ -52,41 +51,38 @@ int sendRecords(const RamImageA& image) {
         EVENTS_ProcessOne();
         CLOCK_Sleep(kRecordPauseMs);
     }
-    return 0;
+    return {};
 }
 
-int transfer(const RamImageA& image, bool showProgress) {
-    if (_BootCommand(0x60, "Echoback RAM loader command failed") != 0) {
-        return 1;
+Result<> transfer(const RamImageA& image, bool showProgress) {
+    if (Result<> sent = _BootCommand(0x60, "Echoback RAM loader command failed"); !sent) {
+        return sent;
     }
     PROGRESS_SetText(showProgress ? "Downloading RAM Image..."
                                   : "Downloading internal used RAM image...");
     _SendPasswordTypeA();
-    if (sendRecords(image) != 0) {
-        return 1;
-    }
-    if (image.malformed) {
-        _BootFail("Error parsing RAM-image");
+    if (Result<> sent = sendRecords(image); !sent) {
+        return sent;
     }
     _SetBootSum(0);
-    // What a boot ROM says of half an image is no success.
-    if (_ReadBootSum(DEVICE_GetTimeoutGetSUM()) != 0 || image.malformed) {
-        return 1;
+    Result<> summed = _ReadBootSum(DEVICE_GetTimeoutGetSUM());
+    if (image.malformed) { // what a boot ROM says of half an image is no success
+        return Failure{.reason = "Error parsing RAM-image"};
     }
-    BOOT_SetResult(1);
-    BOOT_SetState(BOOT_RAMCODE);
-    LOG_Add("Downloading RAM-Image finished");
-    return 0;
+    if (summed) {
+        LOG_Add("Downloading RAM-Image finished");
+    }
+    return summed;
 }
 
 } // namespace
 
-int _DownloadTypeA(const std::string& path, bool showProgress) {
+Result<> _DownloadTypeA(const std::string& path, bool showProgress) {
     RamImageA image;
     LoaderDownload family;
     family.accept = [&image](const std::string& text) {
         image = _ParseRamImageA(text);
-        return _BootCheck(_RamImageFits(text), "RAM-Image does not fit into memory") == 0;
+        return _BootCheck(_RamImageFits(text), "RAM-Image does not fit into memory");
     };
     family.handshake = [] { return _BootHandshake(_MatchTypeA, _GetSumTypeA, true); };
     family.transfer = [&image](bool progress) { return transfer(image, progress); };

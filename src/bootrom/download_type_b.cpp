@@ -4,7 +4,6 @@
 #include "bootrom/password_frame.h"
 #include "bootrom/ram_image.h"
 #include "device/device.h"
-#include "link/target_link.h"
 #include "link/target_state.h"
 #include "notice/progress.h"
 #include "notice/run.h"
@@ -68,12 +67,12 @@ void sendFill(Stream& stream, uint32_t count) {
     }
 }
 
-// 1 when the user has ended it.
-int sendData(const RamImageB& image) {
+// A failure when the user has ended it.
+Result<> sendData(const RamImageB& image) {
     Stream stream;
     for (const RamBlock& block : image.blocks) {
         if (TARGET_State().Cancel != 0 || RUN_IsInterrupted()) {
-            return 1;
+            return Failure{TERR_CANCELLED};
         }
         sendFill(stream, block.address - image.start - stream.sent);
         SIO_Write(block.data);
@@ -82,38 +81,35 @@ int sendData(const RamImageB& image) {
         finishStep(stream);
     }
     SIO_WriteByte(static_cast<uint8_t>(0 - stream.sum));
-    return 0;
+    return {};
 }
 
-int transfer(const RamImageB& image) {
-    if (_BootCommand(0x10, "Echoback RAM loader command failed") != 0) {
-        return 1;
+Result<> transfer(const RamImageB& image) {
+    if (Result<> sent = _BootCommand(0x10, "Echoback RAM loader command failed"); !sent) {
+        return sent;
     }
     _SendPasswordTypeB();
-    if (_BootAwait(kAcknowledge, "Password checksum failed") != 0) {
-        return 1;
+    if (Result<> taken = _BootAwait(kAcknowledge, "Password checksum failed"); !taken) {
+        return taken;
     }
     sendHeader(image);
-    if (_BootAwait(kAcknowledge, "Password checksum failed") != 0) {
-        return 1;
+    if (Result<> taken = _BootAwait(kAcknowledge, "Password checksum failed"); !taken) {
+        return taken;
     }
-    if (sendData(image) != 0 ||
-        _BootAwait(kAcknowledge, "Data checksum failed", DEVICE_GetTimeoutGetSUM()) != 0) {
-        return 1;
+    if (Result<> sent = sendData(image); !sent) {
+        return sent;
     }
-    BOOT_SetResult(1);
-    BOOT_SetState(BOOT_RAMCODE);
-    return 0;
+    return _BootAwait(kAcknowledge, "Data checksum failed", DEVICE_GetTimeoutGetSUM());
 }
 
 } // namespace
 
-int _DownloadTypeB(const std::string& path, bool showProgress) {
+Result<> _DownloadTypeB(const std::string& path, bool showProgress) {
     RamImageB image;
     LoaderDownload family;
     family.accept = [&image](const std::string& text) {
         const std::string error = _ParseRamImageB(text, image);
-        return _BootCheck(error.empty(), error) == 0;
+        return _BootCheck(error.empty(), error);
     };
     family.handshake = [] { return _BootHandshake(_MatchTypeB, _GetSumTypeB, false); };
     family.transfer = [&image](bool) { return transfer(image); };

@@ -16,13 +16,13 @@ constexpr uint32_t kEraseStepMs = 50;
 
 // The step begins again with the first byte, so that an answer is not torn by a step's end.
 bool readAnswer(std::span<uint8_t> answer) {
-    return _BootRead(answer.first(1), kEraseStepMs) == 0 &&
-           (answer.size() == 1 || _BootRead(answer.subspan(1), kEraseStepMs) == 0);
+    return _BootRead(answer.first(1), kEraseStepMs) &&
+           (answer.size() == 1 || _BootRead(answer.subspan(1), kEraseStepMs));
 }
 
 } // namespace
 
-int _EraseWait(std::span<uint8_t> answer) {
+Result<> _EraseWait(std::span<uint8_t> answer) {
     const uint32_t timeout = DEVICE_GetTimeoutEraseAll();
     PROGRESS_HideByteCount();
     PROGRESS_SetBarTextMode(true);
@@ -30,22 +30,21 @@ int _EraseWait(std::span<uint8_t> answer) {
     const Moment deadline = CLOCK_After(timeout);
     while (!readAnswer(answer)) {
         if (CLOCK_Now() > deadline || _BootIsHopeless()) {
-            return 1;
+            return Failure{TERR_TIMEOUT};
         }
     }
-    return 0;
+    return {};
 }
 
-int _RunErase(const std::function<int()>& handshake, const std::function<int()>& erase) {
+Result<> _RunErase(const std::function<Result<>()>& handshake,
+                   const std::function<Result<>()>& erase) {
     RUN_SetExitCode(1);
-    _BootForgetReports();
-    if (handshake() != 0) {
-        return 0;
+    if (Result<> begun = handshake(); !begun) {
+        return begun;
     }
     LOG_Add("Erasing Chip started");
-    BOOT_SetResult(0);
-    const bool erased = erase() == 0 && BOOT_GetResult() == 1;
+    Result<> erased = erase();
     LOG_Add(erased ? "Erasing Chip finished" : "Erasing Chip failed");
     RUN_SetExitCode(erased ? 0 : 1);
-    return erased ? 1 : 0;
+    return erased;
 }

@@ -3,7 +3,6 @@
 #include "bootrom/handshake.h"
 #include "bootrom/password_frame.h"
 #include "device/device.h"
-#include "link/target_link.h"
 #include "notice/log.h"
 #include "notice/progress.h"
 #include "platform/format.h"
@@ -17,63 +16,73 @@ namespace {
 constexpr uint8_t kEndRecord[] = {0x3A, 0x00, 0x00, 0x00, 0x01, 0xFF};
 constexpr uint8_t kFlashCleared = 0xC1;
 
-int handshake() {
+Result<> handshake() {
     return _BootHandshake(_MatchTypeA, _GetSumTypeA, true);
 }
 
+// Runs the handshake and a command that the boot ROM echoes.
+Result<> beginCommand(uint8_t command, const char* failure) {
+    Result<> begun = handshake();
+    return begun ? _BootCommand(command, failure) : begun;
+}
+
 // Rewriting the flash with an empty program.
-int eraseByRewriteCommand() {
-    if (_BootCommand(0x30, "Echoback flash memory rewrite command failed") != 0) {
-        return 1;
+Result<> eraseByRewriteCommand() {
+    Result<> sent = _BootCommand(0x30, "Echoback flash memory rewrite command failed");
+    if (!sent) {
+        return sent;
     }
     _SetBootSum(0);
     uint8_t answer[1] = {};
-    if (_EraseWait(answer) != 0 ||
-        _BootCheck(answer[0] == kFlashCleared, "Clearing flash memory failed") != 0) {
-        return 1;
+    if (Result<> answered = _EraseWait(answer); !answered) {
+        return answered;
+    }
+    Result<> cleared = _BootCheck(answer[0] == kFlashCleared, "Clearing flash memory failed");
+    if (!cleared) {
+        return cleared;
     }
     PROGRESS_SetPos(2);
     SIO_Write(kEndRecord);
     PROGRESS_SetText("Waiting for SUM...");
-    if (_ReadBootSum(kReplyMs) != 0) {
-        return 1;
+    Result<> summed = _ReadBootSum(kReplyMs);
+    if (summed) {
+        PROGRESS_Done();
     }
-    BOOT_SetResult(1);
-    PROGRESS_Done();
-    return 0;
+    return summed;
 }
 
-int eraseByEraseCommand() {
-    if (_BootCommand(0xF0, "Echoback flash memory erase command failed") != 0) {
-        return 1;
+Result<> eraseByEraseCommand() {
+    Result<> sent = _BootCommand(0xF0, "Echoback flash memory erase command failed");
+    if (!sent) {
+        return sent;
     }
     _SendPasswordTypeA();
     SIO_WriteByte(0xF1);
     _SetBootSum(0);
     uint8_t answer[2] = {};
-    if (_EraseWait(answer) != 0) {
-        return 1;
+    if (Result<> answered = _EraseWait(answer); !answered) {
+        return answered;
     }
     _SetBootSum(answer[0] * 256U + answer[1]);
-    BOOT_SetResult(_IsBlank() ? 1 : 0);
     PROGRESS_Done();
-    return 0;
+    return _IsBlank() ? Result<>() : Failure{};
 }
 
 } // namespace
 
-int _EraseChipTypeA() {
+Result<> _EraseChipTypeA() {
     return _RunErase(handshake, DEVICE_GetSprtFlashEraseCMD() == 1 ? eraseByEraseCommand
                                                                    : eraseByRewriteCommand);
 }
 
-int _FlashStatusTypeA() {
-    if (handshake() != 0 || _BootCommand(0xC3, "Flash memory status output command failed") != 0) {
-        return 1;
+Result<> _FlashStatusTypeA() {
+    Result<> begun = beginCommand(0xC3, "Flash memory status output command failed");
+    if (!begun) {
+        return begun;
     }
     uint8_t status[7] = {};
-    if (_BootRead(status, kReplyMs) != 0) {
-        return 1;
+    if (Result<> read = _BootRead(status, kReplyMs); !read) {
+        return read;
     }
     std::string line;
     for (const uint8_t byte : status) {
@@ -81,18 +90,18 @@ int _FlashStatusTypeA() {
     }
     LOG_Add("Flash memory status:");
     LOG_Add(line);
-    return 0;
+    return {};
 }
 
-int _ReadProtectTypeA() {
+Result<> _ReadProtectTypeA() {
     constexpr const char* failure = "Flash memory read protection command failed";
-    if (handshake() != 0 || _BootCommand(0xFA, failure) != 0) {
-        return 1;
+    if (Result<> begun = beginCommand(0xFA, failure); !begun) {
+        return begun;
     }
     _SendPasswordTypeA();
-    if (_BootAwait(0xFB, failure) != 0) {
-        return 1;
+    Result<> done = _BootAwait(0xFB, failure);
+    if (done) {
+        LOG_Add("Flash memory read protection command executed");
     }
-    LOG_Add("Flash memory read protection command executed");
-    return 0;
+    return done;
 }

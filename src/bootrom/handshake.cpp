@@ -37,7 +37,6 @@ bool resetIsDone() {
     PROGRESS_HideClock();
     if (!RUN_IsUnattended() && ERROR_Ask(nullptr, "Please reset target\nand then press enter...",
                                          "Target", BOX_OK_CANCEL) != ANSWER_OK) {
-        _BootNeedsNoReport();
         return false;
     }
     PROGRESS_StartClock();
@@ -54,15 +53,15 @@ void resetIntoBootRom() {
 }
 
 // Sends the byte until the boot ROM, which measures it, echoes it.
-int matchByte(uint8_t value) {
+Result<> matchByte(uint8_t value) {
     uint8_t received = 0;
     bool answered = false;
     for (int attempt = 0; attempt < kMatchAttempts && !answered; ++attempt) {
         if (RUN_IsInterrupted()) {
-            return 1;
+            return Failure{TERR_CANCELLED};
         }
         SIO_WriteByte(value);
-        answered = _BootRead({&received, 1}, kMatchMs) == 0;
+        answered = bool(_BootRead({&received, 1}, kMatchMs));
     }
     return _BootCheck(answered && received == value, "Matching data failed");
 }
@@ -92,97 +91,104 @@ bool productMatches(const std::vector<uint8_t>& reply) {
 
 } // namespace
 
-int _BootHandshake(BootStep matchFn, BootStep sumFn, bool changeBaudrate) {
-    if (_ResetAndMatch(matchFn, changeBaudrate) != 0 || sumFn() != 0 ||
-        BOOT_GetState() == BOOT_UNSYNCED || _ProductInfo() != 0) {
-        return 1;
+Result<> _BootHandshake(BootStep matchFn, BootStep sumFn, bool changeBaudrate) {
+    if (Result<> matched = _ResetAndMatch(matchFn, changeBaudrate); !matched) {
+        return matched;
     }
-    return BOOT_GetState() == BOOT_SYNCED ? 0 : 1;
+    for (const BootStep step : {sumFn, BootStep{_ProductInfo}}) {
+        if (Result<> done = step(); !done) {
+            return done;
+        }
+        if (BOOT_GetState() != BOOT_SYNCED) {
+            return Failure{TERR_TIMEOUT};
+        }
+    }
+    return {};
 }
 
-int _ResetAndMatch(BootStep matchFn, bool changeBaudrate) {
+Result<> _ResetAndMatch(BootStep matchFn, bool changeBaudrate) {
     if (SIO_IsLost()) {
         BOOT_SetState(BOOT_UNSYNCED);
     }
     if (!SIO_EnsureOpen()) {
-        _BootNeedsNoReport(); // the port has said why
-        return 1;
+        return Failure{TERR_REPORTED};
     }
     if (BOOT_GetState() != BOOT_UNSYNCED) {
-        return 0;
+        return {};
     }
     if (!resetIsDone()) {
-        return 1;
+        return Failure{TERR_REPORTED}; // the user knows
     }
     resetIntoBootRom();
     if (changeBaudrate) {
         savedBaudrate = SIO_ChangeBaudrate(kMatchBaudrate);
         if (savedBaudrate == 0) {
-            _BootNeedsNoReport(); // the port has said why
-            return 1;
+            return Failure{TERR_REPORTED};
         }
     }
     LOG_Add("Setting baudrate");
-    if (matchFn() == 0) {
-        return 0;
-    }
-    if (changeBaudrate && !SIO_IsLost()) { // a port that is opened again has the user's rate
+    Result<> matched = matchFn();
+    if (!matched && changeBaudrate && !SIO_IsLost()) { // a port that is opened again has the rate
         SIO_ChangeBaudrate(savedBaudrate); // else the next attempt would take 9600 for the user's
     }
-    return 1;
+    return matched;
 }
 
-int _MatchTypeA() {
-    if (matchByte(0x5A) != 0) {
-        return 1;
+Result<> _MatchTypeA() {
+    if (Result<> matched = matchByte(0x5A); !matched) {
+        return matched;
     }
     const uint8_t code = _BaudCode(savedBaudrate);
     SIO_WriteByte(code);
-    if (_BootAwait(code, "Setting baudrate failed", kMatchMs) != 0) {
-        return 1;
+    if (Result<> set = _BootAwait(code, "Setting baudrate failed", kMatchMs); !set) {
+        return set;
     }
     SIO_ChangeBaudrate(savedBaudrate);
     BOOT_SetState(BOOT_SYNCED);
-    return 0;
+    return {};
 }
 
-int _MatchTypeB() {
-    if (matchByte(0x86) != 0) {
-        return 1;
+Result<> _MatchTypeB() {
+    Result<> matched = matchByte(0x86);
+    if (matched) {
+        BOOT_SetState(BOOT_SYNCED);
     }
-    BOOT_SetState(BOOT_SYNCED);
-    return 0;
+    return matched;
 }
 
-int _GetSumTypeA() {
-    return _BootCommand(0x90, "SUM command failed") != 0 ? 1 : _ReadBootSum(kSumMs);
+Result<> _GetSumTypeA() {
+    Result<> sent = _BootCommand(0x90, "SUM command failed");
+    return sent ? _ReadBootSum(kSumMs) : sent;
 }
 
-int _GetSumTypeB() {
-    if (_BootCommand(0x20, "Get SUM Command failed") != 0 || _ReadBootSum(kSumMs) != 0) {
-        return 1;
+Result<> _GetSumTypeB() {
+    if (Result<> sent = _BootCommand(0x20, "Get SUM Command failed"); !sent) {
+        return sent;
+    }
+    if (Result<> read = _ReadBootSum(kSumMs); !read) {
+        return read;
     }
     const uint8_t sum[] = {static_cast<uint8_t>(bootSum >> 8), static_cast<uint8_t>(bootSum)};
     return _BootAwait(_BootChecksum(sum), "Checksum of checksum failed");
 }
 
-int _ProductInfo() {
+Result<> _ProductInfo() {
     if (DEVICE_GetPICode() == 0) {
-        return 0;
+        return {};
     }
     SIO_WriteByte(DEVICE_GetPICode());
     std::vector<uint8_t> reply(std::min<size_t>(DEVICE_GetPIValue1(), kMaxProductInfo));
-    if (_BootRead(reply, kReplyMs) != 0) {
-        return 1;
+    if (Result<> read = _BootRead(reply, kReplyMs); !read) {
+        return read;
     }
     LOG_Add("Product info:");
     logBytes(reply);
     if (!productMatches(reply)) {
         LOG_Add("Product info comparison failed");
-        return 1;
+        return Failure{};
     }
     LOG_Add("Product info comparison successful");
-    return 0;
+    return {};
 }
 
 uint8_t _BaudCode(uint32_t rate) {
@@ -212,13 +218,13 @@ void _SetBootSum(uint32_t sum) {
     bootSum = sum;
 }
 
-int _ReadBootSum(uint32_t timeoutMs) {
+Result<> _ReadBootSum(uint32_t timeoutMs) {
     uint8_t sum[2] = {};
-    if (_BootRead(sum, timeoutMs) != 0) {
-        return 1;
+    Result<> read = _BootRead(sum, timeoutMs);
+    if (read) {
+        bootSum = sum[0] * 256U + sum[1];
     }
-    bootSum = sum[0] * 256U + sum[1];
-    return 0;
+    return read;
 }
 
 bool _IsBlank() {

@@ -1,7 +1,7 @@
 #include "bootrom/ram_image.h"
 
-#include "bootrom/boot_wire.h"
 #include "device/device.h"
+#include "notice/error.h"
 #include "notice/log.h"
 #include "platform/files.h"
 #include "platform/format.h"
@@ -81,7 +81,7 @@ std::optional<RamBlock> parseRecordB(std::string_view line) {
 
 bool refuseFile(const std::string& path, const FileResult& result, std::string_view text) {
     LOG_Add(formatText("RAM-Image %s: %s", path.c_str(), result.reason.c_str()));
-    _BootFail(text);
+    ERROR_Out(nullptr, text, 1);
     return false;
 }
 
@@ -140,7 +140,7 @@ bool _RamImageFits(std::string_view whole) {
         const auto count = parseHex(line, 1, 2);
         const auto address = parseHex(line, 3, 4);
         if (!count || !address) {
-            _BootFail("Error reading RAM-image file");
+            ERROR_Out(nullptr, "Error reading RAM-image file", 1);
             return false;
         }
         lowest = std::min<uint64_t>(lowest, *address);

@@ -7,6 +7,7 @@
 #include <string>
 
 enum TargetErrorCode : int {
+    TERR_REPORTED = -2,  // whoever met it has said so already
     TERR_CANCELLED = -1, // by the user; nothing is wrong
     TERR_NONE = 0,       // no code: the reason says all
     TERR_ERASE = 1,

@@ -13,7 +13,6 @@ constexpr int kDisconnectPauseMs = 100;
 constexpr int kLongestExchangeMs = 2000; // of a loader that the link has been taken from
 
 std::atomic<int> bootState{BOOT_UNSYNCED};
-std::atomic<int> bootResult{0};
 
 } // namespace
 
@@ -25,17 +24,8 @@ void BOOT_SetState(int state) {
     bootState = state;
 }
 
-int BOOT_GetResult() {
-    return bootResult;
-}
-
-void BOOT_SetResult(int result) {
-    bootResult = result;
-}
-
 void _BootReset() {
     bootState = BOOT_UNSYNCED;
-    bootResult = 0;
     PROGRESS_Done();
 }
 

@@ -13,10 +13,8 @@ enum BootStateCode : int {
 // Any thread.
 int BOOT_GetState();
 void BOOT_SetState(int state);
-int BOOT_GetResult(); // outcome of the last download or erase, 0 or 1
-void BOOT_SetResult(int result);
 
-// Unsynchronised, no result, and the wait for a running operation ends. Any thread.
+// Unsynchronised, and the wait for a running operation ends. Any thread.
 void _BootReset();
 // Waits, for 2 s at the most, until the worker has taken the answer that was on its way when the
 // link was taken from it: before that the port is not the caller's. User-interface thread.

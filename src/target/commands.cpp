@@ -116,21 +116,19 @@ bool eraseBlocks() {
 }
 
 // A Cancel does not end the boot ROM's erase, but what would follow it.
-bool bootRomErased(bool showBox) {
-    if (_CurrentProtocol().EraseChip() == 1) {
+bool bootRomErased(const BootRomProtocol& family, bool showBox) {
+    Result<> erased = family.EraseChip();
+    if (erased) {
         return !TARGET_TakeCancel();
     }
-    BOOT_SetState(BOOT_UNSYNCED); // whatever the boot ROM waits for now, a reset ends it
-    if (!showBox && !_BootHasReported()) {
-        ERROR_Out(nullptr, kEraseChip.failed, 1);
-    }
+    _BootFail(erased.error(), showBox ? "" : kEraseChip.failed);
     return false;
 }
 
-int eraseChipByBootRom(bool showBox) {
+int eraseChipByBootRom(const BootRomProtocol& family, bool showBox) {
     TARGET_SetLinkState(LINK_BOOTROM);
     EVENTS_Sleep(kConnectPauseMs);
-    const bool done = bootRomErased(showBox);
+    const bool done = bootRomErased(family, showBox);
     PROGRESS_Close();
     if (showBox) {
         inform(done ? kEraseChip.boxText : kEraseChip.failed, kEraseChip.boxCaption);
@@ -186,17 +184,20 @@ bool confirmProtect() {
 
 void TARGET_DownloadRamImage(const std::string& path) {
     TARGET_State().Cancel = 0;
-    _SelectProtocol();
+    const BootRomProtocol* family = _SelectProtocol();
+    if (family == nullptr) {
+        return;
+    }
     TARGET_SetLinkState(LINK_BOOTROM);
     CLOCK_Sleep(kCommandPauseMs);
     TARGET_AwaitPort();
     PROGRESS_SetCancelHandler(TARGET_Cancel);
-    const bool done = _CurrentProtocol().DownloadRamImage(path, true) == 1;
+    Result<> done = family->DownloadRamImage(path, true);
     PROGRESS_Close();
     if (done) {
         inform("All bytes\nwritten successfully", "Download RAM-Image");
-    } else if (!_BootHasReported()) {
-        ERROR_Out(nullptr, "Could not download RAM image. Please check password", 1);
+    } else {
+        _BootFail(done.error(), "Could not download RAM image. Please check password");
     }
     TARGET_SetLinkState(LINK_IDLE);
     CLOCK_Sleep(kCommandPauseMs);
@@ -222,9 +223,13 @@ void TARGET_StartApplication() {
 int TARGET_EraseChip(bool showBox) {
     TARGET_BeginCommand(kEraseChip.caption);
     if (TARGET_State().LinkState == LINK_IDLE) {
-        _SelectProtocol();
-        if (_CurrentProtocol().EraseChip && DEVICE_GetSprtEraseChip() != 0) {
-            return eraseChipByBootRom(showBox);
+        const BootRomProtocol* family = _SelectProtocol();
+        if (family == nullptr) {
+            PROGRESS_Close();
+            return 1;
+        }
+        if (family->EraseChip != nullptr && DEVICE_GetSprtEraseChip() != 0) {
+            return eraseChipByBootRom(*family, showBox);
         }
         if (DEVICE_GetSprtErase() != 0) {
             return eraseBlocks() ? 0 : 1;

@@ -32,13 +32,12 @@ Result<> treatBlock(uint8_t command, const DeviceBlock& block, uint32_t timeoutM
 Result<> eraseOrProtect(uint8_t command, const std::vector<DeviceBlock>& blocks) {
     setProgressRange(DEVICE_Blocks().size());
     for (const DeviceBlock& block : blocks) {
-        if (const Result<> on = goesOn(); !on) {
+        if (Result<> on = goesOn(); !on) {
             return on;
         }
         PROGRESS_SetNote(formatText("Block %d", block.index));
         PROGRESS_SetPos(block.index + 1);
-        if (const Result<> done = treatBlock(command, block, DEVICE_GetTimeoutEraseBlock());
-            !done) {
+        if (Result<> done = treatBlock(command, block, DEVICE_GetTimeoutEraseBlock()); !done) {
             return done;
         }
     }
@@ -46,14 +45,14 @@ Result<> eraseOrProtect(uint8_t command, const std::vector<DeviceBlock>& blocks)
 }
 
 Result<> eraseOrProtectChecked(uint8_t command, const std::vector<DeviceBlock>& blocks) {
-    const Result<> fit = checkBlocks(blocks);
+    Result<> fit = checkBlocks(blocks);
     return fit ? eraseOrProtect(command, blocks) : fit;
 }
 
 // The checksum over the blocks, `value` when there is none: that of no bytes at all.
 Result<uint16_t> getChecksum(uint8_t command, ReplyKind kind, uint16_t value,
                              const std::vector<DeviceBlock>& blocks) {
-    if (const Result<> fit = checkBlocks(blocks); !fit) {
+    if (Result<> fit = checkBlocks(blocks); !fit) {
         return fit.error();
     }
     const bool showsBlocks = kind == ReplyKind::crc;
@@ -63,7 +62,7 @@ Result<uint16_t> getChecksum(uint8_t command, ReplyKind kind, uint16_t value,
     }
     bool first = true;
     for (const DeviceBlock& block : blocks) {
-        if (const Result<> on = goesOn(); !on) {
+        if (Result<> on = goesOn(); !on) {
             return on.error();
         }
         if (showsBlocks) {
@@ -100,16 +99,16 @@ Result<> opProtectBlocks(const Operation& operation) {
 }
 
 Result<> opBlankCheck(const Operation& operation) {
-    if (const Result<> fit = checkBlocks(operation.blocks); !fit) {
+    if (Result<> fit = checkBlocks(operation.blocks); !fit) {
         return fit;
     }
     setProgressRange(DEVICE_Blocks().size());
     for (const DeviceBlock& block : operation.blocks) {
-        if (const Result<> on = goesOn(); !on) {
+        if (Result<> on = goesOn(); !on) {
             return on;
         }
         PROGRESS_SetPos(block.index);
-        if (const Result<> blank = treatBlock(kBlankCommand, block, kBlankMs); !blank) {
+        if (Result<> blank = treatBlock(kBlankCommand, block, kBlankMs); !blank) {
             return blank;
         }
     }

@@ -37,7 +37,7 @@ Result<> readRange(const AddressRange& range, Result<> (*take)(const Reply&)) {
     const uint64_t last = range.end - 1;
     setProgressRange(last - range.start);
     for (uint64_t address = range.start; address < range.end;) {
-        if (const Result<> on = goesOn(); !on) {
+        if (Result<> on = goesOn(); !on) {
             return on;
         }
         setProgress(address - range.start);
@@ -48,7 +48,7 @@ Result<> readRange(const AddressRange& range, Result<> (*take)(const Reply&)) {
         if (!reply) {
             return reply.error();
         }
-        if (const Result<> taken = take(*reply); !taken) {
+        if (Result<> taken = take(*reply); !taken) {
             return taken;
         }
         address += reply->data.size();
@@ -64,7 +64,7 @@ Result<> addToImage(const Reply& reply) {
 
 Result<> blankReadBlock(const AddressRange& block) {
     for (uint64_t address = block.start; address < block.end;) {
-        if (const Result<> on = goesOn(); !on) {
+        if (Result<> on = goesOn(); !on) {
             return on;
         }
         const auto from = static_cast<uint32_t>(address);
@@ -74,7 +74,7 @@ Result<> blankReadBlock(const AddressRange& block) {
         if (!reply) {
             return reply.error();
         }
-        if (const Result<> blank = checkBlank(from, reply->data); !blank) {
+        if (Result<> blank = checkBlank(from, reply->data); !blank) {
             return blank;
         }
         address += reply->data.size();
@@ -116,13 +116,13 @@ Result<> opBlankRead(const Operation& operation) {
 }
 
 Result<> opBlankReadBlocks(const Operation& operation) {
-    if (const Result<> fit = checkBlocks(operation.blocks); !fit) {
+    if (Result<> fit = checkBlocks(operation.blocks); !fit) {
         return fit;
     }
     setProgressRange(DEVICE_Blocks().size());
     for (const DeviceBlock& block : operation.blocks) {
         PROGRESS_SetPos(block.index);
-        if (const Result<> blank = blankReadBlock(block.range); !blank) {
+        if (Result<> blank = blankReadBlock(block.range); !blank) {
             return blank;
         }
     }
@@ -139,11 +139,11 @@ Result<> opVerify(const Operation& operation) {
     uint64_t done = 0;
     for (AddressRange piece = nextPiece(operation.range.start, operation.range, limit);
          !piece.empty(); piece = nextPiece(piece.end, operation.range, limit)) {
-        if (const Result<> on = goesOn(); !on) {
+        if (Result<> on = goesOn(); !on) {
             return on;
         }
         setProgress(done);
-        if (const Result<> equal = verifyPiece(piece); !equal) {
+        if (Result<> equal = verifyPiece(piece); !equal) {
             return equal;
         }
         done += piece.size();

@@ -14,7 +14,7 @@
 namespace {
 
 Result<> finishWriting() {
-    const Result<> on = goesOn();
+    Result<> on = goesOn();
     return on ? TARGET_FlushPage() : on;
 }
 
@@ -25,7 +25,7 @@ Result<> writePages(const AddressRange& range, bool showsBytes, Fill fill) {
     std::array<uint8_t, kMaxPage> page;
     const uint32_t pageLen = TARGET_State().PageLen;
     for (uint64_t address = range.start; address < range.end;) {
-        if (const Result<> on = goesOn(); !on) {
+        if (Result<> on = goesOn(); !on) {
             return on;
         }
         if (showsBytes) {
@@ -34,7 +34,7 @@ Result<> writePages(const AddressRange& range, bool showsBytes, Fill fill) {
         const auto bytes = std::span(page).first(std::min<uint64_t>(pageLen, range.end - address));
         std::fill(bytes.begin(), bytes.end(), uint8_t{0xFF});
         fill(static_cast<uint32_t>(address), bytes);
-        const Result<> written = TARGET_WriteBytes(static_cast<uint32_t>(address), bytes);
+        Result<> written = TARGET_WriteBytes(static_cast<uint32_t>(address), bytes);
         if (!written) {
             return written;
         }
@@ -51,7 +51,7 @@ void takeImage(uint32_t address, std::span<uint8_t> bytes) {
 }
 
 Result<> writeDevice(Fill fill) {
-    if (const Result<> sizes = checkPageSizes(true); !sizes) {
+    if (Result<> sizes = checkPageSizes(true); !sizes) {
         return sizes;
     }
     const Result<AddressRange> device = deviceRange();
@@ -60,7 +60,7 @@ Result<> writeDevice(Fill fill) {
     }
     setProgressRange(device->size());
     PROGRESS_ShowCancel(false);
-    const Result<> written = writePages(*device, true, fill);
+    Result<> written = writePages(*device, true, fill);
     return written ? finishWriting() : written;
 }
 
@@ -74,7 +74,7 @@ Result<> writePiece(const AddressRange& piece) {
 } // namespace
 
 Result<> opProgram(const Operation& operation) {
-    if (const Result<> sizes = checkPageSizes(false); !sizes) {
+    if (Result<> sizes = checkPageSizes(false); !sizes) {
         return sizes;
     }
     setProgressRange(HEXDATA_GetNumBytes());
@@ -85,11 +85,11 @@ Result<> opProgram(const Operation& operation) {
     uint64_t done = 0;
     for (AddressRange piece = nextPiece(operation.range.start, operation.range, limit);
          !piece.empty(); piece = nextPiece(piece.end, operation.range, limit)) {
-        if (const Result<> on = goesOn(); !on) {
+        if (Result<> on = goesOn(); !on) {
             return on;
         }
         setProgress(done);
-        if (const Result<> written = writePiece(piece); !written) {
+        if (Result<> written = writePiece(piece); !written) {
             return written;
         }
         done += piece.size();
@@ -106,17 +106,17 @@ Result<> opFillChip(const Operation&) {
 }
 
 Result<> opFillBlocks(const Operation& operation) {
-    if (const Result<> sizes = checkPageSizes(true); !sizes) {
+    if (Result<> sizes = checkPageSizes(true); !sizes) {
         return sizes;
     }
-    if (const Result<> fit = checkBlocks(operation.blocks); !fit) {
+    if (Result<> fit = checkBlocks(operation.blocks); !fit) {
         return fit;
     }
     setProgressRange(DEVICE_Blocks().size());
     PROGRESS_ShowCancel(false);
     for (const DeviceBlock& block : operation.blocks) {
         PROGRESS_SetPos(block.index);
-        if (const Result<> written = writePages(block.range, false, leaveErased); !written) {
+        if (Result<> written = writePages(block.range, false, leaveErased); !written) {
             return written;
         }
     }

@@ -25,7 +25,7 @@ struct OperationRow {
 // The row function of an operation that gets nothing.
 template <Result<> (*Run)(const Operation&)>
 Result<uint16_t> does(const Operation& operation) {
-    const Result<> done = Run(operation);
+    Result<> done = Run(operation);
     return done ? Result<uint16_t>(uint16_t{0}) : done.error();
 }
 
@@ -65,7 +65,7 @@ Result<uint16_t> runOperation(const Operation& operation) {
     }
     PROGRESS_SetMin(0);
     PROGRESS_SetText(row->firstLine);
-    const Result<> begins = goesOn();
+    Result<> begins = goesOn();
     return begins ? row->run(operation) : begins.error();
 }
 

@@ -49,7 +49,7 @@ void openWindow(uint32_t address) {
 
 Result<> storeByte(uint32_t address, uint8_t value) {
     if (page.open && !windowHolds(address)) {
-        if (const Result<> sent = TARGET_FlushPage(); !sent) {
+        if (Result<> sent = TARGET_FlushPage(); !sent) {
             return sent;
         }
     }
@@ -96,7 +96,7 @@ void dropPage() {
 
 Result<> TARGET_WriteBytes(uint32_t address, std::span<const uint8_t> data) {
     for (const uint8_t value : data) {
-        if (const Result<> stored = storeByte(address++, value); !stored) {
+        if (Result<> stored = storeByte(address++, value); !stored) {
             return stored;
         }
     }
