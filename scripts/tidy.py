@@ -107,7 +107,7 @@ def load_batches():
 
 def keys_of(batches):
     version = subprocess.run(["clang-tidy", "--version"], capture_output=True, text=True, check=True).stdout
-    shared = [version, system_digest(batches), digest(ROOT / ".clang-tidy"), digest(Path(__file__).resolve()),
+    shared = [version, system_digest(batches), *(digest(p) for p in sorted(ROOT.glob("**/.clang-tidy"))), digest(Path(__file__).resolve()),
               digest(ROOT / ASSERTIONS)]
     keys = []
     for batch in batches:
@@ -126,8 +126,8 @@ def analyse(batch, key):
     if ROOT / "tests" in batch.paths[0].parents:
         options = ["-include", str(ROOT / ASSERTIONS), *options]
     began = time.monotonic()
-    run = subprocess.run(["clang-tidy", "--quiet", f"--config-file={ROOT / '.clang-tidy'}", str(source),
-                          "--", *options], capture_output=True, text=True)
+    run = subprocess.run(["clang-tidy", "--quiet", str(source), "--", *options], capture_output=True,
+                         text=True)
     said = [line for line in (run.stdout + run.stderr).splitlines() if not CHATTER.match(line)]
     print(f"tidy: {batch.name:24} {len(batch.paths)} files {time.monotonic() - began:5.0f} s", *said,
           sep="\n", flush=True)
