@@ -107,8 +107,9 @@ def load_batches():
 
 def keys_of(batches):
     version = subprocess.run(["clang-tidy", "--version"], capture_output=True, text=True, check=True).stdout
-    shared = [version, system_digest(batches), *(digest(p) for p in sorted(ROOT.glob("**/.clang-tidy"))), digest(Path(__file__).resolve()),
-              digest(ROOT / ASSERTIONS)]
+    shared = [version, system_digest(batches)]
+    shared += [digest(p) for p in (ROOT / ".clang-tidy", ROOT / "bench/.clang-tidy", ROOT / ASSERTIONS,
+                                   Path(__file__).resolve())]
     keys = []
     for batch in batches:
         parts = shared + [option.replace(str(ROOT), "") for option in batch.options]
