@@ -33,8 +33,7 @@ bool isDevice(int index) {
     return index >= 0 && index <= lastDevice();
 }
 
-// The settings may name a device that is no longer there: then the last one counts as selected,
-// as the first look at a block will have it.
+// The settings may name a device that is no longer there: then the last one counts as selected.
 int selectedDevice() {
     const int index = DEVPROPS_GetDevice();
     return isDevice(index) ? index : lastDevice();
@@ -149,31 +148,8 @@ std::string DEVICE_GetNameAt(int index) {
     return recordAt(index).Device;
 }
 
-int DEVICE_GetNumBlocks(int deviceIndex) {
-    if (deviceIndex < 0)
-        deviceIndex = selectedDevice();
-    else if (deviceIndex > lastDevice())
-        deviceIndex = 0;
-    const int own = static_cast<int>(recordAt(deviceIndex).aBlock.size());
-    return DEVPROPS_GetXDataLen() != 0 ? own + 1 : own;
-}
-
-void DEVICE_GetBlock(int blockIndex, uint32_t& start, uint32_t& len, int deviceIndex) {
-    if (deviceIndex < 0)
-        deviceIndex = DEVPROPS_GetDevice();
-    if (!isDevice(deviceIndex) && lastDevice() >= 0) {
-        deviceIndex = lastDevice();
-        DEVPROPS_SetDevice(deviceIndex);
-    }
-    const std::vector<FlashBlock>& blocks = recordAt(deviceIndex).aBlock;
-    const auto index = static_cast<size_t>(blockIndex);
-    if (blockIndex >= 0 && index < blocks.size()) {
-        start = blocks[index].Start;
-        len = blocks[index].Len;
-    } else {
-        start = DEVPROPS_GetXDataStart();
-        len = DEVPROPS_GetXDataLen();
-    }
+int DEVICE_SelectedIndex() {
+    return std::max(selectedDevice(), 0);
 }
 
 std::vector<DeviceBlock> DEVICE_Blocks() {

@@ -27,9 +27,8 @@ int DEVICE_FindByName(const std::string& name);
 
 // Name of the device in a slot of the table; empty beyond the last.
 std::string DEVICE_GetNameAt(int index);
-// Blocks of a device (below 0: the selected one), the extra data area of the properties included.
-int DEVICE_GetNumBlocks(int deviceIndex);
-void DEVICE_GetBlock(int blockIndex, uint32_t& start, uint32_t& len, int deviceIndex);
+// The slot of the selected device, 0 in an empty table.
+int DEVICE_SelectedIndex();
 // The blocks of the selected device, the extra data area of the properties included, and those of
 // them that are selected.
 struct DeviceBlock {

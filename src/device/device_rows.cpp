@@ -34,13 +34,9 @@ void addIdentity(Rows& rows) {
 
 void addFlash(Rows& rows) {
     rows.push_back({"Flash", formatText("%X - %X", DEVICE_GetFlashStart(), DEVICE_GetFlashEnd())});
-    const int count = DEVICE_GetNumBlocks(-1);
-    for (int block = 0; block < count; ++block) {
-        uint32_t start = 0;
-        uint32_t len = 0;
-        DEVICE_GetBlock(block, start, len, -1);
-        rows.push_back({formatText("Block %d", block), areaText(start, len)});
-    }
+    for (const DeviceBlock& block : DEVICE_Blocks())
+        rows.push_back({formatText("Block %d", block.index),
+                        areaText(block.range.start, static_cast<uint32_t>(block.range.size()))});
     addBlank(rows);
 }
 

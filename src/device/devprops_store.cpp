@@ -38,12 +38,12 @@ void DEVPROPS_Save() {
     const DevProps props = DEVPROPS_Get();
     for (const IntKey& row : kIntKeys)
         INI_WriteInt(kSection, row.key, props.*row.field);
-    const int count = std::min(DEVICE_GetNumBlocks(-1), kMaxSelectableBlocks);
+    const int count = std::min(static_cast<int>(DEVICE_Blocks().size()), kMaxSelectableBlocks);
     INI_WriteIntArray(kSection, kBlockKey,
                       std::span(props.aBlockSelect).first(static_cast<size_t>(count)));
 }
 
 void DEVPROPS_SelectAllBlocks() {
-    for (int block = DEVICE_GetNumBlocks(-1) - 1; block >= 0; --block)
-        DEVPROPS_SelectBlock(block, true);
+    for (const DeviceBlock& block : DEVICE_Blocks())
+        DEVPROPS_SelectBlock(block.index, true);
 }

@@ -52,7 +52,7 @@ bool selectBlocks(int first, int last, bool selected) {
         ERROR_Out(nullptr, "Start block must be <= end block", 1);
         return false;
     }
-    const int count = DEVICE_GetNumBlocks(-1);
+    const int count = static_cast<int>(DEVICE_Blocks().size());
     if (first < 0 || last >= count) {
         ERROR_Out(nullptr,
                   formatText("Block %d does not exist, the device has %d blocks (from 0)",

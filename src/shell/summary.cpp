@@ -2,7 +2,7 @@
 
 #include "data/hexdata.h"
 #include "device/device.h"
-#include "device/devprops.h"
+#include "device/image_checksum.h"
 #include "notice/status.h"
 #include "platform/format.h"
 #include "serial/sio.h"
@@ -12,28 +12,13 @@
 
 namespace {
 
-constexpr uint8_t kErased = 0xFF;
-
-std::vector<FlashBlock> selectedBlocks() {
-    std::vector<FlashBlock> blocks;
-    const int count = DEVICE_GetNumBlocks(-1);
-    for (int index = 0; index < count; ++index) {
-        if (DEVPROPS_IsBlockSelected(index)) {
-            FlashBlock& block = blocks.emplace_back();
-            DEVICE_GetBlock(index, block.Start, block.Len, -1);
-        }
-    }
-    return blocks;
-}
-
-bool isInside(uint32_t address, const std::vector<FlashBlock>& blocks) {
-    return std::any_of(blocks.begin(), blocks.end(), [address](const FlashBlock& block) {
-        return address - block.Start <
-               block.Len; // also false below the start: the difference wraps
+bool isInside(uint32_t address, const std::vector<DeviceBlock>& blocks) {
+    return std::any_of(blocks.begin(), blocks.end(), [address](const DeviceBlock& block) {
+        return block.range.contains(address);
     });
 }
 
-bool dataFits(const std::vector<FlashBlock>& blocks) {
+bool dataFits(const std::vector<DeviceBlock>& blocks) {
     const std::vector<AreaInfo> areas = HEXDATA_GetAreas();
     return std::all_of(areas.begin(), areas.end(), [&blocks](const AreaInfo& area) {
         return isInside(area.start, blocks) && isInside(area.last(), blocks);
@@ -43,16 +28,8 @@ bool dataFits(const std::vector<FlashBlock>& blocks) {
 } // namespace
 
 void SUMMARY_Refresh() {
-    const std::vector<FlashBlock> blocks = selectedBlocks();
-    const auto accumulate = DEVICE_GetSprtCRC() != 0 ? HEXDATA_CalcCRC : HEXDATA_CalcSum;
-    bool restart = true;
-    for (const FlashBlock& block : blocks) {
-        accumulate(block.Start, block.Len, restart, kErased);
-    }
-    if (restart) {
-        accumulate(0, 0, restart, kErased); // no block: the value of nothing, not that of before
-    }
-    HEXDATA_SetFits(dataFits(blocks));
+    DEVICE_CalcImageChecksum(DEVICE_GetSprtCRC() != 0);
+    HEXDATA_SetFits(dataFits(DEVICE_SelectedBlocks()));
     FRONTEND_Get().refreshView(View::hexDump);
     FRONTEND_Get().refreshView(View::hexList);
 }

@@ -2,8 +2,8 @@
 
 #include "bootrom/boot_wire.h"
 #include "bootrom/connect.h"
-#include "data/hexdata.h"
 #include "device/device.h"
+#include "device/image_checksum.h"
 #include "link/target_link.h"
 #include "link/target_state.h"
 #include "notice/error.h"
@@ -149,16 +149,6 @@ int eraseChipByLoader(bool showBox) {
     return done ? 0 : 1;
 }
 
-// The checksum that the selected blocks have when they hold the image and nothing else.
-uint16_t imageChecksum(bool crc) {
-    bool restart = true;
-    for (const DeviceBlock& block : DEVICE_SelectedBlocks()) {
-        (crc ? HEXDATA_CalcCRC : HEXDATA_CalcSum)(
-            block.range.start, static_cast<uint32_t>(block.range.size()), restart, 0xFF);
-    }
-    return HEXDATA_GetChecksum();
-}
-
 // Whether the chip now holds what was written; the difference is reported.
 bool checksumsAgree() {
     const bool crc = DEVICE_GetSprtCRC() != 0;
@@ -166,7 +156,7 @@ bool checksumsAgree() {
     if (!target) {
         return false; // which has been reported
     }
-    if (*target == imageChecksum(crc)) {
+    if (*target == DEVICE_CalcImageChecksum(crc)) {
         return true;
     }
     ERROR_Out(nullptr, crc ? "CRC-error" : "SUM-error", 1);

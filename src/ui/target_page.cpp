@@ -72,10 +72,6 @@ int32_t enteredSpeed(const TargetPage& page) {
     return numberAtStart(page.speed->text().toStdString());
 }
 
-int blockCount(const TargetPage& page) {
-    return std::min(DEVICE_GetNumBlocks(page.working->Device), kMaxSelectableBlocks);
-}
-
 void showBlockStates(const TargetPage& page) {
     for (int block = 0; block < page.blocks->count(); ++block) {
         const bool selected = page.working->aBlockSelect[static_cast<size_t>(block)] != 0;
@@ -85,12 +81,13 @@ void showBlockStates(const TargetPage& page) {
 
 void fillBlocks(const TargetPage& page) {
     page.blocks->clear();
-    for (int block = 0; block < blockCount(page); ++block) {
-        uint32_t start = 0;
-        uint32_t len = 0;
-        DEVICE_GetBlock(block, start, len, page.working->Device);
+    for (const DeviceBlock& block : DEVICE_Blocks()) {
+        if (block.index >= kMaxSelectableBlocks) {
+            break;
+        }
         auto* item = new QListWidgetItem(
-            QString::fromStdString(formatText("%X - %X", start, start + len - 1)), page.blocks);
+            QString::fromStdString(formatText("%X - %X", block.range.start, block.range.last())),
+            page.blocks);
         item->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable); // toggled by the whole line
     }
     showBlockStates(page);
@@ -115,8 +112,9 @@ void chooseDevice(const TargetPage& page) {
     DEVPROPS_SetDevice(page.working->Device);
     showSpeed(page);
     PASSWORD_SetLimitsOfDevice();
+    const size_t count = std::min(DEVICE_Blocks().size(), page.working->aBlockSelect.size());
     page.working->aBlockSelect.fill(0);
-    std::fill_n(page.working->aBlockSelect.begin(), blockCount(page), 1);
+    std::fill_n(page.working->aBlockSelect.begin(), count, 1);
     fillBlocks(page);
     SHEET_NotifyChange();
 }
@@ -219,10 +217,8 @@ void addSpeedControls(const TargetPagePtr& page, QWidget* widget, QVBoxLayout* l
 } // namespace
 
 SheetPage TARGETPAGE_Create(QWidget* parent, SharedProps working) {
-    uint32_t start = 0;
-    uint32_t len = 0;
-    DEVICE_GetBlock(0, start, len, -1); // corrects a selection beyond the table
     *working = DEVPROPS_Get();
+    working->Device = DEVICE_SelectedIndex(); // the settings may name one beyond the table
     const auto page = std::make_shared<TargetPage>();
     page->working = std::move(working);
     page->deviceToRestore = page->working->Device;

@@ -9,11 +9,12 @@ std::string described(const std::string& name) {
     return "Device = \"" + name + "\"\nManufacturer = \"Acme\"\nBank = 0, 100";
 }
 
-std::string block(int index, int device) {
-    uint32_t start = 0;
-    uint32_t len = 0;
-    DEVICE_GetBlock(index, start, len, device);
-    return formatText("%X+%X", start, len);
+std::string blocks(const std::vector<DeviceBlock>& list) {
+    std::string text;
+    for (const DeviceBlock& block : list)
+        text += formatText("%d: %X-%llX ", block.index, block.range.start,
+                           static_cast<unsigned long long>(block.range.end));
+    return text;
 }
 
 using Texts = std::vector<std::string>;
@@ -77,38 +78,32 @@ TEST(Device, IsFoundByItsExactName) {
 
 TEST(Device, CountsTheExtraDataAreaAsItsLastBlock) {
     const DeviceWorld world;
-    DeviceWorld::select(described("A") + "\nBank = 100, 200, 300, 10");
-    EXPECT_EQ(DEVICE_GetNumBlocks(-1), 3);
-    EXPECT_EQ(DEVICE_GetFlashEnd(), 0x30FU);
+    DeviceWorld::select(described("A") + "\nBank = 100, 200, FFFFFF00, 100");
+    EXPECT_EQ(blocks(DEVICE_Blocks()), "0: 0-100 1: 100-300 2: FFFFFF00-100000000 ");
+    EXPECT_EQ(DEVICE_GetFlashEnd(), 0xFFFFFFFFU);
     DevProps props;
     props.XDataStart = 0xF000;
     props.XDataLen = 0x100;
+    props.aBlockSelect[1] = props.aBlockSelect[3] = 1;
     DEVPROPS_Set(props);
-    EXPECT_EQ(DEVICE_GetNumBlocks(-1), 4);
-    EXPECT_EQ(block(2, -1), "300+10");
-    for (const int beyond : {3, 4, -1})
-        EXPECT_EQ(block(beyond, -1), "F000+100");
+    EXPECT_EQ(blocks(DEVICE_SelectedBlocks()), "1: 100-300 3: F000-F100 ");
     EXPECT_EQ(DEVICE_GetFlashEnd(), 0xF0FFU);
 }
 
-TEST(Device, CorrectsASelectionBeyondTheTable) {
+TEST(Device, TakesTheLastForASelectionBeyondTheTable) {
     const DeviceWorld world;
     DEVPROPS_SetDevice(7);
-    EXPECT_EQ(block(0, -1), "0+0"); // no device at all
-    EXPECT_EQ(DEVPROPS_GetDevice(), 7);
+    EXPECT_EQ(blocks(DEVICE_Blocks()), ""); // no device at all
+    EXPECT_EQ(DEVICE_GetFlashEnd(), 0U);
     DeviceWorld::select(described("A"));
     DeviceWorld::select(described("B") + "\nBank = 100, 200");
     for (const int nonsense : {2, 2147483647, -2147483647}) {
         DEVPROPS_SetDevice(nonsense);
         EXPECT_EQ(DEVICE_GetName(), "B");
-        EXPECT_EQ(DEVICE_GetNumBlocks(-1), 2);
-        EXPECT_EQ(block(1, -1), "100+200");
-        EXPECT_EQ(DEVPROPS_GetDevice(), 1);
+        EXPECT_EQ(blocks(DEVICE_Blocks()), "0: 0-100 1: 100-300 ");
+        EXPECT_EQ(DEVICE_SelectedIndex(), 1);
+        EXPECT_EQ(DEVPROPS_GetDevice(), nonsense); // a query changes nothing
     }
-    DEVPROPS_SetDevice(0);
-    EXPECT_EQ(DEVICE_GetNumBlocks(7), 1); // as device 0
-    EXPECT_EQ(block(1, 7), "100+200");    // as the last
-    EXPECT_EQ(DEVPROPS_GetDevice(), 1);
 }
 
 TEST(Device, RelocatesTheAddressesOfItsRange) {

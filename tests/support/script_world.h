@@ -37,8 +37,8 @@ public:
                   0);
         DEVPROPS_Set(DevProps{});
         DEVPROPS_SetResetByPC(true);
-        for (int i = 0; i < DEVICE_GetNumBlocks(-1); ++i)
-            DEVPROPS_SelectBlock(i, true);
+        for (const DeviceBlock& block : DEVICE_Blocks())
+            DEVPROPS_SelectBlock(block.index, true);
         FILES_SetProgramPath(folder_ / "calvorin");
         writeFile(folder_ / "calvorin.ini", "[Settings PORTS]\r\nCOM1 = \"test://script\"\r\n");
         INI_Load();

@@ -43,14 +43,12 @@ struct TargetWorld : World {
     // Whether the flash holds the loaded program and nothing else.
     bool chipHoldsProgram() {
         bool equal = true;
-        for (int i = 0; i < DEVICE_GetNumBlocks(-1); ++i) {
-            uint32_t start = 0;
-            uint32_t length = 0;
-            DEVICE_GetBlock(i, start, length, -1);
-            std::vector<uint8_t> image(length, 0xFF);
-            HEXDATA_Copy(start, image, {});
+        for (const DeviceBlock& block : DEVICE_Blocks()) {
+            std::vector<uint8_t> image(block.range.size(), 0xFF);
+            HEXDATA_Copy(block.range.start, image, {});
             SIMPORT_WithChip(line, [&](Chip& looked) {
-                equal = equal && CHIP_GetFlash(looked, start, length) == image;
+                equal = equal && CHIP_GetFlash(looked, block.range.start,
+                                               static_cast<uint32_t>(image.size())) == image;
             });
         }
         return equal;

@@ -63,8 +63,8 @@ Prepare image(uint32_t address, uint32_t count, uint8_t value) {
 }
 Prepare onlyBlock(int selected) {
     return [=] {
-        for (int i = 0; i < DEVICE_GetNumBlocks(-1); ++i)
-            DEVPROPS_SelectBlock(i, i == selected);
+        for (const DeviceBlock& block : DEVICE_Blocks())
+            DEVPROPS_SelectBlock(block.index, block.index == selected);
     };
 }
 
