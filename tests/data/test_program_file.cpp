@@ -2,6 +2,7 @@
 #include "data/program_file.h"
 #include "notice/run.h"
 #include "persist/hex_text.h"
+#include "platform/files.h"
 #include "platform/format.h"
 #include "support/reports.h"
 #include "support/seed.h"
@@ -30,9 +31,11 @@ std::string imageText() {
 class ProgramFile : public testing::Test {
 protected:
     ProgramFile() {
+        FILES_SetProgramPath(folder / "tool"); // where the error log goes
         RUN_Reset();
         HEXDATA_Reset();
     }
+    ~ProgramFile() override { FILES_SetProgramPath({}); }
 
     // What loading a file of this text leaves: the image or, after a fault, the report.
     std::string load(const std::string& text) {
