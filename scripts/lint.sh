@@ -13,7 +13,7 @@ echo "lint: layers"
 scripts/check_layers.py
 
 if [ "${1:-}" != "--fast" ]; then
-  # A configuration of its own: without precompiled headers, a header that a file forgot is missed.
+  # A configuration of its own, so that it can run beside the builds.
   cmake --preset release -B build/lint >/dev/null
   scripts/tidy.py build/lint
 fi

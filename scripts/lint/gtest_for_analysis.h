@@ -3,8 +3,8 @@
 // assertion of a test twice (four fifths of its time in a test file). Read by scripts/tidy.py
 // alone; no build uses it.
 #pragma once
-#pragma GCC                                                                                        \
-    system_header // as the library's own header: what it instantiates is not the test's fault
+// As the library's own header: what it instantiates is not the test's fault.
+#pragma GCC system_header
 #include <gtest/gtest.h>
 
 namespace analysis {
