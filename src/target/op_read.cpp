@@ -134,19 +134,5 @@ Result<> opVerify(const Operation& operation) {
     if (packet == 0) {
         return Failure{.reason = "A packet size of 0 bytes is not supported"};
     }
-    setProgressRange(HEXDATA_GetNumBytes());
-    const uint32_t limit = std::min(packet, kMaxRead);
-    uint64_t done = 0;
-    for (AddressRange piece = nextPiece(operation.range.start, operation.range, limit);
-         !piece.empty(); piece = nextPiece(piece.end, operation.range, limit)) {
-        if (Result<> on = goesOn(); !on) {
-            return on;
-        }
-        setProgress(done);
-        if (Result<> equal = verifyPiece(piece); !equal) {
-            return equal;
-        }
-        done += piece.size();
-    }
-    return {};
+    return forEachPiece(operation.range, std::min(packet, kMaxRead), verifyPiece);
 }

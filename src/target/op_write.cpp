@@ -77,24 +77,12 @@ Result<> opProgram(const Operation& operation) {
     if (Result<> sizes = checkPageSizes(false); !sizes) {
         return sizes;
     }
-    setProgressRange(HEXDATA_GetNumBytes());
     if (DEVICE_GetFLASHIsEE() != 0) {
         PROGRESS_ShowCancel(false);
     }
     const uint32_t limit = std::min<uint32_t>(TARGET_State().PacketSize, kMaxPage);
-    uint64_t done = 0;
-    for (AddressRange piece = nextPiece(operation.range.start, operation.range, limit);
-         !piece.empty(); piece = nextPiece(piece.end, operation.range, limit)) {
-        if (Result<> on = goesOn(); !on) {
-            return on;
-        }
-        setProgress(done);
-        if (Result<> written = writePiece(piece); !written) {
-            return written;
-        }
-        done += piece.size();
-    }
-    return finishWriting();
+    Result<> written = forEachPiece(operation.range, limit, writePiece);
+    return written ? finishWriting() : written;
 }
 
 Result<> opProgramTarget(const Operation&) {

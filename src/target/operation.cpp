@@ -51,6 +51,22 @@ int32_t saturate(uint64_t value) {
     return static_cast<int32_t>(std::min<uint64_t>(value, std::numeric_limits<int32_t>::max()));
 }
 
+// The next piece of the image at or after `from`: held bytes, none beyond the end of `range`.
+// Empty: there is none.
+AddressRange nextPiece(uint64_t from, const AddressRange& range, uint32_t limit) {
+    if (from >= range.end) {
+        return {};
+    }
+    auto address = static_cast<uint32_t>(from);
+    const uint8_t* data = nullptr;
+    const uint32_t held = HEXDATA_GetData(address, data);
+    if (held == 0 || address >= range.end) {
+        return {};
+    }
+    const uint64_t count = std::min<uint64_t>({held, limit, range.end - address});
+    return AddressRange::of(address, mappedRun(address, static_cast<uint32_t>(count)));
+}
+
 } // namespace
 
 Result<uint16_t> runOperation(const Operation& operation) {
@@ -101,18 +117,22 @@ Result<> checkBlocks(const std::vector<DeviceBlock>& blocks) {
     return {};
 }
 
-AddressRange nextPiece(uint64_t from, const AddressRange& range, uint32_t limit) {
-    if (from >= range.end) {
-        return {};
+Result<> forEachPiece(const AddressRange& range, uint32_t limit,
+                      Result<> (*treat)(const AddressRange& piece)) {
+    setProgressRange(HEXDATA_GetNumBytes());
+    uint64_t done = 0;
+    for (AddressRange piece = nextPiece(range.start, range, limit); !piece.empty();
+         piece = nextPiece(piece.end, range, limit)) {
+        if (Result<> on = goesOn(); !on) {
+            return on;
+        }
+        setProgress(done);
+        if (Result<> treated = treat(piece); !treated) {
+            return treated;
+        }
+        done += piece.size();
     }
-    auto address = static_cast<uint32_t>(from);
-    const uint8_t* data = nullptr;
-    const uint32_t held = HEXDATA_GetData(address, data);
-    if (held == 0 || address >= range.end) {
-        return {};
-    }
-    const uint64_t count = std::min<uint64_t>({held, limit, range.end - address});
-    return AddressRange::of(address, mappedRun(address, static_cast<uint32_t>(count)));
+    return {};
 }
 
 void setProgressRange(uint64_t total) {

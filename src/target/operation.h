@@ -63,9 +63,10 @@ Result<AddressRange> deviceRange();
 // A failure when one of the blocks lies outside the device's address range: passing over it would
 // look like success.
 Result<> checkBlocks(const std::vector<DeviceBlock>& blocks);
-// The next piece of the image at or after `from`, for one frame: held bytes, none beyond the end
-// of `range`, at most `limit` and neighbours on the chip as well. Empty: there is none.
-AddressRange nextPiece(uint64_t from, const AddressRange& range, uint32_t limit);
+// Goes through what the image holds in `range`, showing the bytes that are done: `treat` is given
+// the pieces for one frame each, at most `limit` bytes that are neighbours on the chip as well.
+Result<> forEachPiece(const AddressRange& range, uint32_t limit,
+                      Result<> (*treat)(const AddressRange& piece));
 // Range and position of the progress display; beyond its width they saturate.
 void setProgressRange(uint64_t total);
 void setProgress(uint64_t position);
