@@ -29,8 +29,9 @@ size_t addressWidth(const Chip& chip) {
 
 uint32_t bigEndian(std::span<const uint8_t> bytes) {
     uint32_t value = 0;
-    for (const uint8_t byte : bytes)
+    for (const uint8_t byte : bytes) {
         value = value << 8 | byte;
+    }
     return value;
 }
 
@@ -42,21 +43,26 @@ bool hasPassword(const Chip& chip) {
 // How many password bytes the chip takes. An erased chip and one with an erased length byte take
 // as many as the length byte 0xFF says.
 uint32_t passwordLength(const Chip& chip, uint32_t countAddress) {
-    if (SIMFLASH_IsBlank(chip.flash))
+    if (SIMFLASH_IsBlank(chip.flash)) {
         return hasPassword(chip) ? kErasedPasswordLength : 0;
-    if (!chip.options.password.empty())
+    }
+    if (!chip.options.password.empty()) {
         return static_cast<uint32_t>(chip.options.password.size());
-    if (chip.device.PWAreaLen != 0)
+    }
+    if (chip.device.PWAreaLen != 0) {
         return SIMFLASH_Get(chip.flash, countAddress);
+    }
     return static_cast<uint32_t>(chip.device.aIDAdr.size());
 }
 
 std::vector<uint8_t> expectedPassword(const Chip& chip, size_t length) {
     std::vector<uint8_t> expected(length, 0xFF);
-    if (SIMFLASH_IsBlank(chip.flash))
+    if (SIMFLASH_IsBlank(chip.flash)) {
         return expected;
-    if (!chip.options.password.empty())
+    }
+    if (!chip.options.password.empty()) {
         return chip.options.password;
+    }
     for (size_t i = 0; i < length; i++) {
         const uint32_t address = chip.device.PWAreaLen != 0
                                      ? chip.boot.compareAddress + static_cast<uint32_t>(i)
@@ -93,10 +99,11 @@ void passwordAddresses(Chip& chip, Moment at) {
     }
     chip.boot.compareAddress = compare;
     const uint32_t length = passwordLength(chip, count);
-    if (length == 0)
+    if (length == 0) {
         chip.boot.afterPassword(chip, at);
-    else
+    } else {
         SIM_Want(chip, length, passwordBytes);
+    }
 }
 
 void wantPassword(Chip& chip, BootStep next) {
@@ -115,8 +122,9 @@ void rateCode(Chip& chip, Moment at) {
     const auto known = std::ranges::find(kRateCodes, code, &RateCode::code);
     if (known == kRateCodes.end() && code != kOtherRate) {
         const bool repeatedMatch = chip.options.resyncByMatch && code == kMatchA;
-        if (!repeatedMatch)
+        if (!repeatedMatch) {
             SIM_Violation(chip, formatText("unknown baud rate code %02X", unsigned{code}));
+        }
         SIM_Want(chip, 1, rateCode);
         return;
     }
@@ -135,24 +143,27 @@ void takeData(Chip& chip, uint32_t address, std::span<const uint8_t> data) {
     const DeviceRecord& device = chip.device;
     // The timer record lies right behind the image, which may fill the RAM.
     const uint64_t end = uint64_t{device.RamStart} + device.RamLen + (device.TimerInit ? 2 : 0);
-    if (address < device.RamStart || address + data.size() > end)
+    if (address < device.RamStart || address + data.size() > end) {
         fail(chip, formatText("loader record %04X outside the RAM", address));
+    }
     chip.boot.ram.insert(chip.boot.ram.end(), data.begin(), data.end());
     chip.boot.record.assign(data.begin(), data.end());
 }
 
 uint16_t ramSum(const Chip& chip) {
     uint16_t sum = 0;
-    for (const uint8_t byte : chip.boot.ram)
+    for (const uint8_t byte : chip.boot.ram) {
         sum = static_cast<uint16_t>(sum + byte);
+    }
     return sum;
 }
 
 // The timer record, which comes last, is a single byte and a zero.
 void checkTimer(Chip& chip) {
     const std::vector<uint8_t>& last = chip.boot.record;
-    if (last.size() != 2 || last[1] != 0)
+    if (last.size() != 2 || last[1] != 0) {
         fail(chip, "no timer record before the end of the loader");
+    }
 }
 
 std::vector<uint8_t> sumBytes(uint16_t sum) {
@@ -166,10 +177,11 @@ void endOfRecords(Chip& chip, Moment at) {
         SIM_WantCommand(chip);
         return;
     }
-    if (chip.boot.ram.empty())
+    if (chip.boot.ram.empty()) {
         fail(chip, "the loader has no data");
-    else if (chip.device.TimerInit != 0)
+    } else if (chip.device.TimerInit != 0) {
         checkTimer(chip);
+    }
     if (chip.boot.recordFault) {
         chip.boot.refused = true;
         return;
@@ -180,19 +192,21 @@ void endOfRecords(Chip& chip, Moment at) {
 
 void recordBody(Chip& chip, Moment at) {
     const std::vector<uint8_t> record = chip.boot.bytes;
-    if (SIM_TwosComplement(record) != 0)
+    if (SIM_TwosComplement(record) != 0) {
         fail(chip, "record with a wrong checksum");
+    }
     const size_t count = record[0];
     const uint8_t type = record[3];
     if (type == 0x01) {
         endOfRecords(chip, at);
         return;
     }
-    if (chip.boot.rewriting)
+    if (chip.boot.rewriting) {
         fail(chip, "flash data in a rewrite, which this chip takes only empty");
-    else if (type == 0x00)
+    } else if (type == 0x00) {
         takeData(chip, bigEndian(std::span(record).subspan(1, 2)),
                  std::span(record).subspan(4, count));
+    }
     SIM_Want(chip, 1, recordStart);
 }
 
@@ -208,8 +222,9 @@ void recordStart(Chip& chip, Moment) {
         SIM_Want(chip, 1, recordHeader);
         return;
     }
-    if (!isSurplus(chip, value) || !chip.boot.ram.empty())
+    if (!isSurplus(chip, value) || !chip.boot.ram.empty()) {
         SIM_Violation(chip, formatText("byte %02X where a record begins", unsigned{value}));
+    }
     SIM_Want(chip, 1, recordStart);
 }
 
@@ -229,9 +244,10 @@ void replyToRewrite(Chip& chip, Moment at) {
 void eraseConfirmed(Chip& chip, Moment at) {
     const uint8_t value = chip.boot.bytes.front();
     if (value != 0xF1) {
-        if (!isSurplus(chip, value))
+        if (!isSurplus(chip, value)) {
             SIM_Violation(chip,
                           formatText("byte %02X where the erase is confirmed", unsigned{value}));
+        }
         chip.boot.bytes.clear();
         return;
     }
@@ -260,8 +276,9 @@ void replyToSum(Chip& chip, Moment at) {
 
 void status(Chip& chip, Moment at) {
     uint8_t protectedAreas = 0;
-    for (size_t i = 0; i < chip.flash.areas.size() && i < 8; i++)
+    for (size_t i = 0; i < chip.flash.areas.size() && i < 8; i++) {
         protectedAreas |= static_cast<uint8_t>(chip.flash.areas[i].isProtected ? 1U << i : 0U);
+    }
     SIM_BootReply(chip, ChipStep::status,
                   {0xC3, static_cast<uint8_t>(chip.flash.readProtected ? 1 : 0), protectedAreas, 0,
                    0, 0, 0, 0},
@@ -298,8 +315,9 @@ void SIM_MatchTypeA(Chip& chip, Moment at) {
         return;
     }
     const ChipFault* late = SIM_FaultOf(chip, FaultKind::lateMatch);
-    if (late && ++chip.boot.matchAttempts < late->n)
+    if (late && ++chip.boot.matchAttempts < late->n) {
         return;
+    }
     SIM_BootReply(chip, ChipStep::match, {kMatchA}, at);
     SIM_Want(chip, 1, rateCode);
 }
@@ -307,8 +325,9 @@ void SIM_MatchTypeA(Chip& chip, Moment at) {
 void SIM_CommandTypeA(Chip& chip, Moment at) {
     const uint8_t command = chip.boot.bytes.front();
     chip.counts.bootCommands++;
-    if (SIM_ProductInfo(chip, command, at) || optionalCommand(chip, command, at))
+    if (SIM_ProductInfo(chip, command, at) || optionalCommand(chip, command, at)) {
         return;
+    }
     if (command == 0x90) {
         replyToSum(chip, at);
     } else if (command == 0x60) {

@@ -10,20 +10,22 @@ constexpr uint8_t kBadChecksum = 0x18;
 
 std::vector<uint8_t> expectedPassword(const Chip& chip) {
     std::vector<uint8_t> expected(kPasswordLength, 0xFF);
-    if (SIMFLASH_IsBlank(chip.flash))
+    if (SIMFLASH_IsBlank(chip.flash)) {
         return expected;
+    }
     const DeviceRecord& device = chip.device;
     for (size_t i = 0; i < kPasswordLength; i++) {
-        if (i < chip.options.password.size())
+        if (i < chip.options.password.size()) {
             expected[i] = chip.options.password[i];
-        else if (!chip.options.password.empty())
+        } else if (!chip.options.password.empty()) {
             expected[i] = 0x00;
-        else if (i < device.aIDAdr.size())
+        } else if (i < device.aIDAdr.size()) {
             expected[i] = SIMFLASH_Get(chip.flash, device.aIDAdr[i]);
-        else if (device.aIDAdr.empty() && i < device.PWAreaLen)
+        } else if (device.aIDAdr.empty() && i < device.PWAreaLen) {
             expected[i] = SIMFLASH_Get(chip.flash, device.PWAreaStart + static_cast<uint32_t>(i));
-        else
+        } else {
             expected[i] = chip.boot.bytes[i]; // not compared
+        }
     }
     return expected;
 }
@@ -56,16 +58,19 @@ void finishDownload(Chip& chip, Moment at) {
 // What is wrong with the block header just received; empty when nothing is.
 std::string headerFault(const Chip& chip) {
     const BootRom& boot = chip.boot;
-    if (SIM_TwosComplement(boot.bytes) != 0)
+    if (SIM_TwosComplement(boot.bytes) != 0) {
         return "block header with a wrong checksum";
-    if (boot.blockSize == 0)
+    }
+    if (boot.blockSize == 0) {
         return "the loader has no data";
+    }
     const DeviceRecord& device = chip.device;
     const uint64_t end = uint64_t{boot.blockStart} + boot.blockSize;
     if (device.RamLen != 0 &&
-        (boot.blockStart < device.RamStart || end > uint64_t{device.RamStart} + device.RamLen))
+        (boot.blockStart < device.RamStart || end > uint64_t{device.RamStart} + device.RamLen)) {
         return formatText("loader block %08X, %u bytes, outside the RAM", boot.blockStart,
                           boot.blockSize);
+    }
     return {};
 }
 
@@ -89,17 +94,19 @@ void takeHeader(Chip& chip, Moment at) {
 void takePassword(Chip& chip, Moment at) {
     const uint8_t answer = judgePassword(chip, 0x10);
     SIM_BootReply(chip, ChipStep::password, {answer}, at);
-    if (answer == 0x10)
+    if (answer == 0x10) {
         SIM_Want(chip, 7, takeHeader);
-    else
+    } else {
         SIM_WantCommand(chip);
+    }
 }
 
 void protect(Chip& chip, Moment at) {
     const uint8_t answer = judgePassword(chip, 0x60);
     if (answer == 0x60) {
-        for (FlashArea& area : chip.flash.areas)
+        for (FlashArea& area : chip.flash.areas) {
             area.isProtected = true;
+        }
     }
     SIM_BootReply(chip, ChipStep::protectDone, {answer}, at);
     SIM_WantCommand(chip);
@@ -125,10 +132,11 @@ void eraseEnabled(Chip& chip, Moment at) {
 
 void rewrite(Chip& chip, Moment at) {
     SIM_BootReply(chip, ChipStep::rewrite, {0x40}, at);
-    if (chip.device.RewriteVersion == 0)
+    if (chip.device.RewriteVersion == 0) {
         eraseAndReport(chip, 0, at);
-    else
+    } else {
         SIM_Want(chip, 1, eraseEnabled);
+    }
 }
 
 void sum(Chip& chip, Moment at) {
@@ -150,8 +158,9 @@ void SIM_MatchTypeB(Chip& chip, Moment at) {
         return;
     }
     const ChipFault* late = SIM_FaultOf(chip, FaultKind::lateMatch);
-    if (late && ++chip.boot.matchAttempts < late->n)
+    if (late && ++chip.boot.matchAttempts < late->n) {
         return;
+    }
     SIM_BootReply(chip, ChipStep::match, {kMatchB}, at);
     SIM_WantCommand(chip);
 }
@@ -159,8 +168,9 @@ void SIM_MatchTypeB(Chip& chip, Moment at) {
 void SIM_CommandTypeB(Chip& chip, Moment at) {
     const uint8_t command = chip.boot.bytes.front();
     chip.counts.bootCommands++;
-    if (SIM_ProductInfo(chip, command, at))
+    if (SIM_ProductInfo(chip, command, at)) {
         return;
+    }
     if (command == 0x20) {
         sum(chip, at);
     } else if (command == 0x10) {

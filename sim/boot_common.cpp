@@ -9,8 +9,9 @@ namespace {
 // The reply to the product information command: a count, with the described bytes in their place.
 std::vector<uint8_t> productReply(const DeviceRecord& device) {
     std::vector<uint8_t> reply(device.PIValue1);
-    for (size_t i = 0; i < reply.size(); i++)
+    for (size_t i = 0; i < reply.size(); i++) {
         reply[i] = static_cast<uint8_t>(0x40 + i);
+    }
     const std::string& text = device.PIText;
     for (size_t i = 0; 2 * i + 1 < text.size() && device.PIValue2 + i < reply.size(); i++) {
         const std::string pair = text.substr(2 * i, 2);
@@ -35,35 +36,41 @@ void SIM_WantCommand(Chip& chip) {
 
 void SIM_BootByte(Chip& chip, uint8_t value, Moment at) {
     BootRom& boot = chip.boot;
-    if (boot.refused)
+    if (boot.refused) {
         return;
+    }
     boot.bytes.push_back(value);
-    if (boot.bytes.size() == boot.wanted)
+    if (boot.bytes.size() == boot.wanted) {
         boot.step(chip, at);
+    }
 }
 
 void SIM_BootReply(Chip& chip, ChipStep step, std::vector<uint8_t> bytes, Moment at) {
-    if (chip.silent)
+    if (chip.silent) {
         return;
+    }
     chip.replies[0]++;
     const uint32_t number = ++chip.replies[static_cast<size_t>(step)];
     ReplyPlan plan{std::move(bytes), at};
-    if (SIM_SpoilReply(chip, step, number, plan))
+    if (SIM_SpoilReply(chip, step, number, plan)) {
         SIM_Send(chip, plan.bytes, plan.at);
+    }
 }
 
 void SIM_UnknownCommand(Chip& chip, uint8_t command) {
     const bool repeatedMatch = chip.options.resyncByMatch && command == SIM_MatchByte(chip);
     // A host that was answered late has sent more matching bytes than it needed.
-    if (!repeatedMatch)
+    if (!repeatedMatch) {
         SIM_Violation(chip, formatText("boot ROM command %02X, which the chip does not have",
                                        static_cast<unsigned>(command)));
+    }
     SIM_WantCommand(chip);
 }
 
 bool SIM_ProductInfo(Chip& chip, uint8_t command, Moment at) {
-    if (chip.device.PICode == 0 || command != chip.device.PICode)
+    if (chip.device.PICode == 0 || command != chip.device.PICode) {
         return false;
+    }
     SIM_BootReply(chip, ChipStep::product, productReply(chip.device), at);
     SIM_WantCommand(chip);
     return true;
@@ -76,8 +83,9 @@ Moment SIM_EraseChip(Chip& chip, Moment at) {
     const bool powerFails = SIM_PowerFails(chip);
     for (FlashArea& area : chip.flash.areas) {
         size_t keep = powerFails ? area.bytes.size() / 2 : 0;
-        if (shortErase && &area == &chip.flash.areas.back())
+        if (shortErase && &area == &chip.flash.areas.back()) {
             keep = std::max<size_t>(shortErase->value, 1);
+        }
         SIMFLASH_Erase(area, keep);
         area.isProtected = false;
     }
@@ -91,8 +99,9 @@ Moment SIM_AfterChecksum(const Chip& chip, uint64_t bytes, Moment at) {
 
 uint64_t SIM_FlashBytes(const Chip& chip) {
     uint64_t bytes = 0;
-    for (const FlashArea& area : chip.flash.areas)
+    for (const FlashArea& area : chip.flash.areas) {
         bytes += area.bytes.size();
+    }
     return bytes;
 }
 
@@ -108,7 +117,8 @@ bool SIM_PasswordRefused(Chip& chip, std::span<const uint8_t> sent,
 
 uint8_t SIM_TwosComplement(std::span<const uint8_t> bytes) {
     uint8_t sum = 0;
-    for (const uint8_t byte : bytes)
+    for (const uint8_t byte : bytes) {
         sum = static_cast<uint8_t>(sum + byte);
+    }
     return static_cast<uint8_t>(-sum);
 }

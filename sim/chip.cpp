@@ -52,10 +52,11 @@ void enterReset(Chip& chip, Moment at) {
 
 void leaveReset(Chip& chip, bool bootRom, Moment at) {
     chip.readyAt = Moment{at.us + chip.options.startupUs};
-    if (bootRom)
+    if (bootRom) {
         SIM_EnterBootRom(chip, at);
-    else
+    } else {
         startApplication(chip, chip.readyAt);
+    }
     SIM_TranscriptNote(chip, bootRom ? "boot ROM starts" : "application starts", at);
 }
 
@@ -65,10 +66,12 @@ uint8_t heard(Chip& chip, const PendingByte& byte) {
         chip.rate = byte.rate;
         return byte.value;
     }
-    if (chip.rate == 0)
+    if (chip.rate == 0) {
         chip.rate = byte.rate;
-    if (!ratesDiffer(byte.rate, chip.rate))
+    }
+    if (!ratesDiffer(byte.rate, chip.rate)) {
         return byte.value;
+    }
     SIM_Violation(chip, formatText("byte sent at %u Bd while the chip listens at %u Bd", byte.rate,
                                    chip.rate));
     return garbled(byte.value);
@@ -76,8 +79,9 @@ uint8_t heard(Chip& chip, const PendingByte& byte) {
 
 // On a line without reset the matching byte is what begins a conversation anew.
 bool resyncs(const Chip& chip, uint8_t value, Moment at) {
-    if (!chip.options.resyncByMatch || value != SIM_MatchByte(chip))
+    if (!chip.options.resyncByMatch || value != SIM_MatchByte(chip)) {
         return false;
+    }
     const bool afterSilence = at.us - chip.lastTraffic.us > kResyncSilenceUs;
     switch (chip.mode) {
     case ChipMode::loader:
@@ -92,8 +96,9 @@ bool resyncs(const Chip& chip, uint8_t value, Moment at) {
 void checkTurn(Chip& chip, Moment at) {
     // Matching bytes are repeated until one is answered.
     const bool matching = chip.mode == ChipMode::bootRom && chip.boot.matching;
-    if (chip.output.empty() || chip.output.back().at <= at || chip.turnReported || matching)
+    if (chip.output.empty() || chip.output.back().at <= at || chip.turnReported || matching) {
         return;
+    }
     chip.turnReported = true;
     SIM_Violation(chip, "byte sent before the reply to the last command has arrived");
 }
@@ -101,15 +106,17 @@ void checkTurn(Chip& chip, Moment at) {
 void processByte(Chip& chip, const PendingByte& byte) {
     chip.now = byte.at;
     chip.counts.bytesIn++;
-    if (SIM_FaultNumber(chip, FaultKind::dieAtByte, static_cast<uint32_t>(chip.counts.bytesIn)))
+    if (SIM_FaultNumber(chip, FaultKind::dieAtByte, static_cast<uint32_t>(chip.counts.bytesIn))) {
         chip.silent = true;
+    }
     if (SIM_FaultNumber(chip, FaultKind::resetAtByte, static_cast<uint32_t>(chip.counts.bytesIn))) {
         enterReset(chip, byte.at);
         leaveReset(chip, false, byte.at);
     }
     if (chip.mode == ChipMode::inReset || byte.at < chip.readyAt) {
-        if (chip.mode != ChipMode::application)
+        if (chip.mode != ChipMode::application) {
             SIM_Violation(chip, "byte sent while the chip is in reset or starting");
+        }
         return;
     }
     if (resyncs(chip, byte.value, byte.at)) {
@@ -119,19 +126,23 @@ void processByte(Chip& chip, const PendingByte& byte) {
     }
     const uint8_t value = chip.mode == ChipMode::application ? byte.value : heard(chip, byte);
     SIM_TranscriptByte(chip, true, value, byte.at);
-    if (!chip.silent && chip.mode != ChipMode::application)
+    if (!chip.silent && chip.mode != ChipMode::application) {
         checkTurn(chip, byte.at);
-    if (chip.silent)
+    }
+    if (chip.silent) {
         return;
+    }
     if (chip.mode == ChipMode::bootRom) {
         SIM_BootByte(chip, value, byte.at);
     } else if (chip.mode == ChipMode::loader) {
         SIM_LoaderByte(chip, value, byte.at);
     } else {
-        if (chip.applicationInput.size() < kMaxApplicationInput)
+        if (chip.applicationInput.size() < kMaxApplicationInput) {
             chip.applicationInput.push_back(value);
-        if (chip.options.applicationEcho)
+        }
+        if (chip.options.applicationEcho) {
             SIM_Send(chip, std::span(&value, 1), byte.at);
+        }
     }
     chip.lastTraffic = std::max(byte.at, chip.outputFree);
 }
@@ -145,16 +156,18 @@ ChipPtr CHIP_Create(const DeviceRecord& device, const ChipOptions& options) {
     chip->flash = SIMFLASH_Create(device);
     chip->random.seed(options.seed);
     SIM_PlaceBadBits(*chip);
-    if (options.startInBootRom)
+    if (options.startInBootRom) {
         SIM_EnterBootRom(*chip, Moment{});
+    }
     return chip;
 }
 
 void SIM_Violation(Chip& chip, std::string text) {
     SIM_TranscriptNote(chip, "VIOLATION: " + text, chip.now);
     chip.counts.violations++;
-    if (chip.violations.size() < kMaxViolations)
+    if (chip.violations.size() < kMaxViolations) {
         chip.violations.push_back({chip.now, std::move(text)});
+    }
 }
 
 uint8_t SIM_MatchByte(const Chip& chip) {
@@ -186,8 +199,9 @@ void SIM_Send(Chip& chip, std::span<const uint8_t> bytes, Moment at) {
     const Moment start = t;
     uint32_t sent = 0;
     for (const uint8_t byte : bytes) {
-        if (chip.options.pacing)
+        if (chip.options.pacing) {
             t = afterBytes(start, pace, ++sent);
+        }
         chip.output.push_back({t, byte, rate});
         SIM_TranscriptByte(chip, false, byte, t);
     }
@@ -205,8 +219,9 @@ void CHIP_Receive(Chip& chip, std::span<const uint8_t> bytes, Moment at) {
     Moment t = start;
     uint32_t sent = 0;
     for (const uint8_t byte : bytes) {
-        if (chip.options.pacing)
+        if (chip.options.pacing) {
             t = afterBytes(start, paceRate(chip.hostRate), ++sent);
+        }
         chip.input.push_back({t, byte, chip.hostRate});
     }
     chip.inputFree = t;
@@ -223,32 +238,38 @@ void CHIP_SetLines(Chip& chip, bool dtr, bool rts, Moment at) {
     const bool falls = !dtr && chip.dtr;
     chip.dtr = dtr;
     chip.rts = rts;
-    if (rises)
+    if (rises) {
         enterReset(chip, at);
-    if (falls)
+    }
+    if (falls) {
         leaveReset(chip, rts, at);
+    }
 }
 
 std::optional<Moment> CHIP_NextOutput(Chip& chip, Moment until) {
     while (!chip.input.empty() && chip.input.front().at <= until) {
-        if (!chip.output.empty() && chip.output.front().at <= chip.input.front().at)
+        if (!chip.output.empty() && chip.output.front().at <= chip.input.front().at) {
             break;
+        }
         const PendingByte byte = chip.input.front();
         chip.input.pop_front();
         processByte(chip, byte);
     }
-    if (chip.output.empty() || chip.output.front().at > until)
+    if (chip.output.empty() || chip.output.front().at > until) {
         return std::nullopt;
+    }
     return chip.output.front().at;
 }
 
 std::optional<ChipOutput> CHIP_TakeOutput(Chip& chip, Moment now) {
-    if (!CHIP_NextOutput(chip, now))
+    if (!CHIP_NextOutput(chip, now)) {
         return std::nullopt;
+    }
     const SentByte byte = chip.output.front();
     chip.output.pop_front();
-    if (byte.rate == 0 || chip.hostRate == 0 || !ratesDiffer(chip.hostRate, byte.rate))
+    if (byte.rate == 0 || chip.hostRate == 0 || !ratesDiffer(chip.hostRate, byte.rate)) {
         return ChipOutput{byte.at, byte.value};
+    }
     chip.now = now;
     SIM_Violation(chip, formatText("the host listens at %u Bd to a byte sent at %u Bd",
                                    chip.hostRate, byte.rate));
@@ -256,8 +277,9 @@ std::optional<ChipOutput> CHIP_TakeOutput(Chip& chip, Moment now) {
 }
 
 void CHIP_DropOutput(Chip& chip, Moment now) {
-    while (CHIP_NextOutput(chip, now))
+    while (CHIP_NextOutput(chip, now)) {
         chip.output.pop_front();
+    }
 }
 
 void CHIP_Run(Chip& chip, Moment now) {

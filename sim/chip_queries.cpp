@@ -32,8 +32,9 @@ bool CHIP_IsBlank(const Chip& chip) {
 
 std::vector<uint8_t> CHIP_GetFlash(const Chip& chip, uint32_t address, uint32_t count) {
     std::vector<uint8_t> bytes(count);
-    for (uint32_t i = 0; i < count; i++)
+    for (uint32_t i = 0; i < count; i++) {
         bytes[i] = SIMFLASH_Get(chip.flash, SIMFLASH_ToChip(chip.flash, address + i));
+    }
     return bytes;
 }
 
@@ -52,8 +53,9 @@ uint32_t CHIP_FlashStart(const Chip& chip) {
 }
 
 uint64_t CHIP_FlashSpan(const Chip& chip) {
-    if (chip.flash.areas.empty())
+    if (chip.flash.areas.empty()) {
         return 0;
+    }
     const FlashArea& last = chip.flash.areas.back();
     return static_cast<uint32_t>(last.imageStart + static_cast<uint32_t>(last.bytes.size()) -
                                  CHIP_FlashStart(chip));

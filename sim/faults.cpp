@@ -24,16 +24,18 @@ constexpr std::array<std::string_view, static_cast<size_t>(ChipStep::count_)> kS
 template <size_t N>
 std::optional<size_t> indexOf(const std::array<std::string_view, N>& names, std::string_view name) {
     const auto found = std::ranges::find(names, name);
-    if (found == names.end())
+    if (found == names.end()) {
         return std::nullopt;
+    }
     return static_cast<size_t>(found - names.begin());
 }
 
 template <size_t N>
 std::string joined(const std::array<std::string_view, N>& names) {
     std::string text;
-    for (const std::string_view name : names)
+    for (const std::string_view name : names) {
         text.append(text.empty() ? "" : " ").append(name);
+    }
     return text;
 }
 
@@ -46,18 +48,21 @@ bool readNumber(std::string_view text, int base, uint32_t& value) {
 std::string_view cutBehind(std::string_view& text, char mark, bool& found) {
     const size_t at = text.find(mark);
     found = at != std::string_view::npos;
-    if (!found)
+    if (!found) {
         return {};
+    }
     const std::string_view tail = text.substr(at + 1);
     text = text.substr(0, at);
     return tail;
 }
 
 bool readAttribute(std::string_view text, ChipFault& fault) {
-    if (text.starts_with("address="))
+    if (text.starts_with("address=")) {
         return readNumber(text.substr(8), 16, fault.address);
-    if (text.starts_with("value="))
+    }
+    if (text.starts_with("value=")) {
         return readNumber(text.substr(6), 16, fault.value);
+    }
     return false;
 }
 
@@ -107,15 +112,17 @@ void spoilBytes(Chip& chip, const ChipFault& fault, ChipStep step, ReplyPlan& pl
         bytes[isFrameStep(step) ? bytes.size() - 2 : bytes.size() - 1]++;
         break;
     case FaultKind::wrongProduct:
-        if (step == ChipStep::product)
+        if (step == ChipStep::product) {
             bytes[std::min<size_t>(chip.device.PIValue2, bytes.size() - 1)] ^= 0x01;
+        }
         break;
     case FaultKind::shortReply:
         bytes.resize(std::min<size_t>(fault.value, bytes.size()));
         break;
     case FaultKind::longReply:
-        if (!isFrameStep(step))
+        if (!isFrameStep(step)) {
             bytes.insert(bytes.end(), fault.value, 0x00);
+        }
         break;
     case FaultKind::garbage: {
         std::vector<uint8_t> noise(fault.value == 0 ? 1 : fault.value);
@@ -138,8 +145,9 @@ bool CHIP_ParseFault(std::string_view text, ChipFault& fault, std::string& error
     error.clear();
     bool more = false;
     std::string_view rest = cutBehind(text, ',', more);
-    if (!readHead(text, fault, error))
+    if (!readHead(text, fault, error)) {
         return false;
+    }
     while (more) {
         std::string_view attribute = rest;
         rest = cutBehind(attribute, ',', more);
@@ -163,16 +171,18 @@ std::string CHIP_StepNames() {
 const ChipFault* SIM_FaultAt(const Chip& chip, FaultKind kind, ChipStep step, uint32_t number) {
     for (const ChipFault& fault : chip.options.faults) {
         const bool here = fault.step == ChipStep::any || fault.step == step;
-        if (fault.kind == kind && here && strikes(fault, countOf(chip, fault, number)))
+        if (fault.kind == kind && here && strikes(fault, countOf(chip, fault, number))) {
             return &fault;
+        }
     }
     return nullptr;
 }
 
 const ChipFault* SIM_FaultNumber(const Chip& chip, FaultKind kind, uint32_t number) {
     for (const ChipFault& fault : chip.options.faults) {
-        if (fault.kind == kind && strikes(fault, number))
+        if (fault.kind == kind && strikes(fault, number)) {
             return &fault;
+        }
     }
     return nullptr;
 }
@@ -187,20 +197,23 @@ bool SIM_SpoilReply(Chip& chip, ChipStep step, uint32_t number, ReplyPlan& plan)
         chip.silent = true;
         return false;
     }
-    if (SIM_FaultAt(chip, FaultKind::noReply, step, number))
+    if (SIM_FaultAt(chip, FaultKind::noReply, step, number)) {
         return false;
+    }
     for (const ChipFault& fault : chip.options.faults) {
         const bool here = fault.step == ChipStep::any || fault.step == step;
-        if (here && strikes(fault, countOf(chip, fault, number)) && !plan.bytes.empty())
+        if (here && strikes(fault, countOf(chip, fault, number)) && !plan.bytes.empty()) {
             spoilBytes(chip, fault, step, plan);
+        }
     }
     return true;
 }
 
 bool SIM_PowerFails(Chip& chip) {
     chip.flashOperations++;
-    if (!SIM_FaultNumber(chip, FaultKind::powerCut, chip.flashOperations))
+    if (!SIM_FaultNumber(chip, FaultKind::powerCut, chip.flashOperations)) {
         return false;
+    }
     chip.silent = true;
     return true;
 }
@@ -209,9 +222,11 @@ void SIM_PlaceBadBits(Chip& chip) {
     chip.flash.badBits.clear();
     for (const ChipFault& fault : chip.options.faults) {
         const auto bits = static_cast<uint8_t>(fault.value);
-        if (fault.kind == FaultKind::stuckBits)
+        if (fault.kind == FaultKind::stuckBits) {
             chip.flash.badBits.push_back({fault.address, bits, 0});
-        if (fault.kind == FaultKind::deadBits)
+        }
+        if (fault.kind == FaultKind::deadBits) {
             chip.flash.badBits.push_back({fault.address, 0, bits});
+        }
     }
 }

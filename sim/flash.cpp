@@ -12,15 +12,17 @@ bool covers(const FlashArea& area, uint32_t address) {
 
 uint8_t applyBadBits(const Flash& flash, uint32_t address, uint8_t value) {
     for (const BadBits& bad : flash.badBits) {
-        if (bad.address == address)
+        if (bad.address == address) {
             value = static_cast<uint8_t>((value | bad.ones) & ~bad.zeros);
+        }
     }
     return value;
 }
 
 void addArea(Flash& flash, const FlashBlock& block) {
-    if (block.Len == 0)
+    if (block.Len == 0) {
         return;
+    }
     FlashArea area;
     area.imageStart = block.Start;
     area.start = SIMFLASH_ToChip(flash, block.Start);
@@ -33,8 +35,9 @@ uint16_t crcStep(uint16_t crc, uint8_t byte) {
     for (int bit = 0; bit < 8; bit++) {
         const bool carry = (crc & 0x8000) != 0;
         crc = static_cast<uint16_t>(crc << 1);
-        if (carry)
+        if (carry) {
             crc ^= 0x1021;
+        }
     }
     return crc ^ byte;
 }
@@ -48,15 +51,17 @@ Flash SIMFLASH_Create(const DeviceRecord& device) {
     flash.relocateLen = device.RelocateLen;
     // A loader without an erase command erases by filling, so its writes must replace.
     flash.overwritable = device.FLASHIsEE != 0 || device.SprtErase == 0;
-    for (const FlashBlock& block : device.aBlock)
+    for (const FlashBlock& block : device.aBlock) {
         addArea(flash, block);
+    }
     return flash;
 }
 
 uint32_t SIMFLASH_ToChip(const Flash& flash, uint32_t imageAddress) {
     const uint32_t offset = imageAddress - flash.relocateTo;
-    if (imageAddress >= flash.relocateTo && offset < flash.relocateLen)
+    if (imageAddress >= flash.relocateTo && offset < flash.relocateLen) {
         return flash.relocateFrom + offset;
+    }
     return imageAddress;
 }
 
@@ -72,8 +77,9 @@ bool SIMFLASH_Holds(const Flash& flash, uint32_t address, uint64_t count) {
     while (at < end) {
         const FlashArea* area =
             at > UINT32_MAX ? nullptr : SIMFLASH_AreaOf(flash, static_cast<uint32_t>(at));
-        if (area == nullptr)
+        if (area == nullptr) {
             return false;
+        }
         at = uint64_t{area->start} + area->bytes.size();
     }
     return true;
@@ -81,16 +87,18 @@ bool SIMFLASH_Holds(const Flash& flash, uint32_t address, uint64_t count) {
 
 uint8_t SIMFLASH_Get(const Flash& flash, uint32_t address) {
     const FlashArea* area = SIMFLASH_AreaOf(flash, address);
-    if (area == nullptr)
+    if (area == nullptr) {
         return kErased;
+    }
     const uint8_t value = area->bytes[address - area->start];
     return flash.badBits.empty() ? value : applyBadBits(flash, address, value);
 }
 
 void SIMFLASH_Put(Flash& flash, uint32_t address, uint8_t value) {
     for (FlashArea& area : flash.areas) {
-        if (covers(area, address))
+        if (covers(area, address)) {
             area.bytes[address - area.start] = value;
+        }
     }
 }
 
@@ -108,12 +116,14 @@ void SIMFLASH_Erase(FlashArea& area, size_t keep) {
 
 std::optional<uint32_t> SIMFLASH_FindUnerased(const Flash& flash, uint32_t address,
                                               std::span<const uint8_t> data) {
-    if (flash.overwritable)
+    if (flash.overwritable) {
         return std::nullopt;
+    }
     for (const uint8_t byte : data) {
         // An 0xFF leaves its cell as it is: that is how a page's unused bytes are filled up.
-        if (byte != kErased && SIMFLASH_Get(flash, address) != kErased)
+        if (byte != kErased && SIMFLASH_Get(flash, address) != kErased) {
             return address;
+        }
         address++;
     }
     return std::nullopt;
@@ -130,8 +140,9 @@ void SIMFLASH_Program(Flash& flash, uint32_t address, std::span<const uint8_t> d
 std::optional<uint32_t> SIMFLASH_FindNotBlank(const Flash& flash, uint32_t start, uint64_t size) {
     for (uint64_t i = 0; i < size; i++) {
         const auto address = static_cast<uint32_t>(start + i);
-        if (SIMFLASH_Get(flash, address) != kErased)
+        if (SIMFLASH_Get(flash, address) != kErased) {
             return address;
+        }
     }
     return std::nullopt;
 }
@@ -143,8 +154,9 @@ bool SIMFLASH_IsBlank(const Flash& flash) {
 }
 
 uint16_t SIMFLASH_BootSum(const Flash& flash) {
-    if (flash.areas.empty())
+    if (flash.areas.empty()) {
         return 0;
+    }
     uint32_t sum = 0;
     uint32_t held = 0;
     for (const FlashArea& area : flash.areas) {
@@ -158,13 +170,15 @@ uint16_t SIMFLASH_BootSum(const Flash& flash) {
 }
 
 uint16_t SIMFLASH_AddSum(const Flash& flash, uint32_t start, uint64_t size, uint16_t sum) {
-    for (uint64_t i = 0; i < size; i++)
+    for (uint64_t i = 0; i < size; i++) {
         sum = static_cast<uint16_t>(sum + SIMFLASH_Get(flash, static_cast<uint32_t>(start + i)));
+    }
     return sum;
 }
 
 uint16_t SIMFLASH_AddCrc(const Flash& flash, uint32_t start, uint64_t size, uint16_t crc) {
-    for (uint64_t i = 0; i < size; i++)
+    for (uint64_t i = 0; i < size; i++) {
         crc = crcStep(crc, SIMFLASH_Get(flash, static_cast<uint32_t>(start + i)));
+    }
     return crc;
 }

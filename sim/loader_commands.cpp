@@ -16,8 +16,9 @@ using Payload = std::span<const uint8_t>;
 
 uint32_t littleEndian(Payload payload, size_t offset, size_t width) {
     uint32_t value = 0;
-    for (size_t i = width; i > 0; i--)
+    for (size_t i = width; i > 0; i--) {
         value = value << 8 | payload[offset + i - 1];
+    }
     return value;
 }
 
@@ -32,8 +33,9 @@ void acknowledge(Chip& chip, ChipStep step, uint8_t command, Moment at) {
 
 void errorReply(Chip& chip, ChipStep step, ErrorCode code, uint32_t address, Moment at) {
     std::vector<uint8_t> payload = {0xF3, code};
-    for (unsigned shift = 0; shift < 32; shift += 8)
+    for (unsigned shift = 0; shift < 32; shift += 8) {
         payload.push_back(static_cast<uint8_t>(address >> shift));
+    }
     payload.push_back(SIMFLASH_Get(chip.flash, address));
     SIM_FrameReply(chip, step, std::move(payload), at);
 }
@@ -66,8 +68,9 @@ void eraseBlock(Chip& chip, Payload payload, Moment at) {
     const ChipFault* shortErase =
         SIM_FaultNumber(chip, FaultKind::shortErase, ++chip.eraseOperations);
     size_t keep = shortErase ? std::max<size_t>(shortErase->value, 1) : 0;
-    if (SIM_PowerFails(chip))
+    if (SIM_PowerFails(chip)) {
         keep = area->bytes.size() / 2;
+    }
     SIMFLASH_Erase(*area, keep);
     acknowledge(chip, ChipStep::eraseBlock, 0x01, done);
 }
@@ -76,15 +79,19 @@ void eraseBlock(Chip& chip, Payload payload, Moment at) {
 std::string programFault(const Chip& chip, uint32_t address, Payload data) {
     const uint32_t page = chip.device.FLASHPageLen;
     const auto length = static_cast<uint32_t>(data.size());
-    if (!SIMFLASH_Holds(chip.flash, address, length) || length == 0)
+    if (!SIMFLASH_Holds(chip.flash, address, length) || length == 0) {
         return formatText("program of %X, %X bytes, outside the flash", address, length);
-    if (page != 0 && (length != page || address % page != 0))
+    }
+    if (page != 0 && (length != page || address % page != 0)) {
         return formatText("program of %X, %X bytes, which is not a page", address, length);
-    if (page == 0 && (address % 4 != 0 || length % 4 != 0))
+    }
+    if (page == 0 && (address % 4 != 0 || length % 4 != 0)) {
         return formatText("program of %X, %X bytes, not in whole words", address, length);
-    if (page == 0 && length > chip.options.packetSize)
+    }
+    if (page == 0 && length > chip.options.packetSize) {
         return formatText("program of %X bytes with a packet size of %X", length,
                           unsigned{chip.options.packetSize});
+    }
     return {};
 }
 
@@ -92,8 +99,9 @@ std::string programFault(const Chip& chip, uint32_t address, Payload data) {
 std::optional<uint32_t> findWriteError(const Chip& chip, uint32_t address, Payload data) {
     for (const uint8_t byte : data) {
         const bool fillsUp = byte == 0xFF && !chip.flash.overwritable;
-        if (!fillsUp && SIMFLASH_Get(chip.flash, address) != byte)
+        if (!fillsUp && SIMFLASH_Get(chip.flash, address) != byte) {
             return address;
+        }
         address++;
     }
     return std::nullopt;
@@ -107,8 +115,9 @@ bool writeElsewhere(Chip& chip, uint32_t address, Payload data) {
         return true;
     }
     const ChipFault* fault = SIM_FaultNumber(chip, FaultKind::shiftedWrite, chip.programOperations);
-    if (fault == nullptr)
+    if (fault == nullptr) {
         return false;
+    }
     std::vector<uint8_t> shifted(data.begin(), data.end());
     std::rotate(shifted.begin(), shifted.end() - fault->value % shifted.size(), shifted.end());
     SIMFLASH_Program(chip.flash, address, shifted);
@@ -129,17 +138,19 @@ void writeFlash(Chip& chip, uint32_t address, Payload data, Moment at) {
         return;
     }
     SIMFLASH_Program(chip.flash, address, powerFails ? data.first(data.size() / 2) : data);
-    if (const auto wrong = findWriteError(chip, address, data))
+    if (const auto wrong = findWriteError(chip, address, data)) {
         errorReply(chip, ChipStep::program, kErrWrite, *wrong, done);
-    else
+    } else {
         acknowledge(chip, ChipStep::program, 0x02, done);
+    }
 }
 
 bool touchesProtected(const Chip& chip, uint32_t address, size_t length) {
     for (size_t i = 0; i < length; i++) {
         const FlashArea* area = SIMFLASH_AreaOf(chip.flash, address + static_cast<uint32_t>(i));
-        if (area != nullptr && area->isProtected)
+        if (area != nullptr && area->isProtected) {
             return true;
+        }
     }
     return false;
 }
@@ -163,8 +174,9 @@ void program(Chip& chip, Payload payload, Moment at) {
         errorReply(chip, ChipStep::program, kErrWrite, address, at);
         return;
     }
-    if (const auto unerased = SIMFLASH_FindUnerased(chip.flash, address, data))
+    if (const auto unerased = SIMFLASH_FindUnerased(chip.flash, address, data)) {
         SIM_Violation(chip, formatText("program of %X, which is not erased", *unerased));
+    }
     writeFlash(chip, address, data, at);
 }
 
@@ -182,12 +194,14 @@ void read(Chip& chip, Payload payload, Moment at) {
     const uint64_t span = (CHIP_FlashSpan(chip) + kReadRounding) / kReadRounding * kReadRounding;
     const FlashArea* area = SIMFLASH_AreaOf(chip.flash, address);
     const uint32_t start = SIMFLASH_ToChip(chip.flash, CHIP_FlashStart(chip));
-    if (area == nullptr && (address < start || uint64_t{address} + count > start + span))
+    if (area == nullptr && (address < start || uint64_t{address} + count > start + span)) {
         SIM_Violation(chip, formatText("read of %X, %X bytes, outside the flash", address, count));
+    }
     chip.counts.reads++;
     std::vector<uint8_t> reply(payload.begin(), payload.end());
-    for (uint32_t i = 0; i < count; i++)
+    for (uint32_t i = 0; i < count; i++) {
         reply.push_back(SIMFLASH_Get(chip.flash, address + i));
+    }
     SIM_FrameReply(chip, ChipStep::read, std::move(reply), at);
 }
 
@@ -205,8 +219,9 @@ void checksum(Chip& chip, Payload payload, ChipStep step, Moment at) {
                at);
         return;
     }
-    if (first == 1)
+    if (first == 1) {
         loader.checksum = crc ? 0xFFFF : 0;
+    }
     loader.checksumStarted = true;
     loader.checksum = crc ? SIMFLASH_AddCrc(chip.flash, start, size, loader.checksum)
                           : SIMFLASH_AddSum(chip.flash, start, size, loader.checksum);
@@ -233,10 +248,11 @@ void blankCheck(Chip& chip, Payload payload, Moment at) {
         return;
     }
     const Moment done = SIM_AfterChecksum(chip, size, at);
-    if (const auto found = SIMFLASH_FindNotBlank(chip.flash, start, size))
+    if (const auto found = SIMFLASH_FindNotBlank(chip.flash, start, size)) {
         errorReply(chip, ChipStep::blankCheck, kErrNotBlank, *found, done);
-    else
+    } else {
         acknowledge(chip, ChipStep::blankCheck, 0x05, done);
+    }
 }
 
 void protectBlock(Chip& chip, Payload payload, Moment at) {

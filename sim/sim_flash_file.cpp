@@ -49,19 +49,22 @@ bool readHex(Chip& chip, const std::string& path, std::string& error) {
 } // namespace
 
 bool SIM_ReadFlash(Chip& chip, const std::string& path, std::string& error) {
-    if (path.empty())
+    if (path.empty()) {
         return true;
+    }
     return path.ends_with(".bin") ? readBinary(chip, path, error) : readHex(chip, path, error);
 }
 
 bool SIM_WriteFlash(Chip& chip, const std::string& path) {
-    if (path.empty())
+    if (path.empty()) {
         return true;
+    }
     const std::vector<uint8_t> bytes =
         CHIP_GetFlash(chip, CHIP_FlashStart(chip), static_cast<uint32_t>(CHIP_FlashSpan(chip)));
     const FileResult result = FILES_Replace(
         path, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
-    if (!result.ok())
+    if (!result.ok()) {
         PROCESS_WriteError("calvorin-sim: " + path + ": " + result.reason + "\n");
+    }
     return result.ok();
 }

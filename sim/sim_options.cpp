@@ -25,8 +25,9 @@ bool readLimited(const std::string& text, uint64_t maximum, Number& to) {
     uint64_t value = 0;
     const char* const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, value);
-    if (error != std::errc{} || stop != end || value > maximum)
+    if (error != std::errc{} || stop != end || value > maximum) {
         return false;
+    }
     to = static_cast<Number>(value);
     return true;
 }
@@ -127,8 +128,9 @@ std::vector<OptionRow> chipRows() {
 const std::vector<OptionRow>& optionRows() {
     static const std::vector<OptionRow> rows = [] {
         std::vector<OptionRow> all = generalRows();
-        for (const OptionRow& row : chipRows())
+        for (const OptionRow& row : chipRows()) {
             all.push_back(row);
+        }
         return all;
     }();
     return rows;
@@ -136,8 +138,9 @@ const std::vector<OptionRow>& optionRows() {
 
 const OptionRow* findRow(const std::string& name) {
     for (const OptionRow& row : optionRows()) {
-        if (name == row.name)
+        if (name == row.name) {
             return &row;
+        }
     }
     return nullptr;
 }
@@ -154,10 +157,12 @@ bool addFault(SimOptions& options, const std::string& value, std::string& error)
 
 bool apply(const OptionRow& row, const std::string& value, SimOptions& options,
            std::string& error) {
-    if (!row.set)
+    if (!row.set) {
         return addFault(options, value, error);
-    if (row.set(options, value))
+    }
+    if (row.set(options, value)) {
         return true;
+    }
     error = formatText("%s: '%s' is not allowed", row.name, value.c_str());
     return false;
 }
@@ -179,8 +184,9 @@ bool SIM_ParseOptions(const std::vector<std::string>& arguments, SimOptions& opt
             return false;
         }
         const std::string value = row->value != nullptr ? arguments[++i] : std::string();
-        if (!apply(*row, value, options, error))
+        if (!apply(*row, value, options, error)) {
             return false;
+        }
     }
     if (options.device.empty() && !options.help && !options.listDevices) {
         error = "--device is needed; --list lists the devices, --help the options";

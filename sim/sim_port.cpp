@@ -47,8 +47,9 @@ bool isLost(SimLine& line) {
 size_t takeBytes(SimLine& line, std::span<uint8_t> buffer, size_t got, Moment now) {
     while (got < buffer.size()) {
         const auto output = CHIP_TakeOutput(*line.chip, now);
-        if (!output)
+        if (!output) {
             break;
+        }
         buffer[got++] = output->value;
     }
     return got;
@@ -72,11 +73,13 @@ size_t readBytes(SimLine& line, std::span<uint8_t> buffer, Moment deadline, cons
         const Moment now = CLOCK_Now();
         {
             const std::lock_guard lock(line.mutex);
-            if (line.lostReason.empty())
+            if (line.lostReason.empty()) {
                 got = takeBytes(line, buffer, got, now);
+            }
         }
-        if (got == buffer.size() || now >= deadline || isLost(line) || (stop && stop()))
+        if (got == buffer.size() || now >= deadline || isLost(line) || (stop && stop())) {
             return got;
+        }
         waitForChange(line, deadline, stop);
     }
 }
@@ -86,13 +89,16 @@ bool waitReadable(SimLine& line, Moment deadline, const Condition& stop) {
         const Moment now = CLOCK_Now();
         {
             const std::lock_guard lock(line.mutex);
-            if (!line.lostReason.empty())
+            if (!line.lostReason.empty()) {
                 return false;
-            if (CHIP_NextOutput(*line.chip, now))
+            }
+            if (CHIP_NextOutput(*line.chip, now)) {
                 return true;
+            }
         }
-        if (now >= deadline || (stop && stop()))
+        if (now >= deadline || (stop && stop())) {
             return false;
+        }
         waitForChange(line, deadline, stop);
     }
 }
@@ -100,8 +106,9 @@ bool waitReadable(SimLine& line, Moment deadline, const Condition& stop) {
 bool writeBytes(SimLine& line, std::span<const uint8_t> bytes) {
     {
         const std::lock_guard lock(line.mutex);
-        if (!line.lostReason.empty())
+        if (!line.lostReason.empty()) {
             return false;
+        }
         CHIP_Receive(*line.chip, bytes, CLOCK_Now());
         line.toChip += bytes.size();
         line.writes++;
@@ -113,10 +120,12 @@ bool writeBytes(SimLine& line, std::span<const uint8_t> bytes) {
 bool setLines(SimLine& line, bool dtr, bool rts) {
     {
         const std::lock_guard lock(line.mutex);
-        if (!line.lostReason.empty())
+        if (!line.lostReason.empty()) {
             return false;
-        if (dtr != line.dtr || rts != line.rts)
+        }
+        if (dtr != line.dtr || rts != line.rts) {
             CHIP_SetLines(*line.chip, dtr, rts, CLOCK_Now());
+        }
         line.dtr = dtr;
         line.rts = rts;
     }
@@ -139,8 +148,9 @@ std::optional<uint32_t> configure(PortState& state, const LineSettings& settings
     Moment sent;
     {
         const std::lock_guard lock(line.mutex);
-        if (!line.lostReason.empty())
+        if (!line.lostReason.empty()) {
             return std::nullopt;
+        }
         sent = CHIP_InputDone(*line.chip);
     }
     // What was written leaves at the old rate.
@@ -197,8 +207,9 @@ SerialPortPtr openPort(const std::string& device, std::string& error) {
     {
         const std::lock_guard lock(offersMutex);
         const auto found = offers().find(std::string_view(device).substr(kPrefix.size()));
-        if (found != offers().end())
+        if (found != offers().end()) {
             line = found->second;
+        }
     }
     if (!line) {
         error = "No such file or directory";
@@ -233,8 +244,9 @@ SimLinePtr SIMPORT_Offer(std::string_view name, ChipPtr chip) {
 void SIMPORT_Withdraw(std::string_view name) {
     const std::lock_guard lock(offersMutex);
     const auto found = offers().find(name);
-    if (found != offers().end())
+    if (found != offers().end()) {
         offers().erase(found);
+    }
 }
 
 void SIMPORT_Unplug(const SimLinePtr& line, const std::string& reason) {

@@ -31,11 +31,12 @@ std::vector<DeviceRecord> readDevices(const SimOptions& options, std::string& er
         std::string text;
         FILES_ReadAll(path, text);
         const DeviceParseResult result = DEVICE_ParseText(text);
-        if (result.record)
+        if (result.record) {
             devices.push_back(*result.record);
-        else
+        } else {
             error += formatText("%s, line %d: %s%s\n", path.c_str(), result.line,
                                 result.error.c_str(), result.missing.c_str());
+        }
     }
     return devices;
 }
@@ -43,8 +44,9 @@ std::vector<DeviceRecord> readDevices(const SimOptions& options, std::string& er
 std::optional<DeviceRecord> findDevice(const SimOptions& options, std::string& error) {
     const std::vector<DeviceRecord> devices = readDevices(options, error);
     const auto found = std::ranges::find(devices, options.device, &DeviceRecord::Device);
-    if (found != devices.end())
+    if (found != devices.end()) {
         return *found;
+    }
     error +=
         formatText("no device '%s' in %s", options.device.c_str(), devicesFolder(options).c_str());
     return std::nullopt;
@@ -80,18 +82,21 @@ std::string summary(const Chip& chip) {
         static_cast<unsigned long long>(counts.reads));
     text += formatText("violations %llu\n", static_cast<unsigned long long>(counts.violations));
     const auto& violations = CHIP_GetViolations(chip);
-    for (size_t i = 0; i < std::min(violations.size(), kShownViolations); i++)
+    for (size_t i = 0; i < std::min(violations.size(), kShownViolations); i++) {
         text += "  " + violations[i].text + "\n";
+    }
     return text;
 }
 
 void passOutputs(Chip& chip, SimServerLine& line) {
     std::vector<uint8_t> bytes;
     const Moment now = CLOCK_Now();
-    while (const auto output = CHIP_TakeOutput(chip, now))
+    while (const auto output = CHIP_TakeOutput(chip, now)) {
         bytes.push_back(output->value);
-    if (!bytes.empty())
+    }
+    if (!bytes.empty()) {
         line.send(bytes);
+    }
 }
 
 void serve(Chip& chip, SimServerLine& line, const SimOptions& options) {
@@ -99,16 +104,19 @@ void serve(Chip& chip, SimServerLine& line, const SimOptions& options) {
         passOutputs(chip, line);
         const Moment next = CHIP_NextOutput(chip, kNever).value_or(kNever);
         const SimSignal signal = SIMWAIT_Wait(line.descriptors(), next);
-        if (signal == SimSignal::end || !line.receive(chip, CLOCK_Now()))
+        if (signal == SimSignal::end || !line.receive(chip, CLOCK_Now())) {
             return;
-        if (signal == SimSignal::saveFlash)
+        }
+        if (signal == SimSignal::saveFlash) {
             SIM_WriteFlash(chip, options.flashOut);
+        }
     }
 }
 
 bool openTranscript(const std::string& path, ChipOptions& chip, std::string& error) {
-    if (path.empty())
+    if (path.empty()) {
         return true;
+    }
     auto file = std::make_shared<AppendFile>();
     const FileResult result = file->create(path);
     if (!result.ok()) {
@@ -125,30 +133,35 @@ int SIM_Serve(const SimOptions& options) {
     std::string error;
     const auto device = findDevice(options, error);
     ChipOptions settings = chipOptions(options);
-    if (!device || !openTranscript(options.transcript, settings, error))
+    if (!device || !openTranscript(options.transcript, settings, error)) {
         return failed(error);
+    }
     const ChipPtr chip = CHIP_Create(*device, settings);
-    if (!SIM_ReadFlash(*chip, options.flashIn, error))
+    if (!SIM_ReadFlash(*chip, options.flashIn, error)) {
         return failed(error);
+    }
     SIMWAIT_CatchSignals();
     const SimServerLinePtr line = options.tcpPort >= 0
                                       ? SIMTCP_Open(options.tcpPort, error)
                                       : SIMPTY_Open(options.link, options.rate, error);
-    if (!line)
+    if (!line) {
         return failed(error);
+    }
     PROCESS_WriteOut(line->address + "\n");
     serve(*chip, *line, options);
     CHIP_FlushTranscript(*chip);
     const bool saved = SIM_WriteFlash(*chip, options.flashOut);
     PROCESS_WriteOut(summary(*chip));
-    if (!saved)
+    if (!saved) {
         return 1;
+    }
     return CHIP_GetCounts(*chip).violations == 0 ? 0 : 3;
 }
 
 int SIM_ListDevices(const SimOptions& options) {
     std::string error;
-    for (const DeviceRecord& device : readDevices(options, error))
+    for (const DeviceRecord& device : readDevices(options, error)) {
         PROCESS_WriteOut(device.Device + "\n");
+    }
     return error.empty() ? 0 : failed(error);
 }

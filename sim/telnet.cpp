@@ -38,12 +38,13 @@ bool isServed(uint8_t option) {
 // Agrees to what is served, refuses what is not; an agreement of the host needs no answer.
 void negotiate(Telnet& telnet, uint8_t option) {
     uint8_t answer = 0;
-    if (telnet.verb == kWill)
+    if (telnet.verb == kWill) {
         answer = isServed(option) ? kDo : kDont;
-    else if (telnet.verb == kDo)
+    } else if (telnet.verb == kDo) {
         answer = isServed(option) ? kWill : kWont;
-    else
+    } else {
         return;
+    }
     telnet.answers.insert(telnet.answers.end(), {kEscape, answer, option});
 }
 
@@ -57,8 +58,9 @@ void answerSub(Telnet& telnet, uint8_t command, std::span<const uint8_t> values)
 
 void setRate(Telnet& telnet, std::span<const uint8_t> values, std::vector<HostEvent>& events) {
     uint32_t rate = 0;
-    for (const uint8_t byte : values.first(4))
+    for (const uint8_t byte : values.first(4)) {
         rate = rate << 8 | byte;
+    }
     if (rate != 0) { // 0 asks
         telnet.rate = rate;
         events.push_back({HostEvent::Kind::rate, {}, rate});
@@ -88,21 +90,24 @@ void setControl(Telnet& telnet, uint8_t value, std::vector<HostEvent>& events) {
 void finishSub(Telnet& telnet, std::vector<HostEvent>& events) {
     const std::vector<uint8_t> sub = std::move(telnet.sub);
     telnet.sub.clear();
-    if (sub.size() < 2 || sub[0] != kOptionComPort)
+    if (sub.size() < 2 || sub[0] != kOptionComPort) {
         return;
+    }
     const uint8_t command = sub[1];
     const std::span<const uint8_t> values = std::span(sub).subspan(2);
-    if (command == kSetRate && values.size() == 4)
+    if (command == kSetRate && values.size() == 4) {
         setRate(telnet, values, events);
-    else if (command == kSetControl && values.size() == 1)
+    } else if (command == kSetControl && values.size() == 1) {
         setControl(telnet, values[0], events);
-    else
+    } else {
         answerSub(telnet, command, values); // whatever it is, the virtual line has it
+    }
 }
 
 void takeData(uint8_t byte, std::vector<HostEvent>& events) {
-    if (events.empty() || events.back().kind != HostEvent::Kind::data)
+    if (events.empty() || events.back().kind != HostEvent::Kind::data) {
         events.emplace_back();
+    }
     events.back().bytes.push_back(byte);
 }
 
@@ -132,10 +137,11 @@ void takeSubCommand(Telnet& telnet, uint8_t byte, std::vector<HostEvent>& events
 void takeByte(Telnet& telnet, uint8_t byte, std::vector<HostEvent>& events) {
     switch (telnet.state) {
     case Telnet::State::data:
-        if (byte == kEscape)
+        if (byte == kEscape) {
             telnet.state = Telnet::State::command;
-        else
+        } else {
             takeData(byte, events);
+        }
         break;
     case Telnet::State::command:
         takeCommand(telnet, byte, events);
@@ -145,10 +151,11 @@ void takeByte(Telnet& telnet, uint8_t byte, std::vector<HostEvent>& events) {
         telnet.state = Telnet::State::data;
         break;
     case Telnet::State::sub:
-        if (byte == kEscape)
+        if (byte == kEscape) {
             telnet.state = Telnet::State::subCommand;
-        else if (telnet.sub.size() < kMaxSub)
+        } else if (telnet.sub.size() < kMaxSub) {
             telnet.sub.push_back(byte);
+        }
         break;
     case Telnet::State::subCommand:
         takeSubCommand(telnet, byte, events);
@@ -160,8 +167,9 @@ void takeByte(Telnet& telnet, uint8_t byte, std::vector<HostEvent>& events) {
 
 std::vector<HostEvent> TELNET_Receive(Telnet& telnet, std::span<const uint8_t> bytes) {
     std::vector<HostEvent> events;
-    for (const uint8_t byte : bytes)
+    for (const uint8_t byte : bytes) {
         takeByte(telnet, byte, events);
+    }
     return events;
 }
 
@@ -170,8 +178,9 @@ std::vector<uint8_t> TELNET_Escape(std::span<const uint8_t> bytes) {
     escaped.reserve(bytes.size());
     for (const uint8_t byte : bytes) {
         escaped.push_back(byte);
-        if (byte == kEscape)
+        if (byte == kEscape) {
             escaped.push_back(byte);
+        }
     }
     return escaped;
 }

@@ -22,19 +22,23 @@ struct Pty {
     Pty(const Pty&) = delete;
     Pty& operator=(const Pty&) = delete;
     ~Pty() {
-        if (!link.empty())
+        if (!link.empty()) {
             unlink(link.c_str());
-        if (slave >= 0)
+        }
+        if (slave >= 0) {
             close(slave);
-        if (master >= 0)
+        }
+        if (master >= 0) {
             close(master);
+        }
     }
 };
 
 bool makeRaw(int descriptor) {
     termios2 settings{};
-    if (ioctl(descriptor, TCGETS2, &settings) != 0)
+    if (ioctl(descriptor, TCGETS2, &settings) != 0) {
         return false;
+    }
     settings.c_iflag = 0;
     settings.c_oflag = 0;
     settings.c_lflag = 0;
@@ -48,18 +52,21 @@ bool makeRaw(int descriptor) {
 // The master answers with the settings that the host has made on its side.
 uint32_t hostRate(const Pty& pty) {
     termios2 settings{};
-    if (pty.fixedRate != 0 || ioctl(pty.master, TCGETS2, &settings) != 0)
+    if (pty.fixedRate != 0 || ioctl(pty.master, TCGETS2, &settings) != 0) {
         return pty.fixedRate;
+    }
     return settings.c_ospeed;
 }
 
 bool openPair(Pty& pty, std::string& path) {
     pty.master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
-    if (pty.master < 0 || grantpt(pty.master) != 0 || unlockpt(pty.master) != 0)
+    if (pty.master < 0 || grantpt(pty.master) != 0 || unlockpt(pty.master) != 0) {
         return false;
+    }
     std::array<char, 128> name{};
-    if (ptsname_r(pty.master, name.data(), name.size()) != 0)
+    if (ptsname_r(pty.master, name.data(), name.size()) != 0) {
         return false;
+    }
     path = name.data();
     pty.slave = open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC);
     return pty.slave >= 0 && makeRaw(pty.slave);
@@ -68,10 +75,12 @@ bool openPair(Pty& pty, std::string& path) {
 bool makeLink(Pty& pty, const std::string& path, const std::string& link) {
     std::array<char, 4096> old{};
     // A link left over by an earlier run is replaced, a file of another kind is not.
-    if (readlink(link.c_str(), old.data(), old.size()) >= 0)
+    if (readlink(link.c_str(), old.data(), old.size()) >= 0) {
         unlink(link.c_str());
-    if (symlink(path.c_str(), link.c_str()) != 0)
+    }
+    if (symlink(path.c_str(), link.c_str()) != 0) {
         return false;
+    }
     pty.link = link;
     return true;
 }
@@ -79,8 +88,9 @@ bool makeLink(Pty& pty, const std::string& path, const std::string& link) {
 bool receive(const Pty& pty, Chip& chip, Moment now) {
     std::array<uint8_t, 4096> buffer{};
     const ssize_t count = read(pty.master, buffer.data(), buffer.size());
-    if (count <= 0)
+    if (count <= 0) {
         return count < 0 && (errno == EAGAIN || errno == EINTR);
+    }
     CHIP_SetHostRate(chip, hostRate(pty));
     CHIP_Receive(chip, std::span(buffer).first(static_cast<size_t>(count)), now);
     return true;
@@ -90,8 +100,9 @@ bool receive(const Pty& pty, Chip& chip, Moment now) {
 void send(const Pty& pty, std::span<const uint8_t> bytes) {
     while (!bytes.empty()) {
         const ssize_t count = write(pty.master, bytes.data(), bytes.size());
-        if (count <= 0)
+        if (count <= 0) {
             return;
+        }
         bytes = bytes.subspan(static_cast<size_t>(count));
     }
 }

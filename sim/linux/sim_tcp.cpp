@@ -24,26 +24,30 @@ struct Server {
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
     ~Server() {
-        if (host >= 0)
+        if (host >= 0) {
             close(host);
-        if (listener >= 0)
+        }
+        if (listener >= 0) {
             close(listener);
+        }
     }
 };
 
 void sendAll(int descriptor, std::span<const uint8_t> bytes) {
     while (!bytes.empty()) {
         const ssize_t count = ::send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (count <= 0)
+        if (count <= 0) {
             return;
+        }
         bytes = bytes.subspan(static_cast<size_t>(count));
     }
 }
 
 void acceptHost(Server& server) {
     const int host = accept4(server.listener, nullptr, nullptr, SOCK_CLOEXEC);
-    if (host < 0)
+    if (host < 0) {
         return;
+    }
     if (server.host >= 0) { // a line has one host
         close(host);
         return;
@@ -80,16 +84,18 @@ void receive(Server& server, Chip& chip, Moment now) {
     }
     std::array<uint8_t, 4096> buffer{};
     const ssize_t count = recv(server.host, buffer.data(), buffer.size(), MSG_DONTWAIT);
-    if (count < 0 && (errno == EAGAIN || errno == EINTR))
+    if (count < 0 && (errno == EAGAIN || errno == EINTR)) {
         return;
+    }
     if (count <= 0) {
         close(server.host);
         server.host = -1;
         return;
     }
     const auto bytes = std::span<const uint8_t>(buffer).first(static_cast<size_t>(count));
-    for (const HostEvent& event : TELNET_Receive(server.telnet, bytes))
+    for (const HostEvent& event : TELNET_Receive(server.telnet, bytes)) {
         pass(server, event, chip, now);
+    }
     sendAll(server.host, server.telnet.answers);
     server.telnet.answers.clear();
 }
@@ -105,8 +111,9 @@ int listenOn(Server& server, int port) {
     socklen_t size = sizeof address;
     auto* const raw = reinterpret_cast<sockaddr*>(&address);
     if (bind(server.listener, raw, size) != 0 || listen(server.listener, 1) != 0 ||
-        getsockname(server.listener, raw, &size) != 0)
+        getsockname(server.listener, raw, &size) != 0) {
         return -1;
+    }
     return ntohs(address.sin_port);
 }
 
@@ -129,8 +136,9 @@ SimServerLinePtr SIMTCP_Open(int port, std::string& error) {
         return true;
     };
     line->send = [server](std::span<const uint8_t> bytes) {
-        if (server->host >= 0)
+        if (server->host >= 0) {
             sendAll(server->host, TELNET_Escape(bytes));
+        }
     };
     return line;
 }

@@ -23,8 +23,9 @@ void SIMWAIT_CatchSignals() {
     prctl(PR_SET_TIMERSLACK, 1UL);
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int number : {SIGTERM, SIGINT, SIGUSR1})
+    for (const int number : {SIGTERM, SIGINT, SIGUSR1}) {
         sigaddset(&signals, number);
+    }
     sigprocmask(SIG_BLOCK, &signals, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
     signalDescriptor = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
@@ -32,13 +33,16 @@ void SIMWAIT_CatchSignals() {
 
 SimSignal SIMWAIT_Wait(const std::vector<int>& descriptors, Moment deadline) {
     std::vector<pollfd> waits{{signalDescriptor, POLLIN, 0}};
-    for (const int descriptor : descriptors)
+    for (const int descriptor : descriptors) {
         waits.push_back({descriptor, POLLIN, 0});
+    }
     const timespec time = deadline == kNever ? timespec{} : untilDeadline(deadline);
-    if (ppoll(waits.data(), waits.size(), deadline == kNever ? nullptr : &time, nullptr) <= 0)
+    if (ppoll(waits.data(), waits.size(), deadline == kNever ? nullptr : &time, nullptr) <= 0) {
         return SimSignal::none;
+    }
     signalfd_siginfo info{};
-    if (read(signalDescriptor, &info, sizeof info) != sizeof info)
+    if (read(signalDescriptor, &info, sizeof info) != sizeof info) {
         return SimSignal::none;
+    }
     return info.ssi_signo == SIGUSR1 ? SimSignal::saveFlash : SimSignal::end;
 }

@@ -50,8 +50,9 @@ const char* readDescription(const std::filesystem::path& path, std::string& text
     FileReader reader;
     const FileResult opened = reader.open(path);
     reason = opened.reason;
-    if (!opened.ok())
+    if (!opened.ok()) {
         return "Device::DEVICE_Init: Read file failed";
+    }
     text.resize(reader.size());
     size_t filled = 0;
     while (filled < text.size()) {
@@ -134,12 +135,13 @@ int DEVICE_FindByName(const std::string& name) {
         DEVPROPS_SetDevice(static_cast<int>(found - table.begin()));
         return 0;
     }
-    if (!name.empty())
+    if (!name.empty()) {
         ERROR_Out(nullptr,
                   formatText("The devicename '%s' was unknown.\n"
                              "Please check your configuration!\n\n",
                              name.c_str()),
                   kExitCode);
+    }
     DEVPROPS_SetDevice(0);
     return 1;
 }
@@ -157,10 +159,12 @@ std::vector<DeviceBlock> DEVICE_Blocks() {
     const auto add = [&blocks](uint32_t start, uint32_t length) {
         blocks.push_back({static_cast<int>(blocks.size()), AddressRange::of(start, length)});
     };
-    for (const FlashBlock& block : DEVICE_Selected().aBlock)
+    for (const FlashBlock& block : DEVICE_Selected().aBlock) {
         add(block.Start, block.Len);
-    if (DEVPROPS_GetXDataLen() != 0)
+    }
+    if (DEVPROPS_GetXDataLen() != 0) {
         add(DEVPROPS_GetXDataStart(), DEVPROPS_GetXDataLen());
+    }
     return blocks;
 }
 
@@ -194,8 +198,9 @@ uint32_t DEVICE_GetIDAdr(int index) {
 void DEVICE_GetIVector(int index, int32_t& number, std::string& name, int32_t& bits,
                        uint32_t& address) {
     const std::vector<IVectorEntry>& vectors = DEVICE_Selected().aIVector;
-    if (index < 0 || static_cast<size_t>(index) >= vectors.size())
+    if (index < 0 || static_cast<size_t>(index) >= vectors.size()) {
         return;
+    }
     const IVectorEntry& entry = vectors[static_cast<size_t>(index)];
     number = entry.Number;
     name = entry.Name;

@@ -43,10 +43,12 @@ void store(Field& field, int64_t value) {
 int32_t codeOf(Statement& s, std::span<const CodeWord> words, std::string_view word,
                const char* complaint) {
     const auto found = std::ranges::find(words, word, &CodeWord::word);
-    if (found != words.end())
+    if (found != words.end()) {
         return found->code;
-    if (s.ok())
+    }
+    if (s.ok()) {
         s.error = complaint;
+    }
     return 0;
 }
 
@@ -132,8 +134,9 @@ void readVpp(Statement& s) {
     s.error.clear();
     std::string word;
     PARSE_GetWord(s.error, s.cursor, word, s.longest);
-    if (word != "VCC" && word != "nc")
+    if (word != "VCC" && word != "nc") {
         s.error = "Unexpected identifier : Expecting VCC";
+    }
     s.record.Vpp = 0;
 }
 
@@ -164,10 +167,11 @@ void readConstIDData(Statement& s) {
 }
 
 void readIDCheckFunction(Statement& s) {
-    if (s.alnum() == "CheckM7906")
+    if (s.alnum() == "CheckM7906") {
         s.record.idCheck = CheckM7906;
-    else
+    } else {
         s.error = "IDCheckFunction: Unknown function defined";
+    }
 }
 
 void readIVector(Statement& s) {
@@ -277,6 +281,7 @@ void readStatementValue(Statement& statement) {
         return;
     }
     statement.expectLoose('=');
-    if (statement.ok())
+    if (statement.ok()) {
         found->read(statement);
+    }
 }

@@ -18,9 +18,11 @@ bool isLineBreak(char character) {
 // The line of a byte, counted as the statements are: a run of line breaks counts once.
 int lineOf(std::string_view text, size_t position) {
     int line = 1;
-    for (size_t i = 1; i <= position; ++i)
-        if (isLineBreak(text[i - 1]) && !isLineBreak(text[i]))
+    for (size_t i = 1; i <= position; ++i) {
+        if (isLineBreak(text[i - 1]) && !isLineBreak(text[i])) {
             ++line;
+        }
+    }
     return line;
 }
 
@@ -29,8 +31,9 @@ int lineOf(std::string_view text, size_t position) {
 size_t findHidingNul(std::string_view text) {
     const size_t nul = text.find('\0');
     if (nul == std::string_view::npos ||
-        text.find_first_not_of('\0', nul) == std::string_view::npos)
+        text.find_first_not_of('\0', nul) == std::string_view::npos) {
         return std::string_view::npos;
+    }
     return nul;
 }
 
@@ -39,10 +42,12 @@ int readStatements(Statement& statement) {
     int line = 1;
     while (*statement.cursor != '\0') {
         PARSE_GetWord(statement.error, statement.cursor, statement.key, kMaxKey);
-        if (*statement.cursor != '/')
+        if (*statement.cursor != '/') {
             readStatementValue(statement);
-        if (!statement.ok())
+        }
+        if (!statement.ok()) {
             break;
+        }
         PARSE_SkipLine(statement.cursor);
         ++line;
     }
@@ -50,12 +55,15 @@ int readStatements(Statement& statement) {
 }
 
 const char* findMissing(const DeviceRecord& record) {
-    if (record.Device.empty())
+    if (record.Device.empty()) {
         return "Device not specified";
-    if (record.Manufacturer.empty())
+    }
+    if (record.Manufacturer.empty()) {
         return "Manufacturer not specified";
-    if (record.aBlock.empty())
+    }
+    if (record.aBlock.empty()) {
         return "Bank not specified";
+    }
     return "";
 }
 
@@ -73,10 +81,12 @@ DeviceParseResult DEVICE_ParseText(const std::string& text) {
     statement.longest = text.size();
     result.line = readStatements(statement);
     result.error = statement.error;
-    if (!result.error.empty())
+    if (!result.error.empty()) {
         return result;
+    }
     result.missing = findMissing(statement.record);
-    if (result.missing.empty())
+    if (result.missing.empty()) {
         result.record = std::move(statement.record);
+    }
     return result;
 }

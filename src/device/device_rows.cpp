@@ -34,40 +34,47 @@ void addIdentity(Rows& rows) {
 
 void addFlash(Rows& rows) {
     rows.push_back({"Flash", formatText("%X - %X", DEVICE_GetFlashStart(), DEVICE_GetFlashEnd())});
-    for (const DeviceBlock& block : DEVICE_Blocks())
+    for (const DeviceBlock& block : DEVICE_Blocks()) {
         rows.push_back({formatText("Block %d", block.index),
                         areaText(block.range.start, static_cast<uint32_t>(block.range.size()))});
+    }
     addBlank(rows);
 }
 
 void addIDBytes(Rows& rows) {
     const int least = DEVICE_GetIDLenMin();
     const int most = DEVICE_GetIDLenMax();
-    if (least + most != 0)
+    if (least + most != 0) {
         rows.push_back({"Num. of ID-bytes", least == most ? formatText("%d", least)
                                                           : formatText("%d - %d", least, most)});
-    if (DEVICE_GetIDLenAdr() != 0)
+    }
+    if (DEVICE_GetIDLenAdr() != 0) {
         rows.push_back({"ID-length address", formatText("%X", DEVICE_GetIDLenAdr())});
+    }
     const int count = DEVICE_GetNumIDAdr();
     for (int i = 0; i < count; ++i) {
         const char* name = i > 0 ? "" : count == 1 ? "ID-Adress" : "ID-Adresses";
         rows.push_back({name, formatText("%X", DEVICE_RelocateAddr(DEVICE_GetIDAdr(i)))});
     }
-    if (count != 0)
+    if (count != 0) {
         addBlank(rows);
+    }
 }
 
 void addVectors(Rows& rows) {
     const std::vector<IVectorEntry>& vectors = DEVICE_Selected().aIVector;
-    for (const IVectorEntry& vector : vectors)
+    for (const IVectorEntry& vector : vectors) {
         rows.push_back({vector.Name, formatText("%X", vector.Address)});
-    if (!vectors.empty())
+    }
+    if (!vectors.empty()) {
         addBlank(rows);
+    }
 }
 
 void addPasswordArea(Rows& rows) {
-    if (DEVICE_GetPWAreaStart() == 0)
+    if (DEVICE_GetPWAreaStart() == 0) {
         return;
+    }
     const uint32_t start = DEVICE_RelocateAddr(DEVICE_GetPWAreaStart());
     rows.push_back({"Password area", areaText(start, DEVICE_GetPWAreaLen())});
     addBlank(rows);

@@ -13,8 +13,9 @@ int32_t Statement::dec(int32_t min, int32_t max) {
     int32_t value = 0;
     PARSE_GetDec(error, cursor, value, min, max);
     // The tokenizer bounds the digits alone; no value of a description may be negative.
-    if (ok() && value < min)
+    if (ok() && value < min) {
         error = formatText("Expected a value >= %d", min);
+    }
     return value;
 }
 
@@ -28,8 +29,9 @@ std::string Statement::text(size_t limit) {
     std::string value;
     // Read to its end, whatever its length, so that the limit can be named.
     PARSE_GetString(error, cursor, value, longest + 1);
-    if (ok() && value.size() > limit)
+    if (ok() && value.size() > limit) {
         error = formatText("%s: more than %zu characters", key.c_str(), limit);
+    }
     return value;
 }
 
@@ -44,22 +46,26 @@ void Statement::expectTight(char separator) {
 }
 
 void Statement::expectLoose(char separator) {
-    if (ok())
+    if (ok()) {
         PARSE_SkipBlanks(cursor);
+    }
     PARSE_Expect(error, cursor, separator);
 }
 
 bool Statement::moreItems() {
-    if (!ok())
+    if (!ok()) {
         return false;
+    }
     PARSE_SkipBlanks(cursor);
-    if (*cursor != ',')
+    if (*cursor != ',') {
         return false;
+    }
     ++cursor;
     return true;
 }
 
 void Statement::checkRoom(size_t count, size_t limit, const char* items) {
-    if (ok() && count >= limit)
+    if (ok() && count >= limit) {
         error = formatText("%s: more than %zu %s", key.c_str(), limit, items);
+    }
 }

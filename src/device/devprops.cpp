@@ -68,15 +68,17 @@ void DEVPROPS_SetResetByPC(bool on) {
 }
 
 bool DEVPROPS_IsBlockSelected(int block) {
-    if (!isSelectable(block))
+    if (!isSelectable(block)) {
         return false;
+    }
     const std::lock_guard lock(propsMutex);
     return props.aBlockSelect[static_cast<size_t>(block)] != 0;
 }
 
 void DEVPROPS_SelectBlock(int block, bool selected) {
-    if (!isSelectable(block))
+    if (!isSelectable(block)) {
         return;
+    }
     const std::lock_guard lock(propsMutex);
     props.aBlockSelect[static_cast<size_t>(block)] = int32_t{selected};
 }

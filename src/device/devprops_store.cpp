@@ -28,22 +28,25 @@ constexpr IntKey kIntKeys[] = {
 
 void DEVPROPS_Load() {
     DevProps props = DEVPROPS_Get();
-    for (const IntKey& row : kIntKeys)
+    for (const IntKey& row : kIntKeys) {
         INI_ReadInt(kSection, row.key, props.*row.field);
+    }
     INI_ReadIntArray(kSection, kBlockKey, props.aBlockSelect);
     DEVPROPS_Set(props);
 }
 
 void DEVPROPS_Save() {
     const DevProps props = DEVPROPS_Get();
-    for (const IntKey& row : kIntKeys)
+    for (const IntKey& row : kIntKeys) {
         INI_WriteInt(kSection, row.key, props.*row.field);
+    }
     const int count = std::min(static_cast<int>(DEVICE_Blocks().size()), kMaxSelectableBlocks);
     INI_WriteIntArray(kSection, kBlockKey,
                       std::span(props.aBlockSelect).first(static_cast<size_t>(count)));
 }
 
 void DEVPROPS_SelectAllBlocks() {
-    for (const DeviceBlock& block : DEVICE_Blocks())
+    for (const DeviceBlock& block : DEVICE_Blocks()) {
         DEVPROPS_SelectBlock(block.index, true);
+    }
 }

@@ -25,7 +25,8 @@ IVectorRow makeRow(const IVectorEntry& vector) {
 
 std::vector<IVectorRow> IVECT_MakeRows() {
     std::vector<IVectorRow> rows;
-    for (const IVectorEntry& vector : DEVICE_Selected().aIVector)
+    for (const IVectorEntry& vector : DEVICE_Selected().aIVector) {
         rows.push_back(makeRow(vector));
+    }
     return rows;
 }

@@ -29,8 +29,9 @@ const Script kSumB = {{"20", "20 1234 BA"}};
 
 Script join(std::initializer_list<Script> parts) {
     Script all;
-    for (const Script& part : parts)
+    for (const Script& part : parts) {
         all.insert(all.end(), part.begin(), part.end());
+    }
     return all;
 }
 
@@ -177,8 +178,9 @@ TEST_F(Wire, BootRomCommands) {
          join({kReset, kMatchB, {{"60", "60"}, {"A1A2 00000000000000000000 BD", "60"}}}), true, "",
          BOOT_SYNCED},
     };
-    for (const WireCase& c : cases)
+    for (const WireCase& c : cases) {
         check(c);
+    }
 }
 
 TEST_F(Wire, FailedHandshakes) {
@@ -200,8 +202,9 @@ TEST_F(Wire, FailedHandshakes) {
         {"product text beyond the reply", beyond, a, join({synced, {{"C0", "00 56 54 56"}}}), false,
          "", BOOT_SYNCED, "Product info:|00 56 54 56 |Product info comparison failed"},
     };
-    for (const WireCase& c : cases)
+    for (const WireCase& c : cases) {
         check(c);
+    }
 }
 
 TEST_F(Wire, FailedDownloads) {

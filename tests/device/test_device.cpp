@@ -11,9 +11,10 @@ std::string described(const std::string& name) {
 
 std::string blocks(const std::vector<DeviceBlock>& list) {
     std::string text;
-    for (const DeviceBlock& block : list)
+    for (const DeviceBlock& block : list) {
         text += formatText("%d: %X-%llX ", block.index, block.range.start,
                            static_cast<unsigned long long>(block.range.end));
+    }
     return text;
 }
 
@@ -58,16 +59,18 @@ TEST(DeviceInit, SkipsAFileThatCannotBeRead) {
 
 TEST(Device, TableHoldsTwoHundred) {
     const DeviceWorld world;
-    for (int i = 0; i < 201; ++i)
+    for (int i = 0; i < 201; ++i) {
         EXPECT_EQ(_ParseDeviceFile(described("D"), ""), 0);
+    }
     EXPECT_EQ(world.reports, Texts{"Device::_AddDevice: Too many devices"});
     EXPECT_EQ(DEVICE_GetNumDevices(), 200);
 }
 
 TEST(Device, IsFoundByItsExactName) {
     DeviceWorld world;
-    for (const char* name : {"A", "B", "B"})
+    for (const char* name : {"A", "B", "B"}) {
         DeviceWorld::select(described(name));
+    }
     EXPECT_EQ(DEVICE_FindByName("B"), 0);
     EXPECT_EQ(DEVPROPS_GetDevice(), 1);
     EXPECT_EQ(DEVICE_FindByName("b"), 1);

@@ -7,8 +7,9 @@ namespace {
 
 std::string repeated(const std::string& first, const std::string& item, size_t count) {
     std::string text = first;
-    for (size_t i = 0; i < count; ++i)
+    for (size_t i = 0; i < count; ++i) {
         text += item;
+    }
     return text;
 }
 
@@ -60,13 +61,14 @@ TEST(DeviceParser, NamesWhatIsWrongWithAStatement) {
          {repeated("IVector = 1, \"a\", 8, 1", ", 1, \"a\", 8, 1", 100)}},
     };
     const std::string head = kHead + "\r\n\n// note\n"; // blank lines do not count, comments do
-    for (const auto& [error, statements] : cases)
+    for (const auto& [error, statements] : cases) {
         for (const std::string& statement : statements) {
             const DeviceParseResult result = DEVICE_ParseText(head + statement);
             EXPECT_EQ(result.error, error) << statement;
             EXPECT_EQ(result.line, statement.find('\r') == std::string::npos ? 5 : 6) << statement;
             EXPECT_FALSE(result.record) << statement;
         }
+    }
     EXPECT_EQ(DEVICE_ParseText("\n" + kHead).error, "Unknown identifier: ");
 }
 

@@ -30,8 +30,9 @@ TEST(DevProps, SelectOnlyBlocksThatHaveAFlag) {
     DEVPROPS_SelectBlock(199, true);
     DEVPROPS_SelectAllBlocks();
     std::string selected;
-    for (const int block : {-1, 200, 2147483647})
+    for (const int block : {-1, 200, 2147483647}) {
         DEVPROPS_SelectBlock(block, true); // none of these
+    }
     for (const int block : {-1, 0, 1, 2, 199, 200, 2147483647}) {
         selected += DEVPROPS_IsBlockSelected(block) ? '1' : '0';
     }

@@ -10,8 +10,9 @@ namespace {
 
 std::string viewText() {
     std::string text;
-    for (const DeviceRow& row : DEVICEVIEW_MakeRows())
+    for (const DeviceRow& row : DEVICEVIEW_MakeRows()) {
         text += row.name + "=" + row.value + "\n";
+    }
     return text;
 }
 

@@ -128,14 +128,16 @@ private:
             count = recv(peer, buffer, sizeof buffer, 0);
             std::vector<uint8_t> echo;
             for (const HostEvent& event :
-                 TELNET_Receive(telnet, std::span(buffer).first(std::max<ssize_t>(count, 0))))
+                 TELNET_Receive(telnet, std::span(buffer).first(std::max<ssize_t>(count, 0)))) {
                 echo.insert(echo.end(), event.bytes.begin(), event.bytes.end());
+            }
             const auto end = std::ranges::find(echo, 4);
             hangsUp = end != echo.end();
             echo.erase(end, echo.end());
             std::string answers = textOf(std::exchange(telnet.answers, {}));
-            if (const size_t at = answers.find(spoilt); !spoilt.empty() && at < answers.size())
+            if (const size_t at = answers.find(spoilt); !spoilt.empty() && at < answers.size()) {
                 answers.replace(at, spoilt.size(), instead);
+            }
             if (answers.starts_with("\xFF\xFA")) {
                 const std::lock_guard lock(mutex_);
                 answers_ += answers;

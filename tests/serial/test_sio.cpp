@@ -105,8 +105,9 @@ TEST(Sio, FindsTheDeviceOfAPort) {
     World world;
     const std::pair<uint32_t, std::string> cases[] = {
         {10, "test://b"}, {4, "/dev/ttyS3"}, {5, "/dev/ttyUSB0"}, {20, "/dev/ttyACM7"}};
-    for (const auto& [port, device] : cases)
+    for (const auto& [port, device] : cases) {
         EXPECT_EQ(SIO_DeviceOfPort(port), device);
+    }
 }
 
 TEST(Sio, ChangesTheRateAndTheLines) {

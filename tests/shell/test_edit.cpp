@@ -22,8 +22,9 @@ std::string shownBy(void (*dialog)(), std::vector<std::pair<Value, Value>> typed
     frontEnd.editValue = [&](ValueRequest& request) {
         shown += fieldText(request.value0, request.sign < 0) + "," +
                  fieldText(request.value1, false) + " ";
-        if (typed.empty())
+        if (typed.empty()) {
             return kDialogCancel;
+        }
         std::tie(request.value0, request.value1) = typed.front();
         typed.erase(typed.begin());
         return kDialogOk;

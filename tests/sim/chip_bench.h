@@ -32,8 +32,9 @@ struct Bench {
         CHIP_Receive(*chip, bytesOfHex(hex), now);
         now.us += 10000000;
         std::vector<uint8_t> got;
-        while (const auto output = CHIP_TakeOutput(*chip, now))
+        while (const auto output = CHIP_TakeOutput(*chip, now)) {
             got.push_back(output->value);
+        }
         return HEXTEXT_FromBytes(got);
     }
     // From the reset to a running loader, on a blank chip.
@@ -57,14 +58,16 @@ struct Bench {
         std::snprintf(address, sizeof address, wide ? "%06X" : "%04X", record.PWAreaStart);
         exchange(std::string(address) + address + repeat("FF", 255));
         exchange("3A 02 0040 00 0102 BB");
-        if (record.TimerInit != 0)
+        if (record.TimerInit != 0) {
             exchange("3A 02 0042 00 1A00 A2");
+        }
         exchange("3A 00 0000 01 FF");
     }
     std::string violations() const {
         std::string text;
-        for (const ChipViolation& violation : CHIP_GetViolations(*chip))
+        for (const ChipViolation& violation : CHIP_GetViolations(*chip)) {
             text += violation.text + "\n";
+        }
         return text;
     }
 

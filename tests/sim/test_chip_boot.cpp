@@ -18,10 +18,12 @@ const std::string kBlankA96 = "027F00027F00" + repeat("FF", 255);
 
 // What the names in the table stand for; anything else for itself.
 std::string passwordFor(const std::string& sent) {
-    if (sent == "{A}")
+    if (sent == "{A}") {
         return kBlankA;
-    if (sent == "{A96}")
+    }
+    if (sent == "{A96}") {
         return kBlankA96;
+    }
     return sent == "{B}" ? repeat("FF", 12) + "0C" : sent == "{W}" ? repeat("FF", 12) + "0D" : sent;
 }
 
@@ -76,8 +78,9 @@ TEST(ChipBoot, Conversations) {
             EXPECT_EQ(bench.exchange(passwordFor(exchange.substr(0, mark))),
                       exchange.substr(mark + 1))
                 << exchange;
-            if (done == 2 && test.otherRate != 0)
+            if (done == 2 && test.otherRate != 0) {
                 CHIP_SetHostRate(*bench.chip, test.otherRate);
+            }
         }
         EXPECT_EQ(bench.violations(), test.violations);
         EXPECT_EQ(CHIP_GetMode(*bench.chip), test.mode);

@@ -40,8 +40,9 @@ TEST(ChipFaults, RepliesAreSpoilt) {
         test.loader ? bench.startLoader() : bench.reset(true);
         CHIP_SetFaults(*bench.chip, {parsed(test.fault)});
         std::string answer = bench.exchange(test.send);
-        if (test.answer.starts_with("xx"))
+        if (test.answer.starts_with("xx")) {
             answer.replace(0, 2, "xx");
+        }
         EXPECT_EQ(answer, test.answer) << test.fault;
     }
 }

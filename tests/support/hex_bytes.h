@@ -17,8 +17,9 @@ inline std::vector<uint8_t> bytesOfHex(std::string digits) {
 
 inline std::string repeat(const std::string& text, size_t count) {
     std::string all;
-    for (; count > 0; --count)
+    for (; count > 0; --count) {
         all += text;
+    }
     return all;
 }
 
@@ -28,8 +29,9 @@ inline std::string frame(const std::string& payload) {
     bytes.insert(bytes.begin(),
                  {static_cast<uint8_t>(bytes.size()), static_cast<uint8_t>(bytes.size() >> 8)});
     uint8_t sum = 0;
-    for (const uint8_t byte : bytes)
+    for (const uint8_t byte : bytes) {
         sum = static_cast<uint8_t>(sum + byte);
+    }
     bytes.push_back(sum);
     return "EBED" + HEXTEXT_FromBytes(bytes) + "EC";
 }

@@ -37,8 +37,9 @@ public:
     std::string take(Texts& list, char between) { return joined(takeAll(list), between); }
     static std::string joined(const Texts& texts, char between) {
         std::string all;
-        for (const std::string& text : texts)
+        for (const std::string& text : texts) {
             all += all.empty() ? text : between + text;
+        }
         return all;
     }
     Texts takeAll(Texts& list) {

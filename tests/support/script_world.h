@@ -37,8 +37,9 @@ public:
                   0);
         DEVPROPS_Set(DevProps{});
         DEVPROPS_SetResetByPC(true);
-        for (const DeviceBlock& block : DEVICE_Blocks())
+        for (const DeviceBlock& block : DEVICE_Blocks()) {
             DEVPROPS_SelectBlock(block.index, true);
+        }
         FILES_SetProgramPath(folder_ / "calvorin");
         writeFile(folder_ / "calvorin.ini", "[Settings PORTS]\r\nCOM1 = \"test://script\"\r\n");
         INI_Load();
@@ -66,8 +67,9 @@ public:
     // What of the script has not happened, or happened otherwise; empty when all is well.
     std::string deviation() const {
         const std::lock_guard lock(mutex_);
-        if (!wrong_.empty() || next_ == script_.size())
+        if (!wrong_.empty() || next_ == script_.size()) {
             return wrong_;
+        }
         return "not reached: " + script_[next_].host + " (after " + pending_ + ")";
     }
     // What has been said since the last call.
@@ -99,11 +101,13 @@ private:
 
     // The answer to what has happened, as far as one is due.
     std::string follow(const std::string& what, bool isData) {
-        if (!wrong_.empty())
+        if (!wrong_.empty()) {
             return "";
+        }
         std::string wanted = next_ < script_.size() ? script_[next_].host : "";
-        if (isData)
+        if (isData) {
             std::erase(wanted, ' ');
+        }
         pending_ += what;
         if (wanted.compare(0, pending_.size(), pending_) != 0) {
             wrong_ = "step " + std::to_string(next_) + ": " + pending_ + " instead of " + wanted;

@@ -55,13 +55,15 @@ public:
         chip = CHIP_Create(DEVICE_Selected(), options_.chip);
         line = SIMPORT_Offer("world", chip);
         SIO_Init(0, 0, 0, 8, 0, 0);
-        if (options_.openPort)
+        if (options_.openPort) {
             SIO_SetConfig({1, options_.baudrate, 0});
+        }
     }
 
     ~World() {
-        for (; !atEnd.empty(); atEnd.pop_back())
+        for (; !atEnd.empty(); atEnd.pop_back()) {
             atEnd.back()();
+        }
         EVENTS_Close();
         SIO_Exit();
         SIMPORT_Withdraw("world");
@@ -91,8 +93,9 @@ public:
     std::string violations() const {
         std::string text;
         SIMPORT_WithChip(line, [&text](Chip& looked) {
-            for (const ChipViolation& violation : CHIP_GetViolations(looked))
+            for (const ChipViolation& violation : CHIP_GetViolations(looked)) {
                 text += violation.text + "\n";
+            }
         });
         return text;
     }
@@ -106,8 +109,9 @@ public:
 
 private:
     void layOutFolder() {
-        for (const char* const name : {"Device", "RamImage"})
+        for (const char* const name : {"Device", "RamImage"}) {
             std::filesystem::create_directory_symlink(builtFolder() / name, folder_ / name);
+        }
         FILES_SetProgramPath(folder_ / "calvorin");
         writeFile(folder_ / "calvorin.ini",
                   "[Settings PORTS]\r\nCOM1 = \"" + options_.port + "\"\r\n");

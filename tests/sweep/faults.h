@@ -64,8 +64,9 @@ struct SweepCase {
     // The order in which threads run: another for every case, for one case always the same.
     uint64_t seed() const {
         uint64_t hash = 14695981039346656037U;
-        for (const char character : text())
+        for (const char character : text()) {
             hash = (hash ^ static_cast<uint8_t>(character)) * 1099511628211U;
+        }
         return hash;
     }
     bool isOnLine() const { return kind == "rx" || kind == "tx"; }

@@ -16,8 +16,9 @@ constexpr int64_t kReconnectMs = 200; // a loader that still runs is left first
 // What the loader makes of these contents.
 uint16_t checksumOf(const SweepWorld& world, const std::vector<uint8_t>& bytes) {
     Flash flash = SIMFLASH_Create(DEVICE_Selected());
-    for (uint32_t i = 0; i < world.size; ++i)
+    for (uint32_t i = 0; i < world.size; ++i) {
         SIMFLASH_Put(flash, world.start + i, bytes[i]);
+    }
     return DEVICE_GetSprtCRC() != 0 ? SIMFLASH_AddCrc(flash, world.start, world.size, 0xFFFF)
                                     : SIMFLASH_AddSum(flash, world.start, world.size, 0);
 }
@@ -69,8 +70,9 @@ bool statusIsShown(SweepWorld& world) {
 
 std::string listed(const std::vector<std::string>& texts) {
     std::string all;
-    for (const std::string& text : texts)
+    for (const std::string& text : texts) {
         all += text + " | ";
+    }
     return all;
 }
 
@@ -99,8 +101,9 @@ std::string checkReasons(const SweepCase& sweepCase, const Outcome& told) {
     std::vector<std::string> reasons = told.errors;
     for (const char* following : {"Could not download RAM image. Please check password",
                                   "SIO::_StartComm: Could not open COM-Port"}) {
-        if (reasons.size() > 1 && reasons.back() == following)
+        if (reasons.size() > 1 && reasons.back() == following) {
             reasons.pop_back();
+        }
     }
     const bool mayBeSilent = sweepCase.what == "ctrlc" && reasons.empty();
     return reasons.size() == 1 || told.success || mayBeSilent ? "" : "reasons: " + listed(reasons);
@@ -108,34 +111,44 @@ std::string checkReasons(const SweepCase& sweepCase, const Outcome& told) {
 
 // What of a success that is none nobody can see from this side of the line.
 std::string blindSpot(const SweepCase& sweepCase, SweepWorld& world) {
-    if (sweepCase.isStop() && sweepCase.command == "download" && loaderRuns(world))
+    if (sweepCase.isStop() && sweepCase.command == "download" && loaderRuns(world)) {
         return "Cancel that comes too late to end a download";
-    if (sweepCase.command == "flash-status" && sweepCase.kind == "rx")
+    }
+    if (sweepCase.command == "flash-status" && sweepCase.kind == "rx") {
         return "flash memory status, which has no check byte";
-    if (sweepCase.command == "protect-chip" && DEVICE_GetSprtProtectBlock() == 0)
+    }
+    if (sweepCase.command == "protect-chip" && DEVICE_GetSprtProtectBlock() == 0) {
         return "protection by the boot ROM, whose echo and answer are the same byte";
-    if (sweepCase.command != "auto" || sweepCase.kind != "chip")
+    }
+    if (sweepCase.command != "auto" || sweepCase.kind != "chip") {
         return "";
-    if (DEVICE_GetFLASHIsEE() != 0)
+    }
+    if (DEVICE_GetFLASHIsEE() != 0) {
         return "pages that EE flash did not take, after Auto without Verify: nothing is compared";
+    }
     const uint16_t wanted = checksumOf(world, world.contents("program"));
-    if (DEVICE_GetSprtCRC() == 0 && checksumOf(world, wholeFlash(world)) == wanted)
+    if (DEVICE_GetSprtCRC() == 0 && checksumOf(world, wholeFlash(world)) == wanted) {
         return "bytes in wrong places, after Auto without Verify: the SUM is the same";
+    }
     return "";
 }
 
 void checkVerdict(const SweepCase& sweepCase, const CleanRun& clean, SweepWorld& world,
                   Verdict& verdict) {
     const bool success = verdict.told.success;
-    if (sweepCase.kind == "at" && (success != clean.outcome.success || !world.violations().empty()))
+    if (sweepCase.kind == "at" &&
+        (success != clean.outcome.success || !world.violations().empty())) {
         verdict.wrong += listed(verdict.told.errors) + world.violations();
+    }
     const bool ignoredStop = verdict.told.usAfterStop >= 0;
-    if (!success || (!ignoredStop && world.command.asAsked(world)))
+    if (!success || (!ignoredStop && world.command.asAsked(world))) {
         return;
+    }
     verdict.blindSpot = blindSpot(sweepCase, world);
-    if (verdict.blindSpot.empty())
+    if (verdict.blindSpot.empty()) {
         verdict.wrong += ignoredStop ? "success though it was stopped; "
                                      : "success, and the chip is not as asked; ";
+    }
 }
 
 std::string checkNext(SweepWorld& world, const CleanRun& clean, bool virtualTime) {
@@ -143,10 +156,12 @@ std::string checkNext(SweepWorld& world, const CleanRun& clean, bool virtualTime
     const size_t violations = world.violations().size();
     const Outcome next = world.run();
     std::string wrong;
-    if (next.success != clean.outcome.success || next.success != world.command.asAsked(world))
+    if (next.success != clean.outcome.success || next.success != world.command.asAsked(world)) {
         wrong += "next run: " + listed(next.errors);
-    if (virtualTime && next.us / 1000 > clean.outcome.us / 1000 + kReconnectMs)
+    }
+    if (virtualTime && next.us / 1000 > clean.outcome.us / 1000 + kReconnectMs) {
         wrong += "next run took " + std::to_string(next.us / 1000) + " ms; ";
+    }
     return wrong + world.violations().substr(violations);
 }
 
@@ -180,14 +195,16 @@ CleanRun JUDGE_Clean(const std::string& device, const std::string& command) {
     SweepWorld world({device, command, "clean", 0, ""});
     CleanRun clean;
     clean.isOffered = std::ranges::all_of(world.command.ids, MENU_IsEnabled);
-    if (!clean.isOffered)
+    if (!clean.isOffered) {
         return clean;
+    }
     clean.outcome = world.run();
     std::ranges::copy(world.stages, clean.stages);
     const bool success = !command.ends_with("-other"); // what is named so is to find a difference
     if (clean.outcome.success != success || world.command.asAsked(world) != success ||
-        !world.violations().empty())
+        !world.violations().empty()) {
         clean.wrong = "without a fault: " + listed(clean.outcome.errors) + world.violations();
+    }
     return clean;
 }
 
@@ -197,8 +214,9 @@ Verdict JUDGE_Case(const SweepCase& sweepCase, const CleanRun& clean, bool virtu
     verdict.told = world.run();
     checkVerdict(sweepCase, clean, world, verdict);
     verdict.wrong += checkReasons(sweepCase, verdict.told);
-    if (virtualTime)
+    if (virtualTime) {
         verdict.wrong += checkTime(sweepCase, clean, verdict.told);
+    }
     verdict.wrong += checkNext(world, clean, virtualTime);
     return verdict;
 }

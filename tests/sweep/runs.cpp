@@ -45,16 +45,18 @@ struct Bench {
         writeFile(folder / "sweep.ini", "[Settings PORTS]\r\nCOM1 = \"sweep://\"\r\n");
         FILES_SetProgramPath(folder / "sweep");
         INI_Load();
-        for (const auto& [name, text] : SWEEP_Devices())
+        for (const auto& [name, text] : SWEEP_Devices()) {
             _AddDevice(
                 DEVICE_ParseText("Device = \"" + std::string(name) + "\"\n" + text).record.value());
+        }
     }
 };
 
 std::string flags(std::initializer_list<const char*> names) {
     std::string text;
-    for (const std::string name : names)
+    for (const std::string name : names) {
         text += name + " = 1\n";
+    }
     return text;
 }
 
@@ -109,8 +111,9 @@ struct SweepWorld::Inside {
     SerialPortPtr open(std::string& error) {
         const SerialPortPtr port =
             SERIALPORT_Open(std::exchange(faults, "") + "sim://sweep", error);
-        if (!port)
+        if (!port) {
             return nullptr;
+        }
         auto seen = std::make_shared<SerialPort>(*port);
         seen->write = [this, port](std::span<const uint8_t> bytes) {
             enterStage(bytes);
@@ -130,8 +133,9 @@ struct SweepWorld::Inside {
         const std::lock_guard lock(mutex);
         const bool frame = written.size() > 4 && written[0] == 0xEB && written[1] == 0xED;
         stage = frame ? written[4] : kStageBoot;
-        if (stage == 0 && std::exchange(identified, true))
+        if (stage == 0 && std::exchange(identified, true)) {
             stage = kStageAgain;
+        }
     }
 
     void note(int direction, size_t count) {
@@ -151,8 +155,9 @@ struct SweepWorld::Inside {
         CLOCK_Wait(atMoment ? CLOCK_After(static_cast<int64_t>(sweepCase.where)) : kNever,
                    [this] { return stopNow || over; });
         const bool offered = PROGRESS_IsOpen() && PROGRESS_GetView().showCancel;
-        if (over || (sweepCase.what == "cancel" && !offered))
+        if (over || (sweepCase.what == "cancel" && !offered)) {
             return;
+        }
         if (sweepCase.what == "unplugged") {
             SIMPORT_Unplug(line);
             return;
@@ -233,21 +238,24 @@ SweepWorld::SweepWorld(const SweepCase& sweepCase, bool virtualTime)
     : command(commandNamed(sweepCase.command)), inside_(new Inside(*this, sweepCase)) {
     static const Bench bench;
     Inside& in = *inside_;
-    if (virtualTime)
+    if (virtualTime) {
         in.clock.emplace(sweepCase.seed());
+    }
     EVENTS_Open();
     in.selectDevice();
     in.makeChip();
     const LineFault fault = sweepCase.lineFault();
-    if (sweepCase.isOnLine() && !sweepCase.isStop())
+    if (sweepCase.isOnLine() && !sweepCase.isStop()) {
         in.faults = "faulty://" + sweepCase.kind + "-" + fault.port + "=" +
                     std::to_string(sweepCase.where) + fault.behind + "@";
+    }
     SERIALPORT_AddKind("sweep://",
                        [&in](const std::string&, std::string& error) { return in.open(error); });
     in.loadImage();
     in.startProgram();
-    if (sweepCase.comesFromBeside())
+    if (sweepCase.comesFromBeside()) {
         in.stopper = CLOCK_StartThread([&in] { in.awaitStop(); });
+    }
 }
 
 SweepWorld::~SweepWorld() {
@@ -271,18 +279,21 @@ Outcome SweepWorld::run() {
     in.screen.takeAll(in.screen.questions);
     const Moment begin = CLOCK_Now();
     for (const int id : command.ids) {
-        if (RUN_GetExitCode() == 0)
+        if (RUN_GetExitCode() == 0) {
             MAINFRAME_Command(id);
+        }
     }
     const Moment end = CLOCK_Now();
     Outcome outcome;
     outcome.us = end.us - begin.us;
-    if (in.stoppedUs <= end.us)
+    if (in.stoppedUs <= end.us) {
         outcome.usAfterStop = end.us - in.stoppedUs;
+    }
     outcome.errors = in.screen.takeAll(in.screen.errors);
     for (const std::string& box : in.screen.takeAll(in.screen.questions)) {
-        if (box.ends_with("failed") && outcome.errors.empty())
+        if (box.ends_with("failed") && outcome.errors.empty()) {
             outcome.errors.push_back(box);
+        }
     }
     outcome.success = RUN_GetExitCode() == 0 && outcome.errors.empty();
     return outcome;
@@ -317,10 +328,11 @@ std::vector<uint8_t> SweepWorld::contents(const std::string& name) const {
     std::vector<uint8_t> bytes(size, 0xFF);
     for (uint32_t i = 0; i < size; ++i) {
         const bool inProgram = (i >= 0x10 && i < 0x10 + 100) || i >= size - 50;
-        if (name == "program" && inProgram)
+        if (name == "program" && inProgram) {
             bytes[i] = static_cast<uint8_t>(i * 5 + 7);
-        else if (name == "old" || (name == "half" && i >= size / 2))
+        } else if (name == "old" || (name == "half" && i >= size / 2)) {
             bytes[i] = static_cast<uint8_t>(i * 3 + (i >> 8));
+        }
     }
     return bytes;
 }
@@ -334,8 +346,9 @@ bool SweepWorld::chip(const std::function<bool(Chip&)>& look) const {
 std::string SweepWorld::violations() const {
     std::string text;
     chip([&text](Chip& looked) {
-        for (const ChipViolation& violation : CHIP_GetViolations(looked))
+        for (const ChipViolation& violation : CHIP_GetViolations(looked)) {
             text += violation.text + "; ";
+        }
         return true;
     });
     return text;

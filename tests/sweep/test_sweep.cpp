@@ -47,10 +47,12 @@ void fail(Sweep& sweep, const SweepCase& sweepCase, const std::string& wrong) {
 
 const CleanRun& cleanRun(Sweep& sweep, const std::string& device, const std::string& command) {
     const auto [found, isNew] = sweep.clean.try_emplace(device + command);
-    if (isNew)
+    if (isNew) {
         found->second = JUDGE_Clean(device, command);
-    if (isNew && !found->second.wrong.empty())
+    }
+    if (isNew && !found->second.wrong.empty()) {
         fail(sweep, {device, command, "chip", 0, "slow"}, found->second.wrong);
+    }
     return found->second;
 }
 
@@ -62,22 +64,27 @@ void judge(Sweep& sweep, const SweepCase& sweepCase) {
         std::printf("%s: %s after %d ms\n", sweepCase.text().c_str(),
                     verdict.told.success ? "success" : "failure",
                     static_cast<int>(verdict.told.us / 1000));
-        for (const std::string& error : verdict.told.errors)
+        for (const std::string& error : verdict.told.errors) {
             std::printf("    Error: %s\n", error.c_str());
+        }
     }
-    if (!verdict.blindSpot.empty())
+    if (!verdict.blindSpot.empty()) {
         ++sweep.blindSpots[verdict.blindSpot];
-    if (!verdict.wrong.empty())
+    }
+    if (!verdict.wrong.empty()) {
         fail(sweep, sweepCase, verdict.wrong);
+    }
 }
 
 // Runs the case when it is one of this stride and shard.
 void offer(Sweep& sweep, const SweepCase& sweepCase) {
-    if (!sweepCase.text().starts_with(sweep.only))
+    if (!sweepCase.text().starts_with(sweep.only)) {
         return;
+    }
     const uint64_t number = sweep.cases++;
-    if (number % sweep.stride == 0 && number / sweep.stride % sweep.shards == sweep.shard)
+    if (number % sweep.stride == 0 && number / sweep.stride % sweep.shards == sweep.shard) {
         judge(sweep, sweepCase);
+    }
 }
 
 void sweepLine(Sweep& sweep, const std::string& device, const std::string& command) {
@@ -86,8 +93,9 @@ void sweepLine(Sweep& sweep, const std::string& device, const std::string& comma
         const std::vector<uint8_t>& stages = clean.stages[direction == "rx" ? 1 : 0];
         for (size_t at = 0; at < stages.size(); ++at) {
             for (const LineFault& fault : kLineFaults) {
-                if (stages[at] != kStageAgain && (direction == "tx" || !fault.onlyTx))
+                if (stages[at] != kStageAgain && (direction == "tx" || !fault.onlyTx)) {
                     offer(sweep, {device, command, direction, at, fault.name});
+                }
             }
         }
     }
@@ -96,12 +104,14 @@ void sweepLine(Sweep& sweep, const std::string& device, const std::string& comma
 void sweepMoments(Sweep& sweep, const std::string& device, const std::string& command) {
     const int64_t end = cleanRun(sweep, device, command).outcome.us / 1000;
     for (int64_t ms = 0; ms < end; ms += 20) {
-        for (const char* what : {"cancel", "ctrlc", "unplugged"})
+        for (const char* what : {"cancel", "ctrlc", "unplugged"}) {
             offer(sweep, {device, command, "ms", static_cast<uint64_t>(ms), what});
+        }
     }
     for (const unsigned slow : {0U, 20U, 45U}) { // ms
-        for (unsigned us = 0; us < 12'000 + slow * 1000; us += 200)
+        for (unsigned us = 0; us < 12'000 + slow * 1000; us += 200) {
             offer(sweep, {device, command, "at", us, formatText("slow@identify,value=%X", slow)});
+        }
     }
 }
 
@@ -111,23 +121,28 @@ void sweepChip(Sweep& sweep, const std::string& device, const std::string& comma
     };
     for (unsigned i = 0; i < 0x100; ++i) {
         const unsigned address = i + (device[0] == 'A' ? 0x8000 : 0);
-        for (const char* kind : {"stuck", "dead"})
+        for (const char* kind : {"stuck", "dead"}) {
             chip(i, formatText("%s-bits,address=%X,value=%X", kind, address, 1U << i * 5 % 8));
+        }
     }
     for (unsigned n = 0; n <= 8; ++n) { // 0: every time
-        for (const char* kind : {"lost-write", "power-cut", "short-erase"})
+        for (const char* kind : {"lost-write", "power-cut", "short-erase"}) {
             chip(n, formatText("%s#%u", kind, n));
+        }
         chip(n, formatText("short-erase#%u,value=80", n));
-        for (const unsigned mask : {4U, 0x40U, 0x80U})
+        for (const unsigned mask : {4U, 0x40U, 0x80U}) {
             chip(n, formatText("misplaced-write#%u,address=%X", n, mask));
-        for (const unsigned places : {1U, 4U, 32U})
+        }
+        for (const unsigned places : {1U, 4U, 32U}) {
             chip(n, formatText("shifted-write#%u,value=%X", n, places));
+        }
     }
     const std::vector<uint8_t>& sent = cleanRun(sweep, device, command).stages[0];
     for (unsigned at = 0; at < sent.size(); ++at) {
         for (const char* kind : {"die", "reset"}) {
-            if (sent[at] != kStageAgain)
+            if (sent[at] != kStageAgain) {
                 chip(at, formatText("%s-at-byte#%u", kind, at + 1));
+            }
         }
     }
 }
@@ -136,13 +151,16 @@ void sweepAll(Sweep& sweep) {
     for (const SweepDevice& device : SWEEP_Devices()) {
         for (const SweepCommand& row : SWEEP_Commands()) {
             const std::string command = row.name;
-            if (!cleanRun(sweep, device.name, command).isOffered)
+            if (!cleanRun(sweep, device.name, command).isOffered) {
                 continue;
-            if (command != "auto") // which is how "auto-verify" begins
+            }
+            if (command != "auto") { // which is how "auto-verify" begins
                 sweepLine(sweep, device.name, command);
+            }
             sweepMoments(sweep, device.name, command);
-            if (command.starts_with("auto"))
+            if (command.starts_with("auto")) {
                 sweepChip(sweep, device.name, command);
+            }
         }
     }
 }
@@ -150,8 +168,9 @@ void sweepAll(Sweep& sweep) {
 void sweepReal(Sweep& sweep, const std::string& only) {
     sweep.virtualTime = false;
     for (const std::string line : kRealCases) {
-        if (only.empty() || only == line)
+        if (only.empty() || only == line) {
             judge(sweep, SweepCase::parse(line));
+        }
     }
 }
 
@@ -203,8 +222,9 @@ int main(int argc, char** argv) {
     const auto begin = std::chrono::steady_clock::now();
     run(sweep, mode, line);
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
-    for (const auto& [name, count] : sweep.blindSpots)
+    for (const auto& [name, count] : sweep.blindSpots) {
         std::printf("not shown: %u %s\n", count, name.c_str());
+    }
     std::printf("%u runs, %u failed, %.1f s, %.0f runs a second\n", sweep.runs, sweep.failures,
                 took.count(), sweep.runs / took.count());
     return sweep.failures == 0 && sweep.runs > 0 ? 0 : 1;

@@ -60,10 +60,11 @@ struct TargetWorld : World {
 };
 
 inline void runAuto() {
-    if (DEVICE_GetFLASHIsEE() != 0)
+    if (DEVICE_GetFLASHIsEE() != 0) {
         TARGET_ProgramTarget();
-    else if (TARGET_EraseChip(false) == 0)
+    } else if (TARGET_EraseChip(false) == 0) {
         TARGET_Program(HEXDATA_GetFirstAddr(), HEXDATA_GetLastAddr());
+    }
 }
 
 inline void runVerify() {

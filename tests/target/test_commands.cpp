@@ -190,12 +190,13 @@ TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
             },
             {}, RUN_SetExitCode);
         ClockThreadPtr canceller;
-        if (c.linkState == LINK_RAMCODE && c.fault.kind == FaultKind::slow)
+        if (c.linkState == LINK_RAMCODE && c.fault.kind == FaultKind::slow) {
             canceller = CLOCK_StartThread([] {
                 CLOCK_Wait(CLOCK_After(5000), [] { return TARGET_State().Operation != 0; });
                 CLOCK_Sleep(100);
                 TARGET_Cancel();
             });
+        }
         runVerify();
         commandReturned = true;
         CLOCK_JoinThread(canceller);

@@ -12,8 +12,9 @@ namespace {
 
 std::string hex(uint32_t value, int bytes) {
     std::string text;
-    for (int i = 0; i < bytes; ++i)
+    for (int i = 0; i < bytes; ++i) {
         text += HEXTEXT_FromBytes(std::vector<uint8_t>{static_cast<uint8_t>(value >> 8 * i)});
+    }
     return text;
 }
 
@@ -63,8 +64,9 @@ Prepare image(uint32_t address, uint32_t count, uint8_t value) {
 }
 Prepare onlyBlock(int selected) {
     return [=] {
-        for (const DeviceBlock& block : DEVICE_Blocks())
+        for (const DeviceBlock& block : DEVICE_Blocks()) {
             DEVPROPS_SelectBlock(block.index, block.index == selected);
+        }
     };
 }
 
@@ -90,8 +92,9 @@ void check(const std::string& name, const std::string& device, OperationCode cod
     SCOPED_TRACE(name);
     ScriptWorld world(device, script);
     begin(world, pageLen, packet);
-    if (prepare)
+    if (prepare) {
         prepare();
+    }
     EXPECT_EQ(TARGET_RunOperation(operation(code), "Testing...").has_value(), error.empty());
     EXPECT_EQ(world.errors(), error);
     EXPECT_EQ(TARGET_State().LinkState, error == "Timeout error" ? LINK_IDLE : LINK_RAMCODE);
@@ -137,9 +140,10 @@ TEST(Frames, OperationsOnBlocks) {
           "", [] { DEVPROPS_SelectBlock(1, false); });
     check("sum answered by something else", kOne, OP_GET_SUM,
           {{block(7, 0x1000, 0x3FF, "01"), kAck}}, "Timeout error");
-    for (const std::string reply : {"03 00100000 0100 FF", "F3 01 00100000", "00 01020304 80"})
+    for (const std::string reply : {"03 00100000 0100 FF", "F3 01 00100000", "00 01020304 80"}) {
         check(reply, kOne, OP_ERASE_CHIP, {{block(1, 0x1000, 0x400), frame(reply)}},
               "Timeout error");
+    }
     check("half a crc", kOne, OP_GET_CRC, {{block(4, 0x1000, 0x3FF, "01"), frame("04 34")}},
           "Timeout error");
     check("block below the first", "Bank = 2000,100, 1000,100, 3000,100", OP_ERASE_BLOCKS, {},
@@ -173,9 +177,10 @@ TEST(Frames, OperationsThatRead) {
           "Timeout error", ranged(0, 15));
     check("shorter reply", kOne, OP_VERIFY, {{read(0, 128), data(0, repeat("11", 127))}},
           "Timeout error", image257);
-    for (const std::string fields : {"0000", "0200 FF", "0100 FFFF", ""})
+    for (const std::string fields : {"0000", "0200 FF", "0100 FFFF", ""}) {
         check("malformed " + fields, kOne, OP_BLANK_READ,
               {{read(0, 16), frame("03 00000000" + fields)}}, "Timeout error", ranged(0, 15));
+    }
     check("reply about another address", kOne, OP_BLANK_READ,
           {{read(0, 16), data(1, repeat("FF", 16))}}, "Timeout error", ranged(0, 15));
     check("verify", kOne, OP_VERIFY,
@@ -253,8 +258,9 @@ TEST(Frames, BadFramesAreTimeouts) {
                                               "EBED01000103EC",
                                               "EBED000000EC",
                                               frame(repeat("01", 1001))};
-    for (const std::string& reply : replies)
+    for (const std::string& reply : replies) {
         check(reply, kOne, OP_ERASE_CHIP, {{host, reply}}, "Timeout error");
+    }
     check("longest", kOne, OP_ERASE_CHIP, {{host, frame(repeat("01", 1000))}});
 }
 
