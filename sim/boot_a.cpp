@@ -121,7 +121,7 @@ void rateCode(Chip& chip, Moment at) {
     const uint8_t code = chip.boot.bytes.front();
     const auto known = std::ranges::find(kRateCodes, code, &RateCode::code);
     if (known == kRateCodes.end() && code != kOtherRate) {
-        const bool repeatedMatch = chip.options.resyncByMatch && code == kMatchA;
+        const bool repeatedMatch = chip.options.resyncByMatch && code == chip.family->matchByte;
         if (!repeatedMatch) {
             SIM_Violation(chip, formatText("unknown baud rate code %02X", unsigned{code}));
         }
@@ -305,27 +305,13 @@ bool optionalCommand(Chip& chip, uint8_t command, Moment at) {
     return true;
 }
 
-} // namespace
-
-void SIM_MatchTypeA(Chip& chip, Moment at) {
-    const uint8_t value = chip.boot.bytes.front();
-    SIM_Want(chip, 1, SIM_MatchTypeA);
-    if (value != kMatchA) {
-        SIM_Violation(chip, formatText("byte %02X where the boot ROM is matched", unsigned{value}));
-        return;
-    }
-    const ChipFault* late = SIM_FaultOf(chip, FaultKind::lateMatch);
-    if (late && ++chip.boot.matchAttempts < late->n) {
-        return;
-    }
-    SIM_BootReply(chip, ChipStep::match, {kMatchA}, at);
+void wantRateCode(Chip& chip, Moment) {
     SIM_Want(chip, 1, rateCode);
 }
 
-void SIM_CommandTypeA(Chip& chip, Moment at) {
+void commandTypeA(Chip& chip, Moment at) {
     const uint8_t command = chip.boot.bytes.front();
-    chip.counts.bootCommands++;
-    if (SIM_ProductInfo(chip, command, at) || optionalCommand(chip, command, at)) {
+    if (optionalCommand(chip, command, at)) {
         return;
     }
     if (command == 0x90) {
@@ -340,3 +326,9 @@ void SIM_CommandTypeA(Chip& chip, Moment at) {
         SIM_UnknownCommand(chip, command);
     }
 }
+
+} // namespace
+
+extern const BootFamily kBootFamilyA;
+const BootFamily kBootFamilyA = {
+    .matchByte = 0x5A, .matchRate = 9600, .matched = wantRateCode, .command = commandTypeA};

@@ -147,30 +147,12 @@ void sum(Chip& chip, Moment at) {
     SIM_WantCommand(chip);
 }
 
-} // namespace
-
-void SIM_MatchTypeB(Chip& chip, Moment at) {
-    const uint8_t value = chip.boot.bytes.front();
-    SIM_Want(chip, 1, SIM_MatchTypeB);
-    if (value != kMatchB) {
-        SIM_Violation(chip, formatText("byte %02X where the boot ROM is matched", unsigned{value}));
-        chip.rate = 0;
-        return;
-    }
-    const ChipFault* late = SIM_FaultOf(chip, FaultKind::lateMatch);
-    if (late && ++chip.boot.matchAttempts < late->n) {
-        return;
-    }
-    SIM_BootReply(chip, ChipStep::match, {kMatchB}, at);
+void matchedTypeB(Chip& chip, Moment) {
     SIM_WantCommand(chip);
 }
 
-void SIM_CommandTypeB(Chip& chip, Moment at) {
+void commandTypeB(Chip& chip, Moment at) {
     const uint8_t command = chip.boot.bytes.front();
-    chip.counts.bootCommands++;
-    if (SIM_ProductInfo(chip, command, at)) {
-        return;
-    }
     if (command == 0x20) {
         sum(chip, at);
     } else if (command == 0x10) {
@@ -185,3 +167,9 @@ void SIM_CommandTypeB(Chip& chip, Moment at) {
         SIM_UnknownCommand(chip, command);
     }
 }
+
+} // namespace
+
+extern const BootFamily kBootFamilyB;
+const BootFamily kBootFamilyB = {
+    .matchByte = 0x86, .matchRate = 0, .matched = matchedTypeB, .command = commandTypeB};

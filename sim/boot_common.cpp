@@ -20,6 +20,30 @@ std::vector<uint8_t> productReply(const DeviceRecord& device) {
     return reply;
 }
 
+void takeMatch(Chip& chip, Moment at) {
+    const uint8_t value = chip.boot.bytes.front();
+    const BootFamily& family = *chip.family;
+    SIM_WantMatch(chip);
+    if (value != family.matchByte) {
+        SIM_Violation(chip, formatText("byte %02X where the boot ROM is matched", unsigned{value}));
+        chip.rate = family.matchRate;
+        return;
+    }
+    const ChipFault* late = SIM_FaultOf(chip, FaultKind::lateMatch);
+    if (late && ++chip.boot.matchAttempts < late->n) {
+        return;
+    }
+    SIM_BootReply(chip, ChipStep::match, {family.matchByte}, at);
+    family.matched(chip, at);
+}
+
+void takeCommand(Chip& chip, Moment at) {
+    chip.counts.bootCommands++;
+    if (!SIM_ProductInfo(chip, chip.boot.bytes.front(), at)) {
+        chip.family->command(chip, at);
+    }
+}
+
 } // namespace
 
 void SIM_Want(Chip& chip, size_t count, BootStep step) {
@@ -28,10 +52,13 @@ void SIM_Want(Chip& chip, size_t count, BootStep step) {
     chip.boot.step = step;
 }
 
+void SIM_WantMatch(Chip& chip) {
+    SIM_Want(chip, 1, takeMatch);
+}
+
 void SIM_WantCommand(Chip& chip) {
     chip.boot.matching = false;
-    const bool typeB = chip.device.RamcodeType == RAMCODE_TYPE_B;
-    SIM_Want(chip, 1, typeB ? SIM_CommandTypeB : SIM_CommandTypeA);
+    SIM_Want(chip, 1, takeCommand);
 }
 
 void SIM_BootByte(Chip& chip, uint8_t value, Moment at) {
@@ -58,7 +85,7 @@ void SIM_BootReply(Chip& chip, ChipStep step, std::vector<uint8_t> bytes, Moment
 }
 
 void SIM_UnknownCommand(Chip& chip, uint8_t command) {
-    const bool repeatedMatch = chip.options.resyncByMatch && command == SIM_MatchByte(chip);
+    const bool repeatedMatch = chip.options.resyncByMatch && command == chip.family->matchByte;
     // A host that was answered late has sent more matching bytes than it needed.
     if (!repeatedMatch) {
         SIM_Violation(chip, formatText("boot ROM command %02X, which the chip does not have",

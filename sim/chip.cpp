@@ -10,7 +10,6 @@ namespace {
 
 constexpr size_t kMaxViolations = 1000;
 constexpr size_t kMaxApplicationInput = 1 << 20;
-constexpr uint32_t kRateTypeA = 9600;      // of matching
 constexpr uint32_t kFallbackRate = 115200; // paces a line whose rate is unknown
 constexpr int64_t kResyncSilenceUs = 400000;
 
@@ -79,7 +78,7 @@ uint8_t heard(Chip& chip, const PendingByte& byte) {
 
 // On a line without reset the matching byte is what begins a conversation anew.
 bool resyncs(const Chip& chip, uint8_t value, Moment at) {
-    if (!chip.options.resyncByMatch || value != SIM_MatchByte(chip)) {
+    if (!chip.options.resyncByMatch || value != chip.family->matchByte) {
         return false;
     }
     const bool afterSilence = at.us - chip.lastTraffic.us > kResyncSilenceUs;
@@ -152,6 +151,7 @@ void processByte(Chip& chip, const PendingByte& byte) {
 ChipPtr CHIP_Create(const DeviceRecord& device, const ChipOptions& options) {
     auto chip = std::make_shared<Chip>();
     chip->device = device;
+    chip->family = &SIM_FamilyOf(device);
     chip->options = options;
     chip->flash = SIMFLASH_Create(device);
     chip->random.seed(options.seed);
@@ -170,18 +170,13 @@ void SIM_Violation(Chip& chip, std::string text) {
     }
 }
 
-uint8_t SIM_MatchByte(const Chip& chip) {
-    return chip.device.RamcodeType == RAMCODE_TYPE_B ? kMatchB : kMatchA;
-}
-
 void SIM_EnterBootRom(Chip& chip, Moment at) {
     chip.mode = ChipMode::bootRom;
     chip.boot = BootRom{};
     chip.loader = LoaderState{};
     chip.lastTraffic = at;
-    const bool typeB = chip.device.RamcodeType == RAMCODE_TYPE_B;
-    chip.rate = typeB ? 0 : kRateTypeA;
-    SIM_Want(chip, 1, typeB ? SIM_MatchTypeB : SIM_MatchTypeA);
+    chip.rate = chip.family->matchRate;
+    SIM_WantMatch(chip);
 }
 
 void SIM_StartLoader(Chip& chip) {

@@ -25,6 +25,15 @@ struct SentByte {
 // The boot ROM waits for a number of bytes and then goes on with a step.
 using BootStep = void (*)(Chip& chip, Moment at);
 
+// In what a family of boot ROM differs from the others. A new family is a source beside boot_a.cpp
+// and its row in families.cpp.
+struct BootFamily {
+    uint8_t matchByte = 0;
+    uint32_t matchRate = 0;     // Bd; 0: measured at the matching byte
+    BootStep matched = nullptr; // once the matching byte was answered
+    BootStep command = nullptr; // of one byte
+};
+
 struct BootRom {
     std::vector<uint8_t> bytes; // collected for the step
     size_t wanted = 0;
@@ -56,6 +65,7 @@ struct TranscriptState {
 
 struct Chip {
     DeviceRecord device;
+    const BootFamily* family = nullptr;
     ChipOptions options;
     Flash flash;
 
@@ -90,12 +100,8 @@ struct Chip {
     TranscriptState transcript;
 };
 
-inline constexpr uint8_t kMatchA = 0x5A;
-inline constexpr uint8_t kMatchB = 0x86;
-
 // chip.cpp
 void SIM_Violation(Chip& chip, std::string text);
-uint8_t SIM_MatchByte(const Chip& chip);
 void SIM_EnterBootRom(Chip& chip, Moment at);
 void SIM_StartLoader(Chip& chip);
 // Puts bytes on the line, the first not before `at`.
@@ -104,6 +110,8 @@ void SIM_Send(Chip& chip, std::span<const uint8_t> bytes, Moment at);
 // boot_common.cpp: the boot ROM's waiting, and what both families do.
 void SIM_BootByte(Chip& chip, uint8_t value, Moment at);
 void SIM_Want(Chip& chip, size_t count, BootStep step);
+// Waits for the matching byte.
+void SIM_WantMatch(Chip& chip);
 // Back to waiting for a command.
 void SIM_WantCommand(Chip& chip);
 void SIM_BootReply(Chip& chip, ChipStep step, std::vector<uint8_t> bytes, Moment at);
@@ -119,11 +127,10 @@ bool SIM_PasswordRefused(Chip& chip, std::span<const uint8_t> sent,
                          std::span<const uint8_t> expected);
 uint8_t SIM_TwosComplement(std::span<const uint8_t> bytes);
 
-// boot_a.cpp and boot_b.cpp: entries of the families.
-void SIM_MatchTypeA(Chip& chip, Moment at);
-void SIM_CommandTypeA(Chip& chip, Moment at);
-void SIM_MatchTypeB(Chip& chip, Moment at);
-void SIM_CommandTypeB(Chip& chip, Moment at);
+// families.cpp: the family of a device; the first one for a description that names none.
+const BootFamily& SIM_FamilyOf(const DeviceRecord& device);
+// Adds a family that is not built in; `family` stays the caller's and must outlive its chips.
+void SIM_AddFamily(int32_t ramcodeType, const BootFamily& family);
 
 // loader.cpp
 void SIM_LoaderByte(Chip& chip, uint8_t value, Moment at);

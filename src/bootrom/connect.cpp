@@ -2,7 +2,6 @@
 
 #include "bootrom/boot_wire.h"
 #include "bootrom/download.h"
-#include "bootrom/flash_commands.h"
 #include "device/device.h"
 #include "link/target_link.h"
 #include "link/target_state.h"
@@ -19,33 +18,16 @@ constexpr int kConnectPauseMs = 500;
 constexpr int kCommandPauseMs = 100;
 constexpr const char* kConnectFailure = "Could not download RAM image. Please check password";
 
-constexpr BootRomProtocol kTypeA = {_DownloadTypeA, _EraseChipTypeA, _FlashStatusTypeA,
-                                    _ReadProtectTypeA, nullptr};
-constexpr BootRomProtocol kTypeB = {_DownloadTypeB, _EraseChipTypeB, nullptr, nullptr,
-                                    _ProtectChipTypeB};
-
 // Without a loader of its own a device cannot be connected, whatever the family.
 Result<> downloadLoader(const BootRomProtocol& family) {
     if (DEVICE_GetRamcodeFile().empty()) {
         return Failure{.reason = "The device description names no RAM-Image"};
     }
     const std::string path = FILES_ProgramFolder() + "RamImage/" + DEVICE_GetRamcodeFile();
-    return family.DownloadRamImage(path, false);
+    return _DownloadRamImage(family, path, false);
 }
 
 } // namespace
-
-const BootRomProtocol* _SelectProtocol() {
-    switch (DEVICE_GetRamcodeType()) {
-    case RAMCODE_TYPE_A:
-        return &kTypeA;
-    case RAMCODE_TYPE_B:
-        return &kTypeB;
-    default:
-        TARGET_ReportError("Target::Unsuported RAM-Code protocoll", 1);
-        return nullptr;
-    }
-}
 
 int TARGET_Connect() {
     const BootRomProtocol* family = _SelectProtocol();

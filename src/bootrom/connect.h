@@ -1,22 +1,8 @@
-// Connecting with a target: choosing its boot-ROM family, getting its RAM loader to run, and the
-// boot ROM's own commands. User-interface thread only; waits process events.
+// Connecting with a target: getting its RAM loader to run, and running the boot ROM's own commands.
+// User-interface thread only; waits process events.
 #pragma once
 
-#include "link/failure.h"
-
-#include <string>
-
-// The operations of one boot-ROM family; an empty slot is an operation that the family lacks.
-struct BootRomProtocol {
-    Result<> (*DownloadRamImage)(const std::string& path, bool showProgress);
-    Result<> (*EraseChip)();
-    Result<> (*FlashStatus)();
-    Result<> (*ReadProtect)();
-    Result<> (*ProtectChip)();
-};
-
-// The family of the selected device; null, reported, when nobody knows it.
-const BootRomProtocol* _SelectProtocol();
+#include "bootrom/family.h"
 
 // 1 when the RAM loader runs, downloading it where needed; 0 when that failed, reported. Call it
 // before every operation that needs the loader.

@@ -31,36 +31,37 @@ Result<> passwordReady() {
     return _IsBlank() || PASSWORD_GetLen() != 0 ? Result<>() : askForPassword();
 }
 
-Result<> loadImage(const std::string& path, const LoaderDownload& family) {
+Result<LoaderTransfer> loadImage(const BootRomProtocol& family, const std::string& path) {
     std::string text;
     if (!_LoadRamImage(path, text)) {
         return Failure{.reason = "Error reading RAM-Immage file"};
     }
-    return family.accept(text);
+    return family.PrepareImage(text);
 }
 
 } // namespace
 
-Result<> _DownloadRamImage(const std::string& path, bool showProgress,
-                           const LoaderDownload& family) {
+Result<> _DownloadRamImage(const BootRomProtocol& family, const std::string& path,
+                           bool showProgress) {
     RUN_SetExitCode(1);
     if (BOOT_GetState() == BOOT_RAMCODE) {
         _BootReset();
     }
-    if (Result<> loaded = loadImage(path, family); !loaded) {
-        return loaded;
+    const Result<LoaderTransfer> transfer = loadImage(family, path);
+    if (!transfer) {
+        return transfer.error();
     }
     if (showProgress) {
         PROGRESS_Open("Download RAM-Image", nullptr);
     }
-    if (Result<> begun = family.handshake(); !begun) {
+    if (Result<> begun = _BootHandshake(family); !begun) {
         return begun;
     }
     if (Result<> ready = passwordReady(); !ready) {
         return ready;
     }
     LOG_Add(formatText("Downloading RAM-Image started: %s", path.c_str()));
-    if (Result<> sent = family.transfer(showProgress); !sent) {
+    if (Result<> sent = (*transfer)(showProgress); !sent) {
         return sent;
     }
     BOOT_SetState(BOOT_RAMCODE);

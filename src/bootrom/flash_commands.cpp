@@ -1,6 +1,7 @@
 #include "bootrom/flash_commands.h"
 
 #include "bootrom/boot_wire.h"
+#include "bootrom/handshake.h"
 #include "device/device.h"
 #include "link/target_link.h"
 #include "notice/log.h"
@@ -36,14 +37,13 @@ Result<> _EraseWait(std::span<uint8_t> answer) {
     return {};
 }
 
-Result<> _RunErase(const std::function<Result<>()>& handshake,
-                   const std::function<Result<>()>& erase) {
+Result<> _EraseChip(const BootRomProtocol& family) {
     RUN_SetExitCode(1);
-    if (Result<> begun = handshake(); !begun) {
+    if (Result<> begun = _BootHandshake(family); !begun) {
         return begun;
     }
     LOG_Add("Erasing Chip started");
-    Result<> erased = erase();
+    Result<> erased = family.EraseChip();
     LOG_Add(erased ? "Erasing Chip finished" : "Erasing Chip failed");
     RUN_SetExitCode(erased ? 0 : 1);
     return erased;

@@ -18,15 +18,11 @@
 
 namespace {
 
-constexpr uint32_t kMatchBaudrate = 9600;
 constexpr int kMatchAttempts = 10;
-constexpr uint32_t kMatchMs = 30;
-constexpr uint32_t kSumMs = 5000;
 constexpr size_t kMaxProductInfo = 255; // bytes
 constexpr size_t kMaxExpectedInfo = 500;
 constexpr size_t kBytesPerLogLine = 16;
 
-uint32_t savedBaudrate = 0;
 uint32_t bootSum = 0;
 
 // Asks the user to press reset where the program does not do it; whether to go on.
@@ -52,20 +48,6 @@ void resetIntoBootRom() {
     CLOCK_Sleep(250);
 }
 
-// Sends the byte until the boot ROM, which measures it, echoes it.
-Result<> matchByte(uint8_t value) {
-    uint8_t received = 0;
-    bool answered = false;
-    for (int attempt = 0; attempt < kMatchAttempts && !answered; ++attempt) {
-        if (RUN_IsInterrupted()) {
-            return Failure{TERR_CANCELLED};
-        }
-        SIO_WriteByte(value);
-        answered = bool(_BootRead({&received, 1}, kMatchMs));
-    }
-    return _BootCheck(answered && received == value, "Matching data failed");
-}
-
 void logBytes(const std::vector<uint8_t>& bytes) {
     for (size_t start = 0; start < bytes.size(); start += kBytesPerLogLine) {
         std::string line;
@@ -89,13 +71,33 @@ bool productMatches(const std::vector<uint8_t>& reply) {
                       reply.begin() + static_cast<ptrdiff_t>(offset));
 }
 
+// A failed match leaves the user's rate behind: the next attempt would take the other one for it.
+Result<> matchAtItsRate(const BootRomProtocol& family) {
+    uint32_t baudrate = SIO_GetBaudrate();
+    const bool changes = family.matchBaudrate != 0;
+    if (changes) {
+        baudrate = SIO_ChangeBaudrate(family.matchBaudrate);
+        if (baudrate == 0) {
+            return Failure{TERR_REPORTED};
+        }
+    }
+    LOG_Add("Setting baudrate");
+    Result<> matched = family.Match(baudrate);
+    if (matched) {
+        BOOT_SetState(BOOT_SYNCED);
+    } else if (changes && !SIO_IsLost()) { // a port that is opened again has the rate
+        SIO_ChangeBaudrate(baudrate);
+    }
+    return matched;
+}
+
 } // namespace
 
-Result<> _BootHandshake(BootStep matchFn, BootStep sumFn, bool changeBaudrate) {
-    if (Result<> matched = _ResetAndMatch(matchFn, changeBaudrate); !matched) {
+Result<> _BootHandshake(const BootRomProtocol& family) {
+    if (Result<> matched = _ResetAndMatch(family); !matched) {
         return matched;
     }
-    for (const BootStep step : {sumFn, BootStep{_ProductInfo}}) {
+    for (const auto step : {family.GetSum, _ProductInfo}) {
         if (Result<> done = step(); !done) {
             return done;
         }
@@ -106,7 +108,7 @@ Result<> _BootHandshake(BootStep matchFn, BootStep sumFn, bool changeBaudrate) {
     return {};
 }
 
-Result<> _ResetAndMatch(BootStep matchFn, bool changeBaudrate) {
+Result<> _ResetAndMatch(const BootRomProtocol& family) {
     if (SIO_IsLost()) {
         BOOT_SetState(BOOT_UNSYNCED);
     }
@@ -120,56 +122,20 @@ Result<> _ResetAndMatch(BootStep matchFn, bool changeBaudrate) {
         return Failure{TERR_REPORTED}; // the user knows
     }
     resetIntoBootRom();
-    if (changeBaudrate) {
-        savedBaudrate = SIO_ChangeBaudrate(kMatchBaudrate);
-        if (savedBaudrate == 0) {
-            return Failure{TERR_REPORTED};
+    return matchAtItsRate(family);
+}
+
+Result<> _MatchByte(uint8_t value) {
+    uint8_t received = 0;
+    bool answered = false;
+    for (int attempt = 0; attempt < kMatchAttempts && !answered; ++attempt) {
+        if (RUN_IsInterrupted()) {
+            return Failure{TERR_CANCELLED};
         }
+        SIO_WriteByte(value);
+        answered = bool(_BootRead({&received, 1}, kMatchMs));
     }
-    LOG_Add("Setting baudrate");
-    Result<> matched = matchFn();
-    if (!matched && changeBaudrate && !SIO_IsLost()) { // a port that is opened again has the rate
-        SIO_ChangeBaudrate(savedBaudrate); // else the next attempt would take 9600 for the user's
-    }
-    return matched;
-}
-
-Result<> _MatchTypeA() {
-    if (Result<> matched = matchByte(0x5A); !matched) {
-        return matched;
-    }
-    const uint8_t code = _BaudCode(savedBaudrate);
-    SIO_WriteByte(code);
-    if (Result<> set = _BootAwait(code, "Setting baudrate failed", kMatchMs); !set) {
-        return set;
-    }
-    SIO_ChangeBaudrate(savedBaudrate);
-    BOOT_SetState(BOOT_SYNCED);
-    return {};
-}
-
-Result<> _MatchTypeB() {
-    Result<> matched = matchByte(0x86);
-    if (matched) {
-        BOOT_SetState(BOOT_SYNCED);
-    }
-    return matched;
-}
-
-Result<> _GetSumTypeA() {
-    Result<> sent = _BootCommand(0x90, "SUM command failed");
-    return sent ? _ReadBootSum(kSumMs) : sent;
-}
-
-Result<> _GetSumTypeB() {
-    if (Result<> sent = _BootCommand(0x20, "Get SUM Command failed"); !sent) {
-        return sent;
-    }
-    if (Result<> read = _ReadBootSum(kSumMs); !read) {
-        return read;
-    }
-    const uint8_t sum[] = {static_cast<uint8_t>(bootSum >> 8), static_cast<uint8_t>(bootSum)};
-    return _BootAwait(_BootChecksum(sum), "Checksum of checksum failed");
+    return _BootCheck(answered && received == value, "Matching data failed");
 }
 
 Result<> _ProductInfo() {
@@ -189,25 +155,6 @@ Result<> _ProductInfo() {
     }
     LOG_Add("Product info comparison successful");
     return {};
-}
-
-uint8_t _BaudCode(uint32_t rate) {
-    switch (rate) {
-    case 9600:
-        return 0x28;
-    case 19200:
-        return 0x18;
-    case 31250:
-        return 0x0A;
-    case 38400:
-        return 0x07;
-    case 62500:
-        return 0x05;
-    case 76800:
-        return 0x04;
-    default:
-        return 0x1C;
-    }
 }
 
 uint32_t _GetBootSum() {

@@ -2,25 +2,20 @@
 // flash checksum, product information. User-interface thread.
 #pragma once
 
-#include "link/failure.h"
+#include "bootrom/family.h"
 
 #include <cstdint>
 
-using BootStep = Result<> (*)();
-
-// The whole of it. `changeBaudrate`: the synchronisation runs at 9600 Bd, the rest at the user's
-// rate. Reset and synchronisation are left out while the boot ROM still awaits a command.
-Result<> _BootHandshake(BootStep matchFn, BootStep sumFn, bool changeBaudrate);
-Result<> _ResetAndMatch(BootStep matchFn, bool changeBaudrate);
-
-Result<> _MatchTypeA();
-Result<> _MatchTypeB();
-Result<> _GetSumTypeA();
-Result<> _GetSumTypeB();
+// The whole of it. Reset and synchronisation are left out while the boot ROM still awaits a
+// command.
+Result<> _BootHandshake(const BootRomProtocol& family);
+Result<> _ResetAndMatch(const BootRomProtocol& family);
+// Sends the byte by which a boot ROM measures the rate until it is echoed.
+Result<> _MatchByte(uint8_t value);
 Result<> _ProductInfo();
 
-// The byte that tells a TYPE_A boot ROM the rate to use.
-uint8_t _BaudCode(uint32_t rate);
+inline constexpr uint32_t kMatchMs = 30;
+inline constexpr uint32_t kSumMs = 5000;
 
 // The flash checksum that the boot ROM reported last.
 uint32_t _GetBootSum();

@@ -28,7 +28,6 @@ constexpr CodeWord kSerialAlgorithms[] = {{"S20", 0x80},  {"S38", 0x81}, {"S60",
                                           {"ST9", 0x83},  {"S79", 0x84}, {"S22", 0x85},
                                           {"S507", 0x87}, {"ST7", 0x88}};
 constexpr CodeWord kParallelAlgorithms[] = {{"P60", 0}, {"P20", 1}, {"P62N", 0x86}};
-constexpr CodeWord kProtocols[] = {{"TYPE_A", RAMCODE_TYPE_A}, {"TYPE_B", RAMCODE_TYPE_B}};
 
 // Nothing calls the check routine; it stands for the name that a description may give.
 int CheckM7906() {
@@ -194,7 +193,11 @@ void readUARTRamcode(Statement& s) {
     s.expectTight(',');
     std::string protocol;
     PARSE_GetString(s.error, s.cursor, protocol, s.longest + 1);
-    s.record.RamcodeType = codeOf(s, kProtocols, protocol, "UARTRamcode: Unsupported protocoll");
+    const std::optional<int32_t> type = ramcodeTypeOf(protocol);
+    if (!type && s.ok()) {
+        s.error = "UARTRamcode: Unsupported protocoll";
+    }
+    s.record.RamcodeType = type.value_or(0);
 }
 
 void readRelocate(Statement& s) {

@@ -1,6 +1,8 @@
 // What the program knows about one microcontroller, as its device description gives it.
 #pragma once
 
+#include "device/ramcode_type.h"
+
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -17,8 +19,6 @@ struct IVectorEntry {
     int32_t Bits = 0; // width of the vector's value
     uint32_t Address = 0;
 };
-
-enum RamcodeType : int32_t { RAMCODE_NONE = -1, RAMCODE_TYPE_A = 0, RAMCODE_TYPE_B = 1 };
 
 // A routine that judges the ID bytes of a device; none is called by the program.
 using IDCheckFunction = int (*)();

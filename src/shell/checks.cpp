@@ -1,5 +1,6 @@
 #include "shell/checks.h"
 
+#include "bootrom/family.h"
 #include "data/hexdata.h"
 #include "device/device.h"
 #include "device/ivector.h"
@@ -109,7 +110,8 @@ ResetVectorVerdict CHECKS_ResetVector() {
 }
 
 PasswordVerdict CHECKS_Password() {
-    if (DEVICE_GetRamcodeType() != RAMCODE_TYPE_B) {
+    const BootRomProtocol* family = _CurrentProtocol();
+    if (family == nullptr || !family->passwordInProgram) {
         return PASSWORD_PLAUSIBLE;
     }
     std::array<uint8_t, 256> bytes{};

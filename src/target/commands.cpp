@@ -2,6 +2,8 @@
 
 #include "bootrom/boot_wire.h"
 #include "bootrom/connect.h"
+#include "bootrom/download.h"
+#include "bootrom/flash_commands.h"
 #include "device/device.h"
 #include "device/image_checksum.h"
 #include "link/target_link.h"
@@ -117,7 +119,7 @@ bool eraseBlocks() {
 
 // A Cancel does not end the boot ROM's erase, but what would follow it.
 bool bootRomErased(const BootRomProtocol& family, bool showBox) {
-    Result<> erased = family.EraseChip();
+    Result<> erased = _EraseChip(family);
     if (erased) {
         return !TARGET_TakeCancel();
     }
@@ -182,7 +184,7 @@ void TARGET_DownloadRamImage(const std::string& path) {
     CLOCK_Sleep(kCommandPauseMs);
     TARGET_AwaitPort();
     PROGRESS_SetCancelHandler(TARGET_Cancel);
-    Result<> done = family->DownloadRamImage(path, true);
+    Result<> done = _DownloadRamImage(*family, path, true);
     PROGRESS_Close();
     if (done) {
         inform("All bytes\nwritten successfully", "Download RAM-Image");

@@ -4,7 +4,6 @@
 #include "bootrom/download.h"
 #include "bootrom/flash_commands.h"
 #include "bootrom/handshake.h"
-#include "bootrom/password_frame.h"
 #include "link/password.h"
 #include "link/target_link.h"
 #include "link/target_state.h"
@@ -33,6 +32,18 @@ Script join(std::initializer_list<Script> parts) {
         all.insert(all.end(), part.begin(), part.end());
     }
     return all;
+}
+
+Result<> download(const std::string& path, bool showProgress = false) {
+    return _DownloadRamImage(*_SelectProtocol(), path, showProgress);
+}
+
+Result<> eraseChip() {
+    return _EraseChip(*_SelectProtocol());
+}
+
+std::function<Result<>()> slot(Result<> (*BootRomProtocol::*member)()) {
+    return [member] { return (_SelectProtocol()->*member)(); };
 }
 
 class Wire : public testing::Test {
@@ -65,7 +76,7 @@ TEST_F(Wire, DownloadTypeA) {
                              {"3A 00 0000 01 FF", "4567"}}}));
     DEVPROPS_SetSpeed(16000000);
     const std::string path = world.addFile("a.hex", "text\r\n:020400001122C7\r\n:00000001FF\r\n");
-    EXPECT_TRUE(_DownloadTypeA(path, false));
+    EXPECT_TRUE(download(path));
     EXPECT_EQ(world.deviation(), "");
     EXPECT_EQ(world.errors(), "");
     EXPECT_EQ(BOOT_GetState(), BOOT_RAMCODE);
@@ -92,7 +103,7 @@ TEST_F(Wire, DownloadTypeAToABlankChipThatAnswersLate) {
                              {"3A 00 0000 01 FF", "0000"}}}),
                       115200);
     PASSWORD_Reset(); // a blank chip needs none
-    EXPECT_TRUE(_DownloadTypeA(world.addFile("a.hex", ":020400001122C7\n:00000001FF"), true));
+    EXPECT_TRUE(download(world.addFile("a.hex", ":020400001122C7\n:00000001FF"), true));
     EXPECT_EQ(world.deviation(), "");
     EXPECT_EQ(world.questions(), "");
 }
@@ -107,7 +118,7 @@ TEST_F(Wire, DownloadTypeB) {
                          {"0102030405060708090A0B0C0D0E0F10", ""},
                          {repeat("FF", 16) + repeat("A0", 16) + "88", "10"}};
     ScriptWorld world(kDeviceB, join({kReset, kMatchB, kSumB, tail}));
-    EXPECT_TRUE(_DownloadTypeB(world.addFile("b.s", image), false));
+    EXPECT_TRUE(download(world.addFile("b.s", image)));
     EXPECT_EQ(world.deviation(), "");
     EXPECT_EQ(world.errors(), "");
     EXPECT_EQ(BOOT_GetState(), BOOT_RAMCODE);
@@ -150,31 +161,32 @@ TEST_F(Wire, BootRomCommands) {
     const std::string byCommand = kDeviceA + "SprtFlashEraseCMD = 1";
     const std::string version1 = kDeviceB + "RewriteVersion = 1";
     const std::vector<WireCase> cases = {
-        {"rewrite", kDeviceA, _EraseChipTypeA,
-         join({a, {{"30", "30C1"}, {"3A00000001FF", "8000"}}}), true, "", BOOT_SYNCED, erased},
-        {"rewrite without sum", kDeviceA, _EraseChipTypeA,
-         join({a, {{"30", "30C1"}, {"3A00000001FF", "80"}}}), false, "", BOOT_SYNCED, notErased},
-        {"erase", byCommand, _EraseChipTypeA, join({a, {{"F0", "F0"}}, frame, {{"F1", "8000"}}}),
+        {"rewrite", kDeviceA, eraseChip, join({a, {{"30", "30C1"}, {"3A00000001FF", "8000"}}}),
          true, "", BOOT_SYNCED, erased},
-        {"erase leaves data", byCommand, _EraseChipTypeA,
+        {"rewrite without sum", kDeviceA, eraseChip,
+         join({a, {{"30", "30C1"}, {"3A00000001FF", "80"}}}), false, "", BOOT_SYNCED, notErased},
+        {"erase", byCommand, eraseChip, join({a, {{"F0", "F0"}}, frame, {{"F1", "8000"}}}), true,
+         "", BOOT_SYNCED, erased},
+        {"erase leaves data", byCommand, eraseChip,
          join({a, {{"F0", "F0"}}, frame, {{"F1", "8001"}}}), false, "", BOOT_SYNCED, notErased},
-        {"erase never ends", byCommand, _EraseChipTypeA,
-         join({a, {{"F0", "F0"}}, frame, {{"F1", ""}}}), false, "", BOOT_SYNCED, notErased},
-        {"status", kDeviceA, _FlashStatusTypeA, join({a, {{"C3", "C3 00010203040506"}}}), true, "",
-         BOOT_SYNCED, "Flash memory status:|00 01 02 03 04 05 06 "},
-        {"status short", kDeviceA, _FlashStatusTypeA, join({a, {{"C3", "C3 0001"}}}), false, "",
-         BOOT_SYNCED},
-        {"read protect", kDeviceA, _ReadProtectTypeA,
+        {"erase never ends", byCommand, eraseChip, join({a, {{"F0", "F0"}}, frame, {{"F1", ""}}}),
+         false, "", BOOT_SYNCED, notErased},
+        {"status", kDeviceA, slot(&BootRomProtocol::FlashStatus),
+         join({a, {{"C3", "C3 00010203040506"}}}), true, "", BOOT_SYNCED,
+         "Flash memory status:|00 01 02 03 04 05 06 "},
+        {"status short", kDeviceA, slot(&BootRomProtocol::FlashStatus),
+         join({a, {{"C3", "C3 0001"}}}), false, "", BOOT_SYNCED},
+        {"read protect", kDeviceA, slot(&BootRomProtocol::ReadProtect),
          join({a, {{"FA", "FA"}, {"FFC0FFC1A1A2", "FB"}}}), true, "", BOOT_SYNCED,
          "Flash memory read protection command executed"},
-        {"read protect refused", kDeviceA, _ReadProtectTypeA,
+        {"read protect refused", kDeviceA, slot(&BootRomProtocol::ReadProtect),
          join({a, {{"FA", "FA"}, {"FFC0FFC1A1A2", "00"}}}), false,
          "Flash memory read protection command failed", BOOT_SYNCED},
-        {"B rewrite 0", kDeviceB, _EraseChipTypeB, join({b, {{"40", "40 4F B1"}}}), true, "",
-         BOOT_SYNCED, erased},
-        {"B rewrite 1", version1, _EraseChipTypeB, join({b, {{"40", "40"}, {"54", "54 4F 5D"}}}),
-         true, "", BOOT_SYNCED, erased},
-        {"B protect", kDeviceB, _ProtectChipTypeB,
+        {"B rewrite 0", kDeviceB, eraseChip, join({b, {{"40", "40 4F B1"}}}), true, "", BOOT_SYNCED,
+         erased},
+        {"B rewrite 1", version1, eraseChip, join({b, {{"40", "40"}, {"54", "54 4F 5D"}}}), true,
+         "", BOOT_SYNCED, erased},
+        {"B protect", kDeviceB, slot(&BootRomProtocol::ProtectChip),
          join({kReset, kMatchB, {{"60", "60"}, {"A1A2 00000000000000000000 BD", "60"}}}), true, "",
          BOOT_SYNCED},
     };
@@ -186,7 +198,7 @@ TEST_F(Wire, BootRomCommands) {
 TEST_F(Wire, FailedHandshakes) {
     const std::string product = kDeviceA + "ProductInfo = C0,4,1,\"5654\"";
     const std::string beyond = kDeviceA + "ProductInfo = C0,4,3,\"5654\"";
-    const auto a = [] { return _BootHandshake(_MatchTypeA, _GetSumTypeA, true); };
+    const auto a = [] { return _BootHandshake(*_SelectProtocol()); };
     const Script at9600 = join({kReset, {{"rate 9600", ""}}});
     const Script synced = join({kReset, kMatchA, kSumA});
     const Script back = {{"rate 38400", ""}};
@@ -235,7 +247,7 @@ TEST_F(Wire, FailedDownloads) {
         ScriptWorld world(c.typeA ? kDeviceA : kDeviceB, c.script);
         const std::string path =
             c.image.empty() ? "/nowhere/image" : world.addFile("image", c.image);
-        const Result<> result = (c.typeA ? _DownloadTypeA : _DownloadTypeB)(path, false);
+        const Result<> result = download(path);
         ASSERT_FALSE(result);
         EXPECT_EQ(world.deviation(), "");
         EXPECT_EQ(world.errors() + "|" + result.error().reason, c.errors);
@@ -312,7 +324,7 @@ TEST_F(Wire, EventsRunWhileTheBootRomIsAwaited) {
         CLOCK_Sleep(700);
         EVENTS_Post(SIO_CloseAll);
     });
-    EXPECT_FALSE(_BootHandshake(_MatchTypeB, _GetSumTypeB, false));
+    EXPECT_FALSE(_BootHandshake(*_SelectProtocol()));
     EXPECT_LE(CLOCK_Now().us - start.us, 750'000);
     CLOCK_JoinThread(user);
     EXPECT_EQ(world.deviation(), "");
@@ -322,7 +334,7 @@ TEST_F(Wire, EventsRunWhileTheBootRomIsAwaited) {
 TEST_F(Wire, SyncedBootRomIsNotResetAgain) {
     ScriptWorld world(kDeviceA, {{"90", "90 1234"}, {"C3", "C3 00000000000000"}});
     BOOT_SetState(BOOT_SYNCED);
-    EXPECT_TRUE(_FlashStatusTypeA());
+    EXPECT_TRUE(_SelectProtocol()->FlashStatus());
     EXPECT_EQ(world.deviation(), "");
 }
 
@@ -331,9 +343,15 @@ TEST_F(Wire, PasswordFrameHasTheAddressesOfTheChip) {
              {"RAMCodeAdrLen = 2", "0010 1000 A1A2"},
              {"RAMCodeAdrLen = 3", "000010 011000 A1A2"},
              {"", "000010 011000 A1A2"}}) {
-        ScriptWorld world("Bank = 8000,8000\nRelocate = 10000,11000,100\n" + length, {});
+        SCOPED_TRACE(length);
+        ScriptWorld world("Bank = 8000,8000\nUARTRamcode = \"a.hex\", \"TYPE_A\"\n"
+                          "Relocate = 10000,11000,100\n" +
+                              length,
+                          {{"90", "90 1234"}, {"FA", "FA"}, {frame, "FB"}});
         PASSWORD_SetAdrCount(0x10);
         PASSWORD_SetAdrCompare(0x10000);
-        EXPECT_EQ(_PasswordFrameTypeA(false), bytesOfHex(frame)) << length;
+        BOOT_SetState(BOOT_SYNCED);
+        EXPECT_TRUE(_SelectProtocol()->ReadProtect());
+        EXPECT_EQ(world.deviation(), "");
     }
 }

@@ -31,6 +31,7 @@
 
 struct WorldOptions {
     std::string device = "VT-B128";
+    std::string description = {}; // of a device that is none of the program's own
     ChipOptions chip;
     uint64_t seed = testSeed();
     uint32_t baudrate = 38400;
@@ -47,6 +48,9 @@ public:
         LOG_Init();
         DEVICE_Clear();
         EXPECT_EQ(DEVICE_Init(), 0);
+        if (!options_.description.empty()) {
+            EXPECT_EQ(_ParseDeviceFile(options_.description, "own.dev"), 0);
+        }
         DEVPROPS_Set(DevProps{});
         EXPECT_EQ(DEVICE_FindByName(options_.device), 0) << options_.device;
         DEVPROPS_SelectAllBlocks();

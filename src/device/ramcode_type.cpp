@@ -1,0 +1,24 @@
+#include "device/ramcode_type.h"
+
+#include <map>
+
+namespace {
+
+std::map<std::string, int32_t, std::less<>>& ramcodeWords() {
+    static std::map<std::string, int32_t, std::less<>> words = {
+        {"TYPE_A", RAMCODE_TYPE_A},
+        {"TYPE_B", RAMCODE_TYPE_B},
+    };
+    return words;
+}
+
+} // namespace
+
+std::optional<int32_t> ramcodeTypeOf(std::string_view word) {
+    const auto found = ramcodeWords().find(word);
+    return found == ramcodeWords().end() ? std::nullopt : std::optional(found->second);
+}
+
+void addRamcodeType(const std::string& word, int32_t type) {
+    ramcodeWords()[word] = type;
+}
