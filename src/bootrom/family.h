@@ -1,5 +1,5 @@
 // The families of boot ROM: one record says in what a family differs from the others. A new family
-// is a source beside type_a.cpp, its row in family.cpp and its word in device/ramcode_type.cpp.
+// is a source beside type_a.cpp, its row in family.cpp and its word in device/ramcode_type.h.
 #pragma once
 
 #include "link/failure.h"

@@ -1,14 +1,13 @@
 #include "device/ramcode_type.h"
 
+#include <iterator>
 #include <map>
 
 namespace {
 
 std::map<std::string, int32_t, std::less<>>& ramcodeWords() {
-    static std::map<std::string, int32_t, std::less<>> words = {
-        {"TYPE_A", RAMCODE_TYPE_A},
-        {"TYPE_B", RAMCODE_TYPE_B},
-    };
+    static std::map<std::string, int32_t, std::less<>> words(std::begin(kRamcodeWords),
+                                                             std::end(kRamcodeWords));
     return words;
 }
 

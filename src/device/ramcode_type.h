@@ -6,8 +6,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 enum RamcodeType : int32_t { RAMCODE_NONE = -1, RAMCODE_TYPE_A = 0, RAMCODE_TYPE_B = 1 };
+
+inline constexpr std::pair<std::string_view, RamcodeType> kRamcodeWords[] = {
+    {"TYPE_A", RAMCODE_TYPE_A},
+    {"TYPE_B", RAMCODE_TYPE_B},
+};
 
 // The number of a family; none for a word that nobody knows.
 std::optional<int32_t> ramcodeTypeOf(std::string_view word);

@@ -46,16 +46,16 @@ bool readExpected(uint8_t expected, uint32_t timeoutMs, const Condition& stop) {
 
 } // namespace
 
-PayloadWriter& PayloadWriter::u8(uint8_t value) {
+Fields& Fields::u8(uint8_t value) {
     bytes_.push_back(value);
     return *this;
 }
 
-PayloadWriter& PayloadWriter::u16(uint32_t value) {
+Fields& Fields::u16(uint32_t value) {
     return u8(static_cast<uint8_t>(value)).u8(static_cast<uint8_t>(value >> 8));
 }
 
-PayloadWriter& PayloadWriter::u32(uint32_t value) {
+Fields& Fields::u32(uint32_t value) {
     return u16(value).u16(value >> 16);
 }
 

@@ -10,13 +10,12 @@
 
 inline constexpr size_t kMaxReply = 1000; // payload bytes of the longest reply
 
-// The payload of a command, number by number, low byte first.
-class PayloadWriter {
+// The numbers of a command, one behind the other, low byte first.
+class Fields {
 public:
-    explicit PayloadWriter(uint8_t command) : bytes_{command} {}
-    PayloadWriter& u8(uint8_t value);
-    PayloadWriter& u16(uint32_t value);
-    PayloadWriter& u32(uint32_t value);
+    Fields& u8(uint8_t value);
+    Fields& u16(uint32_t value);
+    Fields& u32(uint32_t value);
     std::span<const uint8_t> bytes() const { return bytes_; }
 
 private:

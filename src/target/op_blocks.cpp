@@ -8,28 +8,19 @@
 
 namespace {
 
-constexpr uint8_t kEraseCommand = 0x01;
-constexpr uint8_t kCrcCommand = 0x04;
-constexpr uint8_t kBlankCommand = 0x05;
-constexpr uint8_t kProtectCommand = 0x06;
-constexpr uint8_t kSumCommand = 0x07;
-constexpr uint32_t kBlankMs = 2000;
-constexpr uint32_t kChecksumMs = 5000;
-
-PayloadWriter blockCommand(uint8_t command, const DeviceBlock& block, uint64_t size) {
-    return PayloadWriter(command)
+Fields blockFields(const DeviceBlock& block, uint64_t size) {
+    return Fields()
         .u32(TARGET_ToChipAddress(block.range.start))
         .u32(static_cast<uint32_t>(size));
 }
 
 // Sends the command for one block, which the loader acknowledges.
-Result<> treatBlock(uint8_t command, const DeviceBlock& block, uint32_t timeoutMs) {
-    const Result<Reply> reply = exchange(blockCommand(command, block, block.range.size()), {},
-                                         timeoutMs, ReplyKind::acknowledge);
+Result<> treatBlock(const LoaderCommand& command, const DeviceBlock& block) {
+    const Result<Reply> reply = exchange(command, blockFields(block, block.range.size()));
     return reply ? Result<>() : reply.error();
 }
 
-Result<> eraseOrProtect(uint8_t command, const std::vector<DeviceBlock>& blocks) {
+Result<> eraseOrProtect(const LoaderCommand& command, const std::vector<DeviceBlock>& blocks) {
     setProgressRange(DEVICE_Blocks().size());
     for (const DeviceBlock& block : blocks) {
         if (Result<> on = goesOn(); !on) {
@@ -37,25 +28,26 @@ Result<> eraseOrProtect(uint8_t command, const std::vector<DeviceBlock>& blocks)
         }
         PROGRESS_SetNote(formatText("Block %d", block.index));
         PROGRESS_SetPos(block.index + 1);
-        if (Result<> done = treatBlock(command, block, DEVICE_GetTimeoutEraseBlock()); !done) {
+        if (Result<> done = treatBlock(command, block); !done) {
             return done;
         }
     }
     return {};
 }
 
-Result<> eraseOrProtectChecked(uint8_t command, const std::vector<DeviceBlock>& blocks) {
+Result<> eraseOrProtectChecked(const LoaderCommand& command,
+ const std::vector<DeviceBlock>& blocks) {
     Result<> fit = checkBlocks(blocks);
     return fit ? eraseOrProtect(command, blocks) : fit;
 }
 
 // The checksum over the blocks, `value` when there is none: that of no bytes at all.
-Result<uint16_t> getChecksum(uint8_t command, ReplyKind kind, uint16_t value,
+Result<uint16_t> getChecksum(const LoaderCommand& command, uint16_t value,
                              const std::vector<DeviceBlock>& blocks) {
     if (Result<> fit = checkBlocks(blocks); !fit) {
         return fit.error();
     }
-    const bool showsBlocks = kind == ReplyKind::crc;
+    const bool showsBlocks = command.reply == ReplyKind::crc;
     setProgressRange(showsBlocks ? DEVICE_Blocks().size() : 2);
     if (!showsBlocks) {
         PROGRESS_SetPos(1);
@@ -68,8 +60,8 @@ Result<uint16_t> getChecksum(uint8_t command, ReplyKind kind, uint16_t value,
         if (showsBlocks) {
             PROGRESS_SetPos(block.index);
         }
-        PayloadWriter payload = blockCommand(command, block, block.range.size() - 1);
-        const Result<Reply> reply = exchange(payload.u8(first ? 1 : 0), {}, kChecksumMs, kind);
+        const Result<Reply> reply =
+            exchange(command, blockFields(block, block.range.size() - 1).u8(first ? 1 : 0));
         if (!reply) {
             return reply.error();
         }
@@ -83,19 +75,19 @@ Result<uint16_t> getChecksum(uint8_t command, ReplyKind kind, uint16_t value,
 
 // Every block of the chip is taken as it stands; selected ones as far as they are in its range.
 Result<> opEraseChip(const Operation& operation) {
-    return eraseOrProtect(kEraseCommand, operation.blocks);
+    return eraseOrProtect(kEraseBlock, operation.blocks);
 }
 
 Result<> opEraseBlocks(const Operation& operation) {
-    return eraseOrProtectChecked(kEraseCommand, operation.blocks);
+    return eraseOrProtectChecked(kEraseBlock, operation.blocks);
 }
 
 Result<> opProtectChip(const Operation& operation) {
-    return eraseOrProtect(kProtectCommand, operation.blocks);
+    return eraseOrProtect(kProtectBlock, operation.blocks);
 }
 
 Result<> opProtectBlocks(const Operation& operation) {
-    return eraseOrProtectChecked(kProtectCommand, operation.blocks);
+    return eraseOrProtectChecked(kProtectBlock, operation.blocks);
 }
 
 Result<> opBlankCheck(const Operation& operation) {
@@ -108,7 +100,7 @@ Result<> opBlankCheck(const Operation& operation) {
             return on;
         }
         PROGRESS_SetPos(block.index);
-        if (Result<> blank = treatBlock(kBlankCommand, block, kBlankMs); !blank) {
+        if (Result<> blank = treatBlock(kCheckBlank, block); !blank) {
             return blank;
         }
     }
@@ -116,9 +108,9 @@ Result<> opBlankCheck(const Operation& operation) {
 }
 
 Result<uint16_t> opGetCrc(const Operation& operation) {
-    return getChecksum(kCrcCommand, ReplyKind::crc, 0xFFFF, operation.blocks);
+    return getChecksum(kGetCrc, 0xFFFF, operation.blocks);
 }
 
 Result<uint16_t> opGetSum(const Operation& operation) {
-    return getChecksum(kSumCommand, ReplyKind::sum, 0, operation.blocks);
+    return getChecksum(kGetSum, 0, operation.blocks);
 }

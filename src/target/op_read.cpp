@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr uint32_t kReadMs = 2000;
-constexpr uint32_t kVerifyMs = 5000;
 constexpr uint32_t kReadPiece = 256;         // bytes
 constexpr uint32_t kMaxRead = kMaxReply - 7; // bytes of data that a reply has room for
 
@@ -44,7 +42,7 @@ Result<> readRange(const AddressRange& range, Result<> (*take)(const Reply&)) {
         const uint64_t count = address + kReadPiece < last ? kReadPiece : range.end - address;
         const auto from = static_cast<uint32_t>(address);
         const Result<Reply> reply =
-            readSome(from, mappedRun(from, static_cast<uint32_t>(count)), kReadMs);
+            readSome(kRead, from, mappedRun(from, static_cast<uint32_t>(count)));
         if (!reply) {
             return reply.error();
         }
@@ -70,7 +68,7 @@ Result<> blankReadBlock(const AddressRange& block) {
         const auto from = static_cast<uint32_t>(address);
         const auto rest =
             static_cast<uint32_t>(std::min<uint64_t>(kReadPiece, block.end - address));
-        const Result<Reply> reply = readTarget(from, mappedRun(from, rest), kReadMs);
+        const Result<Reply> reply = readTarget(kRead, from, mappedRun(from, rest));
         if (!reply) {
             return reply.error();
         }
@@ -98,7 +96,7 @@ Result<> compareWithImage(uint32_t address, const std::vector<uint8_t>& data) {
 
 Result<> verifyPiece(const AddressRange& piece) {
     const Result<Reply> reply =
-        readTarget(piece.start, static_cast<uint32_t>(piece.size()), kVerifyMs);
+        readTarget(kReadToVerify, piece.start, static_cast<uint32_t>(piece.size()));
     return reply ? compareWithImage(piece.start, reply->data) : reply.error();
 }
 

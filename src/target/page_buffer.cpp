@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr uint8_t kProgramCommand = 0x02;
-constexpr uint32_t kProgramMs = 2000;
 constexpr uint32_t kWord = 4; // bytes
 constexpr uint32_t kMinPacket = 2 * kWord;
 
@@ -109,9 +107,8 @@ Result<> TARGET_FlushPage() {
     }
     const uint32_t pageLen = TARGET_State().PageLen;
     const uint32_t length = pageLen != 0 ? pageLen : wholeWords(page.last + kWord);
-    const PayloadWriter command = PayloadWriter(kProgramCommand).u32(page.base).u16(length);
-    const Result<Reply> reply =
-        exchange(command, std::span(page.bytes).first(length), kProgramMs, ReplyKind::acknowledge);
+    const Result<Reply> reply = exchange(kProgramPage, Fields().u32(page.base).u16(length),
+                                         std::span(page.bytes).first(length));
     if (!reply) {
         return reply.error();
     }

@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr uint8_t kReadCommand = 0x03;
-
 uint32_t number(std::span<const uint8_t> bytes) {
     uint32_t value = 0;
     for (size_t i = bytes.size(); i > 0; --i) {
@@ -124,26 +122,27 @@ Result<Reply> TARGET_HandleReply(std::span<const uint8_t> payload, ReplyKind wan
     return reply;
 }
 
-Result<Reply> exchange(const PayloadWriter& command, std::span<const uint8_t> data,
-                       uint32_t timeoutMs, ReplyKind wanted) {
+Result<Reply> exchange(const LoaderCommand& command, const Fields& fields,
+                       std::span<const uint8_t> data) {
+    std::vector<uint8_t> head = {command.code};
+    head.insert(head.end(), fields.bytes().begin(), fields.bytes().end());
     std::vector<uint8_t> payload;
     {
         const ExchangeMark mark;
         if (portIsLeft()) {
             return Failure{TERR_TIMEOUT};
         }
-        TARGET_SendFrame(command.bytes(), data);
-        if (TARGET_ReceiveFrame(payload, timeoutMs, {exchangeEnds, portIsLeft}) < 0) {
+        TARGET_SendFrame(head, data);
+        if (TARGET_ReceiveFrame(payload, command.wait(), {exchangeEnds, portIsLeft}) < 0) {
             return Failure{TERR_TIMEOUT};
         }
     }
-    return TARGET_HandleReply(payload, wanted);
+    return TARGET_HandleReply(payload, command.reply);
 }
 
-Result<Reply> readSome(uint32_t address, uint32_t count, uint32_t timeoutMs) {
+Result<Reply> readSome(const LoaderCommand& command, uint32_t address, uint32_t count) {
     const uint32_t chipAddress = TARGET_ToChipAddress(address);
-    const PayloadWriter command = PayloadWriter(kReadCommand).u32(chipAddress).u16(count);
-    Result<Reply> reply = exchange(command, {}, timeoutMs, ReplyKind::data);
+    Result<Reply> reply = exchange(command, Fields().u32(chipAddress).u16(count));
     if (reply && (reply->data.empty() || reply->data.size() > count ||
                   reply->address != DEVICE_RelocateAddr(chipAddress))) {
         return Failure{TERR_TIMEOUT};
@@ -151,8 +150,8 @@ Result<Reply> readSome(uint32_t address, uint32_t count, uint32_t timeoutMs) {
     return reply;
 }
 
-Result<Reply> readTarget(uint32_t address, uint32_t count, uint32_t timeoutMs) {
-    Result<Reply> reply = readSome(address, count, timeoutMs);
+Result<Reply> readTarget(const LoaderCommand& command, uint32_t address, uint32_t count) {
+    Result<Reply> reply = readSome(command, address, count);
     if (reply && reply->data.size() != count) {
         return Failure{TERR_TIMEOUT};
     }

@@ -4,21 +4,11 @@
 
 #include "link/failure.h"
 #include "target/frame.h"
+#include "target/loader_command.h"
 
 #include <cstdint>
 #include <span>
 #include <vector>
-
-enum class ReplyKind {
-    malformed, // too short, or its inner length is wrong
-    identify,
-    data,
-    crc,
-    sum,
-    nak,
-    error,
-    acknowledge, // any other
-};
 
 struct Reply {
     ReplyKind kind = ReplyKind::malformed;
@@ -36,14 +26,14 @@ Reply parseReply(std::span<const uint8_t> payload);
 // must be answered with. Pure but for the selected device, whose addresses it takes to the image's.
 Result<Reply> TARGET_HandleReply(std::span<const uint8_t> payload, ReplyKind wanted);
 
-// Sends a command and awaits its reply.
-Result<Reply> exchange(const PayloadWriter& command, std::span<const uint8_t> data,
-                       uint32_t timeoutMs, ReplyKind wanted);
+// Sends a command with its numbers and data and awaits its reply.
+Result<Reply> exchange(const LoaderCommand& command, const Fields& fields = {},
+                       std::span<const uint8_t> data = {});
 // Reads `count` bytes from an image address on; a reply about anything else is a link error, since
 // nothing can be concluded from it.
-Result<Reply> readTarget(uint32_t address, uint32_t count, uint32_t timeoutMs);
+Result<Reply> readTarget(const LoaderCommand& command, uint32_t address, uint32_t count);
 // The same for up to `count` bytes, at least one, for callers who then ask for the rest.
-Result<Reply> readSome(uint32_t address, uint32_t count, uint32_t timeoutMs);
+Result<Reply> readSome(const LoaderCommand& command, uint32_t address, uint32_t count);
 
 // An image address as the chip knows it.
 uint32_t TARGET_ToChipAddress(uint32_t address);

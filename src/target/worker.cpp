@@ -21,11 +21,9 @@
 namespace {
 
 constexpr int kTerminalBytesPerTurn = 101;
-constexpr uint32_t kIdentifyMs = 1000;
 constexpr int kPollPauseMs = 1;
 constexpr int kDisconnectPauseMs = 100;
 constexpr int kExitPauseMs = 100;
-constexpr uint8_t kIdentifyCommand = 0x00;
 
 // Posting an operation, cancelling, and taking note of either exclude each other: a Cancel then
 // belongs to exactly one command, and ends it exactly once.
@@ -123,8 +121,7 @@ void serveOperation() {
 // A loader that does not identify itself cannot be worked with: the link ends, whatever it said.
 void identify() {
     TargetState& state = TARGET_State();
-    const Result<Reply> reply =
-        exchange(PayloadWriter(kIdentifyCommand), {}, kIdentifyMs, ReplyKind::identify);
+    const Result<Reply> reply = exchange(kIdentify);
     if (reply) {
         state.PacketSize = state.PageLen != 0 ? state.PageLen.load() : reply->value;
         TARGET_SetIdentified();
