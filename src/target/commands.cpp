@@ -26,62 +26,57 @@ namespace {
 constexpr int kConnectPauseMs = 500;
 constexpr int kCommandPauseMs = 100;
 
-// What the user is told of a command that posts one operation.
+// A command that posts one operation: what the user is told, and which operation it is.
 struct CommandRow {
-    const char* caption;
-    const char* line;
-    const char* finished;
-    const char* boxText;
-    const char* boxCaption;
-    const char* failed;
+    std::string name;  // as progress display and log have it
+    const char* done;  // what the box says
+    const char* title; // of the box
+    OperationCode operation;
+    uint32_t (*supported)() = nullptr; // by the loader of the device; else `substitute` does it
+    OperationCode substitute = operation;
+
+    OperationCode code() const {
+        return supported == nullptr || supported() != 0 ? operation : substitute;
+    }
+    std::string line() const { return name + "..."; }
+    std::string finished() const { return name + " finished"; }
+    std::string failed() const { return name + " failed"; }
 };
 
-constexpr CommandRow kEraseBlocks = {
-    "Erasing Blocks",          "Erasing Blocks...",
-    "Erasing Blocks finished", "Blocks have been\nsuccessfully erased",
-    "Erasing Blocks",          "Erasing Blocks failed"};
-constexpr CommandRow kEraseChip = {"Erasing Chip",          "Erasing Chip...",
-                                   "Erasing Chip finished", "Chip has been\nsuccessfully erased",
-                                   "Erasing Chip",          "Erasing Chip failed"};
-constexpr CommandRow kProgram = {"Programming",          "Programming...",
-                                 "Programming finished", "All bytes\nwritten successfully",
-                                 "Programming",          "Programming failed"};
-constexpr CommandRow kProgramTarget = {
-    "Programming target",          "Programming target...",
-    "Programming target finished", "Target has been\nsuccessfully programmed",
-    "Programming target",          "Programming target failed"};
-constexpr CommandRow kReadBack = {"Reading",          "Reading...",
-                                  "Reading finished", "All bytes\nread successfully",
-                                  "Reading",          "Reading failed"};
-constexpr CommandRow kVerify = {"Verifying",    "Verifying...", "Verifying finished",
-                                "Verifying ok", "Verifying",    "Verifying failed"};
-constexpr CommandRow kBlankChip = {"Blank check",     "Blank check...",   "Blank check finished",
-                                   "Target is blank", "Blank check chip", "Blank check failed"};
-constexpr CommandRow kBlankBlocks = {"Blank check",          "Blank check...",
-                                     "Blank check finished", "Selected blocks are blank",
-                                     "Blank check blocks",   "Blank check failed"};
-constexpr CommandRow kProtectBlocks = {
-    "Protecting Blocks",          "Protecting Blocks...",
-    "Protecting Blocks finished", "Blocks have been\nsuccessfully protected",
-    "Protecting Blocks",          "Protecting Blocks failed"};
-constexpr CommandRow kProtectChip = {
-    "Protecting Chip",          "Protecting Chip...",
-    "Protecting Chip finished", "Chip has been\nsuccessfully protected",
-    "Protecting Chip",          "Protecting Chip failed"};
+const CommandRow kEraseBlocks = {"Erasing Blocks",    "Blocks have been\nsuccessfully erased",
+                                 "Erasing Blocks",    OP_ERASE_BLOCKS,
+                                 DEVICE_GetSprtErase, OP_FILL_BLOCKS};
+const CommandRow kEraseChip = {"Erasing Chip",      "Chip has been\nsuccessfully erased",
+                               "Erasing Chip",      OP_ERASE_CHIP,
+                               DEVICE_GetSprtErase, OP_FILL_CHIP};
+const CommandRow kProgram = {"Programming", "All bytes\nwritten successfully", "Programming",
+                             OP_PROGRAM};
+const CommandRow kProgramTarget = {"Programming target", "Target has been\nsuccessfully programmed",
+                                   "Programming target", OP_PROGRAM_TARGET};
+const CommandRow kReadBack = {"Reading", "All bytes\nread successfully", "Reading", OP_READ_BACK};
+const CommandRow kVerify = {"Verifying", "Verifying ok", "Verifying", OP_VERIFY};
+const CommandRow kBlankChip = {"Blank check",  "Target is blank",        "Blank check chip",
+                               OP_BLANK_CHECK, DEVICE_GetSprtBlankCheck, OP_BLANK_READ};
+const CommandRow kBlankBlocks = {"Blank check",  "Selected blocks are blank", "Blank check blocks",
+                                 OP_BLANK_CHECK, DEVICE_GetSprtBlankCheck,    OP_BLANK_READ_BLOCKS};
+const CommandRow kProtectBlocks = {"Protecting Blocks", "Blocks have been\nsuccessfully protected",
+                                   "Protecting Blocks", OP_PROTECT_BLOCKS};
+const CommandRow kProtectChip = {"Protecting Chip", "Chip has been\nsuccessfully protected",
+                                 "Protecting Chip", OP_PROTECT_CHIP};
 
-void inform(const char* text, const char* caption) {
+void inform(const std::string& text, const char* caption) {
     ERROR_Ask(nullptr, text, caption, BOX_OK);
 }
 
 void showResult(const CommandRow& row, bool done, bool showBox = true) {
-    LOG_Add(done ? row.finished : row.failed);
+    LOG_Add(done ? row.finished() : row.failed());
     if (done && showBox) {
-        inform(row.boxText, row.boxCaption);
+        inform(row.done, row.title);
     }
 }
 
 // Opens the progress display and gets the loader to run; closed again when that fails.
-bool connect(const char* caption) {
+bool connect(const std::string& caption) {
     TARGET_BeginCommand(caption);
     if (TARGET_Connect() == 0) {
         PROGRESS_Close();
@@ -91,12 +86,13 @@ bool connect(const char* caption) {
 }
 
 // The pattern of the commands: connect, operation, result. Whether it was done.
-bool runCommand(const CommandRow& row, const std::string& started, const Operation& operation) {
-    if (!connect(row.caption)) {
+bool runCommand(const CommandRow& row, const std::string& started, const AddressRange& range,
+                const std::vector<DeviceBlock>& blocks = {}) {
+    if (!connect(row.name)) {
         return false;
     }
     LOG_Add(started);
-    const bool done = TARGET_RunOperation(operation, row.line).has_value();
+    const bool done = TARGET_RunOperation({row.code(), range, blocks}, row.line()).has_value();
     showResult(row, done);
     return done;
 }
@@ -107,12 +103,11 @@ std::string rangeStarted(const char* what, uint32_t first, uint32_t last) {
 
 bool eraseBlocks() {
     LOG_Add("Erasing Blocks started");
-    if (!connect(kEraseBlocks.caption)) {
+    if (!connect(kEraseBlocks.name)) {
         return false;
     }
-    const auto code = DEVICE_GetSprtErase() != 0 ? OP_ERASE_BLOCKS : OP_FILL_BLOCKS;
-    const bool done =
-        TARGET_RunOperation({code, {}, DEVICE_SelectedBlocks()}, kEraseBlocks.line).has_value();
+    const Operation operation = {kEraseBlocks.code(), {}, DEVICE_SelectedBlocks()};
+    const bool done = TARGET_RunOperation(operation, kEraseBlocks.line()).has_value();
     showResult(kEraseBlocks, done);
     return done;
 }
@@ -123,7 +118,7 @@ bool bootRomErased(const BootRomProtocol& family, bool showBox) {
     if (erased) {
         return !TARGET_TakeCancel();
     }
-    _BootFail(erased.error(), showBox ? "" : kEraseChip.failed);
+    _BootFail(erased.error(), showBox ? "" : kEraseChip.failed());
     return false;
 }
 
@@ -133,7 +128,7 @@ int eraseChipByBootRom(const BootRomProtocol& family, bool showBox) {
     const bool done = bootRomErased(family, showBox);
     PROGRESS_Close();
     if (showBox) {
-        inform(done ? kEraseChip.boxText : kEraseChip.failed, kEraseChip.boxCaption);
+        inform(done ? kEraseChip.done : kEraseChip.failed(), kEraseChip.title);
     }
     TARGET_SetLinkState(LINK_IDLE);
     return done ? 0 : 1;
@@ -145,8 +140,8 @@ int eraseChipByLoader(bool showBox) {
         return 1;
     }
     LOG_Add("Erasing Chip started");
-    const auto code = DEVICE_GetSprtErase() != 0 ? OP_ERASE_CHIP : OP_FILL_CHIP;
-    const bool done = TARGET_RunOperation({code, {}, DEVICE_Blocks()}, kEraseChip.line).has_value();
+    const Operation operation = {kEraseChip.code(), {}, DEVICE_Blocks()};
+    const bool done = TARGET_RunOperation(operation, kEraseChip.line()).has_value();
     showResult(kEraseChip, done, showBox);
     return done ? 0 : 1;
 }
@@ -213,7 +208,7 @@ void TARGET_StartApplication() {
 }
 
 int TARGET_EraseChip(bool showBox) {
-    TARGET_BeginCommand(kEraseChip.caption);
+    TARGET_BeginCommand(kEraseChip.name);
     if (TARGET_State().LinkState == LINK_IDLE) {
         const BootRomProtocol* family = _SelectProtocol();
         if (family == nullptr) {
@@ -235,40 +230,36 @@ void TARGET_EraseBlocks() {
 }
 
 void TARGET_Program(uint32_t first, uint32_t last) {
-    if (!connect(kProgram.caption)) {
+    if (!connect(kProgram.name)) {
         return;
     }
     LOG_Add(rangeStarted("Programming", first, last));
-    const Operation operation = {OP_PROGRAM, AddressRange::upTo(first, last)};
-    const bool done = TARGET_RunOperation(operation, kProgram.line) && checksumsAgree();
+    const Operation operation = {kProgram.code(), AddressRange::upTo(first, last)};
+    const bool done = TARGET_RunOperation(operation, kProgram.line()) && checksumsAgree();
     showResult(kProgram, done);
 }
 
 void TARGET_ProgramTarget() {
-    runCommand(kProgramTarget, "Programming Chip started", {OP_PROGRAM_TARGET});
+    runCommand(kProgramTarget, "Programming Chip started", {});
 }
 
 void TARGET_ReadBack(uint32_t start, uint32_t end) {
-    runCommand(kReadBack, rangeStarted("Reading", start, end),
-               {OP_READ_BACK, AddressRange::upTo(start, end)});
+    runCommand(kReadBack, rangeStarted("Reading", start, end), AddressRange::upTo(start, end));
 }
 
 void TARGET_Verify(uint32_t first, uint32_t last) {
-    runCommand(kVerify, rangeStarted("Verifying", first, last),
-               {OP_VERIFY, AddressRange::upTo(first, last)});
+    runCommand(kVerify, rangeStarted("Verifying", first, last), AddressRange::upTo(first, last));
 }
 
 void TARGET_BlankCheckChip() {
     const uint32_t first = DEVICE_GetFlashStart();
     const uint32_t last = DEVICE_GetFlashEnd();
-    const auto code = DEVICE_GetSprtBlankCheck() != 0 ? OP_BLANK_CHECK : OP_BLANK_READ;
     runCommand(kBlankChip, rangeStarted("Blank check", first, last),
-               {code, AddressRange::upTo(first, last), DEVICE_Blocks()});
+               AddressRange::upTo(first, last), DEVICE_Blocks());
 }
 
 void TARGET_BlankCheckBlocks() {
-    const auto code = DEVICE_GetSprtBlankCheck() != 0 ? OP_BLANK_CHECK : OP_BLANK_READ_BLOCKS;
-    runCommand(kBlankBlocks, "Blank check started", {code, {}, DEVICE_SelectedBlocks()});
+    runCommand(kBlankBlocks, "Blank check started", {}, DEVICE_SelectedBlocks());
 }
 
 void TARGET_ProtectChip() {
@@ -276,14 +267,13 @@ void TARGET_ProtectChip() {
         const bool done = _RunBootCommand(&BootRomProtocol::ProtectChip, "Protect Chip") == 0;
         showResult(kProtectChip, done);
     } else if (confirmProtect()) {
-        runCommand(kProtectChip, "Protecting Chip started", {OP_PROTECT_CHIP, {}, DEVICE_Blocks()});
+        runCommand(kProtectChip, "Protecting Chip started", {}, DEVICE_Blocks());
     }
 }
 
 void TARGET_ProtectBlocks() {
     if (confirmProtect()) {
-        runCommand(kProtectBlocks, "Protecting Blocks started",
-                   {OP_PROTECT_BLOCKS, {}, DEVICE_SelectedBlocks()});
+        runCommand(kProtectBlocks, "Protecting Blocks started", {}, DEVICE_SelectedBlocks());
     }
 }
 

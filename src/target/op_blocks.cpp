@@ -9,9 +9,7 @@
 namespace {
 
 Fields blockFields(const DeviceBlock& block, uint64_t size) {
-    return Fields()
-        .u32(TARGET_ToChipAddress(block.range.start))
-        .u32(static_cast<uint32_t>(size));
+    return Fields().u32(TARGET_ToChipAddress(block.range.start)).u32(static_cast<uint32_t>(size));
 }
 
 // Sends the command for one block, which the loader acknowledges.
@@ -36,7 +34,7 @@ Result<> eraseOrProtect(const LoaderCommand& command, const std::vector<DeviceBl
 }
 
 Result<> eraseOrProtectChecked(const LoaderCommand& command,
- const std::vector<DeviceBlock>& blocks) {
+                               const std::vector<DeviceBlock>& blocks) {
     Result<> fit = checkBlocks(blocks);
     return fit ? eraseOrProtect(command, blocks) : fit;
 }
