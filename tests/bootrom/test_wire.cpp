@@ -46,34 +46,30 @@ std::function<Result<>()> slot(Result<> (*BootRomProtocol::*member)()) {
     return [member] { return (_SelectProtocol()->*member)(); };
 }
 
-class Wire : public testing::Test {
-protected:
-    void SetUp() override {
-        TARGET_State().Cancel = 0;
+// The link is the boot ROM's and the user has given a password.
+struct WireWorld : ScriptWorld {
+    WireWorld(const std::string& device, const Script& script, uint32_t baudrate = 38400)
+        : ScriptWorld(device, script, baudrate) {
         TARGET_SetLinkState(LINK_BOOTROM);
-        _BootReset();
-        _SetBootSum(0);
-        PASSWORD_Reset();
         PASSWORD_SetAdrCount(0xFFC0);
         PASSWORD_SetAdrCompare(0xFFC1);
         PASSWORD_SetBytes(std::vector<uint8_t>{0xA1, 0xA2});
     }
-    void TearDown() override { TARGET_SetLinkState(LINK_IDLE); }
 };
 
 } // namespace
 
-TEST_F(Wire, DownloadTypeA) {
-    ScriptWorld world(kDeviceA + "TimerInit = 1\nProductInfo = C0,4,1,\"5654\"",
-                      join({kReset,
-                            kMatchA,
-                            kSumA,
-                            {{"C0", "00 56 54 99"},
-                             {"60", "60"},
-                             {"FFC0 FFC1 A1A2", ""},
-                             {"3A 02 0400 00 1122 C7", ""},
-                             {"3A 02 0402 00 1A00 DE", ""},
-                             {"3A 00 0000 01 FF", "4567"}}}));
+TEST(Wire, DownloadTypeA) {
+    WireWorld world(kDeviceA + "TimerInit = 1\nProductInfo = C0,4,1,\"5654\"",
+                    join({kReset,
+                          kMatchA,
+                          kSumA,
+                          {{"C0", "00 56 54 99"},
+                           {"60", "60"},
+                           {"FFC0 FFC1 A1A2", ""},
+                           {"3A 02 0400 00 1122 C7", ""},
+                           {"3A 02 0402 00 1A00 DE", ""},
+                           {"3A 00 0000 01 FF", "4567"}}}));
     DEVPROPS_SetSpeed(16000000);
     const std::string path = world.addFile("a.hex", "text\r\n:020400001122C7\r\n:00000001FF\r\n");
     EXPECT_TRUE(download(path));
@@ -86,29 +82,29 @@ TEST_F(Wire, DownloadTypeA) {
                                path + "|Downloading RAM-Image finished");
 }
 
-TEST_F(Wire, DownloadTypeAToABlankChipThatAnswersLate) {
-    ScriptWorld world(kDeviceA,
-                      join({kReset,
-                            {{"rate 9600", ""},
-                             {"5A", ""},
-                             {"5A", ""},
-                             {"5A", ""},
-                             {"5A", "5A"},
-                             {"1C", "1C"},
-                             {"rate 115200", ""}},
-                            kBlankSumA,
-                            {{"60", "60"},
-                             {"FFC0 FFC0" + repeat("FF", 255), ""},
-                             {"3A 02 0400 00 1122 C7", ""},
-                             {"3A 00 0000 01 FF", "0000"}}}),
-                      115200);
+TEST(Wire, DownloadTypeAToABlankChipThatAnswersLate) {
+    WireWorld world(kDeviceA,
+                    join({kReset,
+                          {{"rate 9600", ""},
+                           {"5A", ""},
+                           {"5A", ""},
+                           {"5A", ""},
+                           {"5A", "5A"},
+                           {"1C", "1C"},
+                           {"rate 115200", ""}},
+                          kBlankSumA,
+                          {{"60", "60"},
+                           {"FFC0 FFC0" + repeat("FF", 255), ""},
+                           {"3A 02 0400 00 1122 C7", ""},
+                           {"3A 00 0000 01 FF", "0000"}}}),
+                    115200);
     PASSWORD_Reset(); // a blank chip needs none
     EXPECT_TRUE(download(world.addFile("a.hex", ":020400001122C7\n:00000001FF"), true));
     EXPECT_EQ(world.deviation(), "");
     EXPECT_EQ(world.questions(), "");
 }
 
-TEST_F(Wire, DownloadTypeB) {
+TEST(Wire, DownloadTypeB) {
     const std::string image = "S0030000FC\nS315000001000102030405060708090A0B0C0D0E0F1000\n"
                               "S31500000120" +
                               repeat("A0", 16) + "00\nS70500000100F9\n";
@@ -117,7 +113,7 @@ TEST_F(Wire, DownloadTypeB) {
                          {"00000100 0030 CF", "10"},
                          {"0102030405060708090A0B0C0D0E0F10", ""},
                          {repeat("FF", 16) + repeat("A0", 16) + "88", "10"}};
-    ScriptWorld world(kDeviceB, join({kReset, kMatchB, kSumB, tail}));
+    WireWorld world(kDeviceB, join({kReset, kMatchB, kSumB, tail}));
     EXPECT_TRUE(download(world.addFile("b.s", image)));
     EXPECT_EQ(world.deviation(), "");
     EXPECT_EQ(world.errors(), "");
@@ -139,8 +135,7 @@ struct WireCase {
 
 static void check(const WireCase& c) {
     SCOPED_TRACE(c.name);
-    _BootReset();
-    ScriptWorld world(c.device, c.script);
+    WireWorld world(c.device, c.script);
     const Result<> result = c.run();
     EXPECT_EQ(bool(result), c.done);
     EXPECT_EQ(result ? "" : result.error().reason, c.reason);
@@ -152,7 +147,7 @@ static void check(const WireCase& c) {
     }
 }
 
-TEST_F(Wire, BootRomCommands) {
+TEST(Wire, BootRomCommands) {
     const Script a = join({kReset, kMatchA, kSumA});
     const Script b = join({kReset, kMatchB, kSumB});
     const Script frame = {{"FFC0 FFC1 A1A2", ""}};
@@ -195,7 +190,7 @@ TEST_F(Wire, BootRomCommands) {
     }
 }
 
-TEST_F(Wire, FailedHandshakes) {
+TEST(Wire, FailedHandshakes) {
     const std::string product = kDeviceA + "ProductInfo = C0,4,1,\"5654\"";
     const std::string beyond = kDeviceA + "ProductInfo = C0,4,3,\"5654\"";
     const auto a = [] { return _BootHandshake(*_SelectProtocol()); };
@@ -219,7 +214,7 @@ TEST_F(Wire, FailedHandshakes) {
     }
 }
 
-TEST_F(Wire, FailedDownloads) {
+TEST(Wire, FailedDownloads) {
     const Script a = join({kReset, kMatchA, kSumA});
     struct Case {
         std::string name;
@@ -243,8 +238,7 @@ TEST_F(Wire, FailedDownloads) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        _BootReset();
-        ScriptWorld world(c.typeA ? kDeviceA : kDeviceB, c.script);
+        WireWorld world(c.typeA ? kDeviceA : kDeviceB, c.script);
         const std::string path =
             c.image.empty() ? "/nowhere/image" : world.addFile("image", c.image);
         const Result<> result = download(path);
@@ -255,18 +249,17 @@ TEST_F(Wire, FailedDownloads) {
     }
 }
 
-TEST_F(Wire, ConnectAsksWhatItNeedsAndRefusesWhatCannotWork) {
+TEST(Wire, ConnectAsksWhatItNeedsAndRefusesWhatCannotWork) {
     const std::string summary = "Could not download RAM image. Please check password";
     {
         // The user presses reset and gives no password.
-        ScriptWorld world(kDeviceA, join({kReset, kMatchA, kSumA}));
+        WireWorld world(kDeviceA, join({kReset, kMatchA, kSumA}));
         world.addFile("RamImage/a.hex", ":020400001122C7\n:00000001FF");
         TARGET_SetLinkState(LINK_IDLE);
         DEVPROPS_SetResetByPC(false);
         PASSWORD_Reset();
         PASSWORD_SetDialog([] { return 2; });
         EXPECT_EQ(TARGET_Connect(), 0);
-        PASSWORD_SetDialog({});
         EXPECT_EQ(world.deviation(), "");
         EXPECT_EQ(world.questions(), "Target: Please reset target\nand then press enter...");
         EXPECT_EQ(world.errors(), summary);
@@ -275,23 +268,24 @@ TEST_F(Wire, ConnectAsksWhatItNeedsAndRefusesWhatCannotWork) {
     }
     {
         // Unattended: nobody is asked to press reset, but what stops the run is said.
-        ScriptWorld world(kDeviceB, join({kReset, kMatchB, kSumB}));
+        WireWorld world(kDeviceB, join({kReset, kMatchB, kSumB}));
         world.addFile("RamImage/b.s", "S30600000100AA00");
         RUN_SetUnattended(true);
         DEVPROPS_SetResetByPC(false);
+        PASSWORD_Reset();
         EXPECT_EQ(TARGET_Connect(), 0);
         EXPECT_EQ(world.deviation(), "");
         EXPECT_EQ(world.questions(), "Password: A password is needed to connect");
         EXPECT_EQ(world.errors(), summary);
     }
     {
-        ScriptWorld world("Bank = 0,8000", {});
+        WireWorld world("Bank = 0,8000", {});
         EXPECT_EQ(TARGET_Connect(), 0);
         EXPECT_EQ(world.errors(), "Target::Unsuported RAM-Code protocoll");
         EXPECT_EQ(RUN_GetExitCode(), 1);
     }
     {
-        ScriptWorld world(kDeviceB, {});
+        WireWorld world(kDeviceB, {});
         EXPECT_EQ(TARGET_ReadProtect(), 1);
         EXPECT_EQ(world.errors(),
                   "Read Protect Chip is not supported by the boot ROM of this device");
@@ -299,7 +293,7 @@ TEST_F(Wire, ConnectAsksWhatItNeedsAndRefusesWhatCannotWork) {
     }
 }
 
-TEST_F(Wire, ResetGivesTheChipItsTime) {
+TEST(Wire, ResetGivesTheChipItsTime) {
     WorldOptions options;
     options.device = "VT-A32";
     World world(options);
@@ -317,8 +311,8 @@ TEST_F(Wire, ResetGivesTheChipItsTime) {
 }
 
 // The chip never answers the checksum command, and the user closes the program meanwhile.
-TEST_F(Wire, EventsRunWhileTheBootRomIsAwaited) {
-    ScriptWorld world(kDeviceB, join({kReset, kMatchB, {{"20", ""}}}));
+TEST(Wire, EventsRunWhileTheBootRomIsAwaited) {
+    WireWorld world(kDeviceB, join({kReset, kMatchB, {{"20", ""}}}));
     const Moment start = CLOCK_Now();
     const ClockThreadPtr user = CLOCK_StartThread([] {
         CLOCK_Sleep(700);
@@ -331,23 +325,23 @@ TEST_F(Wire, EventsRunWhileTheBootRomIsAwaited) {
 }
 
 // Right after a boot-ROM command the boot ROM still awaits the next one.
-TEST_F(Wire, SyncedBootRomIsNotResetAgain) {
-    ScriptWorld world(kDeviceA, {{"90", "90 1234"}, {"C3", "C3 00000000000000"}});
+TEST(Wire, SyncedBootRomIsNotResetAgain) {
+    WireWorld world(kDeviceA, {{"90", "90 1234"}, {"C3", "C3 00000000000000"}});
     BOOT_SetState(BOOT_SYNCED);
     EXPECT_TRUE(_SelectProtocol()->FlashStatus());
     EXPECT_EQ(world.deviation(), "");
 }
 
-TEST_F(Wire, PasswordFrameHasTheAddressesOfTheChip) {
+TEST(Wire, PasswordFrameHasTheAddressesOfTheChip) {
     for (const auto& [length, frame] : std::vector<std::pair<std::string, std::string>>{
              {"RAMCodeAdrLen = 2", "0010 1000 A1A2"},
              {"RAMCodeAdrLen = 3", "000010 011000 A1A2"},
              {"", "000010 011000 A1A2"}}) {
         SCOPED_TRACE(length);
-        ScriptWorld world("Bank = 8000,8000\nUARTRamcode = \"a.hex\", \"TYPE_A\"\n"
-                          "Relocate = 10000,11000,100\n" +
-                              length,
-                          {{"90", "90 1234"}, {"FA", "FA"}, {frame, "FB"}});
+        WireWorld world("Bank = 8000,8000\nUARTRamcode = \"a.hex\", \"TYPE_A\"\n"
+                        "Relocate = 10000,11000,100\n" +
+                            length,
+                        {{"90", "90 1234"}, {"FA", "FA"}, {frame, "FB"}});
         PASSWORD_SetAdrCount(0x10);
         PASSWORD_SetAdrCompare(0x10000);
         BOOT_SetState(BOOT_SYNCED);

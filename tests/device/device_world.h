@@ -6,6 +6,7 @@
 #include "device/devprops.h"
 #include "notice/log.h"
 #include "platform/files.h"
+#include "support/fresh_process.h"
 #include "support/reports.h"
 #include "support/temp_folder.h"
 
@@ -15,17 +16,14 @@
 inline const std::string kHead = "Device = \"VT-1\"\nManufacturer = \"Acme\"\nBank = 0, 100\n";
 
 class DeviceWorld {
+    FreshStart freshStart_;
+
 public:
     DeviceWorld() {
         FILES_SetProgramPath(folder / "tool");
         LOG_SetObserver([this](const std::string&, const std::string& text) { log += text; });
-        DEVICE_Clear();
-        DEVPROPS_Set({});
     }
-    ~DeviceWorld() {
-        LOG_SetObserver({});
-        FILES_SetProgramPath({});
-    }
+    ~DeviceWorld() { freshProcess(); }
 
     std::string deviceFolder() const { return (folder / "Device").string() + "/"; }
     void addFile(const std::string& name, const std::string& text) const {

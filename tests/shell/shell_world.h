@@ -16,18 +16,10 @@
 class ShellWorld : public DeviceWorld {
 public:
     explicit ShellWorld(const std::string& device = kHead + "Bank = 100, 100, 200, 100\n") {
-        RUN_Reset();
-        HEXDATA_Reset();
-        PASSWORD_Reset();
-        CMDLINE_Reset();
-        SESSION_Get() = {};
-        FRONTEND_Set({});
-        SIO_Init(0, 0, 0, 8, 0, 0);
         select(device);
         DEVPROPS_SelectAllBlocks();
         SUMMARY_Refresh();
     }
-    ~ShellWorld() { FRONTEND_Set({}); }
 
     static void load(uint32_t address, const std::vector<uint8_t>& bytes) {
         HEXDATA_AddData(address, bytes);

@@ -10,6 +10,7 @@
 #include "platform/files.h"
 #include "serial/sio.h"
 #include "sim/virtual_clock.h"
+#include "support/fresh_process.h"
 #include "support/hex_bytes.h"
 #include "support/reports.h"
 #include "support/seed.h"
@@ -25,17 +26,16 @@ struct ScriptStep {
 using Script = std::vector<ScriptStep>;
 
 class ScriptWorld {
+    FreshStart freshStart_;
+
 public:
     ScriptWorld(const std::string& deviceText, Script script, uint32_t baudrate = 38400)
         : clock_(testSeed()), script_(std::move(script)) {
         EVENTS_Open();
-        RUN_Reset();
-        DEVICE_Clear();
         EXPECT_EQ(_ParseDeviceFile("Version = 100\nManufacturer = \"M\"\nDevice = \"D\"\n" +
                                        deviceText + "\n",
                                    "d.dev"),
                   0);
-        DEVPROPS_Set(DevProps{});
         DEVPROPS_SetResetByPC(true);
         for (const DeviceBlock& block : DEVICE_Blocks()) {
             DEVPROPS_SelectBlock(block.index, true);
@@ -43,7 +43,6 @@ public:
         FILES_SetProgramPath(folder_ / "calvorin");
         writeFile(folder_ / "calvorin.ini", "[Settings PORTS]\r\nCOM1 = \"test://script\"\r\n");
         INI_Load();
-        SIO_Init(0, 0, 0, 8, 0, 0);
         SIO_SetConfig({1, baudrate, 0});
         log();
         lines_["script"].heard = [this](const std::string& what, bool isData) {
@@ -53,13 +52,8 @@ public:
         };
     }
     ~ScriptWorld() {
-        EVENTS_Close();
         lines_["script"].heard = {};
-        SIO_Exit();
-        ERROR_Exit();
-        DEVICE_Clear();
-        RUN_Reset();
-        FILES_SetProgramPath({});
+        freshProcess();
     }
     ScriptWorld(const ScriptWorld&) = delete;
     ScriptWorld& operator=(const ScriptWorld&) = delete;

@@ -18,13 +18,13 @@
 #include "sim/chip.h"
 #include "sim/sim_port.h"
 #include "sim/virtual_clock.h"
+#include "support/fresh_process.h"
 #include "support/paths.h"
 #include "support/reports.h"
 #include "support/seed.h"
 #include "support/temp_folder.h"
 
 #include <algorithm>
-#include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -40,47 +40,31 @@ struct WorldOptions {
 };
 
 class World {
+    FreshStart freshStart_;
+
 public:
     explicit World(WorldOptions options) : options_(std::move(options)), clock_(options_.seed) {
         EVENTS_Open();
-        RUN_Reset();
         layOutFolder();
         LOG_Init();
-        DEVICE_Clear();
         EXPECT_EQ(DEVICE_Init(), 0);
         if (!options_.description.empty()) {
             EXPECT_EQ(_ParseDeviceFile(options_.description, "own.dev"), 0);
         }
-        DEVPROPS_Set(DevProps{});
         EXPECT_EQ(DEVICE_FindByName(options_.device), 0) << options_.device;
         DEVPROPS_SelectAllBlocks();
         DEVPROPS_SetResetByPC(true);
         PASSWORD_SetLimitsOfDevice();
         chip = CHIP_Create(DEVICE_Selected(), options_.chip);
         line = SIMPORT_Offer("world", chip);
-        SIO_Init(0, 0, 0, 8, 0, 0);
         if (options_.openPort) {
             SIO_SetConfig({1, options_.baudrate, 0});
         }
     }
 
     ~World() {
-        for (; !atEnd.empty(); atEnd.pop_back()) {
-            atEnd.back()();
-        }
-        EVENTS_Close();
-        SIO_Exit();
+        freshProcess();
         SIMPORT_Withdraw("world");
-        LOG_Exit();
-        ERROR_Exit();
-        BOOT_SetState(BOOT_UNSYNCED);
-        TARGET_SetLinkState(LINK_IDLE);
-        PASSWORD_Reset();
-        HEXDATA_Reset();
-        DEVICE_Clear();
-        DEVPROPS_Set(DevProps{});
-        RUN_Reset();
-        FILES_SetProgramPath({});
     }
     World(const World&) = delete;
     World& operator=(const World&) = delete;
@@ -108,8 +92,6 @@ public:
     ChipPtr chip; // while no other thread uses the port
     SimLinePtr line;
     Reports screen{ANSWER_YES};
-    // Run in reverse order before everything else is taken down: what a test has started.
-    std::vector<std::function<void()>> atEnd;
 
 private:
     void layOutFolder() {

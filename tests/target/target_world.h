@@ -14,21 +14,11 @@
 
 struct TargetWorld : World {
     explicit TargetWorld(const WorldOptions& options) : World(options) {
-        BOOT_SetState(BOOT_UNSYNCED);
-        PASSWORD_Reset();
         PASSWORD_SetBytes(options.chip.password);
         PASSWORD_SetAdrCount(DEVICE_GetPWAreaStart());
         PASSWORD_SetAdrCompare(DEVICE_GetPWAreaStart() + 1);
-        HEXDATA_Reset();
         loadProgram();
         TARGET_Init(nullptr, [this](uint8_t byte) { terminal.push_back(static_cast<char>(byte)); });
-        atEnd.emplace_back([] {
-            EVENTS_Close();
-            TARGET_Stop();
-            TARGET_State().LinkState = LINK_IDLE;
-            HEXDATA_Reset();
-            PASSWORD_Reset();
-        });
     }
 
     // Two stretches: near the start of the first block, and up to the end of the last one.

@@ -11,6 +11,7 @@
 #include "platform/files.h"
 #include "serial/sio.h"
 #include "shell/session.h"
+#include "support/fresh_process.h"
 #include "support/temp_folder.h"
 
 #include <QApplication>
@@ -51,6 +52,7 @@ inline DeviceRecord makeDevice(const std::string& name, std::vector<FlashBlock> 
 class UiWorld {
 public:
     explicit UiWorld(const std::string& settings = "") {
+        freshProcess();
         FILES_SetProgramPath(folder / "tool");
         writeFile(folder / "tool.ini", settings);
         ERROR_SetHandlers(
@@ -61,29 +63,13 @@ public:
             },
             {});
         INI_Load();
-        reset();
     }
-    ~UiWorld() {
-        SIO_Exit();
-        reset();
-        ERROR_Exit();
-        FILES_SetProgramPath({});
-    }
+    ~UiWorld() { freshProcess(); }
     UiWorld(const UiWorld&) = delete;
     UiWorld& operator=(const UiWorld&) = delete;
 
     const TempFolder folder;
     std::vector<std::string> reports; // questions as "CAPTION: TEXT"
-
-private:
-    static void reset() {
-        HEXDATA_Reset();
-        DEVICE_Clear();
-        DEVPROPS_Set({});
-        PASSWORD_Reset();
-        PASSWORD_SetLimits(0, 0, 0, 0);
-        SESSION_Get() = {};
-    }
 };
 
 // Runs `action` once, `ms` milliseconds from now, in whatever loop then processes events.
