@@ -191,6 +191,8 @@ Result<> eraseByRewriteCommand() {
     PROGRESS_SetText("Waiting for SUM...");
     Result<> summed = _ReadBootSum(kReplyMs);
     if (summed) {
+        LOG_Add(formatText("By its checksum %04X the chip is %s", _GetBootSum(),
+                           _IsBlank() ? "blank" : "not blank"));
         PROGRESS_Done();
     }
     return summed;

@@ -9,6 +9,7 @@
 #include "device/device.h"
 #include "link/password.h"
 #include "link/target_state.h"
+#include "notice/log.h"
 #include "notice/progress.h"
 #include "notice/run.h"
 #include "platform/clock.h"
@@ -168,6 +169,7 @@ Result<> eraseResult(const std::vector<uint8_t>& covered) {
     Result<> checked = _BootAwait(_BootChecksum(covered), failure);
     if (checked) {
         _SetBootSum(0);
+        LOG_Add("Compared nothing: the boot ROM reported the erase (Blankcheck reads the chip)");
         PROGRESS_Done();
     }
     return checked;

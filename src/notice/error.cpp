@@ -1,6 +1,7 @@
 #include "notice/error.h"
 
 #include "notice/log_text.h"
+#include "notice/run.h"
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/format.h"
@@ -41,6 +42,9 @@ Handler current(const Handler& handler) {
 }
 
 void passOn(WindowHandle window, const std::string& text, int exitCode) {
+    if (exitCode != 0) {
+        RUN_NoteFailure();
+    }
     if (const auto notify = current(errorNotifier)) {
         notify(window, text, exitCode);
     } else {

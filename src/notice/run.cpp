@@ -5,6 +5,7 @@
 namespace {
 
 std::atomic<int> exitCode{0};
+std::atomic<bool> failureReported{false};
 std::atomic<bool> unattended{false};
 std::atomic<bool> interrupted{false};
 
@@ -15,7 +16,11 @@ void RUN_SetExitCode(int code) {
 }
 
 int RUN_GetExitCode() {
-    return interrupted ? 1 : exitCode.load();
+    return interrupted || (unattended && failureReported) ? 1 : exitCode.load();
+}
+
+void RUN_NoteFailure() {
+    failureReported = true;
 }
 
 void RUN_SetUnattended(bool on) {
@@ -36,6 +41,7 @@ bool RUN_IsInterrupted() {
 
 void RUN_Reset() {
     exitCode = 0;
+    failureReported = false;
     unattended = false;
     interrupted = false;
 }

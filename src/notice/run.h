@@ -3,9 +3,12 @@
 #pragma once
 
 // 0 or 1. Set to 1 by every reported error; the boot-ROM operations set it to 1 when they start and
-// to 0 when they succeed. After an interruption it stays 1.
+// to 0 when they succeed. After an interruption it stays 1, and in an unattended run after any
+// reported failure.
 void RUN_SetExitCode(int code);
 int RUN_GetExitCode();
+// A failure was reported.
+void RUN_NoteFailure();
 
 // Unattended: Exit is queued on the command line, nothing may be shown or asked.
 void RUN_SetUnattended(bool unattended);

@@ -15,6 +15,9 @@
 #include <string>
 
 std::optional<uint16_t> getTargetChecksum(bool crc, bool showBox) {
+    if (!TARGET_HasSelectedBlock()) {
+        return {};
+    }
     const std::string name = crc ? "CRC" : "SUM";
     TARGET_BeginCommand("Calculating " + name);
     if (TARGET_Connect() == 0) {

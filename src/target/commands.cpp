@@ -26,6 +26,14 @@ namespace {
 constexpr int kConnectPauseMs = 500;
 constexpr int kCommandPauseMs = 100;
 
+// What a success rests on where nothing that the chip says can show every fault.
+constexpr const char* kComparedSum =
+    "Compared the 16-bit sum of the selected blocks, which does not see bytes that changed places";
+constexpr const char* kAcknowledgedPages =
+    "Compared nothing: the loader acknowledged every page (Verify reads them)";
+constexpr const char* kAcknowledgedErase =
+    "Compared nothing: the loader acknowledged the erase (Blankcheck reads the chip)";
+
 // A command that posts one operation: what the user is told, and which operation it is.
 struct CommandRow {
     std::string name;  // as progress display and log have it
@@ -34,6 +42,7 @@ struct CommandRow {
     OperationCode operation;
     uint32_t (*supported)() = nullptr; // by the loader of the device; else `substitute` does it
     OperationCode substitute = operation;
+    const char* restsOn = nullptr;
 
     OperationCode code() const {
         return supported == nullptr || supported() != 0 ? operation : substitute;
@@ -45,14 +54,21 @@ struct CommandRow {
 
 const CommandRow kEraseBlocks = {"Erasing Blocks",    "Blocks have been\nsuccessfully erased",
                                  "Erasing Blocks",    OP_ERASE_BLOCKS,
-                                 DEVICE_GetSprtErase, OP_FILL_BLOCKS};
+                                 DEVICE_GetSprtErase, OP_FILL_BLOCKS,
+                                 kAcknowledgedErase};
 const CommandRow kEraseChip = {"Erasing Chip",      "Chip has been\nsuccessfully erased",
                                "Erasing Chip",      OP_ERASE_CHIP,
-                               DEVICE_GetSprtErase, OP_FILL_CHIP};
+                               DEVICE_GetSprtErase, OP_FILL_CHIP,
+                               kAcknowledgedErase};
 const CommandRow kProgram = {"Programming", "All bytes\nwritten successfully", "Programming",
                              OP_PROGRAM};
-const CommandRow kProgramTarget = {"Programming target", "Target has been\nsuccessfully programmed",
-                                   "Programming target", OP_PROGRAM_TARGET};
+const CommandRow kProgramTarget = {"Programming target",
+                                   "Target has been\nsuccessfully programmed",
+                                   "Programming target",
+                                   OP_PROGRAM_TARGET,
+                                   nullptr,
+                                   OP_PROGRAM_TARGET,
+                                   kAcknowledgedPages};
 const CommandRow kReadBack = {"Reading", "All bytes\nread successfully", "Reading", OP_READ_BACK};
 const CommandRow kVerify = {"Verifying", "Verifying ok", "Verifying", OP_VERIFY};
 const CommandRow kBlankChip = {"Blank check",  "Target is blank",        "Blank check chip",
@@ -69,6 +85,9 @@ void inform(const std::string& text, const char* caption) {
 }
 
 void showResult(const CommandRow& row, bool done, bool showBox = true) {
+    if (done && row.restsOn != nullptr) {
+        LOG_Add(row.restsOn);
+    }
     LOG_Add(done ? row.finished() : row.failed());
     if (done && showBox) {
         inform(row.done, row.title);
@@ -102,6 +121,9 @@ std::string rangeStarted(const char* what, uint32_t first, uint32_t last) {
 }
 
 bool eraseBlocks() {
+    if (!TARGET_HasSelectedBlock()) {
+        return false;
+    }
     LOG_Add("Erasing Blocks started");
     if (!connect(kEraseBlocks.name)) {
         return false;
@@ -154,6 +176,7 @@ bool checksumsAgree() {
         return false; // which has been reported
     }
     if (*target == DEVICE_CalcImageChecksum(crc)) {
+        LOG_Add(crc ? "Compared the CRC of the selected blocks" : kComparedSum);
         return true;
     }
     ERROR_Out(nullptr, crc ? "CRC-error" : "SUM-error", 1);
@@ -168,6 +191,14 @@ bool confirmProtect() {
 }
 
 } // namespace
+
+bool TARGET_HasSelectedBlock() {
+    if (!DEVICE_SelectedBlocks().empty()) {
+        return true;
+    }
+    ERROR_Out(nullptr, "No block is selected", 1);
+    return false;
+}
 
 void TARGET_DownloadRamImage(const std::string& path) {
     TARGET_State().Cancel = 0;
@@ -230,7 +261,7 @@ void TARGET_EraseBlocks() {
 }
 
 void TARGET_Program(uint32_t first, uint32_t last) {
-    if (!connect(kProgram.name)) {
+    if (!TARGET_HasSelectedBlock() || !connect(kProgram.name)) {
         return;
     }
     LOG_Add(rangeStarted("Programming", first, last));
@@ -259,7 +290,9 @@ void TARGET_BlankCheckChip() {
 }
 
 void TARGET_BlankCheckBlocks() {
-    runCommand(kBlankBlocks, "Blank check started", {}, DEVICE_SelectedBlocks());
+    if (TARGET_HasSelectedBlock()) {
+        runCommand(kBlankBlocks, "Blank check started", {}, DEVICE_SelectedBlocks());
+    }
 }
 
 void TARGET_ProtectChip() {
@@ -272,7 +305,7 @@ void TARGET_ProtectChip() {
 }
 
 void TARGET_ProtectBlocks() {
-    if (confirmProtect()) {
+    if (TARGET_HasSelectedBlock() && confirmProtect()) {
         runCommand(kProtectBlocks, "Protecting Blocks started", {}, DEVICE_SelectedBlocks());
     }
 }

@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <string>
 
+// Whether there is a selected block to work on; reported when not. Commands on selected blocks begin
+// with it.
+bool TARGET_HasSelectedBlock();
 void TARGET_DownloadRamImage(const std::string& path);
 void TARGET_StartApplication();
 int TARGET_EraseChip(bool showBox); // 0 done, 1 failed

@@ -152,6 +152,10 @@ TEST(Wire, BootRomCommands) {
     const Script b = join({kReset, kMatchB, kSumB});
     const Script frame = {{"FFC0 FFC1 A1A2", ""}};
     const std::string erased = "Erasing Chip started|Erasing Chip finished";
+    const std::string rewritten = "Erasing Chip started|By its checksum 8000 the chip is blank|"
+                                  "Erasing Chip finished";
+    const std::string reported = "Erasing Chip started|Compared nothing: the boot ROM reported the "
+                                 "erase (Blankcheck reads the chip)|Erasing Chip finished";
     const std::string notErased = "Erasing Chip started|Erasing Chip failed";
     const std::string byCommand = kDeviceA + "SprtFlashEraseCMD = 1";
     const std::string version1 = kDeviceB + "RewriteVersion = 1";

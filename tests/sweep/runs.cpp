@@ -314,7 +314,8 @@ void SweepWorld::mend() {
         in.startProgram();
     }
     in.loadImage();
-    RUN_SetExitCode(0); // as for a new run
+    RUN_Reset(); // as for a new run
+    RUN_SetUnattended(true);
 }
 
 std::vector<uint8_t> SweepWorld::flash(uint32_t address, uint32_t count) const {
