@@ -7,6 +7,7 @@
 #include "platform/process.h"
 #include "shell/cmdline_table.h"
 #include "shell/cmdline_values.h"
+#include "shell/command_table.h"
 #include "shell/console.h"
 #include "shell/front_end.h"
 
@@ -165,9 +166,10 @@ bool CMDLINE_IsExitQueued() {
     return exitQueued;
 }
 
-bool CMDLINE_IsQueued(int first, int last) {
-    return std::any_of(queue.begin(), queue.end(), [first, last](const QueuedCommand& command) {
-        return command.entry->command >= first && command.entry->command <= last;
+bool CMDLINE_NeedsTarget() {
+    return std::ranges::any_of(queue, [](const QueuedCommand& command) {
+        const Command* row = COMMAND_Find(command.entry->command);
+        return row != nullptr && row->worksOn == WorksOn::target;
     });
 }
 

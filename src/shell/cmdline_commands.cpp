@@ -7,6 +7,7 @@
 #include "shell/cmdline_values.h"
 #include "shell/command_handler.h"
 #include "shell/command_ids.h"
+#include "shell/command_table.h"
 #include "shell/edit_operations.h"
 #include "shell/program_files.h"
 
@@ -50,12 +51,6 @@ std::optional<HexPair> readPair(char separator, const char* wrongSeparator) {
     return CMDLINE_ValueError() ? std::nullopt : std::optional(pair);
 }
 
-void mergeFile() {
-    if (hasData("No file currently loaded")) {
-        PROGRAM_Merge(CMDLINE_GetArgument());
-    }
-}
-
 int typeOfExtension(const std::string& path) {
     std::string extension = std::filesystem::path(path).extension().string();
     std::transform(extension.begin(), extension.end(), extension.begin(),
@@ -66,7 +61,15 @@ int typeOfExtension(const std::string& path) {
     return extension == ".mot" ? FILETYPE_SRECORD : FILETYPE_NONE;
 }
 
-void saveAs() {
+} // namespace
+
+void CMDLINE_MergeFile() {
+    if (hasData("No file currently loaded")) {
+        PROGRAM_Merge(CMDLINE_GetArgument());
+    }
+}
+
+void CMDLINE_SaveAs() {
     if (!hasData("Nothing to save")) {
         return;
     }
@@ -82,7 +85,7 @@ void saveAs() {
     PROGRAM_Save(path, type);
 }
 
-void deleteRange() {
+void CMDLINE_DeleteRange() {
     if (!hasData("Nothing to delete")) {
         return;
     }
@@ -99,7 +102,7 @@ void deleteRange() {
     EDIT_DeleteRange(start, end);
 }
 
-void relocate() {
+void CMDLINE_Relocate() {
     if (!hasData("Nothing to relocate")) {
         return;
     }
@@ -111,7 +114,7 @@ void relocate() {
     EDIT_Relocate(offset);
 }
 
-void readBack() {
+void CMDLINE_ReadBack() {
     const auto range = readPair(',', "Separator has to be ,");
     if (!range) {
         return;
@@ -125,28 +128,14 @@ void readBack() {
     EDIT_ReadBack(start, end);
 }
 
-void run(int command) {
-    switch (command) {
-    case CMD_FILE_MERGE:
-        return mergeFile();
-    case CMD_FILE_SAVE_AS:
-        return saveAs();
-    case CMD_EDIT_DELETE_RANGE:
-        return deleteRange();
-    case CMD_EDIT_RELOCATE:
-        return relocate();
-    case CMD_TARGET_READ_BACK:
-        return readBack();
-    default:
-        MAINFRAME_Command(command);
-    }
-}
-
-} // namespace
-
 void CMDLINE_RunCommand(int command) {
     if (RUN_GetExitCode() == 0 || command == CMD_EXIT) {
-        run(command);
+        const Command* row = COMMAND_Find(command);
+        if (row != nullptr && row->line.run != nullptr) {
+            row->line.run();
+        } else {
+            MAINFRAME_Command(command);
+        }
     }
     CMDLINE_Next();
 }

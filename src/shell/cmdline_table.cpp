@@ -2,10 +2,14 @@
 
 #include "shell/cmdline_options.h"
 #include "shell/command_ids.h"
+#include "shell/command_table.h"
+
+#include <algorithm>
+#include <vector>
 
 namespace {
 
-constexpr CmdlineEntry kTable[] = {
+constexpr CmdlineEntry kOptions[] = {
     {"OptionsCOMBaudrate", OPTION_ComBaudrate, 0, "\t<BAUDRATE> Sets baudrate"},
     {"OptionsCOMPort", OPTION_ComPort, 0, "\t\t<PORT> Sets COM-port of PC"},
     {"OptionsPWAdrCount", OPTION_PasswordAdrCount, 0,
@@ -24,37 +28,45 @@ constexpr CmdlineEntry kTable[] = {
      "\t<ENABLE,B1[,B2...][,B2-Bn]> Enables/disables the desired blocks"},
     {"OptionsTargetSpeed", OPTION_TargetSpeed, 0,
      "\t<SPEED> Sets the oscillator frequency in [Hz]"},
-    {"EditDeleteRange", nullptr, CMD_EDIT_DELETE_RANGE,
-     "\t\t<FROM-TO> Deletes the specified range of data"},
-    {"EditRelocate", nullptr, CMD_EDIT_RELOCATE, "\t\t<VALUE> Relocates loaded data"},
-    {"TargetEraseChip", nullptr, CMD_TARGET_ERASE_CHIP, "\t\tErases complete chip"},
-    {"TargetEraseBlocks", nullptr, CMD_TARGET_ERASE_BLOCKS, "\t\tErases selected blocks"},
-    {"TargetProgram", nullptr, CMD_TARGET_PROGRAM, "\t\tPrograms loaded data into target"},
-    {"TargetReadBack", nullptr, CMD_TARGET_READ_BACK,
-     "\t\t<StartAdr,EndAdr> Read back target data"},
-    {"TargetGetCRC", nullptr, CMD_TARGET_GET_CRC, "\t\tGets CRC of target"},
-    {"TargetAuto", nullptr, CMD_TARGET_AUTO,
-     "\t\tErases complete chip and programs loaded data into target"},
-    {"TargetVerify", nullptr, CMD_TARGET_VERIFY, "\t\tVerifys loaded data with target"},
-    {"TargetCheckBlankChip", nullptr, CMD_TARGET_BLANK_CHECK_CHIP, "\tChecks if chip is blank"},
-    {"TargetCheckBlankBlocks", nullptr, CMD_TARGET_BLANK_CHECK_BLOCKS,
-     "\tChecks if selected blocks are blank"},
-    {"TargetStartApplication", nullptr, CMD_TARGET_START_APPLICATION,
-     "\tStarts target application"},
-    {"FileMerge", nullptr, CMD_FILE_MERGE, "\t\t<FILE.EXT> Merges specified file"},
-    {"FileSaveAs", nullptr, CMD_FILE_SAVE_AS, "\t\t<FILE.EXT> Saves data to MOT- or HEX-file"},
-    {"Exit", nullptr, CMD_EXIT, "\t\t\tTerminates PC-programm automatically"},
-    {"?", nullptr, 0, "\t\t\tDisplay this box"},
 };
+
+// The command line goes on with edits and operations in the order of their identifiers, and ends
+// with files and Exit.
+int rank(const Command& row) {
+    return row.id < CMD_EDIT_DELETE_RANGE ? row.id + CMD_HELP_ABOUT : row.id;
+}
+
+std::vector<const Command*> commandsInOrder() {
+    std::vector<const Command*> rows;
+    for (const CommandPopup& popup : COMMAND_Popups()) {
+        for (const Command& row : popup.items) {
+            if (row.line.name != nullptr) {
+                rows.push_back(&row);
+            }
+        }
+    }
+    std::ranges::sort(rows, {}, [](const Command* row) { return rank(*row); });
+    return rows;
+}
+
+std::vector<CmdlineEntry> makeTable() {
+    std::vector<CmdlineEntry> table(std::begin(kOptions), std::end(kOptions));
+    for (const Command* row : commandsInOrder()) {
+        table.push_back({row->line.name, nullptr, row->id, row->line.help});
+    }
+    table.push_back({"?", nullptr, 0, "\t\t\tDisplay this box"});
+    return table;
+}
 
 } // namespace
 
 std::span<const CmdlineEntry> CMDLINE_Table() {
-    return kTable;
+    static const std::vector<CmdlineEntry> table = makeTable();
+    return table;
 }
 
 const CmdlineEntry* CMDLINE_Find(std::string_view text) {
-    for (const CmdlineEntry& entry : kTable) {
+    for (const CmdlineEntry& entry : CMDLINE_Table()) {
         if (text.starts_with(entry.name)) {
             return &entry;
         }
