@@ -31,15 +31,16 @@ bool hasData(const char* otherwise) {
     return !HEXDATA_IsEmpty();
 }
 
-struct HexPair {
-    int32_t first = 0;
-    int32_t second = 0;
+struct EnteredRange {
+    uint32_t start = 0;
+    uint32_t end = 0; // inclusive
 };
 
 // Two hex numbers with `separator` between them; none when something is wrong, reported.
-std::optional<HexPair> readPair(char separator, const char* wrongSeparator) {
-    HexPair pair;
-    pair.first = CMDLINE_GetHexValue();
+std::optional<EnteredRange> readRange(char separator, const char* wrongSeparator,
+                                      const char* wrongOrder) {
+    EnteredRange range;
+    range.start = static_cast<uint32_t>(CMDLINE_GetHexValue());
     if (CMDLINE_ValueError()) {
         return std::nullopt;
     }
@@ -47,8 +48,15 @@ std::optional<HexPair> readPair(char separator, const char* wrongSeparator) {
         fail(wrongSeparator);
         return std::nullopt;
     }
-    pair.second = CMDLINE_GetHexValue();
-    return CMDLINE_ValueError() ? std::nullopt : std::optional(pair);
+    range.end = static_cast<uint32_t>(CMDLINE_GetHexValue());
+    if (CMDLINE_ValueError()) {
+        return std::nullopt;
+    }
+    if (range.end < range.start) {
+        fail(wrongOrder);
+        return std::nullopt;
+    }
+    return range;
 }
 
 int typeOfExtension(const std::string& path) {
@@ -89,17 +97,10 @@ void CMDLINE_DeleteRange() {
     if (!hasData("Nothing to delete")) {
         return;
     }
-    const auto range = readPair('-', "Separator has to be -");
-    if (!range) {
-        return;
+    if (const auto range =
+            readRange('-', "Separator has to be -", "Start address has to be <= End address !")) {
+        EDIT_DeleteRange(range->start, range->end);
     }
-    const auto start = static_cast<uint32_t>(range->first);
-    const auto end = static_cast<uint32_t>(range->second);
-    if (start > end) {
-        fail("Start address has to be <= End address !");
-        return;
-    }
-    EDIT_DeleteRange(start, end);
 }
 
 void CMDLINE_Relocate() {
@@ -115,17 +116,10 @@ void CMDLINE_Relocate() {
 }
 
 void CMDLINE_ReadBack() {
-    const auto range = readPair(',', "Separator has to be ,");
-    if (!range) {
-        return;
+    if (const auto range =
+            readRange(',', "Separator has to be ,", "End Address < Start Address!")) {
+        EDIT_ReadBack(range->start, range->end);
     }
-    const auto start = static_cast<uint32_t>(range->first);
-    const auto end = static_cast<uint32_t>(range->second);
-    if (end < start) {
-        fail("End Address < Start Address!");
-        return;
-    }
-    EDIT_ReadBack(start, end);
 }
 
 void CMDLINE_RunCommand(int command) {
