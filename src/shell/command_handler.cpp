@@ -49,6 +49,8 @@ int MAINFRAME_Command(int id) {
     }
     if (row->recent.open != nullptr) {
         row->recent.open(MRU_GetEntry(row->recent.list, id - row->id));
+    } else if (row->view) {
+        FRONTEND_Get().openView(*row->view);
     } else {
         row->run();
     }

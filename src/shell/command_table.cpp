@@ -40,20 +40,13 @@ bool canReset() {
     return idle() && DEVPROPS_GetResetByPC();
 }
 
-bool canProtectBlocks() {
-    return idle() && DEVICE_GetSprtProtectBlock() != 0;
-}
-
 bool canProtectChip() {
     return idle() && (DEVICE_GetSprtProtectBlock() != 0 || DEVICE_GetSprtProtectChip() != 0);
 }
 
-bool canReadProtect() {
-    return idle() && DEVICE_GetSprtReadProtect() != 0;
-}
-
-bool canAskFlashStatus() {
-    return idle() && DEVICE_GetSprtFlashMemStatus() != 0;
+template <auto supported>
+bool deviceOffers() {
+    return idle() && supported() != 0;
 }
 
 // What a command does, where that is not one function of its module.
@@ -66,11 +59,6 @@ void busy() {
 template <std::function<void()> FrontEnd::*slot>
 void ask() {
     (FRONTEND_Get().*slot)();
-}
-
-template <View view>
-void show() {
-    FRONTEND_Get().openView(view);
 }
 
 void eraseChip() {
@@ -93,14 +81,12 @@ constexpr Command target(int id, const char* text, const char* key, bool (*isOff
     return {id, text, key, WorksOn::target, isOffered, std::nullopt, run, line};
 }
 
-constexpr Command window(int id, const char* text, bool (*isOffered)(), void (*run)(),
-                         std::optional<View> view = std::nullopt) {
-    return {id, text, "", WorksOn::nothing, isOffered, view, run};
+constexpr Command window(int id, const char* text, bool (*isOffered)(), void (*run)()) {
+    return {id, text, "", WorksOn::nothing, isOffered, std::nullopt, run};
 }
 
-template <View shown>
-constexpr Command view(int id, const char* text, bool (*isOffered)()) {
-    return window(id, text, isOffered, show<shown>, shown);
+constexpr Command view(int id, const char* text, bool (*isOffered)(), View view) {
+    return {id, text, "", WorksOn::nothing, isOffered, view};
 }
 
 constexpr Command recent(int id, RecentFiles files) {
@@ -137,11 +123,11 @@ constexpr Command kEdit[] = {
             {"EditRelocate", "\t\t<VALUE> Relocates loaded data", CMDLINE_Relocate}),
 };
 constexpr Command kView[] = {
-    view<View::hexList>(CMD_VIEW_HEX_LIST, "Hex &List", loaded),
-    view<View::hexDump>(CMD_VIEW_HEX_DUMP, "Hex &Dump", loaded),
-    view<View::log>(CMD_VIEW_LOG, "L&og", always),
-    view<View::device>(CMD_VIEW_DEVICE, "&Device", always),
-    view<View::terminal>(CMD_VIEW_TERMINAL, "&Terminal", always),
+    view(CMD_VIEW_HEX_LIST, "Hex &List", loaded, View::hexList),
+    view(CMD_VIEW_HEX_DUMP, "Hex &Dump", loaded, View::hexDump),
+    view(CMD_VIEW_LOG, "L&og", always, View::log),
+    view(CMD_VIEW_DEVICE, "&Device", always, View::device),
+    view(CMD_VIEW_TERMINAL, "&Terminal", always, View::terminal),
     window(CMD_VIEW_INTERRUPT_VECTORS, "&Interrupt vectors", loaded,
            ask<&FrontEnd::interruptVectors>),
 };
@@ -170,12 +156,12 @@ constexpr Command kTarget[] = {
            busy<TARGET_BlankCheckBlocks>,
            {"TargetCheckBlankBlocks", "\tChecks if selected blocks are blank"}),
     target(CMD_TARGET_PROTECT_CHIP, "Protect C&hip", "", canProtectChip, busy<TARGET_ProtectChip>),
-    target(CMD_TARGET_PROTECT_BLOCKS, "Protect B&locks", "", canProtectBlocks,
-           busy<TARGET_ProtectBlocks>),
-    target(CMD_TARGET_READ_PROTECT, "R&ead Protect Chip", "", canReadProtect,
-           busy<TARGET_ReadProtect>),
-    target(CMD_TARGET_FLASH_STATUS, "F&lash Memory Status", "", canAskFlashStatus,
-           busy<TARGET_FlashStatus>),
+    target(CMD_TARGET_PROTECT_BLOCKS, "Protect B&locks", "",
+           deviceOffers<DEVICE_GetSprtProtectBlock>, busy<TARGET_ProtectBlocks>),
+    target(CMD_TARGET_READ_PROTECT, "R&ead Protect Chip", "",
+           deviceOffers<DEVICE_GetSprtReadProtect>, busy<TARGET_ReadProtect>),
+    target(CMD_TARGET_FLASH_STATUS, "F&lash Memory Status", "",
+           deviceOffers<DEVICE_GetSprtFlashMemStatus>, busy<TARGET_FlashStatus>),
 };
 constexpr Command kOptions[] = {
     program(CMD_OPTIONS, "&Options", "", always, COMMAND_Options),

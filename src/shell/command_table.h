@@ -33,7 +33,7 @@ struct Command {
     WorksOn worksOn = WorksOn::program;
     bool (*isOffered)() = nullptr; // whether the menu item is enabled now
     std::optional<View> view = {}; // that it opens; the item is checked while that is open
-    void (*run)() = nullptr;
+    void (*run)() = nullptr;       // what it does where it opens no view
     CommandLineForm line = {};
     RecentFiles recent = {};
 };

@@ -134,6 +134,9 @@ TEST(Project, RestoresWhatItSaved) {
         EXPECT_TRUE(PROJECT_Save(path, programFile));
         EXPECT_EQ(readFile(path), project) << "no File line";
     }
+    EXPECT_TRUE(PROJECT_Save(path, "a.hex"));
+    EXPECT_NE(readFile(path).find("Logging = 0\r\nFile = \"a.hex\"\r\nDevice = "),
+              std::string::npos);
     SIO_SetPort(0);
     EXPECT_TRUE(PROJECT_Save(path, "") && PROJECT_Load(path)) << "a port that was never chosen";
     EXPECT_TRUE(world.reports.empty() && world.screen.questions.empty());
