@@ -5,6 +5,7 @@
 #include "platform/files.h"
 #include "platform/format.h"
 #include "platform/process.h"
+#include "shell/cmdline_options.h"
 #include "shell/cmdline_table.h"
 #include "shell/cmdline_values.h"
 #include "shell/console.h"
@@ -69,7 +70,7 @@ void enqueue(const CmdlineEntry& entry, const std::string& argument) {
         return;
     }
     queue.push_back({&entry, argument});
-    if (entry.command == exitCommand) {
+    if (entry.command->id == exitCommand) {
         exitQueued = true;
         RUN_SetUnattended(true);
     }
@@ -79,10 +80,10 @@ void runEntry(const CmdlineEntry& entry, const std::string& argument) {
     if (argument.size() > kMaxArgument) {
         refuse(formatText("The argument of \"%s\" is too long: at most %d characters", entry.name,
                           static_cast<int>(kMaxArgument)));
-    } else if (entry.option != nullptr) {
+    } else if (entry.setting != nullptr) {
         CMDLINE_SetArgument(argument);
-        entry.option();
-    } else if (entry.command != 0) {
+        OPTION_Apply(*entry.setting);
+    } else if (entry.command != nullptr) {
         enqueue(entry, argument);
     } else if (FRONTEND_Get().hasWindows) {
         showHelp();
@@ -140,7 +141,7 @@ std::optional<std::string> CMDLINE_Process(const std::vector<std::string>& argum
 bool CMDLINE_Contains(const std::vector<std::string>& arguments, int id) {
     return std::any_of(arguments.begin(), arguments.end(), [id](const std::string& argument) {
         const CmdlineEntry* entry = isOption(argument) ? CMDLINE_Find(argument.substr(1)) : nullptr;
-        return entry != nullptr && entry->command == id;
+        return entry != nullptr && entry->command != nullptr && entry->command->id == id;
     });
 }
 
@@ -150,7 +151,7 @@ void CMDLINE_Poll() {
     }
     const QueuedCommand& command = queue[nextIndex];
     CMDLINE_SetArgument(command.argument);
-    dispatcher(command.entry->command);
+    dispatcher(command.entry->command->id);
 }
 
 void CMDLINE_Next() {
@@ -165,9 +166,9 @@ bool CMDLINE_IsExitQueued() {
     return exitQueued;
 }
 
-bool CMDLINE_IsQueued(int first, int last) {
-    return std::any_of(queue.begin(), queue.end(), [first, last](const QueuedCommand& command) {
-        return command.entry->command >= first && command.entry->command <= last;
+bool CMDLINE_NeedsTarget() {
+    return std::ranges::any_of(queue, [](const QueuedCommand& command) {
+        return command.entry->command->worksOn == WorksOn::target;
     });
 }
 

@@ -28,8 +28,7 @@ void CMDLINE_Poll();
 void CMDLINE_Next();
 bool CMDLINE_IsRunning(); // a queued command has not run yet
 bool CMDLINE_IsExitQueued();
-// Whether a command with an identifier from `first` to `last` has been queued.
-bool CMDLINE_IsQueued(int first, int last);
+bool CMDLINE_NeedsTarget(); // a command that works on the target has been queued
 
 // "Valid command line options:" and the table.
 std::string CMDLINE_HelpText();

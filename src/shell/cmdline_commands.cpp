@@ -7,6 +7,7 @@
 #include "shell/cmdline_values.h"
 #include "shell/command_handler.h"
 #include "shell/command_ids.h"
+#include "shell/command_table.h"
 #include "shell/edit_operations.h"
 #include "shell/program_files.h"
 
@@ -30,15 +31,16 @@ bool hasData(const char* otherwise) {
     return !HEXDATA_IsEmpty();
 }
 
-struct HexPair {
-    int32_t first = 0;
-    int32_t second = 0;
+struct EnteredRange {
+    uint32_t start = 0;
+    uint32_t end = 0; // inclusive
 };
 
 // Two hex numbers with `separator` between them; none when something is wrong, reported.
-std::optional<HexPair> readPair(char separator, const char* wrongSeparator) {
-    HexPair pair;
-    pair.first = CMDLINE_GetHexValue();
+std::optional<EnteredRange> readRange(char separator, const char* wrongSeparator,
+                                      const char* wrongOrder) {
+    EnteredRange range;
+    range.start = static_cast<uint32_t>(CMDLINE_GetHexValue());
     if (CMDLINE_ValueError()) {
         return std::nullopt;
     }
@@ -46,14 +48,15 @@ std::optional<HexPair> readPair(char separator, const char* wrongSeparator) {
         fail(wrongSeparator);
         return std::nullopt;
     }
-    pair.second = CMDLINE_GetHexValue();
-    return CMDLINE_ValueError() ? std::nullopt : std::optional(pair);
-}
-
-void mergeFile() {
-    if (hasData("No file currently loaded")) {
-        PROGRAM_Merge(CMDLINE_GetArgument());
+    range.end = static_cast<uint32_t>(CMDLINE_GetHexValue());
+    if (CMDLINE_ValueError()) {
+        return std::nullopt;
     }
+    if (range.end < range.start) {
+        fail(wrongOrder);
+        return std::nullopt;
+    }
+    return range;
 }
 
 int typeOfExtension(const std::string& path) {
@@ -66,7 +69,15 @@ int typeOfExtension(const std::string& path) {
     return extension == ".mot" ? FILETYPE_SRECORD : FILETYPE_NONE;
 }
 
-void saveAs() {
+} // namespace
+
+void CMDLINE_MergeFile() {
+    if (hasData("No file currently loaded")) {
+        PROGRAM_Merge(CMDLINE_GetArgument());
+    }
+}
+
+void CMDLINE_SaveAs() {
     if (!hasData("Nothing to save")) {
         return;
     }
@@ -82,24 +93,17 @@ void saveAs() {
     PROGRAM_Save(path, type);
 }
 
-void deleteRange() {
+void CMDLINE_DeleteRange() {
     if (!hasData("Nothing to delete")) {
         return;
     }
-    const auto range = readPair('-', "Separator has to be -");
-    if (!range) {
-        return;
+    if (const auto range =
+            readRange('-', "Separator has to be -", "Start address has to be <= End address !")) {
+        EDIT_DeleteRange(range->start, range->end);
     }
-    const auto start = static_cast<uint32_t>(range->first);
-    const auto end = static_cast<uint32_t>(range->second);
-    if (start > end) {
-        fail("Start address has to be <= End address !");
-        return;
-    }
-    EDIT_DeleteRange(start, end);
 }
 
-void relocate() {
+void CMDLINE_Relocate() {
     if (!hasData("Nothing to relocate")) {
         return;
     }
@@ -111,42 +115,21 @@ void relocate() {
     EDIT_Relocate(offset);
 }
 
-void readBack() {
-    const auto range = readPair(',', "Separator has to be ,");
-    if (!range) {
-        return;
-    }
-    const auto start = static_cast<uint32_t>(range->first);
-    const auto end = static_cast<uint32_t>(range->second);
-    if (end < start) {
-        fail("End Address < Start Address!");
-        return;
-    }
-    EDIT_ReadBack(start, end);
-}
-
-void run(int command) {
-    switch (command) {
-    case CMD_FILE_MERGE:
-        return mergeFile();
-    case CMD_FILE_SAVE_AS:
-        return saveAs();
-    case CMD_EDIT_DELETE_RANGE:
-        return deleteRange();
-    case CMD_EDIT_RELOCATE:
-        return relocate();
-    case CMD_TARGET_READ_BACK:
-        return readBack();
-    default:
-        MAINFRAME_Command(command);
+void CMDLINE_ReadBack() {
+    if (const auto range =
+            readRange(',', "Separator has to be ,", "End Address < Start Address!")) {
+        EDIT_ReadBack(range->start, range->end);
     }
 }
-
-} // namespace
 
 void CMDLINE_RunCommand(int command) {
     if (RUN_GetExitCode() == 0 || command == CMD_EXIT) {
-        run(command);
+        const Command* row = COMMAND_Find(command);
+        if (row != nullptr && row->line.run != nullptr) {
+            row->line.run();
+        } else {
+            MAINFRAME_Command(command);
+        }
     }
     CMDLINE_Next();
 }

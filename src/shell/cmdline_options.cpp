@@ -7,34 +7,13 @@
 #include "notice/error.h"
 #include "persist/hex_text.h"
 #include "platform/format.h"
-#include "serial/sio.h"
 #include "shell/cmdline_values.h"
+#include "shell/settings.h"
 #include "shell/summary.h"
 
 namespace {
 
 constexpr size_t kLongestPasswordText = 600; // characters
-
-template <class Apply>
-void applyDecimal(Apply apply) {
-    const int32_t value = CMDLINE_GetDecValue();
-    if (!CMDLINE_ValueError()) {
-        apply(value);
-    }
-}
-
-template <class Apply>
-void applyHex(Apply apply) {
-    const int32_t value = CMDLINE_GetHexValue();
-    if (!CMDLINE_ValueError()) {
-        apply(static_cast<uint32_t>(value));
-    }
-}
-
-// A switch is a signed byte that is on above 0.
-bool isOn(int32_t value) {
-    return static_cast<int8_t>(value) > 0;
-}
 
 // Reads a number that must be followed by one of `separators`; reports what is wrong.
 bool readNumber(int& value, std::string_view separators, const char* wrongSeparator) {
@@ -85,20 +64,15 @@ bool selectListItem(bool selected) {
 
 } // namespace
 
-void OPTION_ComBaudrate() {
-    applyDecimal([](int32_t value) { SIO_SetBaudrate(static_cast<uint32_t>(value)); });
-}
-
-void OPTION_ComPort() {
-    applyDecimal([](int32_t value) { SIO_SetPort(static_cast<uint32_t>(value)); });
-}
-
-void OPTION_PasswordAdrCount() {
-    applyHex(PASSWORD_SetAdrCount);
-}
-
-void OPTION_PasswordAdrCompare() {
-    applyHex(PASSWORD_SetAdrCompare);
+void OPTION_Apply(const Setting& setting) {
+    if (setting.option.apply != nullptr) {
+        setting.option.apply();
+        return;
+    }
+    const int32_t value = setting.number.isHex ? CMDLINE_GetHexValue() : CMDLINE_GetDecValue();
+    if (!CMDLINE_ValueError()) {
+        setting.number.set(static_cast<uint32_t>(value));
+    }
 }
 
 void OPTION_Password() {
@@ -115,18 +89,6 @@ void OPTION_Password() {
     PASSWORD_SetHexmode(true);
     PASSWORD_SetFillFF(false);
     PASSWORD_SetBytes(bytes);
-}
-
-void OPTION_PasswordFillFF() {
-    applyDecimal([](int32_t value) { PASSWORD_SetFillFF(isOn(value)); });
-}
-
-void OPTION_PasswordHexmode() {
-    applyDecimal([](int32_t value) { PASSWORD_SetHexmode(isOn(value)); });
-}
-
-void OPTION_SettingsReset() {
-    applyDecimal([](int32_t value) { DEVPROPS_SetResetByPC(value != 0); });
 }
 
 void OPTION_TargetDevice() {
@@ -153,8 +115,4 @@ void OPTION_TargetSelBlocks() {
     while (selectListItem(enable != 0)) {
     }
     SUMMARY_Refresh();
-}
-
-void OPTION_TargetSpeed() {
-    applyDecimal(DEVPROPS_SetSpeed);
 }

@@ -1,14 +1,18 @@
-// The options and commands of the command line.
+// The names of the command line: those of the settings and of the commands, and "?".
 #pragma once
+
+#include "shell/command_table.h"
+#include "shell/settings.h"
 
 #include <span>
 #include <string_view>
 
+// With neither setting nor command it shows the help.
 struct CmdlineEntry {
-    const char* name;
-    void (*option)(); // runs at once, reading its argument; or
-    int command;      // queued; 0 for neither, which shows the help
-    const char* help;
+    const char* name = nullptr;
+    const char* help = nullptr;
+    const Setting* setting = nullptr; // an option, applied at once
+    const Command* command = nullptr; // queued
 };
 
 // In the order in which they are matched and listed in the help text.

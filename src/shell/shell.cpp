@@ -83,7 +83,6 @@ int SHELL_Run(int argc, char** argv) {
     }
     PROCESS_CatchSignals(SHELL_Interrupt);
     EVENTS_Open();
-    CMDLINE_SetDispatcher(CMD_EXIT, {});
     if (!chooseFrontEnd(argc, argv, arguments)) {
         return RUN_GetExitCode();
     }

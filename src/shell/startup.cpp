@@ -80,8 +80,7 @@ void loadDefaultProject() {
 // A conversion needs no port: a run that nobody watches and that queues no target command goes on
 // without one and says so.
 void openPort() {
-    const bool needless = RUN_IsUnattended() &&
-                          !CMDLINE_IsQueued(CMD_TARGET_DOWNLOAD_RAM_IMAGE, CMD_TARGET_FLASH_STATUS);
+    const bool needless = RUN_IsUnattended() && !CMDLINE_NeedsTarget();
     SIO_TolerateOpenFailure(needless);
     SIO_Restart();
     if (needless && !SIO_GetOpenFailure().empty()) {

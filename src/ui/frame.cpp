@@ -6,6 +6,7 @@
 #include "shell/cmdline.h"
 #include "shell/command_handler.h"
 #include "shell/command_ids.h"
+#include "shell/command_table.h"
 #include "shell/identity.h"
 #include "shell/program_files.h"
 #include "shell/project.h"
@@ -49,15 +50,9 @@ bool closeWanted = false;  // the frame was closed over an open box
 bool unloadWanted = false; // the last data view was closed while the target was busy
 bool checkWanted = false;  // the frame was activated while a command ran
 
-// What may be chosen while a command is under way: nothing that touches data or target.
-bool isHarmless(int id) {
-    return (id >= CMD_VIEW_HEX_LIST && id <= CMD_VIEW_INTERRUPT_VECTORS) ||
-           (id >= CMD_WINDOW_CASCADE && id <= CMD_WINDOW_RESTORE_DEFAULT) ||
-           (id >= CMD_HELP_CONTENTS && id <= CMD_HELP_ABOUT);
-}
-
 bool mayRun(int id) {
-    return !SESSION_Get().quit && !MODAL_IsOpen() && (commandsRunning == 0 || isHarmless(id));
+    return !SESSION_Get().quit && !MODAL_IsOpen() &&
+           (commandsRunning == 0 || COMMAND_IsHarmless(id));
 }
 
 bool isBusy() {

@@ -1,8 +1,7 @@
 #include "ui/frame_menu.h"
 
 #include "persist/mru.h"
-#include "shell/command_ids.h"
-#include "shell/menu.h"
+#include "shell/command_table.h"
 
 #include <QMdiSubWindow>
 #include <string_view>
@@ -39,37 +38,26 @@ QAction* createAction(const QString& text, int id, QObject* parent) {
     return action;
 }
 
-QAction* createCommand(const MenuItem& item, QObject* parent) {
-    QAction* action = createAction(item.text, item.id, parent);
-    if (item.key != nullptr) {
-        action->setShortcut(QKeySequence(item.key));
+QAction* createCommand(const Command& row, QObject* parent) {
+    QString text = row.text;
+    const QString key = row.key;
+    if (!key.isEmpty()) {
+        text += '\t' + key;
     }
-    const bool isView = item.id >= CMD_VIEW_HEX_LIST && item.id <= CMD_VIEW_TERMINAL;
-    action->setCheckable(isView);
+    QAction* action = createAction(text, row.id, parent);
+    action->setShortcut(QKeySequence(key));
+    action->setCheckable(row.view.has_value());
     commands.push_back(action);
     return action;
 }
 
-void addRecent(QMenu* menu, const MenuItem& item) {
-    RecentSection& section = recentSections.emplace_back();
-    section.menu = menu;
-    section.end = menu->addSeparator();
-    section.list = item.kind == MenuKind::recentPrograms ? MRU_PROGRAMS : MRU_PROJECTS;
-    section.firstId = item.id;
-}
-
-void addItem(QMenu* menu, const MenuItem& item) {
-    switch (item.kind) {
-    case MenuKind::command:
-        menu->addAction(createCommand(item, menu));
-        break;
-    case MenuKind::separator:
+void addItem(QMenu* menu, const Command& row) {
+    if (row.id == 0) {
         menu->addSeparator();
-        break;
-    case MenuKind::recentPrograms:
-    case MenuKind::recentProjects:
-        addRecent(menu, item);
-        break;
+    } else if (row.recent.open != nullptr) {
+        recentSections.push_back({menu, menu->addSeparator(), row.recent.list, row.id, {}});
+    } else {
+        menu->addAction(createCommand(row, menu));
     }
 }
 
@@ -86,7 +74,7 @@ void updateRecent(RecentSection& section) {
     for (int index = 0; index < count; ++index) {
         QAction* action =
             createAction(entryText(section.list, index), section.firstId + index, section.menu);
-        action->setEnabled(MENU_IsEnabled(section.firstId + index) &&
+        action->setEnabled(COMMAND_IsEnabled(section.firstId + index) &&
                            mayRunNow(section.firstId + index));
         section.menu->insertAction(section.end, action);
         section.entries.push_back(action);
@@ -119,8 +107,8 @@ void updateWindowList() {
 void applyRules() {
     for (QAction* action : commands) {
         const int id = action->data().toInt();
-        action->setEnabled(MENU_IsEnabled(id) && mayRunNow(id));
-        action->setChecked(MENU_IsChecked(id));
+        action->setEnabled(COMMAND_IsEnabled(id) && mayRunNow(id));
+        action->setChecked(COMMAND_IsChecked(id));
     }
 }
 
@@ -140,15 +128,15 @@ void FRAMEMENU_Build(QMenuBar* bar, QMdiArea* area, std::function<void(int)> run
     windowArea = area;
     runCommand = std::move(run);
     mayRunNow = std::move(mayRun);
-    for (const MenuPopup& popup : MENU_Popups()) {
+    for (const CommandPopup& popup : COMMAND_Popups()) {
         if (popup.isCommand) {
             bar->addAction(createCommand(popup.items.front(), bar));
             continue;
         }
         QMenu* menu = bar->addMenu(popup.text);
         menu->setObjectName(popup.text);
-        for (const MenuItem& item : popup.items) {
-            addItem(menu, item);
+        for (const Command& row : popup.items) {
+            addItem(menu, row);
         }
         if (std::string_view(popup.text) == "&Window") {
             windowMenu = menu;
@@ -162,7 +150,7 @@ void FRAMEMENU_Update() {
     for (const RecentSection& section : recentSections) {
         for (QAction* action : section.entries) {
             const int id = action->data().toInt();
-            action->setEnabled(MENU_IsEnabled(id) && mayRunNow(id));
+            action->setEnabled(COMMAND_IsEnabled(id) && mayRunNow(id));
         }
     }
 }

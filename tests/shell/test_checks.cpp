@@ -1,6 +1,6 @@
 #include "shell/checks.h"
 #include "shell/command_ids.h"
-#include "shell/menu.h"
+#include "shell/command_table.h"
 #include "shell/project.h"
 #include "shell/shell_world.h"
 
@@ -96,7 +96,7 @@ TEST(Menu, FollowsItsRules) {
     const ShellWorld world;
     const auto expectEnabled = [](std::initializer_list<int> ids, bool expected) {
         for (const int id : ids) {
-            EXPECT_EQ(MENU_IsEnabled(id), expected) << id;
+            EXPECT_EQ(COMMAND_IsEnabled(id), expected) << id;
         }
     };
     expectEnabled({CMD_FILE_OPEN, CMD_EXIT, CMD_TARGET_ERASE_CHIP, CMD_VIEW_DEVICE}, true);
@@ -134,6 +134,9 @@ TEST(Project, RestoresWhatItSaved) {
         EXPECT_TRUE(PROJECT_Save(path, programFile));
         EXPECT_EQ(readFile(path), project) << "no File line";
     }
+    EXPECT_TRUE(PROJECT_Save(path, "a.hex"));
+    EXPECT_NE(readFile(path).find("Logging = 0\r\nFile = \"a.hex\"\r\nDevice = "),
+              std::string::npos);
     SIO_SetPort(0);
     EXPECT_TRUE(PROJECT_Save(path, "") && PROJECT_Load(path)) << "a port that was never chosen";
     EXPECT_TRUE(world.reports.empty() && world.screen.questions.empty());

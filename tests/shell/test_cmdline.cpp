@@ -1,9 +1,13 @@
 #include "shell/cmdline.h"
 #include "shell/cmdline_commands.h"
+#include "shell/cmdline_table.h"
 #include "shell/command_ids.h"
 #include "shell/shell_world.h"
+#include "support/paths.h"
 
 #include <gtest/gtest.h>
+#include <set>
+#include <sstream>
 
 namespace {
 
@@ -137,4 +141,30 @@ TEST(Cmdline, TakesTheFirstArgumentForTheProgramFileWhenItCanBeOne) {
     EXPECT_EQ(CMDLINE_Process({path}), path);
     EXPECT_EQ(CMDLINE_Process({"-OptionsCOMPort1", path}), std::nullopt);
     EXPECT_EQ(CMDLINE_Process({""}), "") << "a file that cannot be opened, and not no file";
+}
+
+// The tables of docs/command-line.md have a row for all that the help text lists, beginning with
+// its name, argument and effect, and no other.
+TEST(Cmdline, IsDocumentedAsItsHelpSays) {
+    std::set<std::string> documented;
+    std::set<std::string> helped;
+    std::istringstream document(readFile(builtFolder() / "command-line.md"));
+    for (std::string line; std::getline(document, line);) {
+        if (line.starts_with("| `-")) {
+            documented.insert(line);
+        }
+    }
+    for (const CmdlineEntry& entry : CMDLINE_Table()) {
+        const auto help =
+            std::string(entry.help).substr(std::string_view(entry.help).rfind('\t') + 1);
+        const size_t behind = help.find("> ") + 1; // 0: no argument
+        const std::string argument = behind == 0 ? "" : "`" + help.substr(0, behind) + "` ";
+        helped.insert(std::string("| `-") + entry.name + "` | " + argument + "| " +
+                      help.substr(behind == 0 ? 0 : behind + 1) + " |");
+    }
+    ASSERT_EQ(documented.size(), helped.size());
+    auto line = documented.begin();
+    for (const std::string& row : helped) {
+        EXPECT_EQ((line++)->substr(0, row.size()), row);
+    }
 }

@@ -1,7 +1,7 @@
 #include "data/hexdata.h"
 #include "device/device.h"
 #include "shell/command_ids.h"
-#include "shell/menu.h"
+#include "shell/command_table.h"
 #include "shell/session.h"
 #include "sim/flash.h"
 #include "sweep/sweep.h"
@@ -194,7 +194,7 @@ const std::vector<SweepCommand>& SWEEP_Commands() {
 CleanRun JUDGE_Clean(const std::string& device, const std::string& command) {
     SweepWorld world({device, command, "clean", 0, ""});
     CleanRun clean;
-    clean.isOffered = std::ranges::all_of(world.command.ids, MENU_IsEnabled);
+    clean.isOffered = std::ranges::all_of(world.command.ids, COMMAND_IsEnabled);
     if (!clean.isOffered) {
         return clean;
     }

@@ -1,0 +1,78 @@
+#include "shell/settings.h"
+
+#include "device/device.h"
+#include "device/devprops.h"
+#include "link/password.h"
+#include "persist/hex_text.h"
+#include "serial/sio.h"
+#include "shell/cmdline_options.h"
+#include "shell/program_files.h"
+
+namespace {
+
+constexpr uint32_t kLastAddress = 0xFFFFFF;
+
+void setPassword(const std::string& digits, std::string& error) {
+    const std::vector<uint8_t> bytes = HEXTEXT_ToBytes(digits, kMaxPassword, error);
+    if (error.empty()) {
+        PASSWORD_SetBytes(bytes);
+    }
+}
+
+constexpr Setting number(SettingOption option, SettingLine line, SettingNumber number) {
+    return {option, line, number};
+}
+
+constexpr Setting text(SettingOption option, SettingLine line, SettingText text) {
+    return {option, line, {}, text};
+}
+
+// A switch is a signed byte that is on above 0.
+template <bool (*get)(), void (*set)(bool)>
+constexpr Setting onOff(SettingOption option, SettingLine line) {
+    return number(option, line,
+                  {0, 1, [] { return get() ? 1U : 0U; },
+                   [](uint32_t value) { set(static_cast<int8_t>(value) > 0); }});
+}
+
+constexpr Setting kSettings[] = {
+    number({"OptionsCOMBaudrate", "\t<BAUDRATE> Sets baudrate"}, {"Baudrate", 2},
+           {1, 1'000'000, SIO_GetBaudrate, SIO_SetBaudrate}),
+    number({"OptionsCOMPort", "\t\t<PORT> Sets COM-port of PC"}, {"Port", 1},
+           {1, kMaxComPort, SIO_GetPort, SIO_SetPort}),
+    number({}, {"Logging", 3}, {0, 1, SIO_GetLogging, SIO_SetLogging}),
+    text({}, {"File", 4},
+         {499, nullptr, [](const std::string& path, std::string&) { PROGRAM_Open(path); }}),
+    number({"OptionsPWAdrCount", "\t<COUNTADR> Sets count address for password comparison"},
+           {"PasswordAdrCount", 6},
+           {0, kLastAddress, PASSWORD_GetAdrCount, PASSWORD_SetAdrCount, true}),
+    number({"OptionsPWAdrCompare", "\t<COMPAREADR> Sets compare address for password comparison"},
+           {"PasswordAdrCompare", 7},
+           {0, kLastAddress, PASSWORD_GetAdrCompare, PASSWORD_SetAdrCompare, true}),
+    text({"OptionsPWPassword", "\t<PASSWORD> Sets password", OPTION_Password}, {"Password", 10},
+         {999, [] { return HEXTEXT_FromBytes(PASSWORD_GetBytes()); }, setPassword}),
+    onOff<PASSWORD_GetFillFF, PASSWORD_SetFillFF>(
+        {"OptionsPWFillFF", "\t\t<ENABLE> Enables/disables filling password with 0xFF"},
+        {"PasswordFillFF", 8}),
+    onOff<PASSWORD_GetHexmode, PASSWORD_SetHexmode>(
+        {"OptionsPWHexmode", "\t<ENABLE> Enables/disables hexmode for the password"},
+        {"PasswordHexmode", 9}),
+    number({"OptionsSettingsReset", "\t<ENABLE> Enables/disables reset handling by Calvorin"}, {},
+           {0, 0, nullptr, [](uint32_t on) { DEVPROPS_SetResetByPC(on != 0); }}),
+    text({"OptionsTargetDevice", "\t<DEVICENAME> Selects the desired device", OPTION_TargetDevice},
+         {"Device", 5},
+         {99, [] { return DEVICE_GetName(); },
+          [](const std::string& name, std::string&) { DEVICE_FindByName(name); }}),
+    number({"OptionsTargetSelBlocks",
+            "\t<ENABLE,B1[,B2...][,B2-Bn]> Enables/disables the desired blocks",
+            OPTION_TargetSelBlocks},
+           {}, {}),
+    number({"OptionsTargetSpeed", "\t<SPEED> Sets the oscillator frequency in [Hz]"}, {},
+           {0, 0, nullptr, [](uint32_t hz) { DEVPROPS_SetSpeed(hz); }}),
+};
+
+} // namespace
+
+std::span<const Setting> SETTINGS_Table() {
+    return kSettings;
+}

@@ -1,0 +1,44 @@
+// The settings that have a name on the command line, in a project or in both, one row each: names,
+// range, and what gets and sets them. User-interface thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+struct SettingOption {
+    const char* name = nullptr; // none: the command line does not have it
+    const char* help = nullptr; // what stands behind the name in the help text
+    void (*apply)() = nullptr;  // reads the argument; none: a number, taken as it is
+};
+
+struct SettingLine {
+    const char* key = nullptr; // none: no project keeps it
+    int place = 0;             // of its line: what is read later may rest on what stands before
+};
+
+// A project refuses what lies below `min`, and what lies above `max` counts as `max` there.
+struct SettingNumber {
+    uint32_t min = 0;
+    uint32_t max = 0;
+    uint32_t (*get)() = nullptr;
+    void (*set)(uint32_t value) = nullptr; // none: the setting is no number
+    bool isHex = false;
+};
+
+struct SettingText {
+    size_t longest = 0;             // characters in a project
+    std::string (*get)() = nullptr; // none: the program file that is saved with the project
+    void (*set)(const std::string& text, std::string& error) = nullptr;
+};
+
+struct Setting {
+    SettingOption option;
+    SettingLine line;
+    SettingNumber number = {};
+    SettingText text = {};
+};
+
+// In the order in which the command line matches and lists them.
+std::span<const Setting> SETTINGS_Table();
