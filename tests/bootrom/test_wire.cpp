@@ -161,7 +161,7 @@ TEST(Wire, BootRomCommands) {
     const std::string version1 = kDeviceB + "RewriteVersion = 1";
     const std::vector<WireCase> cases = {
         {"rewrite", kDeviceA, eraseChip, join({a, {{"30", "30C1"}, {"3A00000001FF", "8000"}}}),
-         true, "", BOOT_SYNCED, erased},
+         true, "", BOOT_SYNCED, rewritten},
         {"rewrite without sum", kDeviceA, eraseChip,
          join({a, {{"30", "30C1"}, {"3A00000001FF", "80"}}}), false, "", BOOT_SYNCED, notErased},
         {"erase", byCommand, eraseChip, join({a, {{"F0", "F0"}}, frame, {{"F1", "8000"}}}), true,
@@ -182,9 +182,9 @@ TEST(Wire, BootRomCommands) {
          join({a, {{"FA", "FA"}, {"FFC0FFC1A1A2", "00"}}}), false,
          "Flash memory read protection command failed", BOOT_SYNCED},
         {"B rewrite 0", kDeviceB, eraseChip, join({b, {{"40", "40 4F B1"}}}), true, "", BOOT_SYNCED,
-         erased},
+         reported},
         {"B rewrite 1", version1, eraseChip, join({b, {{"40", "40"}, {"54", "54 4F 5D"}}}), true,
-         "", BOOT_SYNCED, erased},
+         "", BOOT_SYNCED, reported},
         {"B protect", kDeviceB, slot(&BootRomProtocol::ProtectChip),
          join({kReset, kMatchB, {{"60", "60"}, {"A1A2 00000000000000000000 BD", "60"}}}), true, "",
          BOOT_SYNCED},
