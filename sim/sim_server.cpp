@@ -34,8 +34,7 @@ std::vector<DeviceRecord> readDevices(const SimOptions& options, std::string& er
         if (result.record) {
             devices.push_back(*result.record);
         } else {
-            error += formatText("%s, line %d: %s%s\n", path.c_str(), result.line,
-                                result.error.c_str(), result.missing.c_str());
+            error += path.string() + ": " + faultTexts(result);
         }
     }
     return devices;

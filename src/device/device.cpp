@@ -4,6 +4,7 @@
 #include "device/devprops.h"
 #include "notice/error.h"
 #include "notice/log.h"
+#include "notice/run.h"
 #include "persist/parse.h"
 #include "platform/files.h"
 #include "platform/format.h"
@@ -24,6 +25,13 @@ const DeviceRecord kBlankRecord = [] {
 }();
 
 constexpr int kExitCode = 1;
+
+std::string leftOut; // what was said of the descriptions that cannot be used, a line each
+
+void leaveOut(const std::string& why) {
+    LOG_Add(why);
+    leftOut += (leftOut.empty() ? "" : "\n") + why;
+}
 
 int lastDevice() {
     return DEVICE_GetNumDevices() - 1;
@@ -73,40 +81,42 @@ const char* readDescription(const std::filesystem::path& path, std::string& text
 } // namespace
 
 int DEVICE_Init() {
+    leftOut.clear();
     const std::string folder = FILES_ProgramFolder() + "Device/";
     const std::vector<std::filesystem::path> paths = FILES_List(folder, ".dev");
-    if (paths.empty()) {
-        ERROR_Out(nullptr, formatText("Can not find device file in directory %s", folder.c_str()),
-                  kExitCode);
-        return 1;
-    }
     for (const std::filesystem::path& path : paths) {
         std::string text;
         std::string reason;
         const std::string failure = readDescription(path, text, reason);
-        if (!failure.empty()) {
-            ERROR_Out(nullptr, failure, kExitCode);
-            LOG_Add(formatText("Device file %s: %s", path.c_str(), reason.c_str()));
-        } else if (_ParseDeviceFile(text, path.string()) != 0) {
-            return 1;
+        if (failure.empty()) {
+            static_cast<void>(
+                _ParseDeviceFile(text, path.string())); // which says why it refuses one
+        } else {
+            leaveOut(formatText("%s (%s: %s)", failure.c_str(), path.c_str(), reason.c_str()));
         }
+    }
+    if (table.empty()) {
+        ERROR_Out(nullptr, formatText("Can not find device file in directory %s", folder.c_str()),
+                  kExitCode);
+        return 1;
+    }
+    if (!leftOut.empty() && !RUN_IsUnattended()) {
+        ERROR_Ask(nullptr, leftOut, "Device descriptions that are left out", BOX_OK);
     }
     return 0;
 }
 
 int _ParseDeviceFile(const std::string& text, const std::string& path) {
     const DeviceParseResult result = DEVICE_ParseText(text);
-    if (!result.error.empty()) {
-        ERROR_Out(nullptr, PARSE_ErrorWords(result.error), kExitCode);
-        ERROR_Out(nullptr,
-                  formatText("Device::_ParseDeviceFile: Error reading device file %s, Line %d",
-                             path.c_str(), result.line),
-                  kExitCode);
-        return 1;
+    for (const DeviceFault& fault : result.faults) {
+        leaveOut(formatText("Device::_ParseDeviceFile: Error reading device file %s, Line %d: %s",
+                            path.c_str(), fault.line, PARSE_ErrorWords(fault.text).c_str()));
     }
     if (!result.missing.empty()) {
-        ERROR_Ask(nullptr, formatText("Missing parameter: %s", result.missing.c_str()),
-                  formatText("Error reading device file %s", path.c_str()), BOX_OK);
+        leaveOut(formatText("Error reading device file %s: Missing parameter: %s", path.c_str(),
+                            result.missing.c_str()));
+    }
+    if (!result.record) {
         return 1;
     }
     _AddDevice(*result.record);

@@ -11,10 +11,12 @@
 
 inline constexpr int kMaxDevices = 200;
 
-// Reads every description in the folder Device beside the program. 0 when at least one was found
-// and none was refused; 1 otherwise, reported.
+// Reads every description in the folder Device beside the program. One that cannot be used is left
+// out: the log says why, and in a run that is not unattended one box names them all. 0 when a
+// device is left, 1 when none is, reported.
 int DEVICE_Init();
-// Parses one description and adds its device. 0 when it was accepted, 1 when refused, reported.
+// Parses one description and adds its device. 0 when it was accepted, 1 when refused, which the log
+// says.
 int _ParseDeviceFile(const std::string& text, const std::string& path);
 void _AddDevice(const DeviceRecord& record);
 int DEVICE_GetNumDevices();

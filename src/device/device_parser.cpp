@@ -1,7 +1,9 @@
 #include "device/device_parser.h"
 
+#include "device/description_check.h"
 #include "device/device_statement.h"
 #include "persist/parse.h"
+#include "platform/format.h"
 
 #include <cstring>
 #include <string_view>
@@ -48,6 +50,7 @@ int readStatements(Statement& statement) {
         if (!statement.ok()) {
             break;
         }
+        statement.lines[statement.key] = line;
         PARSE_SkipLine(statement.cursor);
         ++line;
     }
@@ -69,23 +72,39 @@ const char* findMissing(const DeviceRecord& record) {
 
 } // namespace
 
+std::string faultTexts(const DeviceParseResult& result) {
+    std::string texts;
+    for (const DeviceFault& fault : result.faults) {
+        texts += formatText("Line %d: %s\n", fault.line, PARSE_ErrorWords(fault.text).c_str());
+    }
+    return result.missing.empty() ? texts : "Missing parameter: " + result.missing + "\n";
+}
+
 DeviceParseResult DEVICE_ParseText(const std::string& text) {
     DeviceParseResult result;
     if (const size_t nul = findHidingNul(text); nul != std::string::npos) {
-        result.error = "NUL byte in the text";
-        result.line = lineOf(text, nul);
+        result.faults = {{lineOf(text, nul), "NUL byte in the text"}};
         return result;
     }
     Statement statement;
     statement.cursor = text.c_str();
     statement.longest = text.size();
-    result.line = readStatements(statement);
-    result.error = statement.error;
-    if (!result.error.empty()) {
+    const int line = readStatements(statement);
+    if (!statement.ok()) {
+        result.faults = {{line, statement.error}};
         return result;
     }
     result.missing = findMissing(statement.record);
-    if (result.missing.empty()) {
+    if (!result.missing.empty()) {
+        return result;
+    }
+    for (const DescriptionFault& fault : checkDescription(statement.record)) {
+        // A key that is not there stands for the end of the description.
+        const auto found = statement.lines.find(fault.key);
+        result.faults.push_back(
+            {found == statement.lines.end() ? line : found->second, fault.text});
+    }
+    if (result.faults.empty()) {
         result.record = std::move(statement.record);
     }
     return result;

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 
 struct Statement {
@@ -14,6 +15,7 @@ struct Statement {
     size_t longest = 0; // no text can be longer: the size of the whole description
     std::string error;
     DeviceRecord record;
+    std::map<std::string, int> lines; // where each key was given last
 
     bool ok() const { return error.empty(); }
     // Bounds are inclusive; a greater value becomes `max`.

@@ -5,6 +5,7 @@
 #include "device/device.h"
 #include "device/ivector.h"
 #include "notice/error.h"
+#include "notice/run.h"
 #include "shell/session.h"
 #include "target/commands.h"
 
@@ -80,8 +81,29 @@ bool passwordAccepted() {
     return true;
 }
 
+// Auto on a chip that can only be erased or filled as a whole would take deselected blocks with it.
+bool wholeChipAccepted() {
+    if (RUN_IsUnattended()) {
+        ERROR_Out(nullptr, "Auto writes the whole chip, but a block is deselected", 1);
+        return false;
+    }
+    return agreed("Auto writes the whole chip, deselected blocks too!\nContinue?",
+                  "Deselected Blocks");
+}
+
+bool eraseForAuto() {
+    if (DEVICE_SelectedBlocks().size() == DEVICE_Blocks().size()) {
+        return TARGET_EraseChip(false) == 0;
+    }
+    if (DEVICE_GetSprtErase() != 0) {
+        return TARGET_EraseSelectedBlocks();
+    }
+    return wholeChipAccepted() && TARGET_EraseChip(false) == 0;
+}
+
 bool mayBeWritten() {
-    return rangeIsGood() && resetVectorAccepted() && passwordAccepted();
+    return TARGET_HasSelectedBlock() && rangeIsGood() && resetVectorAccepted() &&
+           passwordAccepted();
 }
 
 } // namespace
@@ -138,8 +160,10 @@ void CHECKS_Auto() {
     }
     const TargetBusy busy;
     if (DEVICE_GetFLASHIsEE() != 0) {
-        TARGET_ProgramTarget();
-    } else if (TARGET_EraseChip(false) == 0) {
+        if (DEVICE_SelectedBlocks().size() == DEVICE_Blocks().size() || wholeChipAccepted()) {
+            TARGET_ProgramTarget();
+        }
+    } else if (eraseForAuto()) {
         TARGET_Program(HEXDATA_GetFirstAddr(), HEXDATA_GetLastAddr());
     }
 }

@@ -3,33 +3,15 @@
 #include "data/hexdata.h"
 #include "device/device.h"
 #include "device/image_checksum.h"
+#include "device/image_fit.h"
 #include "notice/status.h"
 #include "platform/format.h"
 #include "serial/sio.h"
 #include "shell/front_end.h"
 
-#include <algorithm>
-
-namespace {
-
-bool isInside(uint32_t address, const std::vector<DeviceBlock>& blocks) {
-    return std::any_of(blocks.begin(), blocks.end(), [address](const DeviceBlock& block) {
-        return block.range.contains(address);
-    });
-}
-
-bool dataFits(const std::vector<DeviceBlock>& blocks) {
-    const std::vector<AreaInfo> areas = HEXDATA_GetAreas();
-    return std::all_of(areas.begin(), areas.end(), [&blocks](const AreaInfo& area) {
-        return isInside(area.start, blocks) && isInside(area.last(), blocks);
-    });
-}
-
-} // namespace
-
 void SUMMARY_Refresh() {
     DEVICE_CalcImageChecksum(DEVICE_GetSprtCRC() != 0);
-    HEXDATA_SetFits(dataFits(DEVICE_SelectedBlocks()));
+    HEXDATA_SetFits(DEVICE_ImageFits());
     FRONTEND_Get().refreshView(View::hexDump);
     FRONTEND_Get().refreshView(View::hexList);
 }

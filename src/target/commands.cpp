@@ -120,7 +120,7 @@ std::string rangeStarted(const char* what, uint32_t first, uint32_t last) {
     return formatText("%s 0x%06X - 0x%06X started", what, first, last);
 }
 
-bool eraseBlocks() {
+bool eraseBlocks(bool showBox) {
     if (!TARGET_HasSelectedBlock()) {
         return false;
     }
@@ -130,7 +130,7 @@ bool eraseBlocks() {
     }
     const Operation operation = {kEraseBlocks.code(), {}, DEVICE_SelectedBlocks()};
     const bool done = TARGET_RunOperation(operation, kEraseBlocks.line()).has_value();
-    showResult(kEraseBlocks, done);
+    showResult(kEraseBlocks, done, showBox);
     return done;
 }
 
@@ -250,14 +250,18 @@ int TARGET_EraseChip(bool showBox) {
             return eraseChipByBootRom(*family, showBox);
         }
         if (DEVICE_GetSprtErase() != 0) {
-            return eraseBlocks() ? 0 : 1;
+            return eraseBlocks(true) ? 0 : 1;
         }
     }
     return eraseChipByLoader(showBox);
 }
 
 void TARGET_EraseBlocks() {
-    eraseBlocks();
+    eraseBlocks(true);
+}
+
+bool TARGET_EraseSelectedBlocks() {
+    return eraseBlocks(false);
 }
 
 void TARGET_Program(uint32_t first, uint32_t last) {

@@ -5,13 +5,14 @@
 #include <cstdint>
 #include <string>
 
-// Whether there is a selected block to work on; reported when not. Commands on selected blocks begin
-// with it.
+// Whether there is a selected block to work on; reported when not. Commands on selected blocks
+// begin with it.
 bool TARGET_HasSelectedBlock();
 void TARGET_DownloadRamImage(const std::string& path);
 void TARGET_StartApplication();
 int TARGET_EraseChip(bool showBox); // 0 done, 1 failed
 void TARGET_EraseBlocks();
+bool TARGET_EraseSelectedBlocks(); // without a box, as a step of Auto; whether it was done
 void TARGET_Program(uint32_t first, uint32_t last); // addresses, last inclusive
 void TARGET_ProgramTarget();
 void TARGET_ReadBack(uint32_t start, uint32_t end); // end inclusive; replaces the image

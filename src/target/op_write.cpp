@@ -4,6 +4,7 @@
 #include "device/device.h"
 #include "link/target_state.h"
 #include "notice/progress.h"
+#include "platform/format.h"
 #include "target/operation.h"
 #include "target/page_buffer.h"
 #include "target/reply.h"
@@ -71,6 +72,19 @@ Result<> writePiece(const AddressRange& piece) {
     return TARGET_WriteBytes(TARGET_ToChipAddress(piece.start), data);
 }
 
+// A page that two blocks share would take the neighbour's bytes with it.
+Result<> checkWholePages(const std::vector<DeviceBlock>& blocks) {
+    const uint32_t pageLen = TARGET_State().PageLen;
+    for (const DeviceBlock& block : blocks) {
+        if (block.range.start % pageLen != 0 || block.range.end % pageLen != 0) {
+            return Failure{.reason =
+                               formatText("Block %d does not begin and end on pages of %u bytes",
+                                          block.index, pageLen)};
+        }
+    }
+    return {};
+}
+
 } // namespace
 
 Result<> opProgram(const Operation& operation) {
@@ -99,6 +113,9 @@ Result<> opFillBlocks(const Operation& operation) {
     }
     if (Result<> fit = checkBlocks(operation.blocks); !fit) {
         return fit;
+    }
+    if (Result<> whole = checkWholePages(operation.blocks); !whole) {
+        return whole;
     }
     setProgressRange(DEVICE_Blocks().size());
     PROGRESS_ShowCancel(false);

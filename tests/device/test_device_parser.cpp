@@ -64,12 +64,13 @@ TEST(DeviceParser, NamesWhatIsWrongWithAStatement) {
     for (const auto& [error, statements] : cases) {
         for (const std::string& statement : statements) {
             const DeviceParseResult result = DEVICE_ParseText(head + statement);
-            EXPECT_EQ(result.error, error) << statement;
-            EXPECT_EQ(result.line, statement.find('\r') == std::string::npos ? 5 : 6) << statement;
+            ASSERT_EQ(result.faults.size(), 1U) << statement;
+            EXPECT_EQ(result.faults[0].text, error) << statement;
+            EXPECT_EQ(result.faults[0].line, statement.find('\r') == std::string::npos ? 5 : 6);
             EXPECT_FALSE(result.record) << statement;
         }
     }
-    EXPECT_EQ(DEVICE_ParseText("\n" + kHead).error, "Unknown identifier: ");
+    EXPECT_EQ(faultTexts(DEVICE_ParseText("\n" + kHead)), "Line 1: Unknown identifier: \n");
 }
 
 TEST(DeviceParser, NamesTheFirstMissingParameter) {
@@ -77,6 +78,34 @@ TEST(DeviceParser, NamesTheFirstMissingParameter) {
     EXPECT_EQ(DEVICE_ParseText("").missing, "Device not specified");
     EXPECT_EQ(DEVICE_ParseText(head + "Device = \"\"").missing, "Device not specified");
     EXPECT_EQ(DEVICE_ParseText(head + "Device = \"D\"").missing, "Bank not specified");
+}
+
+// What would harm a chip or leave it erased is found before anything is sent.
+TEST(DeviceParser, RefusesWhatDoesNotGoTogether) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"FLASHPageLen = 96",
+         "Line 4: a page of 96 bytes; a power of two up to 1024 would be right"},
+        {"FLASHPageLen = 4096",
+         "Line 4: a page of 2048 bytes; a power of two up to 1024 would be right"},
+        {"FLASHPageLen = 128\nBank = 140, 80, 200, 90",
+         "Line 5: the block at 140, 80 bytes, does not begin and end on pages of 80 bytes\n"
+         "Line 5: the block at 200, 90 bytes, does not begin and end on pages of 80 bytes"},
+        {"SprtEraseChip = 1\nUARTRamcode = \"a\", \"TYPE_B\"",
+         "Line 6: TimeoutEraseAll is missing or 0, but SprtEraseChip needs a time in ms\n"
+         "Line 6: TimeoutGetSUM is missing or 0, but UARTRamcode needs a time in ms"},
+        {"SprtProtectBlock = 1\nTimeoutEraseBlock = 0",
+         "Line 5: TimeoutEraseBlock is missing or 0, but SprtProtectBlock needs a time in ms"},
+        {"FLASHIsEE = 1\nBank = 200, 100",
+         "Line 5: a device that is filled as a whole has no gaps; the block at 200 would begin at "
+         "100"},
+        {"Relocate = 0,80,100", "Line 4: the window at 80, 100 bytes, holds a part of the block at "
+                                "0; whole blocks would be right"},
+    };
+    for (const auto& [statements, faults] : cases) {
+        const DeviceParseResult result = DEVICE_ParseText(kHead + statements);
+        EXPECT_EQ(faultTexts(result), faults + std::string("\n"));
+        EXPECT_FALSE(result.record);
+    }
 }
 
 TEST(DeviceParser, ReadsNumbersAndCodes) {
@@ -97,7 +126,7 @@ TEST(DeviceParser, ReadsNumbersAndCodes) {
         {"AlgoS = S507", [](const R& r) { return r.AlgoS; }, 0x87},
         {"PWArea = 1, 1FFFFFF", [](const R& r) { return r.PWAreaLen; }, 0xFFFFFF},
         {"TimeoutGetSUM = 999999", [](const R& r) { return r.TimeoutGetSUM; }, 200000},
-        {"FLASHPageLen = 4096", [](const R& r) { return r.FLASHPageLen; }, 2048},
+        {"FLASHPageLen = 256", [](const R& r) { return r.FLASHPageLen; }, 256},
         {"UARTRamcode = \"a\",\"TYPE_B\"", [](const R& r) { return r.RamcodeType; }, 1},
         {"ProductInfo = 1FF,4,300,\"\"", [](const R& r) { return r.PICode + r.PIValue2; }, 510},
         {"aHWRange = 5 , 2000, 7, 7", [](const R& r) { return r.aHWRange[0].second; }, 1000},
@@ -105,7 +134,7 @@ TEST(DeviceParser, ReadsNumbersAndCodes) {
     };
     for (const Case& c : cases) {
         const DeviceParseResult result = DEVICE_ParseText(kHead + c.statement);
-        ASSERT_TRUE(result.record) << c.statement << ": " << result.error;
+        ASSERT_TRUE(result.record) << c.statement << ": " << faultTexts(result);
         EXPECT_EQ(c.field(*result.record), c.value) << c.statement;
     }
 }
@@ -117,7 +146,7 @@ TEST(DeviceParser, ReadsTextsAndListsUpToTheirLimits) {
         repeated("Bank = 0, 1", ", 0, 1", 77) + "\nBank = 10000 , 8000\n" +
         "IVector = 0, \"Reset\", 16, FFFE, 1, \"NMI\" , 20, FFFC\naIDAdr = A ,b\naIDAdr = C\n" +
         std::string(3, '\0'));
-    ASSERT_TRUE(result.record) << result.error;
+    ASSERT_TRUE(result.record) << faultTexts(result);
     const DeviceRecord& record = *result.record;
     EXPECT_EQ(record.Manufacturer + record.Device, "two\nlines" + name);
     EXPECT_EQ(record.aBlock.at(78).Start + record.aBlock.at(78).Len, 0x18000U);

@@ -111,9 +111,6 @@ TEST(WithoutChip, RefusesBadFiles) {
         {"app.hex", std::string(kHex) + " ", "Error in line 3: Unexpected character\n"},
         {"app.hex", "", "File not found\n"},
         {"app.hex", "/", "OnFileOpen: Invalid file handle\n"},
-        {"Device/a.dev", "Device = \"X\"\nManufacturer = M\n",
-         "Expected a text in double quotes\n"
-         "Device::_ParseDeviceFile: Error reading device file ./Device/a.dev, Line 2\n"},
         {"Device", "", "Can not find device file in directory ./Device/\n"},
         {"calvorin.ini", "[Settings MAINFRAME]\r\nRect = 1, 2\r\n", "Expected ',', got '\\x0D'\n"},
     };

@@ -11,7 +11,7 @@ inline DeviceRecord deviceNamed(const std::string& name) {
     std::string text;
     FILES_ReadAll(builtFolder() / "Device" / (name + ".dev"), text);
     const DeviceParseResult result = DEVICE_ParseText(text);
-    EXPECT_TRUE(result.record) << name << ": " << result.error << result.missing;
+    EXPECT_TRUE(result.record) << name << ": " << faultTexts(result);
     return result.record.value_or(DeviceRecord{});
 }
 

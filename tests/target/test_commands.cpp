@@ -1,8 +1,10 @@
 // Every command on the virtual chips: what it does to the chip, what it says, how it ends.
 
 #include "bootrom/connect.h"
+#include "device/image_fit.h"
 #include "notice/progress.h"
 #include "notice/status.h"
+#include "shell/checks.h"
 #include "target/operation.h"
 #include "target_world.h"
 
@@ -63,6 +65,62 @@ TEST(Commands, OnlySelectedBlocksAreErased) {
     EXPECT_EQ(TARGET_EraseChip(true), 0); // the loader runs: every block
     SIMPORT_WithChip(world.line, [](Chip& chip) { EXPECT_TRUE(CHIP_IsBlank(chip)); });
     EXPECT_EQ(world.violations(), "");
+}
+
+TEST(Commands, AutoLeavesDeselectedBlocksAlone) {
+    const std::string common =
+        "Version = 100\nManufacturer = \"M\"\nDevice = \"OWN\"\nBank = 0,4000, 4000,4000\n"
+        "UARTRamcode = \"vt-b.s\", \"TYPE_B\"\nFLASHPageLen = 128\nSkipPasswordCheck = 1\n"
+        "TimeoutEraseAll = 9000\nTimeoutEraseBlock = 5000\nTimeoutGetSUM = 5000\n"
+        "SprtEraseChip = 1\n";
+    const struct {
+        const char* flags;
+        bool unattended;
+        const char* error;
+        const char* question;
+    } cases[] = {
+        {"SprtErase = 1", true, "", "Programming: All bytes\nwritten successfully"},
+        {"SprtCRC = 0", true, "Auto writes the whole chip, but a block is deselected", ""},
+        {"FLASHIsEE = 1", true, "Auto writes the whole chip, but a block is deselected", ""},
+        {"FLASHIsEE = 1", false, "",
+         "Deselected Blocks: Auto writes the whole chip, deselected blocks too!\nContinue?"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.flags);
+        WorldOptions options;
+        options.device = "OWN";
+        options.description = common + c.flags + "\n";
+        options.chip.password = std::vector<uint8_t>(12, 0xAA);
+        TargetWorld world(options);
+        world.screen.answer = ANSWER_NO;
+        const std::vector<uint8_t> mark = {1, 2, 3};
+        SIMPORT_WithChip(world.line, [&](Chip& chip) { CHIP_PutFlash(chip, 0x4000, mark); });
+        HEXDATA_Clear();
+        HEXDATA_AddData(0, std::vector<uint8_t>{0x10, 0x20});
+        DEVPROPS_SelectBlock(1, false);
+        HEXDATA_SetFits(DEVICE_ImageFits());
+        RUN_SetUnattended(c.unattended);
+        CHECKS_Auto();
+        EXPECT_EQ(world.allErrors(), c.error);
+        EXPECT_EQ(world.questions().empty() ? "" : world.questions().back(), c.question);
+        SIMPORT_WithChip(world.line,
+                         [&](Chip& chip) { EXPECT_EQ(CHIP_GetFlash(chip, 0x4000, 3), mark); });
+    }
+}
+
+TEST(Commands, WorkOnNoBlockFails) {
+    TargetWorld world({.device = "VT-B128", .chip = {}});
+    for (const DeviceBlock& block : DEVICE_Blocks()) {
+        DEVPROPS_SelectBlock(block.index, false);
+    }
+    TARGET_EraseBlocks();
+    TARGET_BlankCheckBlocks();
+    TARGET_GetCrc(true);
+    TARGET_Program(0, 1);
+    TARGET_ProtectBlocks();
+    CHECKS_Auto();
+    EXPECT_EQ(world.errors(), std::vector<std::string>(6, "No block is selected"));
+    EXPECT_EQ(SIMPORT_Writes(world.line), 0U);
 }
 
 TEST(Commands, ProtectAsksFirst) {

@@ -217,8 +217,8 @@ TEST(Frames, OperationsThatWrite) {
           "", image(0x2001, 300, 0x55));
     check("write error", kOne, OP_PROGRAM, {{program(0x1000, five), frame("F3 02 34120000 5A")}},
           "Error writing on address 1234\nContents: 5A", page, 128);
-    check("over the border of the relocated range", "Bank = FF80,100\nRelocate = 0,10000,8000",
-          OP_PROGRAM,
+    check("over the border of the relocated range",
+          "Bank = FF80,80, 10000,80\nRelocate = 0,10000,8000", OP_PROGRAM,
           {{program(0xFF80, repeat("FF", 120) + repeat("66", 8)), kAck},
            {program(0, repeat("66", 8) + repeat("FF", 120)), kAck}},
           "", image(0xFFF8, 16, 0x66), 128);
@@ -228,6 +228,8 @@ TEST(Frames, OperationsThatWrite) {
     check("fill shortened to the block", small, OP_FILL_CHIP,
           {{program(0x1000, repeat("FF", 64)), kAck}, {program(0x1040, repeat("FF", 64)), kAck}},
           "", {}, 64);
+    check("fill that would take a neighbour along", "Bank = 1000,1000, 2000,100", OP_FILL_BLOCKS, {},
+          "Block 1 does not begin and end on pages of 512 bytes", {}, 512);
     check("fill selected blocks", kThree, OP_FILL_BLOCKS,
           {{program(0x2000, repeat("FF", 256)), kAck}}, "", onlyBlock(1), 256);
     check(
