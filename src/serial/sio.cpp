@@ -279,6 +279,13 @@ uint32_t SIO_ChangeBaudrate(uint32_t baudrate) {
     return changeRate(baudrate, false);
 }
 
+uint32_t SIO_TransferMs(size_t bytes) {
+    constexpr uint64_t kBitsPerByte = 10; // with start and stop bit
+    const std::shared_ptr<OpenPort> port = OPENPORT_Get();
+    const uint32_t rate = port ? port->rate.load() : 0;
+    return rate == 0 ? 0 : static_cast<uint32_t>((bytes * kBitsPerByte * 1000 + rate - 1) / rate);
+}
+
 size_t SIO_Read(uint8_t* buffer, size_t count, uint32_t timeoutMs, const Condition& stop) {
     return SIO_ReadUntil(buffer, count, CLOCK_After(timeoutMs), stop);
 }

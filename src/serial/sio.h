@@ -64,6 +64,9 @@ void SIO_SetLogging(uint32_t on);        // starts or stops the communication lo
 
 // The rate in force before, as it was asked for; 0 when the change failed (reported).
 uint32_t SIO_ChangeBaudrate(uint32_t baudrate);
+// How long that many bytes take on the line at the rate in force, rounded up; 0 without a port. A
+// wait for an answer to them is longer by it.
+uint32_t SIO_TransferMs(size_t bytes);
 // Reads up to `count` bytes, waiting at most `timeoutMs` in all, or until `stop` holds. Result: the
 // bytes that arrived; none are taken once `stop` holds. Without a port, or with one that is lost,
 // the time passes and nothing arrives.

@@ -11,8 +11,9 @@ namespace {
 constexpr uint8_t kStart1 = 0xEB;
 constexpr uint8_t kStart2 = 0xED;
 constexpr uint8_t kEnd = 0xEC;
-constexpr uint32_t kByteMs = 50;
-constexpr uint32_t kPayloadMs = 1000;
+constexpr int64_t kWholeMs = 1000;
+constexpr int64_t kSilentMs = 500;
+constexpr int64_t kDripMs = 10000; // of a line that keeps sending, but hardly
 constexpr int64_t kSoonMs = 300;
 
 uint32_t sumOf(std::span<const uint8_t> bytes) {
@@ -35,14 +36,36 @@ bool frameBegins(uint32_t timeoutMs, const FrameStop& stop) {
     return value == kStart1;
 }
 
-bool readByte(uint8_t& value, uint32_t timeoutMs, const Condition& stop) {
-    return SIO_Read(&value, 1, timeoutMs, stop) == 1;
-}
+// The bytes of a frame that has begun.
+class FrameRest {
+public:
+    explicit FrameRest(const Condition& stop) : stop_(stop) {}
 
-bool readExpected(uint8_t expected, uint32_t timeoutMs, const Condition& stop) {
-    uint8_t value = 0;
-    return readByte(value, timeoutMs, stop) && value == expected;
-}
+    // Whether the whole buffer could be filled.
+    bool read(std::span<uint8_t> buffer) {
+        due_.us += SIO_TransferMs(buffer.size()) * int64_t{1000};
+        size_t filled = 0;
+        while (filled < buffer.size()) {
+            const Moment end =
+                std::min(std::max(due_, CLOCK_After(kSilentMs)), Moment{due_.us + kDripMs * 1000});
+            const auto rest = buffer.subspan(filled);
+            const size_t count = SIO_ReadUntil(rest.data(), rest.size(), end, stop_);
+            if (count == 0) {
+                return false;
+            }
+            filled += count;
+        }
+        return true;
+    }
+    bool expect(uint8_t expected) {
+        uint8_t value = 0;
+        return read({&value, 1}) && value == expected;
+    }
+
+private:
+    const Condition& stop_;
+    Moment due_ = CLOCK_After(kWholeMs);
+};
 
 } // namespace
 
@@ -77,23 +100,19 @@ void TARGET_SendFrame(std::span<const uint8_t> head, std::span<const uint8_t> da
 
 int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, uint32_t timeoutMs, const FrameStop& stop) {
     payload.clear();
-    uint8_t low = 0;
-    uint8_t high = 0;
-    if (!frameBegins(timeoutMs, stop) || !readExpected(kStart2, kByteMs, stop.now) ||
-        !readByte(low, kByteMs, stop.now) || !readByte(high, kByteMs, stop.now)) {
+    if (!frameBegins(timeoutMs, stop)) {
         return -1;
     }
-    const size_t length = low + high * size_t{256};
+    FrameRest rest(stop.now);
+    uint8_t size[2] = {};
+    if (!rest.expect(kStart2) || !rest.read(size)) {
+        return -1;
+    }
+    const size_t length = size[0] + size[1] * size_t{256};
     if (length > kMaxReply) {
         return -1;
     }
     payload.resize(length);
-    if (length != 0 && SIO_Read(payload.data(), length, kPayloadMs, stop.now) != length) {
-        return -1;
-    }
-    if (!readExpected(frameSum(payload, {}), kByteMs, stop.now) ||
-        !readExpected(kEnd, kByteMs, stop.now)) {
-        return -1;
-    }
-    return static_cast<int>(length);
+    const bool good = rest.read(payload) && rest.expect(frameSum(payload, {})) && rest.expect(kEnd);
+    return good ? static_cast<int>(length) : -1;
 }

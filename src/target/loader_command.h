@@ -3,6 +3,7 @@
 
 #include "device/device.h"
 
+#include <cstddef>
 #include <cstdint>
 
 enum class ReplyKind {
@@ -22,20 +23,21 @@ using DeviceWait = uint32_t (*)(); // ms
 struct LoaderCommand {
     uint8_t code;
     ReplyKind reply;
-    uint32_t waitMs; // until the reply begins
+    size_t replyBytes; // of the payload, without the data of a read
+    uint32_t waitMs;   // until the reply begins, beside the time that the bytes take on the line
     DeviceWait deviceWait = nullptr;
 
     uint32_t wait() const { return deviceWait != nullptr ? deviceWait() : waitMs; }
 };
 
-inline constexpr LoaderCommand kIdentify = {0x00, ReplyKind::identify, 1000};
-inline constexpr LoaderCommand kEraseBlock = {0x01, ReplyKind::acknowledge, 0,
+inline constexpr LoaderCommand kIdentify = {0x00, ReplyKind::identify, 7, 1000};
+inline constexpr LoaderCommand kEraseBlock = {0x01, ReplyKind::acknowledge, 1, 0,
                                               DEVICE_GetTimeoutEraseBlock};
-inline constexpr LoaderCommand kProgramPage = {0x02, ReplyKind::acknowledge, 2000};
-inline constexpr LoaderCommand kRead = {0x03, ReplyKind::data, 2000};
-inline constexpr LoaderCommand kReadToVerify = {0x03, ReplyKind::data, 5000};
-inline constexpr LoaderCommand kGetCrc = {0x04, ReplyKind::crc, 5000};
-inline constexpr LoaderCommand kCheckBlank = {0x05, ReplyKind::acknowledge, 2000};
-inline constexpr LoaderCommand kProtectBlock = {0x06, ReplyKind::acknowledge, 0,
+inline constexpr LoaderCommand kProgramPage = {0x02, ReplyKind::acknowledge, 1, 2000};
+inline constexpr LoaderCommand kRead = {0x03, ReplyKind::data, 7, 2000};
+inline constexpr LoaderCommand kReadToVerify = {0x03, ReplyKind::data, 7, 5000};
+inline constexpr LoaderCommand kGetCrc = {0x04, ReplyKind::crc, 3, 5000};
+inline constexpr LoaderCommand kCheckBlank = {0x05, ReplyKind::acknowledge, 1, 2000};
+inline constexpr LoaderCommand kProtectBlock = {0x06, ReplyKind::acknowledge, 1, 0,
                                                 DEVICE_GetTimeoutEraseBlock};
-inline constexpr LoaderCommand kGetSum = {0x07, ReplyKind::sum, 5000};
+inline constexpr LoaderCommand kGetSum = {0x07, ReplyKind::sum, 3, 5000};

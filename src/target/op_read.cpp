@@ -13,8 +13,7 @@
 
 namespace {
 
-constexpr uint32_t kReadPiece = 256;         // bytes
-constexpr uint32_t kMaxRead = kMaxReply - 7; // bytes of data that a reply has room for
+constexpr uint32_t kReadPiece = 256; // bytes
 
 // A failure at the first byte of a reply that is not erased.
 Result<> checkBlank(uint32_t address, const std::vector<uint8_t>& data) {
@@ -132,5 +131,5 @@ Result<> opVerify(const Operation& operation) {
     if (packet == 0) {
         return Failure{.reason = "A packet size of 0 bytes is not supported"};
     }
-    return forEachPiece(operation.range, std::min(packet, kMaxRead), verifyPiece);
+    return forEachPiece(operation.range, std::min(packet, kReadPiece), verifyPiece);
 }

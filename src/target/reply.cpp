@@ -123,7 +123,7 @@ Result<Reply> TARGET_HandleReply(std::span<const uint8_t> payload, ReplyKind wan
 }
 
 Result<Reply> exchange(const LoaderCommand& command, const Fields& fields,
-                       std::span<const uint8_t> data) {
+                       std::span<const uint8_t> data, size_t replyData) {
     std::vector<uint8_t> head = {command.code};
     head.insert(head.end(), fields.bytes().begin(), fields.bytes().end());
     std::vector<uint8_t> payload;
@@ -133,7 +133,10 @@ Result<Reply> exchange(const LoaderCommand& command, const Fields& fields,
             return Failure{TERR_TIMEOUT};
         }
         TARGET_SendFrame(head, data);
-        if (TARGET_ReceiveFrame(payload, command.wait(), {exchangeEnds, portIsLeft}) < 0) {
+        const uint32_t transfer = SIO_TransferMs(head.size() + data.size() + command.replyBytes +
+                                                 replyData + 2 * kFrameBytes);
+        if (TARGET_ReceiveFrame(payload, command.wait() + transfer, {exchangeEnds, portIsLeft}) <
+            0) {
             return Failure{TERR_TIMEOUT};
         }
     }
@@ -142,7 +145,7 @@ Result<Reply> exchange(const LoaderCommand& command, const Fields& fields,
 
 Result<Reply> readSome(const LoaderCommand& command, uint32_t address, uint32_t count) {
     const uint32_t chipAddress = TARGET_ToChipAddress(address);
-    Result<Reply> reply = exchange(command, Fields().u32(chipAddress).u16(count));
+    Result<Reply> reply = exchange(command, Fields().u32(chipAddress).u16(count), {}, count);
     if (reply && (reply->data.empty() || reply->data.size() > count ||
                   reply->address != DEVICE_RelocateAddr(chipAddress))) {
         return Failure{TERR_TIMEOUT};

@@ -26,9 +26,10 @@ Reply parseReply(std::span<const uint8_t> payload);
 // must be answered with. Pure but for the selected device, whose addresses it takes to the image's.
 Result<Reply> TARGET_HandleReply(std::span<const uint8_t> payload, ReplyKind wanted);
 
-// Sends a command with its numbers and data and awaits its reply.
+// Sends a command with its numbers and data and awaits its reply, `replyData` bytes of data in it:
+// as long as the command says and the bytes of both take on the line.
 Result<Reply> exchange(const LoaderCommand& command, const Fields& fields = {},
-                       std::span<const uint8_t> data = {});
+                       std::span<const uint8_t> data = {}, size_t replyData = 0);
 // Reads `count` bytes from an image address on; a reply about anything else is a link error, since
 // nothing can be concluded from it.
 Result<Reply> readTarget(const LoaderCommand& command, uint32_t address, uint32_t count);

@@ -291,6 +291,30 @@ TEST(Commands, TheLinkIsTakenAtAnyPointOfAnExchange) {
     EXPECT_EQ(world.allErrors(), "");
 }
 
+// The slowest rate with the largest page, and a line that pauses inside of replies, as a busy
+// computer and a port server make it pause.
+TEST(Commands, SlowAndPausingLinesAreWaitedFor) {
+    WorldOptions slow;
+    slow.device = "OWN";
+    slow.description = "Version = 100\nManufacturer = \"M\"\nDevice = \"OWN\"\nBank = 0,4000\n"
+                       "UARTRamcode = \"vt-b.s\", \"TYPE_B\"\nFLASHPageLen = 1024\n"
+                       "TimeoutEraseBlock = 5000\nTimeoutGetSUM = 5000\nSprtErase = 1\n"
+                       "SkipPasswordCheck = 1\n";
+    slow.baudrate = 2400;
+    slow.chip.pacing = true;
+    WorldOptions pausing;
+    pausing.port = "faulty://rx-late=60:450ms,rx-late=61:450ms,rx-late=200:450ms,rx-late=421:450ms,"
+                   "rx-late=700:450ms@sim://world";
+    for (const WorldOptions& options : {slow, pausing}) {
+        TargetWorld world(options);
+        runAuto();
+        runVerify();
+        EXPECT_TRUE(world.hasLogged("Verifying finished"));
+        EXPECT_TRUE(world.chipHoldsProgram());
+        EXPECT_EQ(world.allErrors() + world.violations(), "");
+    }
+}
+
 TEST(Commands, ClosingTheFrameEndsARunningCommand) {
     ChipOptions slow;
     slow.faults = {{FaultKind::slow, ChipStep::eraseBlock, 0, 0, 4000}};
