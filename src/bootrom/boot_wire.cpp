@@ -8,21 +8,25 @@
 
 #include <numeric>
 
+namespace {
+
+// Processes events until the first byte comes.
+bool readBefore(Moment deadline, std::span<uint8_t> buffer) {
+    EVENTS_WaitBeside(deadline, [](Moment step) {
+        return SIO_WaitReadable(_BootIsHopeless, step) || _BootIsHopeless();
+    });
+    return SIO_ReadUntil(buffer.data(), buffer.size(), deadline, _BootIsHopeless) == buffer.size();
+}
+
+} // namespace
+
 bool _BootIsHopeless() {
     return RUN_IsInterrupted() || SIO_IsLost() || !SIO_IsOpen();
 }
 
 Result<> _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs) {
-    if (buffer.empty()) {
-        return {};
-    }
-    const Moment deadline = CLOCK_After(timeoutMs);
-    EVENTS_WaitBeside(deadline, [](Moment step) {
-        return SIO_WaitReadable(_BootIsHopeless, step) || _BootIsHopeless();
-    });
-    return SIO_ReadUntil(buffer.data(), buffer.size(), deadline, _BootIsHopeless) == buffer.size()
-               ? Result<>()
-               : Failure{TERR_TIMEOUT};
+    const Moment deadline = SIO_AnswerDeadline(timeoutMs, buffer.size());
+    return buffer.empty() || readBefore(deadline, buffer) ? Result<>() : Failure{TERR_TIMEOUT};
 }
 
 void _BootFail(const Failure& failure, std::string_view otherwise) {
@@ -41,6 +45,19 @@ Result<> _BootAwait(uint8_t answer, std::string_view text, uint32_t timeoutMs) {
     uint8_t received = 0;
     Result<> read = _BootRead({&received, 1}, timeoutMs);
     return read ? _BootCheck(received == answer, text) : read;
+}
+
+Result<> _BootAwaitAmong(uint8_t answer, std::string_view text, uint32_t timeoutMs) {
+    const Moment deadline = SIO_AnswerDeadline(timeoutMs, 1);
+    Result<> result = Failure{TERR_TIMEOUT};
+    uint8_t received = 0;
+    while (readBefore(deadline, {&received, 1})) {
+        result = _BootCheck(received == answer, text);
+        if (result) {
+            break;
+        }
+    }
+    return result;
 }
 
 Result<> _BootExchange(uint8_t sent, uint8_t answer, std::string_view text) {

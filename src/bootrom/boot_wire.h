@@ -14,7 +14,8 @@ inline constexpr uint32_t kReplyMs = 1000;
 // lost or closed.
 bool _BootIsHopeless();
 // Reads the whole buffer, processing events until its first byte comes. TERR_TIMEOUT when fewer
-// bytes came in `timeoutMs` or waiting is pointless.
+// bytes came in `timeoutMs`, beside the time that command and answer take on the line, or waiting
+// is pointless.
 Result<> _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs);
 
 // Reports why a conversation failed and leaves the boot ROM unsynchronised: whatever it waits for
@@ -30,6 +31,10 @@ Result<> _BootExchange(uint8_t sent, uint8_t answer, std::string_view text);
 Result<> _BootCommand(uint8_t command, std::string_view text);
 // Awaits one byte that must be `answer`.
 Result<> _BootAwait(uint8_t answer, std::string_view text, uint32_t timeoutMs = kReplyMs);
+
+// Awaits `answer` among other bytes, which are passed over: late or stray ones. TERR_TIMEOUT when
+// nothing came at all, else a failure for this reason.
+Result<> _BootAwaitAmong(uint8_t answer, std::string_view text, uint32_t timeoutMs);
 
 // The two's complement of the sum of the bytes: a block and this byte add up to 0.
 uint8_t _BootChecksum(std::span<const uint8_t> bytes);

@@ -28,7 +28,7 @@ Result<> _EraseWait(std::span<uint8_t> answer) {
     PROGRESS_HideByteCount();
     PROGRESS_SetBarTextMode(true);
     PROGRESS_SetBarText(formatText("Maximum time: %d sec", static_cast<int>(timeout / 1000)));
-    const Moment deadline = CLOCK_After(timeout);
+    const Moment deadline = SIO_AnswerDeadline(timeout, answer.size());
     while (!readAnswer(answer)) {
         if (CLOCK_Now() > deadline || _BootIsHopeless()) {
             return Failure{TERR_TIMEOUT};

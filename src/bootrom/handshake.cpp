@@ -12,6 +12,7 @@
 #include "platform/clock.h"
 #include "platform/format.h"
 #include "serial/sio.h"
+#include "serial/terminal_buffer.h"
 
 #include <algorithm>
 #include <vector>
@@ -71,6 +72,16 @@ bool productMatches(const std::vector<uint8_t>& reply) {
                       reply.begin() + static_cast<ptrdiff_t>(offset));
 }
 
+// What arrives before the reset has finished is the application's; over a port server it may still
+// be on its way.
+void passOnWhatCameBefore() {
+    const Moment deadline = CLOCK_After(SIO_RoundTripMs());
+    uint8_t byte = 0;
+    while (SIO_ReadUntil(&byte, 1, deadline, _BootIsHopeless) == 1) {
+        TERMINAL_ReceiveByte(byte);
+    }
+}
+
 // A failed match leaves the user's rate behind: the next attempt would take the other one for it.
 Result<> matchAtItsRate(const BootRomProtocol& family) {
     uint32_t baudrate = SIO_GetBaudrate();
@@ -122,20 +133,23 @@ Result<> _ResetAndMatch(const BootRomProtocol& family) {
         return Failure{TERR_REPORTED}; // the user knows
     }
     resetIntoBootRom();
+    passOnWhatCameBefore();
     return matchAtItsRate(family);
 }
 
+// A stray byte costs nothing but its time: the echo may stand behind it, or answer the next try.
 Result<> _MatchByte(uint8_t value) {
-    uint8_t received = 0;
-    bool answered = false;
-    for (int attempt = 0; attempt < kMatchAttempts && !answered; ++attempt) {
+    constexpr const char* failure = "Matching data failed";
+    for (int attempt = 0; attempt < kMatchAttempts; ++attempt) {
         if (RUN_IsInterrupted()) {
             return Failure{TERR_CANCELLED};
         }
         SIO_WriteByte(value);
-        answered = bool(_BootRead({&received, 1}, kMatchMs));
+        if (_BootAwaitAmong(value, failure, kMatchMs)) {
+            return {};
+        }
     }
-    return _BootCheck(answered && received == value, "Matching data failed");
+    return Failure{.reason = failure};
 }
 
 Result<> _ProductInfo() {

@@ -57,7 +57,8 @@ Result<> _MatchTypeA(uint32_t baudrate) {
     }
     const uint8_t code = _BaudCode(baudrate);
     SIO_WriteByte(code);
-    Result<> set = _BootAwait(code, "Setting baudrate failed", kMatchMs);
+    // Late echoes of the match may come first.
+    Result<> set = _BootAwaitAmong(code, "Setting baudrate failed", kMatchMs);
     if (set) {
         SIO_ChangeBaudrate(baudrate);
     }

@@ -53,6 +53,9 @@ struct SerialPort {
     std::string description; // e.g. "/dev/ttyUSB0"
     // Why the last configure, setDtr or setRts failed; may be left out by a kind that never fails.
     std::function<std::string()> refusal;
+    // The longest way there and back that the line has shown, in ms, beside the time of the bytes;
+    // may be left out by a kind that has none.
+    std::function<int64_t()> roundTripMs;
 };
 using SerialPortPtr = std::shared_ptr<SerialPort>;
 

@@ -15,6 +15,7 @@ struct OpenPort {
     std::string device;
     std::atomic<uint32_t> rate{
         0}; // as it was asked for last; what the device made of it may differ
+    std::atomic<int64_t> lineFreeUs{0}; // the moment at which all that was written has left
     std::atomic<bool> closing{false};
     std::atomic<bool> lost{false};
     std::atomic<bool> writeFailed{false}; // the last hand-over of bytes failed

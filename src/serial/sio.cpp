@@ -7,6 +7,7 @@
 #include "serial/open_port.h"
 #include "serial/sio_log.h"
 
+#include <algorithm>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -26,12 +27,24 @@ struct HeldFrame {
 };
 thread_local HeldFrame held;
 
+int64_t lineTimeUs(const PortUse& use, size_t bytes) {
+    constexpr int64_t kBitsPerByte = 10; // with start and stop bit
+    const uint32_t rate = use.port().rate;
+    return rate == 0 ? 0 : static_cast<int64_t>(bytes) * kBitsPerByte * 1'000'000 / rate;
+}
+
+uint32_t roundTripMs(const PortUse& use) {
+    return use.line().roundTripMs ? static_cast<uint32_t>(use.line().roundTripMs()) : 0;
+}
+
 bool writeNow(std::span<const uint8_t> bytes) {
     PortUse use;
     if (!use.usable()) {
         return false;
     }
     const bool written = use.line().write(bytes);
+    const int64_t begins = std::max(use.port().lineFreeUs.load(), CLOCK_Now().us);
+    use.port().lineFreeUs = begins + lineTimeUs(use, bytes.size());
     use.port().writeFailed = !written;
     if (!written) {
         use.noteLoss();
@@ -280,10 +293,24 @@ uint32_t SIO_ChangeBaudrate(uint32_t baudrate) {
 }
 
 uint32_t SIO_TransferMs(size_t bytes) {
-    constexpr uint64_t kBitsPerByte = 10; // with start and stop bit
-    const std::shared_ptr<OpenPort> port = OPENPORT_Get();
-    const uint32_t rate = port ? port->rate.load() : 0;
-    return rate == 0 ? 0 : static_cast<uint32_t>((bytes * kBitsPerByte * 1000 + rate - 1) / rate);
+    const PortUse use;
+    return use.usable() ? static_cast<uint32_t>((lineTimeUs(use, bytes) + 999) / 1000) : 0;
+}
+
+Moment SIO_AnswerDeadline(uint32_t timeoutMs, size_t replyBytes) {
+    const Moment deadline = CLOCK_After(timeoutMs);
+    const PortUse use;
+    if (!use.usable()) {
+        return deadline;
+    }
+    const int64_t stillToLeave = std::max<int64_t>(use.port().lineFreeUs - CLOCK_Now().us, 0);
+    return Moment{deadline.us + stillToLeave + lineTimeUs(use, replyBytes) +
+                  roundTripMs(use) * int64_t{1000}};
+}
+
+uint32_t SIO_RoundTripMs() {
+    const PortUse use;
+    return use.usable() ? roundTripMs(use) : 0;
 }
 
 size_t SIO_Read(uint8_t* buffer, size_t count, uint32_t timeoutMs, const Condition& stop) {

@@ -64,9 +64,14 @@ void SIO_SetLogging(uint32_t on);        // starts or stops the communication lo
 
 // The rate in force before, as it was asked for; 0 when the change failed (reported).
 uint32_t SIO_ChangeBaudrate(uint32_t baudrate);
-// How long that many bytes take on the line at the rate in force, rounded up; 0 without a port. A
-// wait for an answer to them is longer by it.
+// How long that many bytes take on the line at the rate in force, rounded up; 0 without a port.
 uint32_t SIO_TransferMs(size_t bytes);
+// When the wait for an answer of `replyBytes` ends that may take `timeoutMs`: what was written
+// leaves first, the answer itself takes its time, and over a port server comes the way there and
+// back.
+Moment SIO_AnswerDeadline(uint32_t timeoutMs, size_t replyBytes);
+// The way there and back over a port server as it was measured; 0 on other lines.
+uint32_t SIO_RoundTripMs();
 // Reads up to `count` bytes, waiting at most `timeoutMs` in all, or until `stop` holds. Result: the
 // bytes that arrived; none are taken once `stop` holds. Without a port, or with one that is lost,
 // the time passes and nothing arrives.

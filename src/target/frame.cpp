@@ -26,8 +26,7 @@ uint8_t frameSum(std::span<const uint8_t> head, std::span<const uint8_t> data) {
     return static_cast<uint8_t>(length + (length >> 8) + sumOf(head) + sumOf(data));
 }
 
-bool frameBegins(uint32_t timeoutMs, const FrameStop& stop) {
-    const Moment deadline = CLOCK_After(timeoutMs);
+bool frameBegins(Moment deadline, const FrameStop& stop) {
     uint8_t value = 0;
     if (SIO_ReadUntil(&value, 1, deadline, [&stop] { return stop.now() || stop.soon(); }) == 0 &&
         SIO_ReadUntil(&value, 1, std::min(deadline, CLOCK_After(kSoonMs)), stop.now) == 0) {
@@ -98,9 +97,9 @@ void TARGET_SendFrame(std::span<const uint8_t> head, std::span<const uint8_t> da
     SIO_WriteByte(kEnd);
 }
 
-int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, uint32_t timeoutMs, const FrameStop& stop) {
+int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, Moment deadline, const FrameStop& stop) {
     payload.clear();
-    if (!frameBegins(timeoutMs, stop)) {
+    if (!frameBegins(deadline, stop)) {
         return -1;
     }
     FrameRest rest(stop.now);

@@ -31,8 +31,8 @@ struct FrameStop {
     Condition now;
     Condition soon;
 };
-// Awaits one frame, its first byte within `timeoutMs`: the payload's length, or -1 for anything
+// Awaits one frame, its first byte until `deadline`: the payload's length, or -1 for anything
 // that is not a good frame of at most kMaxReply bytes. What was read of a bad frame is dropped.
 // A frame that has begun may pause, as a busy computer or a port server makes it: it ends when it
 // is overdue (1000 ms beside the time that its bytes take) and the line was silent for 500 ms.
-int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, uint32_t timeoutMs, const FrameStop& stop);
+int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, Moment deadline, const FrameStop& stop);

@@ -133,10 +133,9 @@ Result<Reply> exchange(const LoaderCommand& command, const Fields& fields,
             return Failure{TERR_TIMEOUT};
         }
         TARGET_SendFrame(head, data);
-        const uint32_t transfer = SIO_TransferMs(head.size() + data.size() + command.replyBytes +
-                                                 replyData + 2 * kFrameBytes);
-        if (TARGET_ReceiveFrame(payload, command.wait() + transfer, {exchangeEnds, portIsLeft}) <
-            0) {
+        const Moment deadline =
+            SIO_AnswerDeadline(command.wait(), command.replyBytes + replyData + kFrameBytes);
+        if (TARGET_ReceiveFrame(payload, deadline, {exchangeEnds, portIsLeft}) < 0) {
             return Failure{TERR_TIMEOUT};
         }
     }

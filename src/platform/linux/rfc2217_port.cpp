@@ -39,7 +39,8 @@ struct Session {
     std::string lost;
     std::string refusal;
     uint32_t rate = 0;
-    Moment lineFree; // when what was written has left at `rate`
+    Moment lineFree;         // when what was written has left at `rate`
+    int64_t roundTripUs = 0; // the longest that an answer has taken
 
     Session() = default;
     Session(const Session&) = delete;
@@ -206,9 +207,14 @@ void send(Session& session, const std::vector<Setting>& settings) {
 // The server's answer to a setting that has been sent; empty when none came in time.
 std::vector<uint8_t> awaitAnswer(Session& session, const Setting& setting) {
     std::vector<uint8_t> value;
+    const Moment asked = CLOCK_Now();
     waitFor(session, CLOCK_After(kAnswerMs), {}, [&session, &setting, &value] {
         return !value.empty() || claimAnswer(session, setting, value);
     });
+    if (!value.empty()) {
+        const std::lock_guard lock(session.mutex);
+        session.roundTripUs = std::max(session.roundTripUs, CLOCK_Now().us - asked.us);
+    }
     return value;
 }
 
@@ -358,6 +364,10 @@ SerialPortPtr makePort(const std::shared_ptr<Session>& session) {
     port->refusal = [session] {
         const std::lock_guard lock(session->mutex);
         return session->refusal;
+    };
+    port->roundTripMs = [session] {
+        const std::lock_guard lock(session->mutex);
+        return session->roundTripUs / 1000;
     };
     port->description = session->name;
     return port;
