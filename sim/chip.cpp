@@ -12,6 +12,7 @@ constexpr size_t kMaxViolations = 1000;
 constexpr size_t kMaxApplicationInput = 1 << 20;
 constexpr uint32_t kFallbackRate = 115200; // paces a line whose rate is unknown
 constexpr int64_t kResyncSilenceUs = 400000;
+constexpr int64_t kTextBacklogUs = 100000;
 
 uint32_t paceRate(uint32_t rate) {
     return rate == 0 ? kFallbackRate : rate;
@@ -33,11 +34,23 @@ uint8_t garbled(uint8_t value) {
     return static_cast<uint8_t>((value << 3 | value >> 5) ^ 0xC9);
 }
 
+void sendText(Chip& chip, Moment at) {
+    const std::string& text = chip.options.applicationText;
+    SIM_Send(chip, std::span(reinterpret_cast<const uint8_t*>(text.data()), text.size()), at);
+    const int64_t every = chip.options.applicationEveryMs;
+    chip.nextText = every == 0 ? kNever : Moment{at.us + every * 1000};
+}
+
+// The next text of an application that sends it again and again, when it is due by `until`.
+bool textIsDue(const Chip& chip, Moment until) {
+    return chip.mode == ChipMode::application && chip.options.applicationEveryMs != 0 &&
+           chip.nextText.us != 0 && chip.nextText <= until;
+}
+
 void startApplication(Chip& chip, Moment at) {
     chip.mode = ChipMode::application;
     chip.rate = 0;
-    const std::string& text = chip.options.applicationText;
-    SIM_Send(chip, std::span(reinterpret_cast<const uint8_t*>(text.data()), text.size()), at);
+    sendText(chip, at);
 }
 
 void enterReset(Chip& chip, Moment at) {
@@ -229,6 +242,9 @@ Moment CHIP_InputDone(const Chip& chip) {
 void CHIP_SetLines(Chip& chip, bool dtr, bool rts, Moment at) {
     CHIP_Run(chip, at);
     chip.now = at;
+    if (chip.nextText.us == 0) { // powered before anybody listened
+        chip.nextText = at;
+    }
     const bool rises = dtr && !chip.dtr;
     const bool falls = !dtr && chip.dtr;
     chip.dtr = dtr;
@@ -249,6 +265,9 @@ std::optional<Moment> CHIP_NextOutput(Chip& chip, Moment until) {
         const PendingByte byte = chip.input.front();
         chip.input.pop_front();
         processByte(chip, byte);
+    }
+    if (chip.output.empty() && textIsDue(chip, until)) {
+        sendText(chip, chip.nextText);
     }
     if (chip.output.empty() || chip.output.front().at > until) {
         return std::nullopt;
@@ -278,6 +297,10 @@ void CHIP_DropOutput(Chip& chip, Moment now) {
 }
 
 void CHIP_Run(Chip& chip, Moment now) {
+    while (textIsDue(chip, now)) {
+        // Nobody has looked for long: what was sent meanwhile is lost.
+        sendText(chip, std::max(chip.nextText, Moment{now.us - kTextBacklogUs}));
+    }
     while (!chip.input.empty() && chip.input.front().at <= now) {
         const PendingByte byte = chip.input.front();
         chip.input.pop_front();

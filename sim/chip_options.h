@@ -96,7 +96,8 @@ struct ChipOptions {
     bool resyncByMatch = false;
     std::string applicationText; // what the application sends when it starts
     bool applicationEcho = false;
-    uint32_t startupUs = 20000; // from the release of reset to the first byte it can receive
+    uint32_t applicationEveryMs = 0; // 0: once; else it sends its text again and again
+    uint32_t startupUs = 20000;      // from the release of reset to the first byte it can receive
     uint32_t eraseBlockUs = 20000;
     uint32_t eraseChipUs = 100000;
     uint32_t programUs = 1000;       // a program command

@@ -74,6 +74,7 @@ struct Chip {
     bool rts = true;
     bool silent = false; // until a reset
     Moment readyAt;
+    Moment nextText; // of an application that sends its text again and again
     uint32_t hostRate = 0;
     uint32_t rate = 0; // 0: measured at the next byte
     Moment now;        // of the last thing processed

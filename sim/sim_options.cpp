@@ -106,6 +106,13 @@ std::vector<OptionRow> chipRows() {
              options.chip.applicationText = value;
              return true;
          }},
+        {"--app-every", "MS", "how often the application sends its text (\"running\" without one)",
+         [](SimOptions& options, const std::string& value) {
+             if (options.chip.applicationText.empty()) {
+                 options.chip.applicationText = "running\r\n";
+             }
+             return readLimited(value, kMaxMicroseconds / 1000, options.chip.applicationEveryMs);
+         }},
         {"--app-echo", nullptr, "the application sends back what it receives",
          [](SimOptions& options, const std::string&) {
              return options.chip.applicationEcho = true;

@@ -1,6 +1,8 @@
 #include "sim/sim_port.h"
 
+#include <algorithm>
 #include <atomic>
+#include <deque>
 #include <map>
 #include <utility>
 
@@ -14,6 +16,8 @@ struct SimLine {
     uint64_t toChip = 0;
     uint64_t writes = 0;
     std::vector<LineCall> calls;
+    int64_t delayUs = 0;              // from the chip to the host
+    std::deque<ChipOutput> underWay;  // with the moments at which they arrive
     std::atomic<uint64_t> changes{0}; // wakes whoever waits for the chip's next byte
 };
 
@@ -43,14 +47,23 @@ bool isLost(SimLine& line) {
     return !line.lostReason.empty();
 }
 
+// What the chip has sent by now is on its way.
+void takeFromChip(SimLine& line, Moment now) {
+    while (const auto output = CHIP_TakeOutput(*line.chip, now)) {
+        line.underWay.push_back({Moment{output->at.us + line.delayUs}, output->value});
+    }
+}
+
+bool hasArrived(SimLine& line, Moment now) {
+    takeFromChip(line, now);
+    return !line.underWay.empty() && line.underWay.front().at <= now;
+}
+
 // Takes what has arrived, behind the `got` bytes that the buffer holds; how many it holds then.
 size_t takeBytes(SimLine& line, std::span<uint8_t> buffer, size_t got, Moment now) {
-    while (got < buffer.size()) {
-        const auto output = CHIP_TakeOutput(*line.chip, now);
-        if (!output) {
-            break;
-        }
-        buffer[got++] = output->value;
+    while (got < buffer.size() && hasArrived(line, now)) {
+        buffer[got++] = line.underWay.front().value;
+        line.underWay.pop_front();
     }
     return got;
 }
@@ -63,6 +76,9 @@ void waitForChange(SimLine& line, Moment deadline, const Condition& stop) {
         const std::lock_guard lock(line.mutex);
         seen = line.changes;
         next = CHIP_NextOutput(*line.chip, deadline).value_or(deadline);
+        if (!line.underWay.empty()) {
+            next = std::min(next, line.underWay.front().at);
+        }
     }
     CLOCK_Wait(next, [&line, &stop, seen] { return line.changes != seen || (stop && stop()); });
 }
@@ -92,7 +108,7 @@ bool waitReadable(SimLine& line, Moment deadline, const Condition& stop) {
             if (!line.lostReason.empty()) {
                 return false;
             }
-            if (CHIP_NextOutput(*line.chip, now)) {
+            if (hasArrived(line, now)) {
                 return true;
             }
         }
@@ -158,6 +174,7 @@ std::optional<uint32_t> configure(PortState& state, const LineSettings& settings
     {
         const std::lock_guard lock(line.mutex);
         noteCall(line, LineCall::Kind::configure, settings.baudrate);
+        takeFromChip(line, CLOCK_Now());
         CHIP_Run(*line.chip, CLOCK_Now());
         CHIP_SetHostRate(*line.chip, settings.baudrate);
     }
@@ -194,6 +211,10 @@ SerialPortPtr makePort(const SimLinePtr& line, const std::string& device) {
     port->configure = [state](const LineSettings& settings) { return configure(*state, settings); };
     port->setDtr = [state](bool on) { return setLine(*state, LineCall::Kind::setDtr, on); };
     port->setRts = [state](bool on) { return setLine(*state, LineCall::Kind::setRts, on); };
+    port->roundTripMs = [state] {
+        const std::lock_guard lock(state->line->mutex);
+        return state->line->delayUs / 1000;
+    };
     port->lostReason = [state] {
         const std::lock_guard lock(state->line->mutex);
         return state->line->lostReason;
@@ -221,6 +242,7 @@ SerialPortPtr openPort(const std::string& device, std::string& error) {
         return nullptr;
     }
     line->isOpen = true;
+    line->underWay.clear();
     CHIP_DropOutput(*line->chip, CLOCK_Now()); // as a device drops what came while it was closed
     noteCall(*line, LineCall::Kind::open);
     return makePort(line, device);
@@ -247,6 +269,11 @@ void SIMPORT_Withdraw(std::string_view name) {
     if (found != offers().end()) {
         offers().erase(found);
     }
+}
+
+void SIMPORT_SetDelay(const SimLinePtr& line, int64_t ms) {
+    const std::lock_guard lock(line->mutex);
+    line->delayUs = ms * 1000;
 }
 
 void SIMPORT_Unplug(const SimLinePtr& line, const std::string& reason) {

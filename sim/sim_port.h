@@ -33,6 +33,9 @@ void SIMPORT_Withdraw(std::string_view name);
 // The operations below may be called on any thread.
 // The line goes dead, as when the adapter is pulled out; opening it then fails with the reason.
 void SIMPORT_Unplug(const SimLinePtr& line, const std::string& reason = "No such device");
+// Every byte of the chip comes that much later, as over a port server that is far away, and the
+// port tells so (roundTripMs).
+void SIMPORT_SetDelay(const SimLinePtr& line, int64_t ms);
 void SIMPORT_Plug(const SimLinePtr& line);
 uint64_t SIMPORT_BytesToChip(const SimLinePtr& line);
 // How many write calls the program made.

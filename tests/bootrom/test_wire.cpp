@@ -218,6 +218,28 @@ TEST(Wire, FailedHandshakes) {
     }
 }
 
+// Stray bytes, late echoes and what the application sends until the chip is in reset cost a try at
+// the most; the last of these is the terminal's.
+TEST(Wire, MatchGoesPastOtherBytes) {
+    const Script reset = {{"DTR on", "4141"}, {"RTS on", ""}, {"DTR off", "42"}};
+    const Script sum = {{"90", "901234"}};
+    const std::vector<std::pair<std::string, Script>> cases = {
+        {"stray in front of the echo",
+         {{"rate 9600", ""}, {"5A", "FF5A"}, {"07", "07"}, {"rate 38400", ""}}},
+        {"stray in the echo's place",
+         {{"rate 9600", ""}, {"5A", "00"}, {"5A", "5A"}, {"07", "07"}, {"rate 38400", ""}}},
+        {"late echo in front of the code's",
+         {{"rate 9600", ""}, {"5A", ""}, {"5A", "5A5A"}, {"07", "5A07"}, {"rate 38400", ""}}},
+    };
+    for (const auto& [name, match] : cases) {
+        SCOPED_TRACE(name);
+        const WireWorld world(kDeviceA, join({reset, match, sum}));
+        EXPECT_TRUE(_BootHandshake(*_SelectProtocol()));
+        EXPECT_EQ(world.deviation(), "");
+        EXPECT_EQ(TERMINAL_GetText(), "AAB");
+    }
+}
+
 TEST(Wire, FailedDownloads) {
     const Script a = join({kReset, kMatchA, kSumA});
     struct Case {

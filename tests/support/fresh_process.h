@@ -16,6 +16,7 @@
 #include "platform/event_queue.h"
 #include "platform/files.h"
 #include "serial/sio.h"
+#include "serial/terminal_buffer.h"
 #include "shell/cmdline.h"
 #include "shell/front_end.h"
 #include "shell/session.h"
@@ -31,6 +32,7 @@ inline void freshProcess() {
     CMDLINE_Reset();
     SESSION_Get() = {};
     PROGRESS_Reset();
+    TERMINAL_Clear();
     LOG_Exit();
     LOG_SetObserver({});
     ERROR_Exit();

@@ -315,6 +315,25 @@ TEST(Commands, SlowAndPausingLinesAreWaitedFor) {
     }
 }
 
+// A port server that is a second away: every byte comes that late, also those of before the reset.
+TEST(Commands, FarPortServersAreWaitedFor) {
+    for (const char* device : {"VT-B128", "VT-A96"}) {
+        SCOPED_TRACE(device);
+        WorldOptions options;
+        options.device = device;
+        options.chip.applicationText = "running ";
+        options.chip.applicationEveryMs = 5;
+        TargetWorld world(options);
+        SIMPORT_SetDelay(world.line, 1000);
+        CLOCK_Sleep(3000);
+        runAuto();
+        runVerify();
+        EXPECT_TRUE(world.hasLogged("Verifying finished"));
+        EXPECT_TRUE(world.chipHoldsProgram());
+        EXPECT_EQ(world.allErrors() + world.violations(), "");
+    }
+}
+
 TEST(Commands, ClosingTheFrameEndsARunningCommand) {
     ChipOptions slow;
     slow.faults = {{FaultKind::slow, ChipStep::eraseBlock, 0, 0, 4000}};
