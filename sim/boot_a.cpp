@@ -99,6 +99,7 @@ void passwordAddresses(Chip& chip, Moment at) {
     }
     chip.boot.compareAddress = compare;
     const uint32_t length = passwordLength(chip, count);
+    chip.boot.passwordBytes = length;
     if (length == 0) {
         chip.boot.afterPassword(chip, at);
     } else {
@@ -112,9 +113,10 @@ void wantPassword(Chip& chip, BootStep next) {
 }
 
 // Password bytes beyond those that the chip counts: 0xFF from a host that fills up, any from a host
-// whose chip has no password.
-bool isSurplus(const Chip& chip, uint8_t value) {
-    return value == 0xFF || !hasPassword(chip);
+// whose chip has no password; no more in all than a count byte can say.
+bool isSurplus(Chip& chip, uint8_t value) {
+    constexpr uint32_t kMaxPassword = 255;
+    return ++chip.boot.passwordBytes <= kMaxPassword && (value == 0xFF || !hasPassword(chip));
 }
 
 void rateCode(Chip& chip, Moment at) {

@@ -43,6 +43,7 @@ struct BootRom {
     bool matching = true;        // no command yet
     uint32_t matchAttempts = 0;  // since the reset
     uint32_t compareAddress = 0; // TYPE_A: where the flash holds the password
+    uint32_t passwordBytes = 0;  // TYPE_A: taken so far, those beyond its length too
     std::vector<uint8_t> ram;    // what was downloaded
     std::vector<uint8_t> record; // the last data record, header included
     uint32_t blockStart = 0;     // TYPE_B

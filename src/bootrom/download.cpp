@@ -1,9 +1,12 @@
 #include "bootrom/download.h"
 
+#include "bootrom/boot_wire.h"
 #include "bootrom/handshake.h"
+#include "bootrom/password_choice.h"
 #include "bootrom/ram_image.h"
 #include "link/password.h"
 #include "link/target_link.h"
+#include "link/target_state.h"
 #include "notice/error.h"
 #include "notice/log.h"
 #include "notice/progress.h"
@@ -27,8 +30,32 @@ Result<> askForPassword() {
     return given ? Result<>() : Failure{TERR_REPORTED}; // the user knows
 }
 
-Result<> passwordReady() {
-    return _IsBlank() || PASSWORD_GetLen() != 0 ? Result<>() : askForPassword();
+// Sends the loader behind one password after the other, each but the first after a new reset, until
+// one is not refused.
+Result<> transferWith(const BootRomProtocol& family, const LoaderTransfer& transfer,
+                      const std::vector<BootPassword>& passwords, bool showProgress) {
+    Result<> sent = Failure{TERR_TIMEOUT};
+    for (const BootPassword& password : passwords) {
+        if (&password != &passwords.front()) {
+            if (!mayBeRefusal(sent.error()) || TARGET_State().Cancel != 0 || _BootIsHopeless()) {
+                break;
+            }
+            BOOT_SetState(BOOT_UNSYNCED);
+            if (Result<> begun = _BootHandshake(family); !begun) {
+                return begun;
+            }
+        }
+        if (password.origin == BootPassword::Origin::image) {
+            LOG_Add(
+                formatText("Trying the password in the loaded file (%s)", password.places.c_str()));
+        }
+        const PasswordOffer offer(password);
+        sent = transfer(showProgress);
+        if (sent) {
+            break;
+        }
+    }
+    return sent;
 }
 
 Result<LoaderTransfer> loadImage(const BootRomProtocol& family, const std::string& path) {
@@ -57,14 +84,19 @@ Result<> _DownloadRamImage(const BootRomProtocol& family, const std::string& pat
     if (Result<> begun = _BootHandshake(family); !begun) {
         return begun;
     }
-    if (Result<> ready = passwordReady(); !ready) {
-        return ready;
+    std::vector<BootPassword> passwords = passwordsToTry(family);
+    if (passwords.empty()) {
+        if (Result<> asked = askForPassword(); !asked) {
+            return asked;
+        }
+        passwords = {passwordInForce()};
     }
     LOG_Add(formatText("Downloading RAM-Image started: %s", path.c_str()));
-    if (Result<> sent = (*transfer)(showProgress); !sent) {
+    if (Result<> sent = transferWith(family, *transfer, passwords, showProgress); !sent) {
         return sent;
     }
     BOOT_SetState(BOOT_RAMCODE);
+    BOOT_SetChipInRom(false);
     RUN_SetExitCode(0);
     CLOCK_Sleep(kLoaderStartMs);
     return {};

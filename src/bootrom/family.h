@@ -4,6 +4,7 @@
 
 #include "link/failure.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -31,6 +32,7 @@ struct BootRomProtocol {
     // Whether a chip without password bytes of its own is locked: the loaded program must hold
     // them.
     bool passwordInProgram = false;
+    size_t passwordLength = 0; // bytes; 0: as many as the byte at the count address says
 };
 
 // The family of the selected device; null when nobody knows it, which _SelectProtocol reports.

@@ -132,6 +132,7 @@ Result<> _ResetAndMatch(const BootRomProtocol& family) {
     if (!resetIsDone()) {
         return Failure{TERR_REPORTED}; // the user knows
     }
+    BOOT_SetChipInRom(true);
     resetIntoBootRom();
     passOnWhatCameBefore();
     return matchAtItsRate(family);

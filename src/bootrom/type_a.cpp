@@ -5,10 +5,10 @@
 #include "bootrom/family.h"
 #include "bootrom/flash_commands.h"
 #include "bootrom/handshake.h"
+#include "bootrom/password_choice.h"
 #include "bootrom/ram_image.h"
 #include "device/device.h"
 #include "device/devprops.h"
-#include "link/password.h"
 #include "link/target_state.h"
 #include "notice/log.h"
 #include "notice/progress.h"
@@ -79,25 +79,17 @@ void appendAddress(std::vector<uint8_t>& frame, uint32_t address) {
     frame.push_back(static_cast<uint8_t>(address));
 }
 
-// Count address, compare address, password; what a blank chip takes when `blank`.
-std::vector<uint8_t> passwordFrameTypeA(bool blank) {
-    std::vector<uint8_t> frame;
-    if (blank) {
-        appendAddress(frame, DEVICE_GetPWAreaStart());
-        appendAddress(frame, DEVICE_GetPWAreaStart());
-        frame.insert(frame.end(), kBlankPasswordTypeA, 0xFF);
-        return frame;
-    }
-    appendAddress(frame, DEVICE_RelocateAddr(PASSWORD_GetAdrCount()));
-    appendAddress(frame, DEVICE_RelocateAddr(PASSWORD_GetAdrCompare()));
-    const std::vector<uint8_t> password = PASSWORD_GetBytes();
-    frame.insert(frame.end(), password.begin(), password.end());
-    return frame;
-}
-
-// The password of the chip as the last flash checksum describes it.
+// Count address, compare address, password; a blank chip has 255 bytes of 0xFF.
 void _SendPasswordTypeA() {
-    SIO_Write(passwordFrameTypeA(_IsBlank()));
+    const BootPassword password = passwordInForce();
+    const bool blank = password.origin == BootPassword::Origin::blankChip;
+    std::vector<uint8_t> frame;
+    appendAddress(frame, password.adrCount);
+    appendAddress(frame, password.adrCompare);
+    const std::vector<uint8_t> bytes =
+        blank ? std::vector<uint8_t>(kBlankPasswordTypeA, 0xFF) : password.bytes;
+    frame.insert(frame.end(), bytes.begin(), bytes.end());
+    SIO_Write(frame);
 }
 
 // Tells the loader the timer value that gives the baud rate, as a data record at `address`.

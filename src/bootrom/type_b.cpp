@@ -5,9 +5,9 @@
 #include "bootrom/family.h"
 #include "bootrom/flash_commands.h"
 #include "bootrom/handshake.h"
+#include "bootrom/password_choice.h"
 #include "bootrom/ram_image.h"
 #include "device/device.h"
-#include "link/password.h"
 #include "link/target_state.h"
 #include "notice/log.h"
 #include "notice/progress.h"
@@ -48,22 +48,17 @@ Result<> _GetSumTypeB() {
 }
 
 // Twelve bytes and their checksum.
-std::vector<uint8_t> passwordFrameTypeB(bool blank) {
+void _SendPasswordTypeB() {
+    const BootPassword password = passwordInForce();
+    const bool blank = password.origin == BootPassword::Origin::blankChip;
     std::vector<uint8_t> frame(kPasswordTypeB, 0xFF);
     if (!blank) {
-        frame = PASSWORD_GetBytes();
+        frame = password.bytes;
         frame.resize(kPasswordTypeB);
     }
-    frame.push_back(_BootChecksum(frame));
-    return frame;
-}
-
-// The password of the chip as the last flash checksum describes it.
-void _SendPasswordTypeB() {
-    const std::vector<uint8_t> frame = passwordFrameTypeB(_IsBlank());
     const SioFrame together;
-    SIO_Write(std::span(frame).first(kPasswordTypeB));
-    SIO_WriteByte(frame.back());
+    SIO_Write(frame);
+    SIO_WriteByte(_BootChecksum(frame));
 }
 
 // What the data step has sent so far.
@@ -135,11 +130,11 @@ Result<> transferTypeB(const RamImageB& image) {
         return sent;
     }
     _SendPasswordTypeB();
-    if (Result<> taken = _BootAwait(kAcknowledge, "Password checksum failed"); !taken) {
+    if (Result<> taken = _BootAwait(kAcknowledge, kPasswordRefused); !taken) {
         return taken;
     }
     sendHeader(image);
-    if (Result<> taken = _BootAwait(kAcknowledge, "Password checksum failed"); !taken) {
+    if (Result<> taken = _BootAwait(kAcknowledge, kPasswordRefused); !taken) {
         return taken;
     }
     if (Result<> sent = sendData(image); !sent) {
@@ -198,7 +193,7 @@ Result<> _ProtectChipTypeB() {
         return sent;
     }
     _SendPasswordTypeB();
-    return _BootAwait(0x60, "Password checksum failed");
+    return _BootAwait(0x60, kPasswordRefused);
 }
 
 } // namespace
@@ -210,4 +205,5 @@ const BootRomProtocol kBootRomTypeB = {
     .EraseChip = _EraseChipTypeB,
     .ProtectChip = _ProtectChipTypeB,
     .passwordInProgram = true,
+    .passwordLength = kPasswordTypeB,
 };

@@ -10,7 +10,8 @@
 namespace {
 
 constexpr size_t kMaxTextPassword = 256; // characters
-constexpr size_t kAreaPassword = 256;    // bytes of a filled password where there is an area
+constexpr size_t kAreaPassword =
+    255; // bytes of a filled password where there is an area: what the count byte can say
 
 PasswordSettings settings;
 PasswordLimits limits;

@@ -51,7 +51,7 @@ void PASSWORD_SetLimits(uint32_t minLen, uint32_t maxLen, uint32_t areaStart, ui
 // The limits of the selected device, its password area relocated.
 void PASSWORD_SetLimitsOfDevice();
 
-// Fills with 0xFF as the limits ask: 256 bytes with a password area, else the maximum length.
+// Fills with 0xFF as the limits ask: 255 bytes with a password area, else the maximum length.
 void PASSWORD_FillFF(PasswordSettings& settings);
 // Forms the bytes that `text` stands for in the settings' mode (not for FillFF). The error text, or
 // empty: the hex reader's, or for text mode that a character is not Latin-1.

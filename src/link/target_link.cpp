@@ -12,7 +12,10 @@ namespace {
 constexpr int kDisconnectPauseMs = 100;
 constexpr int kLongestExchangeMs = 2000; // of a loader that the link has been taken from
 
+constexpr int64_t kQuietUs = 2'000'000;
+
 std::atomic<int> bootState{BOOT_UNSYNCED};
+std::atomic<bool> chipInRom{false};
 
 } // namespace
 
@@ -22,6 +25,20 @@ int BOOT_GetState() {
 
 void BOOT_SetState(int state) {
     bootState = state;
+}
+
+bool BOOT_IsChipInRom() {
+    return chipInRom;
+}
+
+void BOOT_SetChipInRom(bool inRom) {
+    chipInRom = inRom;
+}
+
+void BOOT_NoteUnaskedByte() {
+    if (CLOCK_Now().us - TARGET_State().IdleSinceUs > kQuietUs) {
+        chipInRom = false;
+    }
 }
 
 void _BootReset() {

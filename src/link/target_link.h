@@ -14,6 +14,14 @@ enum BootStateCode : int {
 int BOOT_GetState();
 void BOOT_SetState(int state);
 
+// Whether the chip sits in its boot ROM, where every byte is a command to it: from the reset until
+// its loader or its application runs. Any thread.
+bool BOOT_IsChipInRom();
+void BOOT_SetChipInRom(bool inRom);
+// A byte came while the link was idle: a boot ROM says nothing by itself, so that after 2 s of
+// idleness somebody has reset the chip by hand. Any thread.
+void BOOT_NoteUnaskedByte();
+
 // Unsynchronised, and the wait for a running operation ends. Any thread.
 void _BootReset();
 // Waits, for 2 s at the most, until the worker has taken the answer that was on its way when the

@@ -10,6 +10,12 @@ void wakeWaiters() {
     EVENTS_Post([] {}); // the user-interface thread waits for events, not for words
 }
 
+void noteIdle(TargetState& state, int linkState) {
+    if (linkState == LINK_IDLE) {
+        state.IdleSinceUs = CLOCK_Now().us;
+    }
+}
+
 // The loader that runs now has not said anything yet, whatever an earlier one said.
 void forgetLoader(TargetState& state, int linkState) {
     if (linkState == LINK_RAMCODE) {
@@ -28,12 +34,14 @@ void TARGET_SetLinkState(int linkState) {
     TargetState& state = TARGET_State();
     if (state.LinkState != linkState) {
         forgetLoader(state, linkState);
+        noteIdle(state, linkState);
     }
     state.LinkState = linkState;
     wakeWaiters();
 }
 
 bool TARGET_LeaveLinkState(int from, int to) {
+    noteIdle(TARGET_State(), to);
     if (!TARGET_State().LinkState.compare_exchange_strong(from, to)) {
         return false;
     }

@@ -13,7 +13,8 @@ enum LinkStateCode : int {
 
 struct TargetState {
     std::atomic<int> LinkState{LINK_IDLE};
-    std::atomic<int> Operation{0}; // its code; 0: none, the worker then polls the loader
+    std::atomic<int64_t> IdleSinceUs{0}; // when the link became idle last
+    std::atomic<int> Operation{0};       // its code; 0: none, the worker then polls the loader
     std::atomic<int> Cancel{0};
     std::atomic<int> Stop{0};
     std::atomic<int> Exchanging{0}; // the worker has a frame under way and takes its answer

@@ -233,6 +233,7 @@ void TARGET_StartApplication() {
     CLOCK_Sleep(250);
     done = SIO_SetLines(CLRDTR) && done;
     CLOCK_Sleep(250);
+    BOOT_SetChipInRom(BOOT_IsChipInRom() && !done);
     if (!done) { // else nobody would learn that the application does not run
         ERROR_Out(nullptr, "Start Application failed", 1);
     }

@@ -12,6 +12,7 @@
 #include "serial/sio.h"
 #include "target/reply.h"
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <optional>
@@ -37,9 +38,19 @@ std::atomic<bool> workerRuns{false};
 std::atomic<bool> quiet{false};
 void* window = nullptr;
 TerminalReceiver terminal;
+std::atomic<bool> keyNoted{false}; // the terminal shows why keys are not sent
 
 bool cancelIsSet() {
     return TARGET_State().Cancel != 0 || RUN_IsInterrupted();
+}
+
+// To a chip in its boot ROM a key would be a command: some erase it.
+void refuseKey() {
+    constexpr std::string_view note = "\n[not sent: the chip is in its boot ROM until Start "
+                                      "Application or a reset]\n";
+    if (!keyNoted.exchange(true) && terminal) {
+        std::ranges::for_each(note, [](char c) { terminal(static_cast<uint8_t>(c)); });
+    }
 }
 
 void passOnReceivedBytes() {
@@ -50,6 +61,8 @@ void passOnReceivedBytes() {
         if (state.LinkState != LINK_IDLE || SIO_Read(&byte, 1, 0) == 0) {
             return;
         }
+        BOOT_NoteUnaskedByte();
+        keyNoted = false;
         if (terminal) {
             terminal(byte);
         }
@@ -229,6 +242,7 @@ void TARGET_Init(void* mainWindow, TerminalReceiver terminalReceive) {
     state.Identified = 0;
     state.Cancel = 0;
     state.Stop = 0;
+    keyNoted = false;
     workerRuns = true;
     thread = CLOCK_StartThread(runWorker);
 }
@@ -309,6 +323,10 @@ bool TARGET_TakeCancel() {
 
 int TARGET_TerminalSend(int value) {
     const int linkState = TARGET_State().LinkState;
+    if (linkState == LINK_IDLE && BOOT_IsChipInRom()) {
+        refuseKey();
+        return LINK_BOOTROM;
+    }
     return linkState == LINK_IDLE ? static_cast<int>(SIO_WriteByte(static_cast<uint8_t>(value)))
                                   : linkState;
 }

@@ -37,6 +37,7 @@ std::optional<uint16_t> TARGET_RunOperation(const Operation& operation, std::str
 // as "Action canceled" then. For work that a Cancel cannot end and that is followed by more.
 bool TARGET_TakeCancel();
 
-// Sends a typed character while the link is idle: the write's result; else nothing is sent and the
-// link state is returned.
+// Sends a typed character while the link is idle: the write's result. Else nothing is sent and the
+// link state is returned; so too while the chip sits in its boot ROM (LINK_BOOTROM), which the
+// terminal says once.
 int TARGET_TerminalSend(int value);

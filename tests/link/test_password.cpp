@@ -74,7 +74,7 @@ TEST(Password, IsFilledAsTheLimitsAsk) {
     PasswordSettings settings = PASSWORD_Get();
     settings.AdrCount = settings.AdrCompare = 0x100;
     EXPECT_FALSE(PASSWORD_Validate(settings).has_value()); // the filling is not the user's length
-    EXPECT_EQ(settings.Password, std::vector<uint8_t>(256, 0xFF));
+    EXPECT_EQ(settings.Password, std::vector<uint8_t>(255, 0xFF));
     PASSWORD_SetBytes(std::vector<uint8_t>(400, 1));
     EXPECT_EQ(PASSWORD_GetLen(), kMaxPassword);
     PASSWORD_Reset();

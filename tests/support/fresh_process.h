@@ -39,6 +39,7 @@ inline void freshProcess() {
     TARGET_State().Cancel = 0;
     TARGET_State().LinkState = LINK_IDLE;
     BOOT_SetState(BOOT_UNSYNCED);
+    BOOT_SetChipInRom(false);
     _SetBootSum(0);
     PASSWORD_Reset();
     PASSWORD_SetLimits(0, 0, 0, 0);

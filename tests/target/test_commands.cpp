@@ -185,6 +185,79 @@ TEST(Commands, DownloadAndStart) {
     EXPECT_EQ(world.allErrors(), "");
 }
 
+TEST(Commands, ARefusedPasswordIsFollowedByTheOthersThatMayFit) {
+    const std::vector<uint8_t> right = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    const std::vector<uint8_t> wrong(12, 0x44);
+    const std::string tried = "Trying the password in the loaded file (1FFF4 - 1FFFF)";
+    const struct {
+        const char* name;
+        bool looksBlank;
+        std::vector<uint8_t> users;
+        std::vector<uint8_t> inFile;
+        int connected;
+        bool triesFile;
+    } cases[] = {
+        {"checksum of a blank chip", true, right, {}, 1, false},
+        {"none given", false, {}, right, 1, true},
+        {"the user's is refused", false, wrong, right, 1, true},
+        {"both are refused", false, wrong, std::vector<uint8_t>(12, 0x55), 0, true},
+        {"the file holds a part", false, wrong, {1, 2, 3}, 0, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ChipOptions options;
+        options.password = right;
+        TargetWorld world({.device = "VT-B128", .chip = options});
+        // 257 zeros and one FE less than all FF: the same sum of 16 bits.
+        std::vector<uint8_t> flash(258, 0);
+        flash.back() = c.looksBlank ? 0xFE : 0x10;
+        SIMPORT_WithChip(world.line, [&](Chip& chip) { CHIP_PutFlash(chip, 0x100, flash); });
+        PASSWORD_SetBytes(c.users);
+        HEXDATA_Clear();
+        HEXDATA_AddData(0x1FFF4, c.inFile);
+        EXPECT_EQ(TARGET_Connect(), c.connected);
+        EXPECT_EQ(world.hasLogged(tried), c.triesFile);
+        EXPECT_EQ(PASSWORD_GetBytes(), c.users);
+        EXPECT_EQ(world.violations(), "");
+    }
+}
+
+// To a chip in its boot ROM every byte is a command; only who answers by itself is not in it.
+TEST(Commands, KeysDoNotReachABootRom) {
+    WorldOptions options;
+    options.chip.password = std::vector<uint8_t>(12, 0x11);
+    options.chip.applicationText = "hello";
+    TargetWorld world(options);
+    SIMPORT_WithChip(world.line,
+                     [](Chip& chip) { CHIP_PutFlash(chip, 0, std::vector<uint8_t>{1}); });
+    PASSWORD_SetBytes(std::vector<uint8_t>(12, 0x22));
+    const auto sent = [&world] { return SIMPORT_BytesToChip(world.line); };
+    const auto type = [&] {
+        const uint64_t before = sent();
+        TARGET_TerminalSend('@');
+        TARGET_TerminalSend('0');
+        CLOCK_Sleep(50);
+        return sent() - before;
+    };
+    EXPECT_EQ(type(), 2U);
+    world.terminal.clear();
+    EXPECT_EQ(TARGET_Connect(), 0); // the password is refused
+    EXPECT_EQ(type(), 0U);
+    EXPECT_EQ(world.terminal,
+              "\n[not sent: the chip is in its boot ROM until Start Application or a "
+              "reset]\n");
+    CLOCK_Sleep(3000);
+    SIMPORT_WithChip(world.line, [](Chip& chip) { // the user presses reset
+        CHIP_SetLines(chip, true, false, CLOCK_Now());
+        CHIP_SetLines(chip, false, false, CLOCK_Now());
+    });
+    CLOCK_Sleep(1000);
+    EXPECT_EQ(type(), 2U);
+    EXPECT_EQ(TARGET_Connect(), 0);
+    TARGET_StartApplication();
+    EXPECT_EQ(type(), 2U);
+}
+
 TEST(Commands, ChecksumDecidesAboutProgramming) {
     struct Case {
         std::string device;

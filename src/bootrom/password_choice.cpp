@@ -1,0 +1,105 @@
+#include "bootrom/password_choice.h"
+
+#include "bootrom/handshake.h"
+#include "data/hexdata.h"
+#include "device/device.h"
+#include "link/password.h"
+#include "platform/format.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace {
+
+const BootPassword* offered = nullptr;
+
+std::optional<uint8_t> imageByte(uint32_t address) {
+    uint32_t found = address;
+    const uint8_t* data = nullptr;
+    return HEXDATA_GetData(found, data) != 0 && found == address ? std::optional(*data)
+                                                                 : std::nullopt;
+}
+
+// Where the chip has its password, as the image sees it; empty where nobody can tell.
+std::vector<uint32_t> passwordPlaces(const BootRomProtocol& family) {
+    std::vector<uint32_t> places = DEVICE_Selected().aIDAdr;
+    if (!places.empty() || DEVICE_GetPWAreaLen() == 0) {
+        return places;
+    }
+    uint32_t start = DEVICE_RelocateAddr(DEVICE_GetPWAreaStart());
+    size_t length = family.passwordLength;
+    if (length == 0) {
+        start = DEVICE_RelocateAddr(PASSWORD_GetAdrCompare());
+        length = imageByte(DEVICE_RelocateAddr(PASSWORD_GetAdrCount())).value_or(0);
+    }
+    for (size_t i = 0; i < length; ++i) {
+        places.push_back(start + static_cast<uint32_t>(i));
+    }
+    return places;
+}
+
+BootPassword blankChipsPassword() {
+    return {BootPassword::Origin::blankChip, DEVICE_GetPWAreaStart(), DEVICE_GetPWAreaStart(), {}};
+}
+
+BootPassword usersPassword() {
+    return {BootPassword::Origin::user, DEVICE_RelocateAddr(PASSWORD_GetAdrCount()),
+            DEVICE_RelocateAddr(PASSWORD_GetAdrCompare()), PASSWORD_GetBytes()};
+}
+
+// The password that the loaded file would give the chip; none when it does not hold all of it.
+std::optional<BootPassword> imagesPassword(const BootRomProtocol& family) {
+    const std::vector<uint32_t> places = passwordPlaces(family);
+    BootPassword password = usersPassword();
+    password.origin = BootPassword::Origin::image;
+    password.bytes.clear();
+    for (const uint32_t place : places) {
+        const std::optional<uint8_t> byte = imageByte(place);
+        if (!byte) {
+            return std::nullopt;
+        }
+        password.bytes.push_back(*byte);
+    }
+    if (places.empty()) {
+        return std::nullopt;
+    }
+    password.places = formatText("%X - %X", std::ranges::min(places), std::ranges::max(places));
+    return password;
+}
+
+} // namespace
+
+std::vector<BootPassword> passwordsToTry(const BootRomProtocol& family) {
+    std::vector<BootPassword> passwords;
+    if (_IsBlank()) {
+        passwords.push_back(blankChipsPassword());
+    }
+    if (PASSWORD_GetLen() != 0) {
+        passwords.push_back(usersPassword());
+    }
+    const std::optional<BootPassword> image = imagesPassword(family);
+    if (!_IsBlank() && image && (passwords.empty() || passwords.front().bytes != image->bytes)) {
+        passwords.push_back(*image);
+    }
+    return passwords;
+}
+
+BootPassword passwordInForce() {
+    if (offered != nullptr) {
+        return *offered;
+    }
+    return _IsBlank() ? blankChipsPassword() : usersPassword();
+}
+
+PasswordOffer::PasswordOffer(const BootPassword& password) {
+    offered = &password;
+}
+
+PasswordOffer::~PasswordOffer() {
+    offered = nullptr;
+}
+
+bool mayBeRefusal(const Failure& failure) {
+    return failure.reason == kPasswordRefused ||
+           (failure.reason.empty() && failure.code == TERR_TIMEOUT);
+}

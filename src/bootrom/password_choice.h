@@ -1,0 +1,35 @@
+// Which password a boot ROM is offered: that of a blank chip, the user's, the one in the loaded
+// file. User-interface thread.
+#pragma once
+
+#include "bootrom/family.h"
+
+#include <string>
+#include <vector>
+
+// What the boot ROM says, or does not say, when it refuses one.
+inline constexpr const char* kPasswordRefused = "Password checksum failed";
+
+struct BootPassword {
+    enum class Origin { blankChip, user, image } origin = Origin::user;
+    uint32_t adrCount = 0; // as the image sees them
+    uint32_t adrCompare = 0;
+    std::vector<uint8_t> bytes; // of a blank chip: none, the family fills
+    std::string places = {};    // in the image: "FFC1 - FFC8"
+};
+
+// The passwords to try one after the other, by the last flash checksum, the user's settings and the
+// loaded file. Empty: the user has to be asked.
+std::vector<BootPassword> passwordsToTry(const BootRomProtocol& family);
+// The first of them, or the user's: what a command sends that tries only one.
+BootPassword passwordInForce();
+// Has passwordInForce give this one while it exists.
+class PasswordOffer {
+public:
+    explicit PasswordOffer(const BootPassword& password);
+    ~PasswordOffer();
+    PasswordOffer(const PasswordOffer&) = delete;
+    PasswordOffer& operator=(const PasswordOffer&) = delete;
+};
+// Whether the failure of a download may be a refused password.
+bool mayBeRefusal(const Failure& failure);
