@@ -1,7 +1,6 @@
 #include "shell/command_handler.h"
 
 #include "bootrom/connect.h"
-#include "link/password.h"
 #include "link/target_link.h"
 #include "persist/mru.h"
 #include "shell/checks.h"
@@ -52,11 +51,8 @@ void downloadRamImage() {
 }
 
 void getCrc() {
-    {
-        const TargetBusy marked;
-        SESSION_Get().targetChecksum = TARGET_GetCrc(true);
-    }
-    SUMMARY_ShowStatusTexts();
+    const TargetBusy marked;
+    SESSION_Get().targetChecksum = TARGET_GetCrc(true);
 }
 
 void options() {
@@ -65,11 +61,8 @@ void options() {
     }
     if (FRONTEND_Get().optionsSheet() == kDialogOk) {
         TARGET_Disconnect();
-        SUMMARY_ShowStatusTexts();
-        SUMMARY_Refresh();
-        PASSWORD_SetLimitsOfDevice();
+        CONFIGURATION_Changed();
     }
-    FRONTEND_Get().refreshView(View::device);
 }
 
 const std::unordered_map<int, Handler>& handlers() {

@@ -42,7 +42,6 @@ void PROJECT_FirstStart() {
         SESSION_Get().showDevice = 1;
         SESSION_Get().showLog = 1;
         frontEnd.openView(View::log);
-        PASSWORD_SetLimitsOfDevice();
         return;
     }
     PROJECT_FillDefaults();
@@ -56,9 +55,8 @@ void PROJECT_New() {
     SESSION_Get().projectPath.clear();
     FRONTEND_Get().setTitle(IDENTITY_Title());
     PROJECT_FirstStart();
+    CONFIGURATION_Changed();
     SIO_Restart();
-    FRONTEND_Get().refreshView(View::device);
-    SUMMARY_ShowStatusTexts();
 }
 
 void PROJECT_OpenDialog() {
@@ -76,11 +74,8 @@ void PROJECT_Open(const std::string& path) {
     PROJECT_Load(path);
     FRONTEND_Get().setTitle(
         formatText("%s V%s: %s", kProductName, IDENTITY_Version().c_str(), path.c_str()));
+    CONFIGURATION_Changed();
     SIO_Restart();
-    SUMMARY_ShowStatusTexts();
-    SUMMARY_Refresh();
-    PASSWORD_SetLimitsOfDevice();
-    FRONTEND_Get().refreshView(View::device);
 }
 
 void PROJECT_SaveCurrent() {
