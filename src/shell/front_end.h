@@ -63,6 +63,7 @@ struct FrontEnd {
     std::function<void(bool visible)> showFrame = [](bool) {};
     std::function<void(const std::string& title)> setTitle = [](const std::string&) {};
     std::function<void()> updateMenu = [] {};
+    std::function<bool()> isDialogOpen = [] { return false; }; // or a box that blocks the frame
 
     std::function<void(View)> openView = [](View) {};
     std::function<void(View)> closeView = [](View) {};

@@ -88,6 +88,10 @@ void PROGRAM_Save(const std::string& path, int type) {
 void PROGRAM_Close() {
     FRONTEND_Get().closeView(View::hexList);
     FRONTEND_Get().closeView(View::hexDump);
+    PROGRAM_Unload();
+}
+
+void PROGRAM_Unload() {
     HEXDATA_Clear();
     SESSION_Get().loaded = false;
     SUMMARY_Refresh();

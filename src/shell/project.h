@@ -12,6 +12,9 @@ bool PROJECT_Save(const std::string& path, const std::string& programFile);
 // the file was not read to its end.
 bool PROJECT_Load(const std::string& path);
 
+// By the suffix of its name.
+bool PROJECT_IsProjectFile(const std::string& path);
+
 // The commands of the Project menu.
 void PROJECT_New();
 void PROJECT_OpenDialog();

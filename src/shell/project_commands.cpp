@@ -25,6 +25,10 @@ void writeProject(const std::string& path) {
 
 } // namespace
 
+bool PROJECT_IsProjectFile(const std::string& path) {
+    return endsWithIgnoringCase(path, ".tpu");
+}
+
 void PROJECT_FillDefaults() {
     if (SIO_GetBaudrate() == 0) {
         SIO_SetBaudrate(kDefaultBaudrate);
