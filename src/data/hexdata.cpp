@@ -17,7 +17,7 @@ constexpr char kOverlapQuestion[] = "Areas overlap   ...\nOverwrite existing dat
 struct ImageState {
     bool overwriteConfirmed = false;
     const char* addError = nullptr;
-    int fileType = FILETYPE_NONE;
+    int fileType = 0;
     bool fits = false;
     uint16_t sum = kSumStart;
     uint16_t crc = kCrcStart;

@@ -9,8 +9,6 @@
 #include <string>
 #include <vector>
 
-enum FileType : int { FILETYPE_NONE = 0, FILETYPE_INTEL = 1, FILETYPE_SRECORD = 2 };
-
 struct AreaInfo {
     uint32_t start = 0;
     uint32_t length = 0; // at least 1
@@ -61,7 +59,7 @@ bool HEXDATA_IsEmpty();
 // A snapshot of all areas in ascending order.
 std::vector<AreaInfo> HEXDATA_GetAreas();
 
-int HEXDATA_GetFileType(); // of the last file read
+int HEXDATA_GetFileType(); // a FileType, of the last file read
 void HEXDATA_SetFileType(int type);
 // Whether the loaded data fits into the selected blocks (the loaded-data summary).
 void HEXDATA_SetFits(bool fits);

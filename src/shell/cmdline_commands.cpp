@@ -1,6 +1,7 @@
 #include "shell/cmdline_commands.h"
 
 #include "data/hexdata.h"
+#include "data/program_format.h"
 #include "notice/error.h"
 #include "notice/run.h"
 #include "shell/cmdline.h"
@@ -10,16 +11,13 @@
 #include "shell/edit_operations.h"
 #include "shell/program_files.h"
 
-#include <algorithm>
-#include <cctype>
-#include <filesystem>
 #include <optional>
 
 namespace {
 
 constexpr size_t kLongestFileName = 500; // characters
 
-void fail(const char* text) {
+void fail(const std::string& text) {
     ERROR_Out(nullptr, text, 1);
 }
 
@@ -56,16 +54,6 @@ void mergeFile() {
     }
 }
 
-int typeOfExtension(const std::string& path) {
-    std::string extension = std::filesystem::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (extension == ".hex") {
-        return FILETYPE_INTEL;
-    }
-    return extension == ".mot" ? FILETYPE_SRECORD : FILETYPE_NONE;
-}
-
 void saveAs() {
     if (!hasData("Nothing to save")) {
         return;
@@ -74,12 +62,12 @@ void saveAs() {
     if (CMDLINE_ValueError()) {
         return;
     }
-    const int type = typeOfExtension(path);
-    if (type == FILETYPE_NONE) {
-        fail("Invalid file extension, use .MOT or .HEX");
+    const ProgramFormat* format = PROGRAMFORMAT_OfName(path);
+    if (format == nullptr) {
+        fail("Invalid file extension, use " + PROGRAMFORMAT_Suffixes());
         return;
     }
-    PROGRAM_Save(path, type);
+    PROGRAM_Save(path, format->type);
 }
 
 void deleteRange() {

@@ -29,7 +29,7 @@ struct FileRequest {
 
 struct FileChoice {
     std::string path;
-    int filterIndex = 1; // counted from 1
+    size_t filter = 0; // the chosen one of the request
 };
 
 // One or two hex numbers under a hint. A value is none when its field is to be, or was left, empty.

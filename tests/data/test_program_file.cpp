@@ -1,5 +1,6 @@
 #include "data/hexdata.h"
 #include "data/program_file.h"
+#include "data/program_format.h"
 #include "notice/run.h"
 #include "persist/hex_text.h"
 #include "platform/files.h"
