@@ -3,18 +3,13 @@
 // image's own lock, so that the worker thread may add while the user interface reads.
 #pragma once
 
+#include "data/address_range.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
-
-struct AreaInfo {
-    uint32_t start = 0;
-    uint32_t length = 0; // at least 1
-    uint32_t last() const { return start + length - 1; }
-    bool operator==(const AreaInfo&) const = default;
-};
 
 // The message of an addition that would define an address twice.
 inline constexpr char kMultipleDefinitions[] = "Multiple definitions for same address !";
@@ -56,8 +51,8 @@ uint32_t HEXDATA_GetLastAddr();  // 0 when empty
 uint32_t HEXDATA_GetNumAreas();
 uint32_t HEXDATA_GetNumBytes();
 bool HEXDATA_IsEmpty();
-// A snapshot of all areas in ascending order.
-std::vector<AreaInfo> HEXDATA_GetAreas();
+// A snapshot of all areas in ascending order, none of them empty.
+std::vector<AddressRange> HEXDATA_GetAreas();
 
 int HEXDATA_GetFileType(); // a FileType, of the last file read
 void HEXDATA_SetFileType(int type);

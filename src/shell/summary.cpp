@@ -20,8 +20,8 @@ bool isInside(uint32_t address, const std::vector<DeviceBlock>& blocks) {
 }
 
 bool dataFits(const std::vector<DeviceBlock>& blocks) {
-    const std::vector<AreaInfo> areas = HEXDATA_GetAreas();
-    return std::all_of(areas.begin(), areas.end(), [&blocks](const AreaInfo& area) {
+    const std::vector<AddressRange> areas = HEXDATA_GetAreas();
+    return std::all_of(areas.begin(), areas.end(), [&blocks](const AddressRange& area) {
         return isInside(area.start, blocks) && isInside(area.last(), blocks);
     });
 }
