@@ -31,7 +31,7 @@ void HEXDATA_DeleteRange(uint32_t address, uint64_t count);
 void HEXDATA_Clear();
 // Adds the offset to every area's start address (32-bit). False, and nothing is changed, when some
 // areas would pass the end of the address space and others not, or one would be torn by it.
-bool HEXDATA_Relocate(int32_t offset);
+[[nodiscard]] bool HEXDATA_Relocate(int32_t offset);
 // Back to the state of a fresh process, for tests: empty, and nothing agreed to.
 void HEXDATA_Reset();
 

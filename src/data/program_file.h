@@ -7,9 +7,9 @@
 #include <filesystem>
 
 // Replaces the image by the file. False when it could not be read.
-bool PROGRAMFILE_Load(const std::filesystem::path& path);
+[[nodiscard]] bool PROGRAMFILE_Load(const std::filesystem::path& path);
 // Adds the file to the image. True also when the file was not found (which is reported).
-bool PROGRAMFILE_Merge(const std::filesystem::path& path);
+[[nodiscard]] bool PROGRAMFILE_Merge(const std::filesystem::path& path);
 // Writes the whole image, at most 32 data bytes a record; the old file stays when that fails.
 // `type` is that of a format. False when anything was reported.
-bool PROGRAMFILE_Save(const std::filesystem::path& path, int type);
+[[nodiscard]] bool PROGRAMFILE_Save(const std::filesystem::path& path, int type);

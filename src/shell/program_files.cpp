@@ -96,7 +96,7 @@ void PROGRAM_Save(const std::string& path, int type) {
     Session& session = SESSION_Get();
     session.fileType = type;
     session.programPath = fullPath(path);
-    PROGRAMFILE_Save(path, type);
+    static_cast<void>(PROGRAMFILE_Save(path, type)); // which reports
     session.programTime = FILES_WriteTime(path);
 }
 

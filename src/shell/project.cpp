@@ -119,7 +119,7 @@ bool canBeReadBack(const std::string& programFile) {
 
 } // namespace
 
-bool PROJECT_Save(const std::string& path, const std::string& programFile) {
+void PROJECT_Save(const std::string& path, const std::string& programFile) {
     std::string project = "\\\\\r\n\\\\ Calvorin project file\r\n\\\\\r\n";
     project += chosen("Port", SIO_GetPort());
     project += chosen("Baudrate", SIO_GetBaudrate());
@@ -133,7 +133,9 @@ bool PROJECT_Save(const std::string& path, const std::string& programFile) {
     project += formatText("PasswordFillFF = %d\r\n", PASSWORD_GetFillFF() ? 1 : 0);
     project += formatText("PasswordHexmode = %d\r\n", PASSWORD_GetHexmode() ? 1 : 0);
     project += "Password = \"" + HEXTEXT_FromBytes(PASSWORD_GetBytes()) + "\"\r\n";
-    return FILES_Replace(path, project).ok();
+    if (const FileResult result = FILES_Replace(path, project); !result.ok()) {
+        LOG_Add(formatText("%s is not written: %s", path.c_str(), result.reason.c_str()));
+    }
 }
 
 bool PROJECT_Load(const std::string& path) {

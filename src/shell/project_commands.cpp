@@ -75,7 +75,7 @@ void PROJECT_Open(const std::string& path) {
     SESSION_Get().projectPath = path;
     TARGET_Disconnect();
     MRU_Add(MRU_PROJECTS, path);
-    PROJECT_Load(path);
+    static_cast<void>(PROJECT_Load(path)); // which reports; what was read before holds
     FRONTEND_Get().setTitle(
         formatText("%s V%s: %s", kProductName, IDENTITY_Version().c_str(), path.c_str()));
     CONFIGURATION_Changed();
