@@ -30,7 +30,7 @@ std::string PROGRAMFORMAT_Suffixes() {
         std::string suffix = format.suffix;
         std::ranges::transform(suffix, suffix.begin(),
                                [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-        list = suffix + (list.empty() ? "" : " or " + list);
+        list.insert(0, suffix + (list.empty() ? "" : " or "));
     }
     return list;
 }
