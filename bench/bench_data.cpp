@@ -2,6 +2,7 @@
 // writing, for one large area and for many small ones.
 #include "data/hexdata.h"
 #include "data/program_file.h"
+#include "data/program_format.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdlib>

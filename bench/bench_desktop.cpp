@@ -3,6 +3,7 @@
 
 #include "data/hexdata.h"
 #include "data/program_file.h"
+#include "data/program_format.h"
 #include "platform/event_queue.h"
 #include "platform/files.h"
 #include "shell/front_end.h"

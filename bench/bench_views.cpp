@@ -35,7 +35,7 @@ void openHexList(benchmark::State& state) {
 
 void makeHexListRows(benchmark::State& state) {
     loadManyAreas();
-    const std::vector<AreaInfo> areas = HEXDATA_GetAreas();
+    const std::vector<AddressRange> areas = HEXDATA_GetAreas();
     HexListRow row;
     for (auto _ : state) {
         for (size_t index = 0; index < areas.size(); ++index) {
@@ -52,7 +52,7 @@ void makeDumpLines(benchmark::State& state) {
     } else {
         loadManyAreas();
     }
-    const DumpRange range = HEXDUMPVIEW_GetRange();
+    const AddressRange range = HEXDUMPVIEW_GetRange();
     const uint32_t lines = HEXDUMPVIEW_NumLines(range);
     DumpLine texts;
     for (auto _ : state) {
@@ -70,7 +70,7 @@ void findNothing(benchmark::State& state) {
     } else {
         loadManyAreas();
     }
-    const std::vector<AreaInfo> areas = HEXDATA_GetAreas();
+    const std::vector<AddressRange> areas = HEXDATA_GetAreas();
     const std::vector<uint8_t> pattern = {0x55, 0x55, 0x55, 0x56};
     for (auto _ : state) {
         benchmark::DoNotOptimize(DATAFIND_Next(areas, pattern, 0));

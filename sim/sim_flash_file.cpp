@@ -34,7 +34,7 @@ bool readHex(Chip& chip, const std::string& path, std::string& error) {
         error = path + ": " + error;
         return false;
     }
-    for (const AreaInfo& area : HEXDATA_GetAreas()) {
+    for (const AddressRange& area : HEXDATA_GetAreas()) {
         uint32_t address = area.start;
         const uint8_t* bytes = nullptr;
         const uint32_t count = HEXDATA_GetData(address, bytes);

@@ -29,7 +29,10 @@ std::vector<DeviceRecord> readDevices(const SimOptions& options, std::string& er
     std::vector<DeviceRecord> devices;
     for (const std::filesystem::path& path : FILES_List(devicesFolder(options), ".dev")) {
         std::string text;
-        FILES_ReadAll(path, text);
+        if (const FileResult read = FILES_ReadAll(path, text); !read.ok()) {
+            error += formatText("%s: %s\n", path.c_str(), read.reason.c_str());
+            continue;
+        }
         const DeviceParseResult result = DEVICE_ParseText(text);
         if (result.record) {
             devices.push_back(*result.record);

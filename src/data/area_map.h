@@ -34,7 +34,7 @@ public:
     void erase(uint32_t address, uint64_t end);
     void clear();
     // Adds the offset to every start; false when the order of the areas would not survive.
-    bool relocate(int32_t offset);
+    [[nodiscard]] bool relocate(int32_t offset);
 
     static uint64_t endOf(Position area) { return uint64_t{area->first} + area->second.size(); }
 

@@ -7,17 +7,9 @@ namespace {
 
 constexpr uint64_t kPieceLength = 262144; // bytes looked through at a time
 
-// The addresses of one area where a match may begin, `end` exclusive.
-struct Starts {
-    uint64_t begin = 0;
-    uint64_t end = 0;
-};
-
-Starts startsIn(const AreaInfo& area, size_t length) {
-    if (area.length < length) {
-        return {};
-    }
-    return {area.start, uint64_t{area.start} + area.length - length + 1};
+// The addresses of one area where a match may begin.
+AddressRange startsIn(const AddressRange& area, size_t length) {
+    return area.size() < length ? AddressRange() : AddressRange{area.start, area.end - length + 1};
 }
 
 // The bytes from the first of some starts to the end of the last one's match.
@@ -27,8 +19,8 @@ std::vector<uint8_t> readPiece(uint64_t begin, uint64_t end, size_t length) {
     return bytes;
 }
 
-std::optional<uint32_t> findFirst(Starts starts, std::span<const uint8_t> pattern) {
-    for (uint64_t begin = starts.begin; begin < starts.end; begin += kPieceLength) {
+std::optional<uint32_t> findFirst(AddressRange starts, std::span<const uint8_t> pattern) {
+    for (uint64_t begin = starts.start; begin < starts.end; begin += kPieceLength) {
         const auto piece =
             readPiece(begin, std::min(begin + kPieceLength, starts.end), pattern.size());
         const auto found = std::search(piece.begin(), piece.end(), pattern.begin(), pattern.end());
@@ -39,9 +31,9 @@ std::optional<uint32_t> findFirst(Starts starts, std::span<const uint8_t> patter
     return std::nullopt;
 }
 
-std::optional<uint32_t> findLast(Starts starts, std::span<const uint8_t> pattern) {
-    for (uint64_t end = starts.end; end > starts.begin;) {
-        const uint64_t begin = end - std::min(kPieceLength, end - starts.begin);
+std::optional<uint32_t> findLast(AddressRange starts, std::span<const uint8_t> pattern) {
+    for (uint64_t end = starts.end; end > starts.start;) {
+        const uint64_t begin = end - std::min(kPieceLength, end - starts.start);
         const auto piece = readPiece(begin, end, pattern.size());
         const auto found =
             std::find_end(piece.begin(), piece.end(), pattern.begin(), pattern.end());
@@ -55,14 +47,14 @@ std::optional<uint32_t> findLast(Starts starts, std::span<const uint8_t> pattern
 
 } // namespace
 
-std::optional<uint32_t> DATAFIND_Next(std::span<const AreaInfo> areas,
+std::optional<uint32_t> DATAFIND_Next(std::span<const AddressRange> areas,
                                       std::span<const uint8_t> pattern, uint32_t from) {
     if (pattern.empty()) {
         return std::nullopt;
     }
-    for (const AreaInfo& area : areas) {
-        Starts starts = startsIn(area, pattern.size());
-        starts.begin = std::max<uint64_t>(starts.begin, from);
+    for (const AddressRange& area : areas) {
+        AddressRange starts = startsIn(area, pattern.size());
+        starts.start = std::max(starts.start, from);
         if (const auto found = findFirst(starts, pattern)) {
             return found;
         }
@@ -70,13 +62,13 @@ std::optional<uint32_t> DATAFIND_Next(std::span<const AreaInfo> areas,
     return std::nullopt;
 }
 
-std::optional<uint32_t> DATAFIND_Previous(std::span<const AreaInfo> areas,
+std::optional<uint32_t> DATAFIND_Previous(std::span<const AddressRange> areas,
                                           std::span<const uint8_t> pattern, uint64_t before) {
     if (pattern.empty()) {
         return std::nullopt;
     }
     for (size_t index = areas.size(); index-- > 0;) {
-        Starts starts = startsIn(areas[index], pattern.size());
+        AddressRange starts = startsIn(areas[index], pattern.size());
         starts.end = std::min(starts.end, before);
         if (const auto found = findLast(starts, pattern)) {
             return found;

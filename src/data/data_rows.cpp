@@ -75,26 +75,26 @@ constexpr uint8_t kDumpLowest = 33;
 
 // Calls `use` for the rows of sixteen that a copied range consists of.
 template <class Use>
-void forCopiedRows(uint32_t first, uint32_t last, const Use& use) {
-    const uint64_t count = std::min<uint64_t>(uint64_t{last} - first + 1, kMaxCopiedBytes);
+void forCopiedRows(const AddressRange& range, const Use& use) {
+    const uint64_t count = std::min<uint64_t>(range.size(), kMaxCopiedBytes);
     for (uint64_t at = 0; at < count; at += kBytesPerRow) {
-        use(readBytes(static_cast<uint32_t>(first + at), static_cast<size_t>(count - at)));
+        use(readBytes(static_cast<uint32_t>(range.start + at), static_cast<size_t>(count - at)));
     }
 }
 
 } // namespace
 
-void HEXLISTVIEW_MakeRow(std::span<const AreaInfo> areas, size_t index, HexListRow& row) {
-    const AreaInfo& area = areas[index];
+void HEXLISTVIEW_MakeRow(std::span<const AddressRange> areas, size_t index, HexListRow& row) {
+    const AddressRange& area = areas[index];
     row.number = std::to_string(index + 1);
     row.number.insert(0, 4 - std::min<size_t>(row.number.size(), 4), '0');
     setHex(row.address, area.start, 8);
-    setHex(row.length, area.length, 8);
+    setHex(row.length, static_cast<uint32_t>(area.size()), 8);
     row.gap.clear();
     if (index + 1 < areas.size()) {
-        setHexAtLeast(row.gap, areas[index + 1].start - (area.start + area.length), 6);
+        setHexAtLeast(row.gap, static_cast<uint32_t>(areas[index + 1].start - area.end), 6);
     }
-    const RowBytes bytes = readBytes(area.start, area.length);
+    const RowBytes bytes = readBytes(area.start, area.size());
     setBytes(row.hex, bytes);
     row.characters.clear();
     appendCharacters(row.characters, bytes, kListLowest);
@@ -110,20 +110,20 @@ HexListSummary HEXLISTVIEW_MakeSummary() {
     return summary;
 }
 
-DumpRange HEXDUMPVIEW_GetRange() {
-    return {HEXDATA_GetFirstAddr(), HEXDATA_GetLastAddr()};
+AddressRange HEXDUMPVIEW_GetRange() {
+    return AddressRange::upTo(HEXDATA_GetFirstAddr(), HEXDATA_GetLastAddr());
 }
 
-uint32_t HEXDUMPVIEW_NumLines(const DumpRange& range) {
-    return HEXDUMPVIEW_LineOf(range, range.last) + 1;
+uint32_t HEXDUMPVIEW_NumLines(const AddressRange& range) {
+    return HEXDUMPVIEW_LineOf(range, range.last()) + 1;
 }
 
-uint32_t HEXDUMPVIEW_LineOf(const DumpRange& range, uint32_t address) {
-    return (address - range.first) / kBytesPerRow;
+uint32_t HEXDUMPVIEW_LineOf(const AddressRange& range, uint32_t address) {
+    return (address - range.start) / kBytesPerRow;
 }
 
-void HEXDUMPVIEW_MakeLine(const DumpRange& range, uint32_t line, DumpLine& texts) {
-    const uint32_t address = range.first + line * kBytesPerRow;
+void HEXDUMPVIEW_MakeLine(const AddressRange& range, uint32_t line, DumpLine& texts) {
+    const uint32_t address = range.start + line * kBytesPerRow;
     const RowBytes bytes = readBytes(address, kBytesPerRow);
     setHex(texts.address, address, 8);
     setBytes(texts.hex, bytes);
@@ -131,9 +131,9 @@ void HEXDUMPVIEW_MakeLine(const DumpRange& range, uint32_t line, DumpLine& texts
     appendCharacters(texts.characters, bytes, kDumpLowest);
 }
 
-std::string HEXDUMPVIEW_CopyHex(uint32_t first, uint32_t last) {
+std::string HEXDUMPVIEW_CopyHex(const AddressRange& range) {
     std::string text;
-    forCopiedRows(first, last, [&text](const RowBytes& row) {
+    forCopiedRows(range, [&text](const RowBytes& row) {
         if (!text.empty()) {
             text.back() = '\n';
         }
@@ -146,9 +146,9 @@ std::string HEXDUMPVIEW_CopyHex(uint32_t first, uint32_t last) {
     return text;
 }
 
-std::string HEXDUMPVIEW_CopyCharacters(uint32_t first, uint32_t last) {
+std::string HEXDUMPVIEW_CopyCharacters(const AddressRange& range) {
     std::string text;
-    forCopiedRows(first, last,
+    forCopiedRows(range,
                   [&text](const RowBytes& row) { appendCharacters(text, row, kDumpLowest); });
     return text;
 }

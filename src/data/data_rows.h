@@ -22,7 +22,7 @@ struct HexListRow {
 
 // The row of areas[index]; `areas` is a snapshot of the image. A byte that the image has lost since
 // shows as "--". Any thread.
-void HEXLISTVIEW_MakeRow(std::span<const AreaInfo> areas, size_t index, HexListRow& row);
+void HEXLISTVIEW_MakeRow(std::span<const AddressRange> areas, size_t index, HexListRow& row);
 
 // The line above the list.
 struct HexListSummary {
@@ -33,17 +33,12 @@ struct HexListSummary {
 };
 HexListSummary HEXLISTVIEW_MakeSummary();
 
-// The addresses that a dump shows, `last` inclusive; both 0 for an empty image.
-struct DumpRange {
-    uint32_t first = 0;
-    uint32_t last = 0;
-    bool operator==(const DumpRange&) const = default;
-};
-DumpRange HEXDUMPVIEW_GetRange();
+// The addresses that a dump shows; address 0 alone for an empty image.
+AddressRange HEXDUMPVIEW_GetRange();
 // Lines of a dump; they begin at the first address, whatever it is. At most 2^28.
-uint32_t HEXDUMPVIEW_NumLines(const DumpRange& range);
+uint32_t HEXDUMPVIEW_NumLines(const AddressRange& range);
 // The line that shows `address`, which lies in the range.
-uint32_t HEXDUMPVIEW_LineOf(const DumpRange& range, uint32_t address);
+uint32_t HEXDUMPVIEW_LineOf(const AddressRange& range, uint32_t address);
 
 struct DumpLine {
     std::string address;
@@ -52,10 +47,10 @@ struct DumpLine {
 };
 
 // The texts of a line below HEXDUMPVIEW_NumLines. Any thread.
-void HEXDUMPVIEW_MakeLine(const DumpRange& range, uint32_t line, DumpLine& texts);
+void HEXDUMPVIEW_MakeLine(const AddressRange& range, uint32_t line, DumpLine& texts);
 
 // The bytes of a range as a user copies them: hex, lines of sixteen, or characters without line
-// ends, each as in the dump. At most kMaxCopiedBytes are taken, `last` inclusive.
+// ends, each as in the dump. At most kMaxCopiedBytes are taken.
 inline constexpr uint32_t kMaxCopiedBytes = 16 * 1024 * 1024;
-std::string HEXDUMPVIEW_CopyHex(uint32_t first, uint32_t last);
-std::string HEXDUMPVIEW_CopyCharacters(uint32_t first, uint32_t last);
+std::string HEXDUMPVIEW_CopyHex(const AddressRange& range);
+std::string HEXDUMPVIEW_CopyCharacters(const AddressRange& range);

@@ -17,7 +17,7 @@ constexpr char kOverlapQuestion[] = "Areas overlap   ...\nOverwrite existing dat
 struct ImageState {
     bool overwriteConfirmed = false;
     const char* addError = nullptr;
-    int fileType = FILETYPE_NONE;
+    int fileType = 0;
     bool fits = false;
     uint16_t sum = kSumStart;
     uint16_t crc = kCrcStart;
@@ -179,12 +179,12 @@ bool HEXDATA_IsEmpty() {
     return areas.index().empty();
 }
 
-std::vector<AreaInfo> HEXDATA_GetAreas() {
+std::vector<AddressRange> HEXDATA_GetAreas() {
     const std::lock_guard lock(imageMutex);
-    std::vector<AreaInfo> list;
+    std::vector<AddressRange> list;
     list.reserve(areas.index().size());
     for (const auto& [start, run] : areas.index()) {
-        list.push_back({start, static_cast<uint32_t>(run.size())});
+        list.push_back(AddressRange::of(start, run.size()));
     }
     return list;
 }

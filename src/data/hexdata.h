@@ -3,20 +3,13 @@
 // image's own lock, so that the worker thread may add while the user interface reads.
 #pragma once
 
+#include "data/address_range.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
-
-enum FileType : int { FILETYPE_NONE = 0, FILETYPE_INTEL = 1, FILETYPE_SRECORD = 2 };
-
-struct AreaInfo {
-    uint32_t start = 0;
-    uint32_t length = 0; // at least 1
-    uint32_t last() const { return start + length - 1; }
-    bool operator==(const AreaInfo&) const = default;
-};
 
 // The message of an addition that would define an address twice.
 inline constexpr char kMultipleDefinitions[] = "Multiple definitions for same address !";
@@ -38,7 +31,7 @@ void HEXDATA_DeleteRange(uint32_t address, uint64_t count);
 void HEXDATA_Clear();
 // Adds the offset to every area's start address (32-bit). False, and nothing is changed, when some
 // areas would pass the end of the address space and others not, or one would be torn by it.
-bool HEXDATA_Relocate(int32_t offset);
+[[nodiscard]] bool HEXDATA_Relocate(int32_t offset);
 // Back to the state of a fresh process, for tests: empty, and nothing agreed to.
 void HEXDATA_Reset();
 
@@ -58,10 +51,10 @@ uint32_t HEXDATA_GetLastAddr();  // 0 when empty
 uint32_t HEXDATA_GetNumAreas();
 uint32_t HEXDATA_GetNumBytes();
 bool HEXDATA_IsEmpty();
-// A snapshot of all areas in ascending order.
-std::vector<AreaInfo> HEXDATA_GetAreas();
+// A snapshot of all areas in ascending order, none of them empty.
+std::vector<AddressRange> HEXDATA_GetAreas();
 
-int HEXDATA_GetFileType(); // of the last file read
+int HEXDATA_GetFileType(); // a FileType, of the last file read
 void HEXDATA_SetFileType(int type);
 // Whether the loaded data fits into the selected blocks (the loaded-data summary).
 void HEXDATA_SetFits(bool fits);

@@ -12,7 +12,7 @@
 class ImageBatch {
 public:
     // As HEXDATA_AddData: null, or why the bytes were refused.
-    const char* add(uint32_t address, std::span<const uint8_t> bytes);
+    [[nodiscard]] const char* add(uint32_t address, std::span<const uint8_t> bytes);
     // Adds what is collected; the image holds all of it only after this.
     void flush();
 

@@ -1,5 +1,5 @@
 #include "data/hexdata.h"
-#include "data/program_reader.h"
+#include "data/program_format.h"
 
 #include <array>
 
@@ -13,6 +13,12 @@ enum IntelType : uint8_t {
     TYPE_LINEAR = 0x04,
     TYPE_START_LINEAR = 0x05,
     TYPE_LINEAR_OLD = 0xFF,
+};
+
+// Where the data records stand: both kinds of address record add up.
+struct IntelBase {
+    uint32_t linear = 0;
+    uint32_t segment = 0;
 };
 
 // Both bases together may lead out of the address space.
@@ -55,9 +61,7 @@ const char* applyRecord(uint8_t type, uint16_t offset, std::span<const uint8_t> 
     }
 }
 
-} // namespace
-
-void _ReadIntelRecord(RecordReader& reader, IntelBase& base, ImageBatch& image) {
+void readIntelRecord(RecordReader& reader, IntelBase& base, ImageBatch& image) {
     reader.expect(':');
     reader.startChecksum();
     std::array<uint8_t, 4> head{}; // count, address, type
@@ -76,4 +80,12 @@ void _ReadIntelRecord(RecordReader& reader, IntelBase& base, ImageBatch& image) 
     if (const char* error = applyRecord(head[3], offset, data, base, image)) {
         reader.fail(error);
     }
+}
+
+} // namespace
+
+RecordParser startIntelHex() {
+    return [base = IntelBase()](RecordReader& reader, ImageBatch& image) mutable {
+        readIntelRecord(reader, base, image);
+    };
 }

@@ -1,5 +1,5 @@
 #include "data/image_walk.h"
-#include "data/program_writer.h"
+#include "data/program_format.h"
 
 #include <array>
 
@@ -49,7 +49,7 @@ void openWindow(RecordWriter& writer, Window& window, uint32_t address) {
 
 } // namespace
 
-void _WriteIntelHex(RecordWriter& writer) {
+void writeIntelHex(RecordWriter& writer) {
     Window window;
     forEachPiece(kRecordData, [&](uint32_t address, std::span<const uint8_t> data) {
         if (address > window.base + kWindowUse) {

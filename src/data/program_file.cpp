@@ -1,13 +1,10 @@
 #include "data/program_file.h"
 
 #include "data/hexdata.h"
-#include "data/program_reader.h"
-#include "data/program_writer.h"
+#include "data/program_format.h"
 #include "notice/error.h"
 #include "platform/files.h"
 #include "platform/format.h"
-
-#include <optional>
 
 namespace {
 
@@ -20,26 +17,10 @@ void reportOpening(const FileResult& result) {
                                                  : "OnFileOpen: Invalid file handle");
 }
 
-int recognise(char first) {
-    switch (first) {
-    case ':':
-        return FILETYPE_INTEL;
-    case 'S':
-        return FILETYPE_SRECORD;
-    default:
-        return FILETYPE_NONE;
-    }
-}
-
-void readRecords(RecordReader& reader, int type) {
-    IntelBase base;
+void readRecords(RecordReader& reader, const RecordParser& readRecord) {
     ImageBatch image;
     while (reader.error() == nullptr && !reader.atEndOfData()) {
-        if (type == FILETYPE_INTEL) {
-            _ReadIntelRecord(reader, base, image);
-        } else {
-            _ReadSRecord(reader, image);
-        }
+        readRecord(reader, image);
         reader.takeLineEnd();
         reader.refill();
     }
@@ -49,11 +30,12 @@ void readRecords(RecordReader& reader, int type) {
 bool readFile(FileReader& file) {
     RecordReader reader(file);
     reader.refill();
-    const int type = recognise(reader.peek());
-    if (type != FILETYPE_NONE) {
-        HEXDATA_SetFileType(type);
+    const ProgramFormat* recognised = PROGRAMFORMAT_Find(
+        [&reader](const ProgramFormat& format) { return format.firstCharacter == reader.peek(); });
+    if (recognised != nullptr) {
+        HEXDATA_SetFileType(recognised->type);
         HEXDATA_ClearAddError();
-        readRecords(reader, type);
+        readRecords(reader, recognised->startFile());
     } else if (reader.error() == nullptr) {
         report("Can not identify file type");
         return false;
@@ -96,7 +78,9 @@ bool PROGRAMFILE_Save(const std::filesystem::path& path, int type) {
         reportOpening(opened);
         return false;
     }
-    if (type != FILETYPE_INTEL && type != FILETYPE_SRECORD) {
+    const ProgramFormat* wanted =
+        PROGRAMFORMAT_Find([type](const ProgramFormat& format) { return format.type == type; });
+    if (wanted == nullptr) {
         report("INTERNAL Error: Unknown file type ...");
         if (!FILES_Exists(path)) { // the name is taken, but no file of the user is emptied
             static_cast<void>(file.commit());
@@ -104,11 +88,7 @@ bool PROGRAMFILE_Save(const std::filesystem::path& path, int type) {
         return false;
     }
     RecordWriter writer(file);
-    if (type == FILETYPE_INTEL) {
-        _WriteIntelHex(writer);
-    } else {
-        _WriteSRecords(writer);
-    }
+    wanted->write(writer);
     if (!writer.finish()) {
         report("Error writing file");
         return false;

@@ -1,4 +1,4 @@
-// Program files: Intel HEX and Motorola S-record text, read into the memory image and written from
+// Program files, in the formats of program_format.h, read into the memory image and written from
 // it. The reader is strict: every line is one well-formed record, the first fault ends the reading
 // with a message that names the line, and the image is left empty. Failures are reported here
 // (ERROR_Out). User-interface thread only.
@@ -7,9 +7,9 @@
 #include <filesystem>
 
 // Replaces the image by the file. False when it could not be read.
-bool PROGRAMFILE_Load(const std::filesystem::path& path);
+[[nodiscard]] bool PROGRAMFILE_Load(const std::filesystem::path& path);
 // Adds the file to the image. True also when the file was not found (which is reported).
-bool PROGRAMFILE_Merge(const std::filesystem::path& path);
+[[nodiscard]] bool PROGRAMFILE_Merge(const std::filesystem::path& path);
 // Writes the whole image, at most 32 data bytes a record; the old file stays when that fails.
-// `type` is 1 Intel HEX or 2 Motorola S-record. False when anything was reported.
-bool PROGRAMFILE_Save(const std::filesystem::path& path, int type);
+// `type` is that of a format. False when anything was reported.
+[[nodiscard]] bool PROGRAMFILE_Save(const std::filesystem::path& path, int type);

@@ -20,7 +20,7 @@ public:
     void record(std::string_view start, std::span<const uint8_t> head,
                 std::span<const uint8_t> data, bool negated);
     // Hands over the rest and puts the file in its place. False when anything failed on the way.
-    bool finish();
+    [[nodiscard]] bool finish();
 
 private:
     void flush();

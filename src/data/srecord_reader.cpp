@@ -1,4 +1,4 @@
-#include "data/program_reader.h"
+#include "data/program_format.h"
 #include "notice/error.h"
 #include "notice/run.h"
 #include "platform/format.h"
@@ -33,9 +33,7 @@ const char* addRecord(size_t addressBytes, std::span<const uint8_t> content, Ima
     return image.add(address, content.subspan(addressBytes, content.size() - addressBytes - 1));
 }
 
-} // namespace
-
-void _ReadSRecord(RecordReader& reader, ImageBatch& image) {
+void readSRecord(RecordReader& reader, ImageBatch& image) {
     reader.expect('S');
     reader.startChecksum();
     const char type = reader.takeType();
@@ -55,4 +53,10 @@ void _ReadSRecord(RecordReader& reader, ImageBatch& image) {
     if (const char* error = addRecord(addressBytes, content, image)) {
         reader.fail(error);
     }
+}
+
+} // namespace
+
+RecordParser startSRecords() {
+    return readSRecord;
 }

@@ -1,5 +1,5 @@
 #include "data/image_walk.h"
-#include "data/program_writer.h"
+#include "data/program_format.h"
 
 #include <array>
 #include <string_view>
@@ -27,7 +27,7 @@ void writeData(RecordWriter& writer, uint32_t address, std::span<const uint8_t> 
 
 } // namespace
 
-void _WriteSRecords(RecordWriter& writer) {
+void writeSRecords(RecordWriter& writer) {
     forEachPiece(kRecordData, [&](uint32_t address, std::span<const uint8_t> data) {
         writeData(writer, address, data);
     });

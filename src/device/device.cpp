@@ -47,10 +47,6 @@ int selectedDevice() {
     return isDevice(index) ? index : lastDevice();
 }
 
-const DeviceRecord& recordAt(int index) {
-    return isDevice(index) ? table[static_cast<size_t>(index)] : kBlankRecord;
-}
-
 // Why the file at `path` could not be read whole into `text`; empty when it could. `reason` tells
 // the system's part of it.
 const char* readDescription(const std::filesystem::path& path, std::string& text,
@@ -157,19 +153,27 @@ int DEVICE_FindByName(const std::string& name) {
 }
 
 std::string DEVICE_GetNameAt(int index) {
-    return recordAt(index).Device;
+    return DEVICE_At(index).Device;
+}
+
+const DeviceRecord& DEVICE_At(int index) {
+    return isDevice(index) ? table[static_cast<size_t>(index)] : kBlankRecord;
+}
+
+const DeviceRecord& DEVICE_Selected() {
+    return DEVICE_At(selectedDevice());
 }
 
 int DEVICE_SelectedIndex() {
     return std::max(selectedDevice(), 0);
 }
 
-std::vector<DeviceBlock> DEVICE_Blocks() {
+std::vector<DeviceBlock> DEVICE_Blocks(const DeviceRecord& device) {
     std::vector<DeviceBlock> blocks;
     const auto add = [&blocks](uint32_t start, uint32_t length) {
         blocks.push_back({static_cast<int>(blocks.size()), AddressRange::of(start, length)});
     };
-    for (const FlashBlock& block : DEVICE_Selected().aBlock) {
+    for (const FlashBlock& block : device.aBlock) {
         add(block.Start, block.Len);
     }
     if (DEVPROPS_GetXDataLen() != 0) {
@@ -195,10 +199,6 @@ uint32_t DEVICE_GetFlashEnd() {
     return blocks.empty() ? 0 : blocks.back().range.last();
 }
 
-const DeviceRecord& DEVICE_Selected() {
-    return recordAt(selectedDevice());
-}
-
 uint32_t DEVICE_GetIDAdr(int index) {
     const std::vector<uint32_t>& addresses = DEVICE_Selected().aIDAdr;
     const auto position = static_cast<size_t>(index);
@@ -218,8 +218,7 @@ void DEVICE_GetIVector(int index, int32_t& number, std::string& name, int32_t& b
     address = entry.Address;
 }
 
-uint32_t DEVICE_RelocateAddr(uint32_t address) {
-    const DeviceRecord& device = DEVICE_Selected();
+uint32_t DEVICE_RelocateAddr(uint32_t address, const DeviceRecord& device) {
     const bool moved =
         address >= device.RelocateFrom && address - device.RelocateFrom < device.RelocateLen;
     return moved ? address + (device.RelocateTo - device.RelocateFrom) : address;

@@ -29,29 +29,30 @@ int DEVICE_FindByName(const std::string& name);
 
 // Name of the device in a slot of the table; empty beyond the last.
 std::string DEVICE_GetNameAt(int index);
+// The record in a slot of the table; a blank one beyond the last.
+const DeviceRecord& DEVICE_At(int index);
+// The record of the selected device; a blank one when the table is empty.
+const DeviceRecord& DEVICE_Selected();
 // The slot of the selected device, 0 in an empty table.
 int DEVICE_SelectedIndex();
-// The blocks of the selected device, the extra data area of the properties included, and those of
-// them that are selected.
+// The blocks of a device, the extra data area of the properties included; and those of the selected
+// device that are selected.
 struct DeviceBlock {
     int index = 0;
     AddressRange range;
 };
-std::vector<DeviceBlock> DEVICE_Blocks();
+std::vector<DeviceBlock> DEVICE_Blocks(const DeviceRecord& device = DEVICE_Selected());
 std::vector<DeviceBlock> DEVICE_SelectedBlocks();
 // First address of the selected device's first block and last address of its last block.
 uint32_t DEVICE_GetFlashStart();
 uint32_t DEVICE_GetFlashEnd(); // inclusive
-
-// The record of the selected device; a blank record when the table is empty.
-const DeviceRecord& DEVICE_Selected();
 
 uint32_t DEVICE_GetIDAdr(int index); // 0 when there is none
 // Fills the arguments from interrupt vector `index`; unchanged when there is none.
 void DEVICE_GetIVector(int index, int32_t& number, std::string& name, int32_t& bits,
                        uint32_t& address);
 // A chip address as the image sees it: moved when it lies in the relocation range.
-uint32_t DEVICE_RelocateAddr(uint32_t address);
+uint32_t DEVICE_RelocateAddr(uint32_t address, const DeviceRecord& device = DEVICE_Selected());
 
 // One getter a field of the selected device.
 const std::string& DEVICE_GetManufacturer();

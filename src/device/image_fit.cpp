@@ -29,9 +29,8 @@ std::vector<AddressRange> selectedRanges() {
 
 bool DEVICE_ImageFits() {
     const std::vector<AddressRange> selected = selectedRanges();
-    return std::ranges::all_of(HEXDATA_GetAreas(), [&selected](const AreaInfo& area) {
-        const AddressRange wanted = AddressRange::upTo(area.start, area.last());
+    return std::ranges::all_of(HEXDATA_GetAreas(), [&selected](const AddressRange& area) {
         return std::ranges::any_of(
-            selected, [&wanted](const AddressRange& range) { return range.contains(wanted); });
+            selected, [&area](const AddressRange& range) { return range.contains(area); });
     });
 }

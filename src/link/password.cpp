@@ -14,7 +14,7 @@ constexpr size_t kAreaPassword =
     255; // bytes of a filled password where there is an area: what the count byte can say
 
 PasswordSettings settings;
-PasswordLimits limits;
+PasswordLimits currentLimits;
 std::function<int()> passwordDialog;
 
 // The code point at `i`, which moves behind it; none for what is not well-formed UTF-8 of Latin-1.
@@ -50,19 +50,20 @@ std::string formFromText(PasswordSettings& target, const std::string& text) {
     return "";
 }
 
-bool insideArea(uint32_t address) {
+bool insideArea(uint32_t address, const PasswordLimits& limits) {
     return address >= limits.AreaStart && address < uint64_t{limits.AreaStart} + limits.AreaSize;
 }
 
-std::optional<std::string> checkAddresses(const PasswordSettings& candidate) {
+std::optional<std::string> checkAddresses(const PasswordSettings& candidate,
+                                          const PasswordLimits& limits) {
     if (limits.AreaSize == 0) {
         return std::nullopt;
     }
     const uint32_t last = limits.AreaStart + limits.AreaSize - 1;
-    if (!insideArea(candidate.AdrCompare)) {
+    if (!insideArea(candidate.AdrCompare, limits)) {
         return formatText("Illegal password area. Must be within %X - %X", limits.AreaStart, last);
     }
-    if (!insideArea(candidate.AdrCount)) {
+    if (!insideArea(candidate.AdrCount, limits)) {
         return formatText("Illegal count address. Must be within %X - %X", limits.AreaStart, last);
     }
     return std::nullopt;
@@ -118,7 +119,7 @@ void PASSWORD_SetBytes(std::span<const uint8_t> bytes) {
 void PASSWORD_SetFillFF(bool on) {
     settings.FillFF = on;
     if (on) {
-        PASSWORD_FillFF(settings);
+        PASSWORD_FillFF(settings, currentLimits);
     }
 }
 
@@ -131,19 +132,23 @@ void PASSWORD_Reset() {
 }
 
 PasswordLimits PASSWORD_GetLimits() {
-    return limits;
+    return currentLimits;
 }
 
 void PASSWORD_SetLimits(uint32_t minLen, uint32_t maxLen, uint32_t areaStart, uint32_t areaSize) {
-    limits = {minLen, maxLen, areaStart, areaSize};
+    currentLimits = {minLen, maxLen, areaStart, areaSize};
+}
+
+PasswordLimits PASSWORD_LimitsOf(const DeviceRecord& device) {
+    return {device.IDLenMin, device.IDLenMax, DEVICE_RelocateAddr(device.PWAreaStart, device),
+            device.PWAreaLen};
 }
 
 void PASSWORD_SetLimitsOfDevice() {
-    PASSWORD_SetLimits(DEVICE_GetIDLenMin(), DEVICE_GetIDLenMax(),
-                       DEVICE_RelocateAddr(DEVICE_GetPWAreaStart()), DEVICE_GetPWAreaLen());
+    currentLimits = PASSWORD_LimitsOf(DEVICE_Selected());
 }
 
-void PASSWORD_FillFF(PasswordSettings& target) {
+void PASSWORD_FillFF(PasswordSettings& target, const PasswordLimits& limits) {
     const size_t length = limits.AreaSize == 0 ? limits.MaxLen : kAreaPassword;
     target.FillFF = true;
     target.Password.assign(std::min(length, kMaxPassword), 0xFF);
@@ -161,12 +166,13 @@ std::string PASSWORD_FormBytes(PasswordSettings& target, const std::string& text
     return error;
 }
 
-std::optional<std::string> PASSWORD_Validate(PasswordSettings& candidate) {
-    if (auto message = checkAddresses(candidate)) {
+std::optional<std::string> PASSWORD_Validate(PasswordSettings& candidate,
+                                             const PasswordLimits& limits) {
+    if (auto message = checkAddresses(candidate, limits)) {
         return message;
     }
     if (candidate.FillFF) {
-        PASSWORD_FillFF(candidate);
+        PASSWORD_FillFF(candidate, limits);
         return std::nullopt;
     }
     const size_t length = candidate.Password.size();

@@ -3,6 +3,8 @@
 // which also runs the download that reads them.
 #pragma once
 
+#include "device/device_record.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -48,17 +50,19 @@ void PASSWORD_Reset();
 
 PasswordLimits PASSWORD_GetLimits();
 void PASSWORD_SetLimits(uint32_t minLen, uint32_t maxLen, uint32_t areaStart, uint32_t areaSize);
-// The limits of the selected device, its password area relocated.
-void PASSWORD_SetLimitsOfDevice();
+// The limits of a device, its password area relocated.
+PasswordLimits PASSWORD_LimitsOf(const DeviceRecord& device);
+void PASSWORD_SetLimitsOfDevice(); // the selected one
 
 // Fills with 0xFF as the limits ask: 255 bytes with a password area, else the maximum length.
-void PASSWORD_FillFF(PasswordSettings& settings);
+void PASSWORD_FillFF(PasswordSettings& settings, const PasswordLimits& limits);
 // Forms the bytes that `text` stands for in the settings' mode (not for FillFF). The error text, or
 // empty: the hex reader's, or for text mode that a character is not Latin-1.
 std::string PASSWORD_FormBytes(PasswordSettings& settings, const std::string& textUtf8);
 // Checks addresses and length against the limits, filling first when FillFF is set. The message to
 // show, or none when the settings are good.
-std::optional<std::string> PASSWORD_Validate(PasswordSettings& settings);
+std::optional<std::string> PASSWORD_Validate(PasswordSettings& settings,
+                                             const PasswordLimits& limits);
 
 // The dialog that asks for a password, registered by the front end: 1 OK, 2 Cancel.
 void PASSWORD_SetDialog(std::function<int()> dialog);

@@ -26,9 +26,9 @@ public:
     FileReader(FileReader&& other) noexcept;
     FileReader& operator=(FileReader&& other) noexcept;
     ~FileReader();
-    FileResult open(const std::filesystem::path& path);
+    [[nodiscard]] FileResult open(const std::filesystem::path& path);
     // Bytes read, 0 at the end of the file, -1 on a failure.
-    ptrdiff_t read(std::span<char> buffer);
+    [[nodiscard]] ptrdiff_t read(std::span<char> buffer);
     uint64_t size() const; // bytes, as the system reported it at open
 
 private:
@@ -46,9 +46,9 @@ public:
     FileReplacer(const FileReplacer&) = delete;
     FileReplacer& operator=(const FileReplacer&) = delete;
     ~FileReplacer();
-    FileResult open(const std::filesystem::path& path);
-    FileResult write(std::string_view text);
-    FileResult commit();
+    [[nodiscard]] FileResult open(const std::filesystem::path& path);
+    [[nodiscard]] FileResult write(std::string_view text);
+    [[nodiscard]] FileResult commit();
 
 private:
     int descriptor_ = -1;
@@ -57,7 +57,8 @@ private:
 };
 
 // A log: created empty, appended to line by line, readable by others meanwhile. Not open: writes do
-// nothing. Closing is left to the destructor.
+// nothing. Its results may be ignored: what cannot be logged can be told nowhere. Closing is left
+// to the destructor.
 class AppendFile {
 public:
     AppendFile() = default;
@@ -75,13 +76,14 @@ private:
 };
 
 // Reads the whole file into `text`, NUL bytes included.
-FileResult FILES_ReadAll(const std::filesystem::path& path, std::string& text);
+[[nodiscard]] FileResult FILES_ReadAll(const std::filesystem::path& path, std::string& text);
 // Replaces the file at `path` by `text` in one step (FileReplacer); one that holds it already is
 // left alone, as replacing a file makes the system wait for the disk.
-FileResult FILES_Replace(const std::filesystem::path& path, std::string_view text);
+[[nodiscard]] FileResult FILES_Replace(const std::filesystem::path& path, std::string_view text);
 bool FILES_Exists(const std::filesystem::path& path);
 // Keeps a file under another name, replacing what has that name.
-FileResult FILES_Rename(const std::filesystem::path& from, const std::filesystem::path& to);
+[[nodiscard]] FileResult FILES_Rename(const std::filesystem::path& from,
+                                      const std::filesystem::path& to);
 // The last-write time in nanoseconds; none when the file cannot be looked at.
 std::optional<int64_t> FILES_WriteTime(const std::filesystem::path& path);
 // The entries of a folder whose name ends in `extension` (".dev"), sorted by name; empty when

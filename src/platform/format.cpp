@@ -1,5 +1,6 @@
 #include "platform/format.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 
@@ -16,4 +17,10 @@ std::string formatText(const char* format, ...) {
     }
     va_end(again);
     return text;
+}
+
+bool endsWithIgnoringCase(std::string_view text, std::string_view ending) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+    return text.size() >= ending.size() &&
+           std::ranges::equal(text.substr(text.size() - ending.size()), ending, {}, lower, lower);
 }

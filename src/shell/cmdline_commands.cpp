@@ -1,6 +1,7 @@
 #include "shell/cmdline_commands.h"
 
 #include "data/hexdata.h"
+#include "data/program_format.h"
 #include "notice/error.h"
 #include "notice/run.h"
 #include "shell/cmdline.h"
@@ -11,16 +12,13 @@
 #include "shell/edit_operations.h"
 #include "shell/program_files.h"
 
-#include <algorithm>
-#include <cctype>
-#include <filesystem>
 #include <optional>
 
 namespace {
 
 constexpr size_t kLongestFileName = 500; // characters
 
-void fail(const char* text) {
+void fail(const std::string& text) {
     ERROR_Out(nullptr, text, 1);
 }
 
@@ -59,16 +57,6 @@ std::optional<EnteredRange> readRange(char separator, const char* wrongSeparator
     return range;
 }
 
-int typeOfExtension(const std::string& path) {
-    std::string extension = std::filesystem::path(path).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    if (extension == ".hex") {
-        return FILETYPE_INTEL;
-    }
-    return extension == ".mot" ? FILETYPE_SRECORD : FILETYPE_NONE;
-}
-
 } // namespace
 
 void CMDLINE_MergeFile() {
@@ -85,12 +73,12 @@ void CMDLINE_SaveAs() {
     if (CMDLINE_ValueError()) {
         return;
     }
-    const int type = typeOfExtension(path);
-    if (type == FILETYPE_NONE) {
-        fail("Invalid file extension, use .MOT or .HEX");
+    const ProgramFormat* format = PROGRAMFORMAT_OfName(path);
+    if (format == nullptr) {
+        fail("Invalid file extension, use " + PROGRAMFORMAT_Suffixes());
         return;
     }
-    PROGRAM_Save(path, type);
+    PROGRAM_Save(path, format->type);
 }
 
 void CMDLINE_DeleteRange() {

@@ -97,9 +97,7 @@ void OPTION_TargetDevice() {
         return;
     }
     DEVPROPS_SelectAllBlocks();
-    SUMMARY_ShowStatusTexts();
-    SUMMARY_Refresh();
-    PASSWORD_SetLimitsOfDevice();
+    CONFIGURATION_Changed();
 }
 
 void OPTION_TargetSelBlocks() {
@@ -114,5 +112,5 @@ void OPTION_TargetSelBlocks() {
     }
     while (selectListItem(enable != 0)) {
     }
-    SUMMARY_Refresh();
+    CONFIGURATION_Changed();
 }

@@ -1,6 +1,5 @@
 #include "shell/command_handler.h"
 
-#include "link/password.h"
 #include "link/target_link.h"
 #include "persist/mru.h"
 #include "shell/command_table.h"
@@ -22,11 +21,8 @@ void COMMAND_DownloadRamImage() {
 }
 
 void COMMAND_GetCrc() {
-    {
-        const TargetBusy marked;
-        SESSION_Get().targetChecksum = TARGET_GetCrc(true);
-    }
-    SUMMARY_ShowStatusTexts();
+    const TargetBusy marked;
+    SESSION_Get().targetChecksum = TARGET_GetCrc(true);
 }
 
 void COMMAND_Options() {
@@ -35,11 +31,8 @@ void COMMAND_Options() {
     }
     if (FRONTEND_Get().optionsSheet() == kDialogOk) {
         TARGET_Disconnect();
-        SUMMARY_ShowStatusTexts();
-        SUMMARY_Refresh();
-        PASSWORD_SetLimitsOfDevice();
+        CONFIGURATION_Changed();
     }
-    FRONTEND_Get().refreshView(View::device);
 }
 
 int MAINFRAME_Command(int id) {

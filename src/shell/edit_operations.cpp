@@ -16,11 +16,6 @@ namespace {
 constexpr char kRelocateSection[] = "Relocate";
 constexpr char kDeleteRangeSection[] = "DeleteRange";
 
-struct Range {
-    uint32_t start = 0;
-    uint32_t end = 0; // inclusive
-};
-
 // The offset of the last relocation, as four bytes, the lowest first.
 int32_t readStoredOffset() {
     std::array<uint8_t, 4> bytes{};
@@ -54,8 +49,8 @@ const char* rangeFault(const ValueRequest& request) {
 }
 
 // Asks until the range is good or the user cancels; `entered` is called after each OK.
-std::optional<Range> askForRange(ValueRequest request,
-                                 const std::function<void(const ValueRequest&)>& entered) {
+std::optional<AddressRange> askForRange(ValueRequest request,
+                                        const std::function<void(const ValueRequest&)>& entered) {
     request.maximum = 0xFFFFFF;
     request.label0 = "Start Address (Hex):";
     request.label1 = "End Address (Hex):";
@@ -63,8 +58,8 @@ std::optional<Range> askForRange(ValueRequest request,
         entered(request);
         const char* fault = rangeFault(request);
         if (fault == nullptr) {
-            return Range{static_cast<uint32_t>(*request.value0),
-                         static_cast<uint32_t>(*request.value1)};
+            return AddressRange::upTo(static_cast<uint32_t>(*request.value0),
+                                      static_cast<uint32_t>(*request.value1));
         }
         ERROR_Notify(fault);
     }
@@ -153,7 +148,7 @@ void EDIT_DeleteRangeDialog() {
         }
     });
     if (range) {
-        EDIT_DeleteRange(range->start, range->end);
+        EDIT_DeleteRange(range->start, range->last());
     }
 }
 
@@ -171,6 +166,6 @@ void EDIT_ReadBackDialog() {
     request.value0 = static_cast<int32_t>(start);
     request.value1 = static_cast<int32_t>(end);
     if (const auto range = askForRange(request, [](const ValueRequest&) {})) {
-        EDIT_ReadBack(range->start, range->end);
+        EDIT_ReadBack(range->start, range->last());
     }
 }

@@ -29,7 +29,7 @@ struct FileRequest {
 
 struct FileChoice {
     std::string path;
-    int filterIndex = 1; // counted from 1
+    size_t filter = 0; // the chosen one of the request
 };
 
 // One or two hex numbers under a hint. A value is none when its field is to be, or was left, empty.
@@ -63,6 +63,7 @@ struct FrontEnd {
     std::function<void(bool visible)> showFrame = [](bool) {};
     std::function<void(const std::string& title)> setTitle = [](const std::string&) {};
     std::function<void()> updateMenu = [] {};
+    std::function<bool()> isDialogOpen = [] { return false; }; // or a box that blocks the frame
 
     std::function<void(View)> openView = [](View) {};
     std::function<void(View)> closeView = [](View) {};

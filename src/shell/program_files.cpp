@@ -2,6 +2,7 @@
 
 #include "data/hexdata.h"
 #include "data/program_file.h"
+#include "data/program_format.h"
 #include "notice/error.h"
 #include "notice/log.h"
 #include "persist/mru.h"
@@ -15,10 +16,24 @@
 
 namespace {
 
-const std::vector<FileFilter>& openFilters() {
-    static const std::vector<FileFilter> filters = {
-        {"Target program files (*.h*;*.s*;*.hex;*.mot;)", "*.h*;*.s*;*.hex;*.mot;"},
-        {"All files (*.*)", "*.*"}};
+std::vector<FileFilter> openFilters() {
+    std::string wide;
+    std::string exact;
+    for (const ProgramFormat& format : PROGRAMFORMAT_All()) {
+        wide += format.readPattern + ";";
+        exact += "*" + format.suffix + ";";
+    }
+    return {{"Target program files (" + wide + exact + ")", wide + exact},
+            {"All files (*.*)", "*.*"}};
+}
+
+// One a format, in their order.
+std::vector<FileFilter> saveFilters() {
+    std::vector<FileFilter> filters;
+    for (const ProgramFormat& format : PROGRAMFORMAT_All()) {
+        const std::string pattern = "*" + format.suffix;
+        filters.push_back({format.name + " (" + pattern + ")", pattern});
+    }
     return filters;
 }
 
@@ -81,13 +96,17 @@ void PROGRAM_Save(const std::string& path, int type) {
     Session& session = SESSION_Get();
     session.fileType = type;
     session.programPath = fullPath(path);
-    PROGRAMFILE_Save(path, type);
+    static_cast<void>(PROGRAMFILE_Save(path, type)); // which reports
     session.programTime = FILES_WriteTime(path);
 }
 
 void PROGRAM_Close() {
     FRONTEND_Get().closeView(View::hexList);
     FRONTEND_Get().closeView(View::hexDump);
+    PROGRAM_Unload();
+}
+
+void PROGRAM_Unload() {
     HEXDATA_Clear();
     SESSION_Get().loaded = false;
     SUMMARY_Refresh();
@@ -118,14 +137,11 @@ void PROGRAM_SaveCurrent() {
 }
 
 void PROGRAM_SaveAsDialog() {
-    const auto choice = FRONTEND_Get().chooseFile(
-        {true,
-         "Save file",
-         {{"Intel Hex file (*.hex)", "*.hex"}, {"Motorola S file (*.mot)", "*.mot"}},
-         SESSION_Get().programPath});
+    const auto choice =
+        FRONTEND_Get().chooseFile({true, "Save file", saveFilters(), SESSION_Get().programPath});
     if (choice) {
         MRU_Add(MRU_PROGRAMS, choice->path);
-        PROGRAM_Save(choice->path, choice->filterIndex);
+        PROGRAM_Save(choice->path, PROGRAMFORMAT_All()[choice->filter].type);
     }
 }
 

@@ -8,8 +8,8 @@
 void PROGRAM_Open(const std::string& path);
 void PROGRAM_Merge(const std::string& path);
 void PROGRAM_Save(const std::string& path, int type);
-// Closes the data views and empties the image.
-void PROGRAM_Close();
+void PROGRAM_Unload(); // empties the image
+void PROGRAM_Close();  // its views too
 
 // The file commands with their dialogs.
 void PROGRAM_OpenDialog();

@@ -80,7 +80,7 @@ std::string lineOf(const Setting& setting, const std::string& programFile) {
 
 } // namespace
 
-bool PROJECT_Save(const std::string& path, const std::string& programFile) {
+void PROJECT_Save(const std::string& path, const std::string& programFile) {
     std::map<int, std::string> lines;
     for (const Setting& setting : SETTINGS_Table()) {
         if (setting.line.key != nullptr) {
@@ -91,7 +91,9 @@ bool PROJECT_Save(const std::string& path, const std::string& programFile) {
     for (const auto& [place, line] : lines) {
         project += line;
     }
-    return FILES_Replace(path, project).ok();
+    if (const FileResult result = FILES_Replace(path, project); !result.ok()) {
+        LOG_Add(formatText("%s is not written: %s", path.c_str(), result.reason.c_str()));
+    }
 }
 
 bool PROJECT_Load(const std::string& path) {

@@ -5,12 +5,14 @@
 #include <string>
 
 // Replaces the file in one step; `programFile` empty, or a path that no project can hold (too long,
-// or with a double quote in it): no File line. Nothing is reported, false when
-// it could not be written.
-bool PROJECT_Save(const std::string& path, const std::string& programFile);
+// or with a double quote in it): no File line. A failure is logged, not reported.
+void PROJECT_Save(const std::string& path, const std::string& programFile);
 // Applies each statement as it is read; what is wrong is reported and ends the reading. False when
 // the file was not read to its end.
-bool PROJECT_Load(const std::string& path);
+[[nodiscard]] bool PROJECT_Load(const std::string& path);
+
+// By the suffix of its name.
+bool PROJECT_IsProjectFile(const std::string& path);
 
 // The commands of the Project menu.
 void PROJECT_New();

@@ -25,6 +25,10 @@ void writeProject(const std::string& path) {
 
 } // namespace
 
+bool PROJECT_IsProjectFile(const std::string& path) {
+    return endsWithIgnoringCase(path, ".tpu");
+}
+
 void PROJECT_FillDefaults() {
     if (SIO_GetBaudrate() == 0) {
         SIO_SetBaudrate(kDefaultBaudrate);
@@ -42,7 +46,6 @@ void PROJECT_FirstStart() {
         SESSION_Get().showDevice = 1;
         SESSION_Get().showLog = 1;
         frontEnd.openView(View::log);
-        PASSWORD_SetLimitsOfDevice();
         return;
     }
     PROJECT_FillDefaults();
@@ -56,9 +59,8 @@ void PROJECT_New() {
     SESSION_Get().projectPath.clear();
     FRONTEND_Get().setTitle(IDENTITY_Title());
     PROJECT_FirstStart();
+    CONFIGURATION_Changed();
     SIO_Restart();
-    FRONTEND_Get().refreshView(View::device);
-    SUMMARY_ShowStatusTexts();
 }
 
 void PROJECT_OpenDialog() {
@@ -73,14 +75,11 @@ void PROJECT_Open(const std::string& path) {
     SESSION_Get().projectPath = path;
     TARGET_Disconnect();
     MRU_Add(MRU_PROJECTS, path);
-    PROJECT_Load(path);
+    static_cast<void>(PROJECT_Load(path)); // which reports; what was read before holds
     FRONTEND_Get().setTitle(
         formatText("%s V%s: %s", kProductName, IDENTITY_Version().c_str(), path.c_str()));
+    CONFIGURATION_Changed();
     SIO_Restart();
-    SUMMARY_ShowStatusTexts();
-    SUMMARY_Refresh();
-    PASSWORD_SetLimitsOfDevice();
-    FRONTEND_Get().refreshView(View::device);
 }
 
 void PROJECT_SaveCurrent() {

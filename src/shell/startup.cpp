@@ -135,16 +135,14 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
     }
     TARGET_Init(nullptr, TERMINAL_ReceiveByte);
     CMDLINE_SetDispatcher(CMD_EXIT, CMDLINE_RunCommand);
-    SUMMARY_Refresh();
     loadDefaultProject();
-    PASSWORD_SetLimitsOfDevice(); // an option may fill the password before it names a device
+    CONFIGURATION_Changed(); // an option may fill the password before it names a device
     if (const auto programFile = CMDLINE_Process(arguments)) {
         PROGRAM_Open(*programFile);
     }
     openRememberedViews();
-    PASSWORD_SetLimitsOfDevice();
+    CONFIGURATION_Changed();
     openPort();
-    SUMMARY_ShowStatusTexts();
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include "device/device.h"
 #include "device/image_checksum.h"
 #include "device/image_fit.h"
+#include "link/password.h"
 #include "notice/status.h"
 #include "platform/format.h"
 #include "serial/sio.h"
@@ -16,7 +17,10 @@ void SUMMARY_Refresh() {
     FRONTEND_Get().refreshView(View::hexList);
 }
 
-void SUMMARY_ShowStatusTexts() {
+void CONFIGURATION_Changed() {
+    PASSWORD_SetLimitsOfDevice();
+    SUMMARY_Refresh();
+    FRONTEND_Get().refreshView(View::device);
     STATUS_SetText(formatText("MCU: %s", DEVICE_GetName().c_str()), STATUS_DEVICE);
     STATUS_SetText(formatText("COM%d, %d Baud", static_cast<int>(SIO_GetPort()),
                               static_cast<int>(SIO_GetBaudrate())),

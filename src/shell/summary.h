@@ -1,9 +1,10 @@
-// The loaded-data summary: the checksum of the selected blocks and whether the data fits into them;
-// and the status texts that name the device and the port. Kept current by whoever changes the
-// image, the device, the blocks or the port.
+// What is derived from the image and from the settings of the program, and who shows it. Whoever
+// changes one of them calls the operation for it. User-interface thread only.
 #pragma once
 
-// Recomputes checksum and fits flag and refreshes the data views.
+// The image has changed: recomputes its checksum over the selected blocks and whether it fits into
+// them, and refreshes the data views.
 void SUMMARY_Refresh();
-// Writes "MCU: %s" and "COM%d, %d Baud".
-void SUMMARY_ShowStatusTexts();
+// The device, its blocks, the port or a whole project has changed: all that depends on them, the
+// summary of the image, the limits of the password, the device view and the status texts included.
+void CONFIGURATION_Changed();

@@ -167,6 +167,7 @@ FrontEnd DESKTOP_Create() {
     frontEnd.showFrame = FRAME_Show;
     frontEnd.setTitle = FRAME_SetTitle;
     frontEnd.updateMenu = FRAME_UpdateMenu;
+    frontEnd.isDialogOpen = MODAL_IsOpen;
     fillViews(frontEnd);
     fillDialogs(frontEnd);
     return frontEnd;

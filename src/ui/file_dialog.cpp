@@ -128,9 +128,9 @@ std::optional<FileChoice> show(const FileRequest& request, QWidget* owner) {
     if (dialog.exec() != QDialog::Accepted || dialog.path().isEmpty()) {
         return std::nullopt;
     }
-    const auto index = std::max<qsizetype>(filters.indexOf(dialog.selectedNameFilter()), 0);
-    return FileChoice{chosenPath(dialog.path(), request, static_cast<size_t>(index)),
-                      static_cast<int>(index) + 1};
+    const auto filter =
+        static_cast<size_t>(std::max<qsizetype>(filters.indexOf(dialog.selectedNameFilter()), 0));
+    return FileChoice{chosenPath(dialog.path(), request, filter), filter};
 }
 
 } // namespace

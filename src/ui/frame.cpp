@@ -1,18 +1,12 @@
 #include "ui/frame.h"
 
-#include "data/hexdata.h"
-#include "persist/mru.h"
 #include "platform/event_queue.h"
 #include "shell/cmdline.h"
-#include "shell/command_handler.h"
 #include "shell/command_ids.h"
-#include "shell/command_table.h"
+#include "shell/frame_rules.h"
 #include "shell/identity.h"
-#include "shell/program_files.h"
-#include "shell/project.h"
 #include "shell/session.h"
 #include "shell/startup.h"
-#include "shell/summary.h"
 #include "ui/artwork.h"
 #include "ui/frame_menu.h"
 #include "ui/modal.h"
@@ -44,75 +38,8 @@ protected:
     }
 };
 
-int commandsRunning = 0; // a command waits in a loop of its own while its operation runs
 bool placed = false;
-bool closeWanted = false;  // the frame was closed over an open box
-bool unloadWanted = false; // the last data view was closed while the target was busy
-bool checkWanted = false;  // the frame was activated while a command ran
-
-bool mayRun(int id) {
-    return !SESSION_Get().quit && !MODAL_IsOpen() &&
-           (commandsRunning == 0 || COMMAND_IsHarmless(id));
-}
-
-bool isBusy() {
-    return commandsRunning > 0 || SESSION_Get().targetBusy || CMDLINE_IsRunning();
-}
-
-void unload() {
-    HEXDATA_Clear();
-    SESSION_Get().loaded = false;
-    SUMMARY_Refresh();
-    FRAME_UpdateMenu();
-}
-
-// Closing the last view of the data unloads it, but never under a running operation.
-void dataViewsClosed() {
-    if (isBusy()) {
-        unloadWanted = true;
-    } else {
-        unload();
-    }
-}
-
-void checkChangedFile() {
-    if (SESSION_Get().quit || MODAL_IsOpen()) {
-        return;
-    }
-    checkWanted = isBusy();
-    if (!checkWanted) {
-        PROGRAM_CheckChanged();
-    }
-}
-
-void doWhatWasPutOff() {
-    if (isBusy() || SESSION_Get().quit) {
-        return;
-    }
-    if (unloadWanted) {
-        unloadWanted = false;
-        if (!VIEWS_IsOpen(View::hexList) && !VIEWS_IsOpen(View::hexDump)) {
-            unload();
-        }
-    }
-    if (checkWanted) {
-        EVENTS_Post(checkChangedFile);
-    }
-}
-
-void run(int id) {
-    if (!mayRun(id)) {
-        return;
-    }
-    ++commandsRunning;
-    MAINFRAME_Command(id);
-    --commandsRunning;
-    FRAME_UpdateMenu();
-}
-
-bool isProjectFile(const QString& path) {
-    return path.endsWith(".tpu", Qt::CaseInsensitive);
-}
+bool closeWanted = false; // the frame was closed over an open box
 
 QString droppedFile(const QMimeData* data) {
     for (const QUrl& url : data->urls()) {
@@ -121,21 +48,6 @@ QString droppedFile(const QMimeData* data) {
         }
     }
     return {};
-}
-
-void openDropped(const std::string& path) {
-    if (isBusy() || !mayRun(CMD_FILE_OPEN)) {
-        return;
-    }
-    ++commandsRunning;
-    if (isProjectFile(QString::fromStdString(path))) {
-        PROJECT_Open(path);
-    } else {
-        MRU_Add(MRU_PROGRAMS, path);
-        PROGRAM_Open(path);
-    }
-    --commandsRunning;
-    FRAME_UpdateMenu();
 }
 
 class MainFrame : public QMainWindow {
@@ -151,8 +63,8 @@ public:
         area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
         setCentralWidget(area_);
         setStatusBar(STATUSBAR_Create(this));
-        VIEWS_Init(area_, dataViewsClosed);
-        FRAMEMENU_Build(menuBar(), area_, run, mayRun);
+        VIEWS_Init(area_, FRAMERULES_DataViewsClosed);
+        FRAMEMENU_Build(menuBar(), area_, FRAMERULES_Run, FRAMERULES_MayRun);
         addShortcuts();
     }
 
@@ -177,7 +89,7 @@ protected:
     void changeEvent(QEvent* event) override {
         QMainWindow::changeEvent(event);
         if (event->type() == QEvent::ActivationChange && isActiveWindow()) {
-            EVENTS_Post(checkChangedFile);
+            EVENTS_Post(FRAMERULES_Activated);
         }
     }
 
@@ -187,7 +99,7 @@ protected:
     }
 
     void dragEnterEvent(QDragEnterEvent* event) override {
-        if (!isBusy() && mayRun(CMD_FILE_OPEN) && !droppedFile(event->mimeData()).isEmpty()) {
+        if (FRAMERULES_MayOpenFile() && !droppedFile(event->mimeData()).isEmpty()) {
             event->acceptProposedAction();
         }
     }
@@ -195,7 +107,8 @@ protected:
     // Opened after the drop has ended: a question must not keep the file manager waiting.
     void dropEvent(QDropEvent* event) override {
         event->acceptProposedAction();
-        EVENTS_Post([path = droppedFile(event->mimeData()).toStdString()] { openDropped(path); });
+        EVENTS_Post(
+            [path = droppedFile(event->mimeData()).toStdString()] { FRAMERULES_OpenFile(path); });
     }
 
 private:
@@ -204,7 +117,7 @@ private:
             auto* shortcut = new QShortcut(QKeySequence(key), this);
             connect(shortcut, &QShortcut::activated, this, action);
         };
-        add("F1", [] { run(CMD_HELP_CONTENTS); });
+        add("F1", [] { FRAMERULES_Run(CMD_HELP_CONTENTS); });
         add("Ctrl+F6", [this] { area_->activateNextSubWindow(); });
         add("Ctrl+Shift+F6", [this] { area_->activatePreviousSubWindow(); });
     }
@@ -253,11 +166,9 @@ QRect screenFor(const QRect& wanted) {
 } // namespace
 
 void FRAME_Create() {
-    commandsRunning = 0;
+    FRAMERULES_Reset();
     placed = false;
     closeWanted = false;
-    unloadWanted = false;
-    checkWanted = false;
     frame = std::make_unique<MainFrame>();
     MODAL_Init(frame.get(), dialogOpens, dialogsLeft);
     FRAMEMENU_Update();
@@ -305,6 +216,6 @@ void FRAME_SetTitle(const std::string& title) {
 void FRAME_UpdateMenu() {
     if (frame) {
         FRAMEMENU_Update();
-        doWhatWasPutOff();
+        FRAMERULES_CatchUp();
     }
 }

@@ -99,7 +99,7 @@ HexDumpArea::HexDumpArea(QWidget* parent)
 
 void HexDumpArea::refresh() {
     range_ = HEXDUMPVIEW_GetRange();
-    if (selection_ && (selection_->first() < range_.first || selection_->last() > range_.last)) {
+    if (selection_ && !range_.contains(selection_->range())) {
         selection_.reset();
     }
     layOut();
@@ -115,7 +115,7 @@ DumpScroll HexDumpArea::scroll() const {
 }
 
 uint32_t HexDumpArea::topAddress() const {
-    return range_.first + static_cast<uint32_t>(verticalScrollBar()->value()) * kBytesPerRow;
+    return range_.start + static_cast<uint32_t>(verticalScrollBar()->value()) * kBytesPerRow;
 }
 
 // Header and scroll bars after a change of size, columns or data.
@@ -183,7 +183,8 @@ bool HexDumpArea::extendSelection(int key) {
     DumpSelection next = selection_.value_or(DumpSelection{topAddress(), topAddress()});
     if (selection_) {
         const int64_t target = int64_t{next.caret} + step;
-        next.caret = static_cast<uint32_t>(std::clamp<int64_t>(target, range_.first, range_.last));
+        next.caret =
+            static_cast<uint32_t>(std::clamp<int64_t>(target, range_.start, range_.last()));
     }
     select(next);
     return true;
@@ -201,7 +202,7 @@ void HexDumpArea::setSelection(const DumpSelection& selection) {
 }
 
 void HexDumpArea::selectAll() {
-    setSelection({range_.first, range_.last});
+    setSelection({range_.start, range_.last()});
 }
 
 void HexDumpArea::showAtTop(uint32_t address) {
@@ -213,7 +214,7 @@ QString HexDumpArea::selectedText() const {
         return {};
     }
     const auto copy = selection_->characters ? HEXDUMPVIEW_CopyCharacters : HEXDUMPVIEW_CopyHex;
-    return QString::fromLatin1(copy(selection_->first(), selection_->last()));
+    return QString::fromLatin1(copy(selection_->range()));
 }
 
 void HexDumpArea::mousePressEvent(QMouseEvent* event) {
@@ -262,8 +263,8 @@ uint32_t HexDumpArea::addressAt(QPoint point, bool characters) const {
                                 static_cast<int>(kBytesPerRow) - 1);
     const int row = point.y() < 0 ? -1 : point.y() / lineHeight();
     const int64_t line = std::max<int64_t>(int64_t{verticalScrollBar()->value()} + row, 0);
-    const int64_t address = int64_t{range_.first} + line * kBytesPerRow + cell;
-    return static_cast<uint32_t>(std::min<int64_t>(address, range_.last));
+    const int64_t address = int64_t{range_.start} + line * kBytesPerRow + cell;
+    return static_cast<uint32_t>(std::min<int64_t>(address, range_.last()));
 }
 
 // What the columns need for a whole line.

@@ -7,18 +7,20 @@
 #include "ui/dump_scroll.h"
 
 #include <QAbstractScrollArea>
+#include <algorithm>
 #include <optional>
 
 // kColumns is their number.
 enum DumpColumn : int { kAddress, kHex, kCharacters, kColumns };
 
-// The selected addresses, both inclusive; the caret is the end that moves.
+// The selected addresses, from the one to the other; the caret is the end that moves.
 struct DumpSelection {
     uint32_t anchor = 0;
     uint32_t caret = 0;
     bool characters = false; // begun among the characters: they are what is copied
-    uint32_t first() const { return anchor < caret ? anchor : caret; }
-    uint32_t last() const { return anchor < caret ? caret : anchor; }
+    AddressRange range() const {
+        return AddressRange::upTo(std::min(anchor, caret), std::max(anchor, caret));
+    }
 };
 
 class HexDumpArea : public QAbstractScrollArea {
@@ -27,7 +29,7 @@ public:
 
     // Takes over the range of the image as it is now.
     void refresh();
-    const DumpRange& range() const { return range_; }
+    const AddressRange& range() const { return range_; }
     DumpScroll scroll() const;
     // The address at which the top line begins.
     uint32_t topAddress() const;
@@ -68,12 +70,12 @@ private:
     double charWidth() const;
     // Left edge of a column's text, in the viewport.
     int textLeft(int column) const;
-    QRectF cells(int column, uint32_t from, uint32_t to, int top) const;
+    QRectF cells(int column, const AddressRange& shown, uint32_t start, int top) const;
     void drawLine(QPainter& painter, int row, uint32_t line);
     void drawColumn(QPainter& painter, int column, int top, const QString& text,
                     const QRectF& selected) const;
 
-    DumpRange range_;
+    AddressRange range_;
     DumpLine texts_; // of the line being drawn
     std::optional<DumpSelection> selection_;
     QHeaderView* header_;

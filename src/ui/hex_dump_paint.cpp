@@ -8,20 +8,11 @@
 
 namespace {
 
-// Cells that the selection covers in a line whose sixteen addresses begin at `start`.
-struct Covered {
-    uint32_t from = 0;
-    uint32_t to = 0; // inclusive
-};
-
-std::optional<Covered> coveredCells(const std::optional<DumpSelection>& selection, uint32_t start) {
-    const uint64_t end = uint64_t{start} + kBytesPerRow - 1;
-    if (!selection || selection->last() < start || selection->first() > end) {
-        return std::nullopt;
-    }
-    const uint64_t from = std::max(selection->first(), start);
-    const uint64_t to = std::min<uint64_t>(selection->last(), end);
-    return Covered{static_cast<uint32_t>(from - start), static_cast<uint32_t>(to - start)};
+// What is selected of the line whose sixteen addresses begin at `start`; empty when nothing is.
+AddressRange selectedIn(const std::optional<DumpSelection>& selection, uint32_t start) {
+    const AddressRange whole = selection ? selection->range() : AddressRange();
+    return {std::max(whole.start, start),
+            std::min(whole.end, AddressRange::of(start, kBytesPerRow).end)};
 }
 
 } // namespace
@@ -44,21 +35,23 @@ void HexDumpArea::drawLine(QPainter& painter, int row, uint32_t line) {
     const int top = row * lineHeight();
     QRectF selectedHex;
     QRectF selectedCharacters;
-    if (const auto covered = coveredCells(selection_, range_.first + line * kBytesPerRow)) {
-        selectedHex = cells(kHex, covered->from, covered->to, top);
-        selectedCharacters = cells(kCharacters, covered->from, covered->to, top);
+    const uint32_t start = range_.start + line * kBytesPerRow;
+    if (const AddressRange selected = selectedIn(selection_, start); !selected.empty()) {
+        selectedHex = cells(kHex, selected, start, top);
+        selectedCharacters = cells(kCharacters, selected, start, top);
     }
     drawColumn(painter, kAddress, top, QString::fromLatin1(texts_.address), {});
     drawColumn(painter, kHex, top, QString::fromLatin1(texts_.hex), selectedHex);
     drawColumn(painter, kCharacters, top, LOOK_Characters(texts_.characters), selectedCharacters);
 }
 
-// Where the cells from `from` to `to` of a line stand, the blanks between them included.
-QRectF HexDumpArea::cells(int column, uint32_t from, uint32_t to, int top) const {
+// Where the cells of a range stand in the line that begins at `start`, the blanks between them
+// included.
+QRectF HexDumpArea::cells(int column, const AddressRange& shown, uint32_t start, int top) const {
     const uint32_t step = column == kHex ? 3 : 1;
     const uint32_t width = column == kHex ? 2 : 1;
-    const double left = textLeft(column) + charWidth() * step * from;
-    const double right = textLeft(column) + charWidth() * (step * to + width);
+    const double left = textLeft(column) + charWidth() * step * (shown.start - start);
+    const double right = textLeft(column) + charWidth() * (step * (shown.last() - start) + width);
     return {left, double(top), right - left, double(lineHeight())};
 }
 

@@ -69,7 +69,7 @@ private:
         if (!selection) {
             return;
         }
-        if (selection->last() - selection->first() >= kMaxCopiedBytes) {
+        if (selection->range().size() > kMaxCopiedBytes) {
             ERROR_Ask(static_cast<QWidget*>(this),
                       formatText("At most %u bytes can be copied at once.", kMaxCopiedBytes),
                       "Copy", BOX_ICON_INFORMATION);
@@ -86,26 +86,26 @@ private:
         request.label0 = "Address (Hex):";
         request.value0 = static_cast<int32_t>(startOfSearch());
         while (FRONTEND_Get().editValue(request) == kDialogOk) {
-            const DumpRange& range = area_->range();
+            const AddressRange& range = area_->range();
             const auto address = static_cast<uint32_t>(request.value0.value_or(0));
-            if (request.value0 && address >= range.first && address <= range.last) {
+            if (request.value0 && range.contains(address)) {
                 area_->showAtTop(address);
                 area_->select({address, address});
                 return;
             }
             ERROR_Ask(static_cast<QWidget*>(this),
-                      formatText("The address must be within %X - %X", range.first, range.last),
+                      formatText("The address must be within %X - %X", range.start, range.last()),
                       kGoToTitle, BOX_ICON_INFORMATION);
         }
     }
 
     uint32_t startOfSearch() const {
-        return area_->selection() ? area_->selection()->first() : area_->topAddress();
+        return area_->selection() ? area_->selection()->range().start : area_->topAddress();
     }
 
     QString find(const std::vector<uint8_t>& pattern, bool forward) {
         area_->refresh(); // what is found must lie in what is shown
-        const std::vector<AreaInfo> areas = HEXDATA_GetAreas();
+        const std::vector<AddressRange> areas = HEXDATA_GetAreas();
         const uint64_t start = uint64_t{startOfSearch()} + (forward && area_->selection() ? 1 : 0);
         const auto search = [&](uint64_t from) {
             return forward ? DATAFIND_Next(areas, pattern, static_cast<uint32_t>(from))

@@ -28,7 +28,7 @@ constexpr int kCharactersColumn = kAreaColumns.size() - 1; // the last column
 // A snapshot of the areas, and the row that was asked for last: a view asks for the cells of a row
 // one after the other.
 struct Rows {
-    std::vector<AreaInfo> areas;
+    std::vector<AddressRange> areas;
     int current = -1;
     HexListRow row;
 };

@@ -18,6 +18,7 @@ namespace {
 constexpr int kMaxAddressText = 254; // characters
 
 struct PasswordPage {
+    std::function<PasswordLimits()> limits;
     PasswordSettings working; // its bytes are formed when it is applied
     QString committedText;    // the committed bytes as the page shows them
     uint32_t areaStart = 0;   // of the limits that missing addresses were taken from last
@@ -55,7 +56,7 @@ void fillMissing(uint32_t& count, uint32_t& compare, uint32_t areaStart) {
 }
 
 void fillMissingAddresses(PasswordPage& page) {
-    const PasswordLimits limits = PASSWORD_GetLimits();
+    const PasswordLimits limits = page.limits();
     page.areaStart = limits.AreaStart;
     if (limits.AreaSize != 0 && limits.AreaStart != 0) {
         fillMissing(page.working.AdrCount, page.working.AdrCompare, limits.AreaStart);
@@ -64,7 +65,7 @@ void fillMissingAddresses(PasswordPage& page) {
 
 // The target page may have chosen a device with another password area since.
 void followDevice(PasswordPage& page) {
-    if (page.areaStart != PASSWORD_GetLimits().AreaStart) {
+    if (page.areaStart != page.limits().AreaStart) {
         fillMissingAddresses(page);
     }
 }
@@ -75,7 +76,7 @@ void showAddress(QLineEdit* edit, uint32_t address) {
 }
 
 void showAddresses(const PasswordPage& page) {
-    const bool used = PASSWORD_GetLimits().AreaSize != 0;
+    const bool used = page.limits().AreaSize != 0;
     for (QWidget* control :
          {static_cast<QWidget*>(page.count), static_cast<QWidget*>(page.compare),
           static_cast<QWidget*>(page.countLabel), static_cast<QWidget*>(page.compareLabel)}) {
@@ -118,7 +119,7 @@ void enableForFill(const PasswordPage& page) {
 std::optional<std::string> checkEntered(const PasswordPage& page, PasswordSettings& entered) {
     PasswordSettings addressesOnly = entered;
     addressesOnly.FillFF = true;
-    if (auto message = PASSWORD_Validate(addressesOnly)) {
+    if (auto message = PASSWORD_Validate(addressesOnly, page.limits())) {
         return message;
     }
     if (!entered.FillFF) {
@@ -127,7 +128,7 @@ std::optional<std::string> checkEntered(const PasswordPage& page, PasswordSettin
             return error;
         }
     }
-    return PASSWORD_Validate(entered);
+    return PASSWORD_Validate(entered, page.limits());
 }
 
 bool apply(PasswordPage& page) {
@@ -196,8 +197,9 @@ void connectControls(const PasswordPagePtr& page) {
 
 } // namespace
 
-SheetPage PASSWORDPAGE_Create(QWidget* parent) {
+SheetPage PASSWORDPAGE_Create(QWidget* parent, std::function<PasswordLimits()> limits) {
     const auto page = std::make_shared<PasswordPage>();
+    page->limits = std::move(limits);
     page->working = PASSWORD_Get();
     page->committedText = shownText(page->working);
     fillMissingAddresses(*page);

@@ -6,7 +6,6 @@
 #include <QVBoxLayout>
 
 SheetPage SETTINGSPAGE_Create(QWidget* parent, const SharedProps& working) {
-    *working = DEVPROPS_Get();
     auto* widget = new QWidget(parent);
     widget->setObjectName("page651");
     auto* layout = new QVBoxLayout(widget);

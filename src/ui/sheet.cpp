@@ -1,5 +1,6 @@
 #include "ui/sheet.h"
 
+#include "device/device.h"
 #include "shell/front_end.h"
 #include "ui/dialogs.h"
 #include "ui/mnemonics.h"
@@ -43,10 +44,6 @@ QDialogButtonBox* addButtons(QDialog& dialog, QDialogButtonBox::StandardButtons 
     return buttons;
 }
 
-int resultOf(int dialogCode) {
-    return dialogCode == QDialog::Accepted ? kDialogOk : kDialogCancel;
-}
-
 using Pages = std::array<SheetPage, kPages>;
 
 // Each page commits, up to one that refuses. The number that did.
@@ -66,9 +63,10 @@ void addPageKeys(QTabWidget* tabs, QDialog* dialog) {
 }
 
 Pages makePages(QTabWidget& tabs) {
-    const auto working = std::make_shared<DevProps>();
+    const SharedProps working = PAGES_WorkingProps();
+    const auto limits = [working] { return PASSWORD_LimitsOf(DEVICE_At(working->Device)); };
     Pages pages = {TARGETPAGE_Create(&tabs, working), SETTINGSPAGE_Create(&tabs, working),
-                   COMMPAGE_Create(&tabs), PASSWORDPAGE_Create(&tabs)};
+                   COMMPAGE_Create(&tabs), PASSWORDPAGE_Create(&tabs, limits)};
     for (const SheetPage& page : pages) {
         tabs.addTab(page.widget, page.title);
     }
@@ -131,14 +129,17 @@ int runSheet(QWidget* parent) {
         }
     });
     SHEET_CenterDialog(&dialog);
-    const int code = dialog.exec();
-    if (code != QDialog::Accepted) {
-        std::ranges::for_each(pages, [](const SheetPage& page) { page.discard(); });
-    }
+    dialog.exec();
     return applied ? kDialogOk : kDialogCancel;
 }
 
 } // namespace
+
+SharedProps PAGES_WorkingProps() {
+    auto working = std::make_shared<DevProps>(DEVPROPS_Get());
+    working->Device = DEVICE_SelectedIndex(); // the settings may name one beyond the table
+    return working;
+}
 
 int SHEET_Options(QWidget* parent) {
     if (openSheet) {
@@ -171,11 +172,7 @@ int SHEET_RunPage(QWidget* parent, const QString& objectName, const QString& cap
         }
     });
     SHEET_CenterDialog(&dialog);
-    const int result = resultOf(dialog.exec());
-    if (result == kDialogCancel) {
-        page.discard();
-    }
-    return result;
+    return dialog.exec() == QDialog::Accepted ? kDialogOk : kDialogCancel;
 }
 
 void SHEET_TrackPair(std::function<bool()> differs) {
@@ -216,13 +213,13 @@ int DIALOG_Options(QWidget* parent) {
 
 int DIALOG_Target(QWidget* parent) {
     return SHEET_RunPage(parent, "600", "Target properties", [](QWidget* dialog) {
-        return TARGETPAGE_Create(dialog, std::make_shared<DevProps>());
+        return TARGETPAGE_Create(dialog, PAGES_WorkingProps());
     });
 }
 
 int DIALOG_Settings(QWidget* parent) {
     return SHEET_RunPage(parent, "650", "Settings", [](QWidget* dialog) {
-        return SETTINGSPAGE_Create(dialog, std::make_shared<DevProps>());
+        return SETTINGSPAGE_Create(dialog, PAGES_WorkingProps());
     });
 }
 
@@ -231,5 +228,7 @@ int DIALOG_Communication(QWidget* parent) {
 }
 
 int DIALOG_Password(QWidget* parent) {
-    return SHEET_RunPage(parent, "1000", "Password", PASSWORDPAGE_Create);
+    return SHEET_RunPage(parent, "1000", "Password", [](QWidget* dialog) {
+        return PASSWORDPAGE_Create(dialog, PASSWORD_GetLimits);
+    });
 }

@@ -11,8 +11,6 @@ struct SheetPage {
     QWidget* widget = nullptr;
     // Commits the working copy; false when it was refused, which has been reported.
     std::function<bool()> apply = [] { return true; };
-    // The dialog ends without applying what was changed last.
-    std::function<void()> discard = [] {};
     // The page comes to the front.
     std::function<void()> activated = [] {};
 };

@@ -1,7 +1,6 @@
 // The target page: device, blocks that take part in block-wise operations, oscillator frequency.
 
 #include "device/device.h"
-#include "link/password.h"
 #include "platform/format.h"
 #include "ui/pages.h"
 
@@ -41,13 +40,17 @@ private:
 
 struct TargetPage {
     SharedProps working;
-    int deviceToRestore = 0; // selected again unless the choice is applied
     QComboBox* device = nullptr;
     QListWidget* blocks = nullptr;
     QLabel* speedLabel = nullptr;
     QLineEdit* speed = nullptr;
     QLabel* speedUnit = nullptr;
 };
+
+const DeviceRecord& chosenDevice(const TargetPage& page) {
+    return DEVICE_At(page.working->Device);
+}
+
 using TargetPagePtr = std::shared_ptr<TargetPage>;
 
 // The number that the text begins with, behind blanks and a sign; 0 without digits, the nearest
@@ -81,7 +84,7 @@ void showBlockStates(const TargetPage& page) {
 
 void fillBlocks(const TargetPage& page) {
     page.blocks->clear();
-    for (const DeviceBlock& block : DEVICE_Blocks()) {
+    for (const DeviceBlock& block : DEVICE_Blocks(chosenDevice(page))) {
         if (block.index >= kMaxSelectableBlocks) {
             break;
         }
@@ -95,7 +98,7 @@ void fillBlocks(const TargetPage& page) {
 }
 
 void showSpeed(const TargetPage& page) {
-    const bool needed = DEVICE_GetTimerInit() != 0;
+    const bool needed = chosenDevice(page).TimerInit != 0;
     for (QWidget* widget :
          {static_cast<QWidget*>(page.speedLabel), static_cast<QWidget*>(page.speed),
           static_cast<QWidget*>(page.speedUnit)}) {
@@ -106,13 +109,11 @@ void showSpeed(const TargetPage& page) {
     }
 }
 
-// The device answers every query from now on; only applying makes the choice last.
 void chooseDevice(const TargetPage& page) {
     page.working->Device = page.device->currentData().toInt();
-    DEVPROPS_SetDevice(page.working->Device);
     showSpeed(page);
-    PASSWORD_SetLimitsOfDevice();
-    const size_t count = std::min(DEVICE_Blocks().size(), page.working->aBlockSelect.size());
+    const size_t count =
+        std::min(DEVICE_Blocks(chosenDevice(page)).size(), page.working->aBlockSelect.size());
     page.working->aBlockSelect.fill(0);
     std::fill_n(page.working->aBlockSelect.begin(), count, 1);
     fillBlocks(page);
@@ -135,23 +136,13 @@ void selectAllBlocks(const TargetPage& page, bool selected) {
     SHEET_NotifyChange();
 }
 
-void apply(TargetPage& page) {
+void apply(const TargetPage& page) {
     page.working->Speed = enteredSpeed(page);
-    page.deviceToRestore = page.working->Device;
     DEVPROPS_Set(*page.working);
 }
 
-void discard(const TargetPage& page) {
-    if (page.deviceToRestore != DEVPROPS_GetDevice()) {
-        DEVPROPS_SetDevice(page.deviceToRestore);
-        PASSWORD_SetLimitsOfDevice();
-    }
-}
-
-// Against what stays when the sheet is cancelled: the chosen device is not yet that.
 bool differs(const TargetPage& page) {
-    DevProps committed = DEVPROPS_Get();
-    committed.Device = page.deviceToRestore;
+    const DevProps committed = *PAGES_WorkingProps();
     DevProps entered = *page.working;
     entered.Speed = page.speed->isHidden() ? committed.Speed : enteredSpeed(page);
     return entered != committed;
@@ -217,11 +208,8 @@ void addSpeedControls(const TargetPagePtr& page, QWidget* widget, QVBoxLayout* l
 } // namespace
 
 SheetPage TARGETPAGE_Create(QWidget* parent, SharedProps working) {
-    *working = DEVPROPS_Get();
-    working->Device = DEVICE_SelectedIndex(); // the settings may name one beyond the table
     const auto page = std::make_shared<TargetPage>();
     page->working = std::move(working);
-    page->deviceToRestore = page->working->Device;
 
     auto* widget = new QWidget(parent);
     widget->setObjectName("page601");
@@ -243,5 +231,5 @@ SheetPage TARGETPAGE_Create(QWidget* parent, SharedProps working) {
                 apply(*page);
                 return true;
             },
-            [page] { discard(*page); }, [] {}};
+            [] {}};
 }

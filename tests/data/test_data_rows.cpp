@@ -75,13 +75,13 @@ TEST_F(DataRows, DumpMarksWhatTheImageDoesNotHold) {
 
 TEST_F(DataRows, DumpLinesBeginAtTheFirstAddressAndReachTheLast) {
     const struct {
-        DumpRange range;
+        AddressRange range;
         uint32_t lines;
         const char* lastLine;
     } cases[] = {
-        {{0x1005, 0x1014}, 1, "00001005"},         {{0x1005, 0x1015}, 2, "00001015"},
-        {{0xFFFFFFFA, 0xFFFFFFFF}, 1, "FFFFFFFA"}, {{0, 0xFFFFFFFF}, 1u << 28, "FFFFFFF0"},
-        {{1, 0xFFFFFFFF}, 1u << 28, "FFFFFFF1"},
+        {{0x1005, 0x1015}, 1, "00001005"},          {{0x1005, 0x1016}, 2, "00001015"},
+        {{0xFFFFFFFA, 0x100000000}, 1, "FFFFFFFA"}, {{0, 0x100000000}, 1u << 28, "FFFFFFF0"},
+        {{1, 0x100000000}, 1u << 28, "FFFFFFF1"},
     };
     HEXDATA_AddData(0, Bytes{0xAB});
     HEXDATA_AddData(0xFFFFFFFF, Bytes{0xCD});
@@ -97,11 +97,11 @@ TEST_F(DataRows, DumpLinesBeginAtTheFirstAddressAndReachTheLast) {
 
 TEST_F(DataRows, CopiesAsTheDumpShows) {
     HEXDATA_AddData(0x10, bytesOf("0123456789ABCDEFxy z"));
-    EXPECT_EQ(HEXDUMPVIEW_CopyHex(0x11, 0x11), "31");
-    EXPECT_EQ(HEXDUMPVIEW_CopyHex(0x1F, 0x2F),
+    EXPECT_EQ(HEXDUMPVIEW_CopyHex({0x11, 0x12}), "31");
+    EXPECT_EQ(HEXDUMPVIEW_CopyHex({0x1F, 0x30}),
               "46 78 79 20 7A -- -- -- -- -- -- -- -- -- -- --\n--");
-    EXPECT_EQ(HEXDUMPVIEW_CopyCharacters(0x0F, 0x24), ".0123456789ABCDEFxy.z.");
-    EXPECT_EQ(HEXDUMPVIEW_CopyHex(0, 0xFFFFFFFF).size(), size_t{kMaxCopiedBytes} * 3 - 1);
+    EXPECT_EQ(HEXDUMPVIEW_CopyCharacters({0x0F, 0x25}), ".0123456789ABCDEFxy.z.");
+    EXPECT_EQ(HEXDUMPVIEW_CopyHex({0, 0x100000000}).size(), size_t{kMaxCopiedBytes} * 3 - 1);
 }
 
 // Against looking at every address, over many areas and over pieces of more than one read. The gaps

@@ -11,7 +11,7 @@
 namespace {
 
 using Model = std::map<uint32_t, uint8_t>;
-using Areas = std::vector<AreaInfo>;
+using Areas = std::vector<AddressRange>;
 
 // The bytes that a walk over the image finds, in runs that neither overlap nor touch.
 Model bytesOfImage() {
@@ -63,13 +63,13 @@ TEST_F(HexData, OverlapsAreAskedAboutUntilAgreedTo) {
     reports.answer = ANSWER_CANCEL;
     EXPECT_STREQ(HEXDATA_AddData(0x2F, std::vector<uint8_t>{1, 2}), kMultipleDefinitions);
     EXPECT_EQ(HEXDATA_GetAddError(), "Multiple definitions for same address !");
-    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{{0x10, 0x20}}));
+    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{AddressRange::of(0x10, 0x20)}));
     HEXDATA_ClearAddError();
     reports.answer = ANSWER_OK;
     add(0x08, 0x13);
     add(0x2F, 0x3F);
     EXPECT_EQ(HEXDATA_GetAddError(), "");
-    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{{0x08, 0x38}}));
+    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{AddressRange::of(0x08, 0x38)}));
     EXPECT_EQ(bytesOfImage()[0x13], 0x08);
     EXPECT_EQ(bytesOfImage()[0x2F], 0x2F);
     EXPECT_EQ(reports.questions,
@@ -85,11 +85,13 @@ TEST_F(HexData, StaysWithinTheAddressSpace) {
     EXPECT_FALSE(HEXDATA_Relocate(1));
     EXPECT_FALSE(HEXDATA_Relocate(-0x101));
     EXPECT_TRUE(HEXDATA_Relocate(-0x100));
-    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{{0, 0x100}, {0xFFFFFEF0, 16}}));
+    EXPECT_EQ(HEXDATA_GetAreas(),
+              (Areas{AddressRange::of(0, 0x100), AddressRange::of(0xFFFFFEF0, 16)}));
     HEXDATA_DeleteRange(0x80, UINT64_MAX);
     EXPECT_FALSE(HEXDATA_Relocate(-0x10)) << "it would tear the area";
     EXPECT_TRUE(HEXDATA_Relocate(-0x80));
-    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{{0xFFFFFF80, 0x80}})) << "all of it passed address 0";
+    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{AddressRange::of(0xFFFFFF80, 0x80)}))
+        << "all of it passed address 0";
     bool restart = true;
     HEXDATA_CalcSum(0xFFFFFFFE, 4, restart, 0x11);
     EXPECT_EQ(HEXDATA_GetChecksum(), 0x22);
@@ -139,7 +141,7 @@ TEST_F(HexData, ManyRecordsInAnyOrderAreQuick) {
     for (uint32_t i = 0; i < kRecords; ++i) {
         HEXDATA_AddData(32 * (kRecords - 1 - i), record);
     }
-    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{{0, 32 * kRecords}}));
+    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{AddressRange::of(0, 32 * kRecords)}));
     for (uint32_t i = 0; i < kRecords / 2; ++i) {
         HEXDATA_DeleteRange(64 * i + 32, 32);
     }
@@ -150,7 +152,7 @@ TEST_F(HexData, ManyRecordsInAnyOrderAreQuick) {
             HEXDATA_AddData(32 * i, record);
         }
     }
-    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{{0, 32 * kRecords}}));
+    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{AddressRange::of(0, 32 * kRecords)}));
 }
 
 TEST_F(HexData, ChecksumsCountGapsAsFill) {

@@ -1,5 +1,6 @@
 #include "data/hexdata.h"
 #include "data/program_file.h"
+#include "data/program_format.h"
 #include "notice/run.h"
 #include "persist/hex_text.h"
 #include "platform/files.h"
@@ -20,8 +21,8 @@ namespace {
 // The image as "10:AABB 40:CC".
 std::string imageText() {
     std::string text;
-    for (const AreaInfo& area : HEXDATA_GetAreas()) {
-        std::vector<uint8_t> bytes(area.length);
+    for (const AddressRange& area : HEXDATA_GetAreas()) {
+        std::vector<uint8_t> bytes(area.size());
         HEXDATA_Copy(area.start, bytes, {});
         text += formatText(text.empty() ? "%X:" : " %X:", area.start) + HEXTEXT_FromBytes(bytes);
     }

@@ -60,9 +60,8 @@ TEST(Password, IsCheckedAgainstTheLimitsOfTheDevice) {
         {top, 0xFFFFFFFF, 0xFFFFFFF0, 1, ""},
     };
     for (const Case& c : cases) {
-        PASSWORD_SetLimits(c.limits.MinLen, c.limits.MaxLen, c.limits.AreaStart, c.limits.AreaSize);
         PasswordSettings settings{c.count, c.compare, std::vector<uint8_t>(c.length), false, false};
-        EXPECT_EQ(PASSWORD_Validate(settings).value_or(""), c.message);
+        EXPECT_EQ(PASSWORD_Validate(settings, c.limits).value_or(""), c.message);
     }
 }
 
@@ -70,10 +69,10 @@ TEST(Password, IsFilledAsTheLimitsAsk) {
     PASSWORD_SetLimits(12, 7, 0, 0);
     PASSWORD_SetFillFF(true);
     EXPECT_EQ(PASSWORD_GetBytes(), std::vector<uint8_t>(7, 0xFF));
-    PASSWORD_SetLimits(8, 8, 0x100, 0x20);
     PasswordSettings settings = PASSWORD_Get();
     settings.AdrCount = settings.AdrCompare = 0x100;
-    EXPECT_FALSE(PASSWORD_Validate(settings).has_value()); // the filling is not the user's length
+    // the filling is not the user's length
+    EXPECT_FALSE(PASSWORD_Validate(settings, {8, 8, 0x100, 0x20}).has_value());
     EXPECT_EQ(settings.Password, std::vector<uint8_t>(255, 0xFF));
     PASSWORD_SetBytes(std::vector<uint8_t>(400, 1));
     EXPECT_EQ(PASSWORD_GetLen(), kMaxPassword);

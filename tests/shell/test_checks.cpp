@@ -132,14 +132,17 @@ TEST(Project, RestoresWhatItSaved) {
     EXPECT_TRUE(PASSWORD_GetHexmode());
     for (const std::string& programFile : {""s, "a \"b\".hex"s, std::string(500, 'x')}) {
         std::filesystem::remove(path);
-        EXPECT_TRUE(PROJECT_Save(path, programFile));
+        PROJECT_Save(path, programFile);
         EXPECT_EQ(readFile(path), project) << "no File line";
     }
-    EXPECT_TRUE(PROJECT_Save(path, "a.hex"));
+    PROJECT_Save(path, "a.hex");
     EXPECT_NE(readFile(path).find("Logging = 0\r\nFile = \"a.hex\"\r\nDevice = "),
               std::string::npos);
     SIO_SetPort(0);
-    EXPECT_TRUE(PROJECT_Save(path, "") && PROJECT_Load(path)) << "a port that was never chosen";
+    PROJECT_Save(path, "");
+    EXPECT_TRUE(PROJECT_Load(path)) << "a port that was never chosen";
+    PROJECT_Save(world.folder / "none" / "p.tpu", "");
+    EXPECT_NE(world.log.find("p.tpu is not written: "), std::string::npos) << world.log;
     EXPECT_TRUE(world.reports.empty() && world.screen.questions.empty());
 }
 

@@ -45,21 +45,21 @@ TEST(EditDialogs, AskUntilTheValuesAreGoodAndKeepThem) {
         std::vector<std::pair<Value, Value>> typed;
         const char* shown;
         const char* errors;
-        AreaInfo left;
+        AddressRange left;
     } cases[] = {
-        {EDIT_RelocateDialog, {{-0x10, {}}}, "0,none ", "", {0xF0, 0x20}},
-        {EDIT_RelocateDialog, {{{}, {}}}, "-10,none -10,none ", "Empty value!", {0xF0, 0x20}},
+        {EDIT_RelocateDialog, {{-0x10, {}}}, "0,none ", "", {0xF0, 0x110}},
+        {EDIT_RelocateDialog, {{{}, {}}}, "-10,none -10,none ", "Empty value!", {0xF0, 0x110}},
         {EDIT_DeleteRangeDialog,
          {{{}, 0xFF}, {0x200, {}}, {0x200, 0x100}, {0, 0xF7}},
          "0,0 none,FF 200,none 200,100 ",
          "Empty Start Address!\nEmpty End Address!\nEnd Address < Start Address!",
-         {0xF8, 0x18}},
-        {EDIT_DeleteRangeDialog, {}, "200,F7 ", "", {0xF8, 0x18}}, // a 0 is not kept
+         {0xF8, 0x110}},
+        {EDIT_DeleteRangeDialog, {}, "200,F7 ", "", {0xF8, 0x110}}, // a 0 is not kept
         {EDIT_ReadBackDialog,
          {{2, 1}},
          "F8,10F 2,1 ",
          "End Address < Start Address!",
-         {0xF8, 0x18}},
+         {0xF8, 0x110}},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(shownBy(c.dialog, c.typed), c.shown);

@@ -9,7 +9,7 @@
 
 inline DeviceRecord deviceNamed(const std::string& name) {
     std::string text;
-    FILES_ReadAll(builtFolder() / "Device" / (name + ".dev"), text);
+    EXPECT_TRUE(FILES_ReadAll(builtFolder() / "Device" / (name + ".dev"), text).ok());
     const DeviceParseResult result = DEVICE_ParseText(text);
     EXPECT_TRUE(result.record) << name << ": " << faultTexts(result);
     return result.record.value_or(DeviceRecord{});

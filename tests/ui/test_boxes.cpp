@@ -88,7 +88,7 @@ TEST(FileDialog, FollowsTheFilterWithTheExtension) {
         });
     ASSERT_TRUE(choice);
     EXPECT_EQ(choice->path, (world.folder / "app.mot").string());
-    EXPECT_EQ(choice->filterIndex, 2);
+    EXPECT_EQ(choice->filter, 1U);
 }
 
 TEST(FileDialog, TakesTheTypedPathAndNotTheFolderSelectedInTheList) {

@@ -59,9 +59,10 @@ struct DumpWorld : UiWorld {
     // What is selected, with the kind of text that a copy takes.
     std::string selected() const {
         const auto& selection = area->selection();
-        return selection ? formatText("%X-%X %s", selection->first(), selection->last(),
-                                      selection->characters ? "characters" : "hex")
-                         : "none";
+        return selection
+                   ? formatText("%X-%X %s", selection->range().start, selection->range().last(),
+                                selection->characters ? "characters" : "hex")
+                   : "none";
     }
 
     ViewPtr view;

@@ -1,0 +1,103 @@
+#include "shell/frame_rules.h"
+
+#include "persist/mru.h"
+#include "platform/event_queue.h"
+#include "shell/cmdline.h"
+#include "shell/command_handler.h"
+#include "shell/command_ids.h"
+#include "shell/command_table.h"
+#include "shell/front_end.h"
+#include "shell/program_files.h"
+#include "shell/project.h"
+#include "shell/session.h"
+
+namespace {
+
+int commandsRunning = 0;
+bool unloadWanted = false;
+bool checkWanted = false;
+
+bool isBlocked() {
+    return SESSION_Get().quit || FRONTEND_Get().isDialogOpen();
+}
+
+bool isBusy() {
+    return commandsRunning > 0 || SESSION_Get().targetBusy || CMDLINE_IsRunning();
+}
+
+template <class Command>
+void runAsCommand(const Command& command) {
+    ++commandsRunning;
+    command();
+    --commandsRunning;
+    FRONTEND_Get().updateMenu();
+}
+
+} // namespace
+
+bool FRAMERULES_MayRun(int id) {
+    return !isBlocked() && (commandsRunning == 0 || COMMAND_IsHarmless(id));
+}
+
+void FRAMERULES_Run(int id) {
+    if (FRAMERULES_MayRun(id)) {
+        runAsCommand([id] { MAINFRAME_Command(id); });
+    }
+}
+
+bool FRAMERULES_MayOpenFile() {
+    return !isBusy() && !isBlocked();
+}
+
+void FRAMERULES_OpenFile(const std::string& path) {
+    if (!FRAMERULES_MayOpenFile()) {
+        return;
+    }
+    runAsCommand([&path] {
+        if (PROJECT_IsProjectFile(path)) {
+            PROJECT_Open(path);
+        } else {
+            MRU_Add(MRU_PROGRAMS, path);
+            PROGRAM_Open(path);
+        }
+    });
+}
+
+void FRAMERULES_DataViewsClosed() {
+    unloadWanted = isBusy();
+    if (!unloadWanted) {
+        PROGRAM_Unload();
+    }
+}
+
+void FRAMERULES_Activated() {
+    if (isBlocked()) {
+        return;
+    }
+    checkWanted = isBusy();
+    if (!checkWanted) {
+        PROGRAM_CheckChanged();
+    }
+}
+
+void FRAMERULES_CatchUp() {
+    if (isBusy() || SESSION_Get().quit) {
+        return;
+    }
+    if (unloadWanted) {
+        unloadWanted = false;
+        const FrontEnd& frontEnd = FRONTEND_Get();
+        if (!frontEnd.isViewOpen(View::hexList) && !frontEnd.isViewOpen(View::hexDump)) {
+            PROGRAM_Unload();
+        }
+    }
+    if (checkWanted) {
+        EVENTS_Post(FRAMERULES_Activated);
+    }
+}
+
+void FRAMERULES_Reset() {
+    commandsRunning = 0;
+    unloadWanted = false;
+    checkWanted = false;
+}
