@@ -88,7 +88,9 @@ void readUnknown(LineItem& item) {
 
 // What is wrong with where a command stands.
 void checkPlace(LineItem& item, const CommandLine& line) {
-    const auto before = std::ranges::count_if(line.items, &LineItem::isCommand);
+    const auto before = std::ranges::count_if(line.items, [](const LineItem& earlier) {
+        return earlier.isCommand() && earlier.faults.empty();
+    });
     if (before >= static_cast<ptrdiff_t>(kMaxQueuedCommands)) {
         item.faults.push_back(
             formatText("Too many commands, \"%s\" is not run: at most %d can be queued",
