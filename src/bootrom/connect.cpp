@@ -11,6 +11,7 @@
 #include "platform/event_queue.h"
 #include "platform/files.h"
 #include "platform/format.h"
+#include "serial/sio.h"
 
 namespace {
 
@@ -49,9 +50,14 @@ int TARGET_Connect() {
         EVENTS_Sleep(kConnectPauseMs);
         return 1;
     }
-    _BootFail(downloaded.error());
+    const Failure& failure = downloaded.error();
+    const std::string lost = SIO_GetLoss(); // before the port is opened again
+    _BootFail(failure);
     TARGET_Disconnect();
-    TARGET_ReportError(kConnectFailure, 1);
+    if (failure.code != TERR_SAYS_ALL) {
+        TARGET_ReportError(ERROR_WithReason(kConnectFailure, failure.reason.empty() ? lost : ""),
+                           1);
+    }
     EVENTS_Sleep(kConnectPauseMs);
     return 0;
 }

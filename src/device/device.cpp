@@ -85,7 +85,7 @@ int DEVICE_Init() {
         std::string reason;
         const std::string failure = readDescription(path, text, reason);
         if (!failure.empty()) {
-            ERROR_Out(nullptr, failure, kExitCode);
+            ERROR_Out(nullptr, ERROR_WithReason(failure, path.string() + ": " + reason), kExitCode);
             LOG_Add(formatText("Device file %s: %s", path.c_str(), reason.c_str()));
         } else if (_ParseDeviceFile(text, path.string()) != 0) {
             return 1;

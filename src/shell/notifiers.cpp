@@ -31,7 +31,7 @@ void notifyError(WindowHandle window, const std::string& text, int) {
         RUN_SetExitCode(1);
     }
     if (RUN_IsUnattended() || !FRONTEND_Get().hasWindows) {
-        CONSOLE_PrintError(text);
+        CONSOLE_PrintError(onOneLine(text));
     } else {
         FRONTEND_Get().showError(window, text);
     }

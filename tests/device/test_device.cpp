@@ -44,12 +44,14 @@ TEST(DeviceInit, SkipsAFileThatCannotBeRead) {
     DeviceWorld world;
     world.addFile("1.dev", described("A"));
     std::filesystem::create_directory(world.deviceFolder() + "0.dev");
-    Texts reports = {"Device::DEVICE_Init: Read file failed"};
+    Texts reports = {"Device::DEVICE_Init: Read file failed (" + world.deviceFolder() +
+                     "0.dev: Is a directory)"};
     // A file of the system that holds less than its size says.
     const std::filesystem::path shortFile = "/sys/kernel/uevent_seqnum";
     if (std::filesystem::exists(shortFile)) {
         std::filesystem::create_symlink(shortFile, world.deviceFolder() + "2.dev");
-        reports.emplace_back("Device::DEVICE_Init: Error reading file");
+        reports.push_back("Device::DEVICE_Init: Error reading file (" + world.deviceFolder() +
+                          "2.dev: 4 of 4096 bytes)");
     }
     EXPECT_EQ(DEVICE_Init(), 0);
     EXPECT_EQ(DEVICE_GetNumDevices(), 1);

@@ -192,7 +192,10 @@ TEST(Frames, OperationsThatRead) {
           {{read(0, 128), data(0, half)},
            {read(128, 128), data(128, half)},
            {read(256, 1), data(256, "10")}},
-          "Error comparing contents of address 100\nContents: 10", image257);
+          "Error comparing contents of address 100\nContents: 10 (expected 11, found 10; 1 of 1 "
+          "bytes "
+          "in this answer differ)",
+          image257);
     check("verify with packets that no reply holds", kOne, OP_VERIFY,
           {{read(0, 993), data(0, repeat("22", 993))}, {read(993, 7), data(993, repeat("22", 7))}},
           "", image(0, 1000, 0x22), 1024);
