@@ -75,7 +75,10 @@ void readEntry(LineItem& item) {
         return; // it says itself what is wrong, when it runs
     }
     CMDLINE_SetArgument(item.text);
-    item.value = readValue(item);
+    ArgumentValue value = readValue(item);
+    if (!item.isCommand()) { // which reads it again when its turn comes
+        item.value = std::move(value);
+    }
     CMDLINE_DoubtRest();
     item.faults = CMDLINE_Faults(RUN_IsUnattended());
 }

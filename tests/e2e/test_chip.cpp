@@ -170,7 +170,7 @@ TEST(Chip, FailureEndsTheRunWithItsMessageAndExitCode1) {
         VirtualTarget target(world.folder, c.device, {"--fault", c.fault});
         const uint32_t start = deviceOf(c.device).aBlock.front().Start;
         const RunResult result = world.run(
-            withFile(world, srecords(start + 0x100, randomBytes(300, 7)),
+            withFile(world, srecords(start + 0x100, Bytes(300, 0x5A)),
                      onDevice(c.device, {"-OptionsPWFillFF1", c.command, "-TargetGetCRC"})));
         EXPECT_EQ(result.exitCode, 1) << c.device << " " << c.fault << "\n" << result.err;
         EXPECT_EQ(result.errors, c.errors) << c.device << " " << c.fault << "\n" << result.err;

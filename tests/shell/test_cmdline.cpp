@@ -114,15 +114,18 @@ TEST(Cmdline, RunsQueuedCommandsInOrderAndOnlyExitAfterAFailure) {
         ran.push_back(command);
         CMDLINE_Next();
     });
-    EXPECT_TRUE(process({"-TargetEraseChip", "/TargetCheckBlankBlocks", "app.hex", "-Exit"}));
+    ShellWorld::load(0, {1});
+    EXPECT_TRUE(process(
+        {"-TargetEraseChip", "/TargetCheckBlankBlocks", "app.hex", "-EditRelocate10", "-Exit"}));
+    EXPECT_EQ(HEXDATA_GetFirstAddr(), 0U) << "nothing runs before its turn";
     EXPECT_EQ(CMDLINE_ProgramFile(), "app.hex");
     EXPECT_TRUE(CMDLINE_IsExitQueued());
     EXPECT_TRUE(RUN_IsUnattended());
     while (CMDLINE_IsRunning()) {
         CMDLINE_Poll();
     }
-    EXPECT_EQ(ran,
-              (std::vector<int>{CMD_TARGET_ERASE_CHIP, CMD_TARGET_BLANK_CHECK_BLOCKS, CMD_EXIT}));
+    EXPECT_EQ(ran, (std::vector<int>{CMD_TARGET_ERASE_CHIP, CMD_TARGET_BLANK_CHECK_BLOCKS,
+                                     CMD_EDIT_RELOCATE, CMD_EXIT}));
 
     RUN_SetExitCode(1);
     CMDLINE_RunCommand(CMD_TARGET_VERIFY);

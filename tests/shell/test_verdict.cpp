@@ -38,7 +38,7 @@ TEST(Verdict, SaysWhatWasDoneAndWhereItStopped) {
              runs(CMD_TARGET_VERIFY);
              runs(CMD_EXIT);
          },
-         "Passed: VT-1, TargetAuto, TargetVerify, blocks 0-1 3 of 4, 3 bytes, SUM of image D706, "
+         "Passed: VT-1, TargetAuto, TargetVerify, blocks 0-1 3 of 4, 3 bytes, SUM of image FA09, "
          "of "
          "chip 1A2B"},
         {[] {
@@ -50,7 +50,7 @@ TEST(Verdict, SaysWhatWasDoneAndWhereItStopped) {
              runs(CMD_EXIT, 1);
          },
          "Failed: VT-1, stopped in TargetVerify, done: TargetGetCRC, TargetEraseChip, blocks 0-1 3 "
-         "of 4, 3 bytes, SUM of image D706, of chip ----"},
+         "of 4, 3 bytes, SUM of image FA09, of chip ----"},
         {[] {
              RUN_SetExitCode(1); // the file could not be loaded
              isLeftOut(CMD_TARGET_AUTO);
@@ -58,10 +58,10 @@ TEST(Verdict, SaysWhatWasDoneAndWhereItStopped) {
          },
          "Failed: VT-1, stopped before TargetAuto, nothing done, blocks 0-1 3 of 4, 3 bytes, SUM "
          "of "
-         "image D706, of chip ----"},
+         "image FA09, of chip ----"},
         {[] { RUN_Interrupt(); }, "Failed: VT-1, stopped by the user, nothing done, blocks 0-1 3 "
                                   "of 4, 3 bytes, SUM of image "
-                                  "D706, of chip ----"},
+                                  "FA09, of chip ----"},
     };
     for (const auto& c : cases) {
         const ShellWorld world(kHead + "Bank = 100, 100, 200, 100, 300, 100\n");
