@@ -51,12 +51,11 @@ int TARGET_Connect() {
         return 1;
     }
     const Failure& failure = downloaded.error();
-    const std::string lost = SIO_GetLoss(); // before the port is opened again
     _BootFail(failure);
     TARGET_Disconnect();
     if (failure.code != TERR_SAYS_ALL) {
-        TARGET_ReportError(ERROR_WithReason(kConnectFailure, failure.reason.empty() ? lost : ""),
-                           1);
+        const bool isFirst = failure.code != TERR_REPORTED && failure.reason.empty();
+        TARGET_ReportError(ERROR_WithReason(kConnectFailure, isFirst ? SIO_GetLoss() : ""), 1);
     }
     EVENTS_Sleep(kConnectPauseMs);
     return 0;

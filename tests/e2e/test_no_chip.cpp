@@ -122,8 +122,8 @@ TEST(WithoutChip, RefusesBadFiles) {
         const char* errors;
     } cases[] = {
         {"app.hex", std::string(kHex) + " ", "Error in line 3: Unexpected character\n"},
-        {"app.hex", "", "File not found\n"},
-        {"app.hex", "/", "OnFileOpen: Invalid file handle\n"},
+        {"app.hex", "", "File not found (app.hex: No such file or directory)\n"},
+        {"app.hex", "/", "OnFileOpen: Invalid file handle (app.hex: Is a directory)\n"},
         {"Device/a.dev", "Device = \"X\"\nManufacturer = M\n",
          "Expected a text in double quotes\n"
          "Device::_ParseDeviceFile: Error reading device file ./Device/a.dev, Line 2\n"},
@@ -216,7 +216,7 @@ TEST(WithoutChip, KeepsTheOldFileWhenTheDiskIsFull) {
         std::signal(SIGXFSZ, SIG_IGN);
     });
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.errors, Strings{"Error writing file"});
+    EXPECT_EQ(result.errors, Strings{"Error writing file (" + out + ": File too large)"});
     EXPECT_EQ(readFile(out), "old");
     const std::filesystem::directory_iterator entries(target.path());
     EXPECT_EQ(std::distance(begin(entries), end(entries)), 1) << "no temporary file is left";

@@ -74,7 +74,7 @@ TEST(Cmdline, ReportsWhatIsWrongWithAnArgument) {
           {"-EditRelocatex",
            {"CMDLINE_GetHexValue: Not a hex value", "-relocate needs 1 Hex parameter"}},
           {"-EditRelocate-20", {"Relocation would move data beyond the end of the address space"}},
-          {"-FileMerge/none.hex", {"File not found"}},
+          {"-FileMerge/none.hex", {"File not found (/none.hex: No such file or directory)"}},
       };
     const auto check = [](const auto& cases, size_t bytes) {
         for (const auto& c : cases) {
