@@ -42,7 +42,7 @@ std::string whatWasDone() {
     }
     const char* const other = RUN_IsInterrupted() ? "by the user" : "at the end of the run";
     const std::string where = stoppedAt.empty() ? other : stoppedAt;
-    return "stopped " + where + (done.empty() ? ", nothing done" : ", done: " + listed(done));
+    return "stopped " + where + (done.empty() ? "" : ", done: " + listed(done));
 }
 
 // "blocks 0-2 5 of 8": those that are selected.

@@ -56,10 +56,10 @@ TEST(Verdict, SaysWhatWasDoneAndWhereItStopped) {
              isLeftOut(CMD_TARGET_AUTO);
              isLeftOut(CMD_TARGET_VERIFY);
          },
-         "Failed: VT-1, stopped before TargetAuto, nothing done, blocks 0-1 3 of 4, 3 bytes, SUM "
+         "Failed: VT-1, stopped before TargetAuto, blocks 0-1 3 of 4, 3 bytes, SUM "
          "of "
          "image FA09, of chip ----"},
-        {[] { RUN_Interrupt(); }, "Failed: VT-1, stopped by the user, nothing done, blocks 0-1 3 "
+        {[] { RUN_Interrupt(); }, "Failed: VT-1, stopped by the user, blocks 0-1 3 "
                                   "of 4, 3 bytes, SUM of image "
                                   "FA09, of chip ----"},
     };
