@@ -95,8 +95,8 @@ bool CMDLINE_Apply() {
     }
     if (RUN_IsUnattended()) {
         // Blocks and password are those of the device, wherever on the line it is named.
-        std::ranges::stable_partition(
-            line.items, [](const LineItem& item) { return item.value.device.has_value(); });
+        std::stable_partition(line.items.begin(), line.items.end(),
+                              [](const LineItem& item) { return item.value.device.has_value(); });
     }
     std::ranges::for_each(line.items, applyItem);
     if (!exitQueued && !std::ranges::all_of(line.items, &LineItem::isKnown)) {

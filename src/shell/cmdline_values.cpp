@@ -120,7 +120,7 @@ std::string CMDLINE_GetString(size_t maximum) {
 }
 
 std::string CMDLINE_TakeRest() {
-    const std::string rest = argument.substr(cursor);
+    std::string rest = argument.substr(cursor);
     cursor = argument.size();
     return rest;
 }

@@ -83,6 +83,7 @@ TEST(Cmdline, ReportsWhatIsWrongWithAnArgument) {
             process({c.argument});
             CMDLINE_Poll();
             EXPECT_EQ(world.reports, c.reports) << c.argument;
+            EXPECT_TRUE(SIO_GetPort() == 0 && SIO_GetBaudrate() == 0) << c.argument;
         }
     };
     check(emptyImage, 0);
