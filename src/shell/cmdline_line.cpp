@@ -35,11 +35,12 @@ bool isWord(const std::string& argument) {
 }
 
 void readFile(LineItem& item, CommandLine& line) {
+    if (item.argument.empty() && RUN_IsUnattended()) {
+        item.faults.emplace_back("An empty argument names no file");
+        return;
+    }
     if (!line.programFile) {
         line.programFile = item.argument;
-        if (item.argument.empty() && RUN_IsUnattended()) {
-            item.faults.emplace_back("An empty argument names no file");
-        }
         return;
     }
     item.isKnown = false;

@@ -11,7 +11,8 @@ namespace {
 
 constexpr unsigned kButtonsMask = 0xF;
 
-// A blank in place of each line end; a carriage return that ends no line is a character of the text.
+// A blank in place of each line end; a carriage return that ends no line is a character of the
+// text.
 std::string onOneLine(const std::string& text) {
     std::string line;
     for (size_t i = 0; i < text.size(); ++i) {
