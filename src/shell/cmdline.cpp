@@ -32,7 +32,7 @@ struct QueuedCommand {
     std::string argument;
 };
 
-CommandLine line;
+CommandLine commandLine;
 std::vector<QueuedCommand> queue;
 size_t nextIndex = 0;
 bool exitQueued = false;
@@ -73,9 +73,9 @@ bool isRefused(bool deviceIsKnown) {
         return false;
     }
     if (deviceIsKnown) {
-        LINE_CheckDevice(line);
+        LINE_CheckDevice(commandLine);
     }
-    return !LINE_IsAccepted(line);
+    return !LINE_IsAccepted(commandLine);
 }
 
 } // namespace
@@ -85,28 +85,28 @@ void CMDLINE_SetDispatcher(CommandDispatcher newDispatcher) {
 }
 
 bool CMDLINE_Read(const std::vector<std::string>& arguments) {
-    line = LINE_Read(arguments);
-    return !isRefused(LINE_NamesDevice(line));
+    commandLine = LINE_Read(arguments);
+    return !isRefused(LINE_NamesDevice(commandLine));
 }
 
 bool CMDLINE_Apply() {
-    if (!LINE_NamesDevice(line) && isRefused(true)) {
+    if (!LINE_NamesDevice(commandLine) && isRefused(true)) {
         return false;
     }
     if (RUN_IsUnattended()) {
         // Blocks and password are those of the device, wherever on the line it is named.
-        std::stable_partition(line.items.begin(), line.items.end(),
+        std::stable_partition(commandLine.items.begin(), commandLine.items.end(),
                               [](const LineItem& item) { return item.value.device.has_value(); });
     }
-    std::ranges::for_each(line.items, applyItem);
-    if (!exitQueued && !std::ranges::all_of(line.items, &LineItem::isKnown)) {
+    std::ranges::for_each(commandLine.items, applyItem);
+    if (!exitQueued && !std::ranges::all_of(commandLine.items, &LineItem::isKnown)) {
         showHelp();
     }
     return true;
 }
 
 std::optional<std::string> CMDLINE_ProgramFile() {
-    return line.programFile;
+    return commandLine.programFile;
 }
 
 bool CMDLINE_Contains(const std::vector<std::string>& arguments, int id) {
@@ -167,7 +167,7 @@ void CMDLINE_PrintHelp() {
 }
 
 void CMDLINE_Reset() {
-    line = {};
+    commandLine = {};
     queue.clear();
     nextIndex = 0;
     exitQueued = false;

@@ -21,7 +21,7 @@ namespace {
 
 constexpr size_t kLongestFileName = 500; // characters
 
-constexpr int64_t kLastAddress = 0xFFFFFFFF;
+constexpr int64_t kMaxAddress = 0xFFFFFFFF;
 constexpr int64_t kMaxOffset = 0x7FFFFFFF;
 
 struct EnteredRange {
@@ -35,7 +35,7 @@ bool readAddress(uint32_t& address) {
     if (CMDLINE_ValueError()) {
         return false;
     }
-    if (CMDLINE_GetTrueValue() < 0 || CMDLINE_GetTrueValue() > kLastAddress) {
+    if (CMDLINE_GetTrueValue() < 0 || CMDLINE_GetTrueValue() > kMaxAddress) {
         CMDLINE_Doubt("An address has to be within 0 - FFFFFFFF");
     }
     return true;

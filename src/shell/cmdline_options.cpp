@@ -98,7 +98,7 @@ void selectDevice(int slot) {
     PASSWORD_SetLimitsOfDevice();
 }
 
-std::string rangeFault(const Setting& setting, const ValueRange& range) {
+std::string outOfRange(const Setting& setting, const ValueRange& range) {
     return formatText(setting.number.isHex ? "%s has to be within %llX - %llX"
                                            : "%s has to be within %lld - %lld",
                       setting.option.name, static_cast<long long>(range.least),
@@ -119,7 +119,7 @@ ArgumentValue OPTION_Read(const Setting& setting) {
     const ValueRange range = setting.option.range.value_or(ValueRange{number.min, number.max});
     const int64_t asked = CMDLINE_GetTrueValue();
     if (asked < range.least || asked > range.most) {
-        CMDLINE_Fault(rangeFault(setting, range));
+        CMDLINE_Fault(outOfRange(setting, range));
         return {};
     }
     return {[set = number.set, value] { set(static_cast<uint32_t>(value)); }};
