@@ -32,9 +32,15 @@ Result<> _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs) {
 void _BootFail(const Failure& failure, std::string_view otherwise) {
     const std::string_view text = failure.reason.empty() ? otherwise : failure.reason;
     if (failure.code != TERR_REPORTED && !text.empty()) {
-        ERROR_Out(nullptr, text, 1);
+        ERROR_Out(nullptr, ERROR_WithReason(text, SIO_GetLoss()), 1);
     }
     BOOT_SetState(BOOT_UNSYNCED);
+}
+
+Result<> _BootSilence(const Result<>& step, std::string_view text) {
+    const bool isSilence = !step && step.error().code == TERR_TIMEOUT &&
+                           step.error().reason.empty() && !_BootIsHopeless();
+    return isSilence ? Failure{.code = TERR_SAYS_ALL, .reason = std::string(text)} : step;
 }
 
 Result<> _BootCheck(bool condition, std::string_view text) {

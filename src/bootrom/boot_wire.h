@@ -20,8 +20,11 @@ Result<> _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs);
 
 // Reports why a conversation failed and leaves the boot ROM unsynchronised: whatever it waits for
 // now, a reset ends it. A failure that has no reason and needs one is reported as `otherwise`,
-// unless that is empty.
+// unless that is empty. A lost port is named behind either.
 void _BootFail(const Failure& failure, std::string_view otherwise = "");
+// The result of a step, with this text as all that is to be said where a chip that is there did not
+// answer in it: for silences whose cause is known not to be the password.
+Result<> _BootSilence(const Result<>& step, std::string_view text);
 // A failure for this reason unless the condition holds.
 Result<> _BootCheck(bool condition, std::string_view text);
 

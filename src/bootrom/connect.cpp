@@ -11,6 +11,7 @@
 #include "platform/event_queue.h"
 #include "platform/files.h"
 #include "platform/format.h"
+#include "serial/sio.h"
 
 namespace {
 
@@ -49,9 +50,13 @@ int TARGET_Connect() {
         EVENTS_Sleep(kConnectPauseMs);
         return 1;
     }
-    _BootFail(downloaded.error());
+    const Failure& failure = downloaded.error();
+    _BootFail(failure);
     TARGET_Disconnect();
-    TARGET_ReportError(kConnectFailure, 1);
+    if (failure.code != TERR_SAYS_ALL) {
+        const bool isFirst = failure.code != TERR_REPORTED && failure.reason.empty();
+        TARGET_ReportError(ERROR_WithReason(kConnectFailure, isFirst ? SIO_GetLoss() : ""), 1);
+    }
     EVENTS_Sleep(kConnectPauseMs);
     return 0;
 }

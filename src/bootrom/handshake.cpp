@@ -59,17 +59,26 @@ void logBytes(const std::vector<uint8_t>& bytes) {
     }
 }
 
-// A description that expects bytes behind the reply describes another chip.
-bool productMatches(const std::vector<uint8_t>& reply) {
+// What the reply holds where the device's text is expected; a description that expects bytes behind
+// the reply describes another chip.
+std::vector<uint8_t> productText(const std::vector<uint8_t>& reply, size_t length) {
+    const size_t offset = std::min<size_t>(DEVICE_GetPIValue2(), reply.size());
+    const auto start = reply.begin() + static_cast<ptrdiff_t>(offset);
+    return {start, start + static_cast<ptrdiff_t>(std::min(length, reply.size() - offset))};
+}
+
+Result<> compareProduct(const std::vector<uint8_t>& reply) {
     std::string error; // a text that cannot be read expects nothing
     const auto expected = HEXTEXT_ToBytes(DEVICE_GetPIText(), kMaxExpectedInfo, error);
-    const size_t offset = DEVICE_GetPIValue2();
-    if (expected.empty()) {
-        return true;
+    const std::vector<uint8_t> found = productText(reply, expected.size());
+    if (found == expected) {
+        return {};
     }
-    return offset + expected.size() <= reply.size() &&
-           std::equal(expected.begin(), expected.end(),
-                      reply.begin() + static_cast<ptrdiff_t>(offset));
+    return Failure{.code = TERR_SAYS_ALL,
+                   .reason =
+                       formatText("The chip is no %s (product info: expected %s, found %s)",
+                                  DEVICE_GetName().c_str(), HEXTEXT_FromBytes(expected).c_str(),
+                                  HEXTEXT_FromBytes(found).c_str())};
 }
 
 // What arrives before the reset has finished is the application's; over a port server it may still
@@ -108,8 +117,13 @@ Result<> _BootHandshake(const BootRomProtocol& family) {
     if (Result<> matched = _ResetAndMatch(family); !matched) {
         return matched;
     }
-    for (const auto step : {family.GetSum, _ProductInfo}) {
-        if (Result<> done = step(); !done) {
+    const struct {
+        Result<> (*run)();
+        const char* silence;
+    } steps[] = {{family.GetSum, "The chip does not send its checksum"},
+                 {_ProductInfo, "The chip does not send its product info"}};
+    for (const auto& step : steps) {
+        if (Result<> done = _BootSilence(step.run(), step.silence); !done) {
             return done;
         }
         if (BOOT_GetState() != BOOT_SYNCED) {
@@ -164,12 +178,9 @@ Result<> _ProductInfo() {
     }
     LOG_Add("Product info:");
     logBytes(reply);
-    if (!productMatches(reply)) {
-        LOG_Add("Product info comparison failed");
-        return Failure{};
-    }
-    LOG_Add("Product info comparison successful");
-    return {};
+    Result<> matched = compareProduct(reply);
+    LOG_Add(matched ? "Product info comparison successful" : "Product info comparison failed");
+    return matched;
 }
 
 uint32_t _GetBootSum() {
@@ -178,6 +189,13 @@ uint32_t _GetBootSum() {
 
 void _SetBootSum(uint32_t sum) {
     bootSum = sum;
+}
+
+Result<> _LoaderAnswer(const Result<>& answered) {
+    return DEVICE_GetTimeoutGetSUM() != 0
+               ? answered
+               : _BootSilence(answered, "The device description gives the chip no time to answer "
+                                        "the download (TimeoutGetSUM)");
 }
 
 Result<> _ReadBootSum(uint32_t timeoutMs) {

@@ -22,6 +22,8 @@ uint32_t _GetBootSum();
 void _SetBootSum(uint32_t sum);
 // Reads a checksum, high byte first, as the last reported one.
 Result<> _ReadBootSum(uint32_t timeoutMs);
+// The result of awaiting the chip's answer to a loader, for which the description gives the time.
+Result<> _LoaderAnswer(const Result<>& answered);
 // Whether that is the checksum of an erased flash: of 0xFF from the first block's start to the last
 // block's end.
 bool _IsBlank();

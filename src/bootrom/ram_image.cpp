@@ -81,7 +81,7 @@ std::optional<RamBlock> parseRecordB(std::string_view line) {
 
 bool refuseFile(const std::string& path, const FileResult& result, std::string_view text) {
     LOG_Add(formatText("RAM-Image %s: %s", path.c_str(), result.reason.c_str()));
-    ERROR_Out(nullptr, text, 1);
+    ERROR_Out(nullptr, ERROR_WithReason(text, path + ": " + result.reason), 1);
     return false;
 }
 

@@ -138,7 +138,7 @@ Result<> transferTypeA(const RamImageA& image, bool showProgress) {
         return sent;
     }
     _SetBootSum(0);
-    Result<> summed = _ReadBootSum(DEVICE_GetTimeoutGetSUM());
+    Result<> summed = _LoaderAnswer(_ReadBootSum(DEVICE_GetTimeoutGetSUM()));
     if (image.malformed) { // what a boot ROM says of half an image is no success
         return Failure{.reason = "Error parsing RAM-image"};
     }

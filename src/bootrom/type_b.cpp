@@ -140,7 +140,8 @@ Result<> transferTypeB(const RamImageB& image) {
     if (Result<> sent = sendData(image); !sent) {
         return sent;
     }
-    return _BootAwait(kAcknowledge, "Data checksum failed", DEVICE_GetTimeoutGetSUM());
+    return _LoaderAnswer(
+        _BootAwait(kAcknowledge, "Data checksum failed", DEVICE_GetTimeoutGetSUM()));
 }
 
 Result<LoaderTransfer> prepareTypeB(const std::string& text) {

@@ -12,9 +12,14 @@ void report(const std::string& message) {
     ERROR_Out(nullptr, message, 1);
 }
 
-void reportOpening(const FileResult& result) {
-    report(result.status == FileStatus::notFound ? "File not found"
-                                                 : "OnFileOpen: Invalid file handle");
+void reportFile(const char* text, const std::filesystem::path& path, const FileResult& result) {
+    report(ERROR_WithReason(text, path.string() + ": " + result.reason));
+}
+
+void reportOpening(const std::filesystem::path& path, const FileResult& result) {
+    reportFile(result.status == FileStatus::notFound ? "File not found"
+                                                     : "OnFileOpen: Invalid file handle",
+               path, result);
 }
 
 void readRecords(RecordReader& reader, const RecordParser& readRecord) {
@@ -54,7 +59,7 @@ bool PROGRAMFILE_Load(const std::filesystem::path& path) {
     FileReader file;
     const FileResult opened = file.open(path);
     if (!opened.ok()) {
-        reportOpening(opened);
+        reportOpening(path, opened);
         return false;
     }
     HEXDATA_Clear();
@@ -65,7 +70,7 @@ bool PROGRAMFILE_Merge(const std::filesystem::path& path) {
     FileReader file;
     const FileResult opened = file.open(path);
     if (!opened.ok()) {
-        reportOpening(opened);
+        reportOpening(path, opened);
         return opened.status == FileStatus::notFound;
     }
     return readFile(file);
@@ -75,7 +80,7 @@ bool PROGRAMFILE_Save(const std::filesystem::path& path, int type) {
     FileReplacer file;
     const FileResult opened = file.open(path);
     if (!opened.ok()) {
-        reportOpening(opened);
+        reportOpening(path, opened);
         return false;
     }
     const ProgramFormat* wanted =
@@ -89,8 +94,8 @@ bool PROGRAMFILE_Save(const std::filesystem::path& path, int type) {
     }
     RecordWriter writer(file);
     wanted->write(writer);
-    if (!writer.finish()) {
-        report("Error writing file");
+    if (const FileResult written = writer.finish(); !written.ok()) {
+        reportFile("Error writing file", path, written);
         return false;
     }
     return true;

@@ -35,11 +35,13 @@ void RecordWriter::record(std::string_view start, std::span<const uint8_t> head,
 }
 
 void RecordWriter::flush() {
-    failed_ = failed_ || !file_.write(std::string_view(buffer_).substr(0, used_)).ok();
+    if (result_.ok()) {
+        result_ = file_.write(std::string_view(buffer_).substr(0, used_));
+    }
     used_ = 0;
 }
 
-bool RecordWriter::finish() {
+FileResult RecordWriter::finish() {
     flush();
-    return !failed_ && file_.commit().ok();
+    return result_.ok() ? file_.commit() : result_;
 }

@@ -19,8 +19,8 @@ public:
     // the complement of the sum of head and data: the two's when `negated`, else the ones'.
     void record(std::string_view start, std::span<const uint8_t> head,
                 std::span<const uint8_t> data, bool negated);
-    // Hands over the rest and puts the file in its place. False when anything failed on the way.
-    [[nodiscard]] bool finish();
+    // Hands over the rest and puts the file in its place; the first failure on the way.
+    [[nodiscard]] FileResult finish();
 
 private:
     void flush();
@@ -28,5 +28,5 @@ private:
     FileReplacer& file_;
     std::string buffer_;
     size_t used_ = 0;
-    bool failed_ = false;
+    FileResult result_;
 };

@@ -88,7 +88,7 @@ int DEVICE_Init() {
             static_cast<void>(
                 _ParseDeviceFile(text, path.string())); // which says why it refuses one
         } else {
-            leaveOut(formatText("%s (%s: %s)", failure.c_str(), path.c_str(), reason.c_str()));
+            leaveOut(ERROR_WithReason(failure, path.string() + ": " + reason));
         }
     }
     if (table.empty()) {
@@ -135,18 +135,26 @@ void DEVICE_Clear() {
     table.clear();
 }
 
-int DEVICE_FindByName(const std::string& name) {
+std::optional<int> DEVICE_SlotOf(const std::string& name) {
     const auto found = std::ranges::find(table, name, &DeviceRecord::Device);
-    if (found != table.end()) {
-        DEVPROPS_SetDevice(static_cast<int>(found - table.begin()));
+    return found == table.end() ? std::nullopt
+                                : std::optional(static_cast<int>(found - table.begin()));
+}
+
+std::string DEVICE_UnknownText(const std::string& name) {
+    return name.empty() ? std::string()
+                        : formatText("The devicename '%s' was unknown.\n"
+                                     "Please check your configuration!\n\n",
+                                     name.c_str());
+}
+
+int DEVICE_FindByName(const std::string& name) {
+    if (const auto slot = DEVICE_SlotOf(name)) {
+        DEVPROPS_SetDevice(*slot);
         return 0;
     }
     if (!name.empty()) {
-        ERROR_Out(nullptr,
-                  formatText("The devicename '%s' was unknown.\n"
-                             "Please check your configuration!\n\n",
-                             name.c_str()),
-                  kExitCode);
+        ERROR_Out(nullptr, DEVICE_UnknownText(name), kExitCode);
     }
     DEVPROPS_SetDevice(0);
     return 1;
@@ -166,6 +174,10 @@ const DeviceRecord& DEVICE_Selected() {
 
 int DEVICE_SelectedIndex() {
     return std::max(selectedDevice(), 0);
+}
+
+int DEVICE_CountBlocks(const DeviceRecord& device) {
+    return static_cast<int>(device.aBlock.size()) + (DEVPROPS_GetXDataLen() != 0 ? 1 : 0);
 }
 
 std::vector<DeviceBlock> DEVICE_Blocks(const DeviceRecord& device) {

@@ -6,6 +6,7 @@
 #include "device/device_record.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,10 @@ void DEVICE_Clear();
 // Selects the device of that name: 0. Unknown: device 0 is selected, 1; reported unless the name is
 // empty. User-interface thread.
 int DEVICE_FindByName(const std::string& name);
+// The slot of the device of that name without selecting it; none for an unknown one.
+std::optional<int> DEVICE_SlotOf(const std::string& name);
+// What is said of a name that no device has; nothing of an empty one.
+std::string DEVICE_UnknownText(const std::string& name);
 
 // Name of the device in a slot of the table; empty beyond the last.
 std::string DEVICE_GetNameAt(int index);
@@ -35,6 +40,8 @@ const DeviceRecord& DEVICE_At(int index);
 const DeviceRecord& DEVICE_Selected();
 // The slot of the selected device, 0 in an empty table.
 int DEVICE_SelectedIndex();
+// How many blocks a device has, the extra data area of the properties included.
+int DEVICE_CountBlocks(const DeviceRecord& device);
 // The blocks of a device, the extra data area of the properties included; and those of the selected
 // device that are selected.
 struct DeviceBlock {

@@ -1,11 +1,12 @@
 #include "link/failure.h"
 
+#include "notice/error.h"
 #include "platform/format.h"
+#include "serial/sio.h"
 
-std::string failureText(const Failure& failure) {
-    if (!failure.reason.empty()) {
-        return failure.reason;
-    }
+namespace {
+
+std::string textOfCode(const Failure& failure) {
     switch (failure.code) {
     case TERR_CANCELLED:
         return "Action canceled";
@@ -30,4 +31,14 @@ std::string failureText(const Failure& failure) {
         return formatText("Unknown target error %d at address %X\nContents: %02X",
                           failure.code & (TERR_UNKNOWN - 1), failure.address, failure.contents);
     }
+}
+
+} // namespace
+
+std::string failureText(const Failure& failure) {
+    if (!failure.reason.empty()) {
+        return failure.reason;
+    }
+    return ERROR_WithReason(textOfCode(failure),
+                            failure.code == TERR_TIMEOUT ? SIO_GetLoss() : failure.detail);
 }

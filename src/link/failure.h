@@ -7,6 +7,7 @@
 #include <string>
 
 enum TargetErrorCode : int {
+    TERR_SAYS_ALL = -3,  // the reason is all that is to be said of the command
     TERR_REPORTED = -2,  // whoever met it has said so already
     TERR_CANCELLED = -1, // by the user; nothing is wrong
     TERR_NONE = 0,       // no code: the reason says all
@@ -25,10 +26,12 @@ struct Failure {
     uint32_t address = 0; // of the image, for the codes that name one
     uint8_t contents = 0; // of that address on the chip
     std::string reason = {};
+    std::string detail = {}; // what stands behind the text of the code, in parentheses
 };
 
 template <typename T = void>
 using Result = Expected<T, Failure>;
 
-// The message of a failure: its reason, or the text of its code.
+// The message of a failure: its reason, or the text of its code and what is known besides: the
+// detail, or of a link that does not answer that the port is lost.
 std::string failureText(const Failure& failure);

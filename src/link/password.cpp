@@ -175,12 +175,15 @@ std::optional<std::string> PASSWORD_Validate(PasswordSettings& candidate,
         PASSWORD_FillFF(candidate, limits);
         return std::nullopt;
     }
-    const size_t length = candidate.Password.size();
-    if (limits.MaxLen != 0 && length > limits.MaxLen) {
-        return formatText("Password too long. Maximum %d bytes", static_cast<int>(limits.MaxLen));
+    return PASSWORD_CheckLength(candidate.Password.size(), limits.MinLen, limits.MaxLen);
+}
+
+std::optional<std::string> PASSWORD_CheckLength(size_t length, uint32_t minLen, uint32_t maxLen) {
+    if (maxLen != 0 && length > maxLen) {
+        return formatText("Password too long. Maximum %d bytes", static_cast<int>(maxLen));
     }
-    if (limits.MinLen != 0 && length < limits.MinLen) {
-        return formatText("Password too short. Minimum %d bytes", static_cast<int>(limits.MinLen));
+    if (minLen != 0 && length < minLen) {
+        return formatText("Password too short. Minimum %d bytes", static_cast<int>(minLen));
     }
     return std::nullopt;
 }

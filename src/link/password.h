@@ -64,6 +64,10 @@ std::string PASSWORD_FormBytes(PasswordSettings& settings, const std::string& te
 std::optional<std::string> PASSWORD_Validate(PasswordSettings& settings,
                                              const PasswordLimits& limits);
 
+// What is wrong with the length of a password where the device takes from `minLen` to `maxLen`
+// bytes, 0 meaning no limit; none when it is good.
+std::optional<std::string> PASSWORD_CheckLength(size_t length, uint32_t minLen, uint32_t maxLen);
+
 // The dialog that asks for a password, registered by the front end: 1 OK, 2 Cancel.
 void PASSWORD_SetDialog(std::function<int()> dialog);
 // Asks; 2 when there is no dialog.

@@ -74,6 +74,10 @@ void ERROR_Notify(std::string_view text) {
     passOn(nullptr, std::string(text), 1);
 }
 
+std::string ERROR_WithReason(std::string_view text, std::string_view reason) {
+    return std::string(text) + (reason.empty() ? "" : " (" + std::string(reason) + ")");
+}
+
 int ERROR_Ask(WindowHandle window, std::string_view text, std::string_view caption,
               unsigned boxType) {
     if (const auto ask = current(questionNotifier)) {

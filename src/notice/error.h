@@ -39,6 +39,9 @@ void ERROR_SetHandlers(ErrorNotifier errorNotifier, QuestionNotifier questionNot
 // Any thread.
 void ERROR_Out(WindowHandle window, std::string_view text, int exitCode);
 
+// The text with the reason behind it in parentheses, on the same line; the text alone without one.
+std::string ERROR_WithReason(std::string_view text, std::string_view reason);
+
 // Asks or informs through the question notifier; its answer, 0 when none is registered. Any thread.
 int ERROR_Ask(WindowHandle window, std::string_view text, std::string_view caption,
               unsigned boxType);

@@ -7,6 +7,8 @@ namespace {
 std::atomic<int> exitCode{0};
 std::atomic<bool> failureReported{false};
 std::atomic<bool> unattended{false};
+std::atomic<bool> isolated{false};
+std::atomic<bool> acceptDamaged{false};
 std::atomic<bool> interrupted{false};
 
 } // namespace
@@ -31,6 +33,22 @@ bool RUN_IsUnattended() {
     return unattended;
 }
 
+void RUN_SetIsolated(bool on) {
+    isolated = on;
+}
+
+bool RUN_IsIsolated() {
+    return isolated;
+}
+
+void RUN_SetAcceptDamaged(bool accept) {
+    acceptDamaged = accept;
+}
+
+bool RUN_AcceptsDamaged() {
+    return acceptDamaged;
+}
+
 void RUN_Interrupt() {
     interrupted = true;
 }
@@ -43,5 +61,7 @@ void RUN_Reset() {
     exitCode = 0;
     failureReported = false;
     unattended = false;
+    isolated = false;
+    acceptDamaged = false;
     interrupted = false;
 }

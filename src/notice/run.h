@@ -1,4 +1,4 @@
-// What the run as a whole remembers: its exit code, whether it is unattended, whether the user has
+// What the run as a whole remembers: its exit code, of what kind it is, whether the user has
 // interrupted it. Words of their own, so that every layer can read and set them from any thread.
 #pragma once
 
@@ -13,6 +13,14 @@ void RUN_NoteFailure();
 // Unattended: Exit is queued on the command line, nothing may be shown or asked.
 void RUN_SetUnattended(bool unattended);
 bool RUN_IsUnattended();
+
+// Isolated: the run is its command line alone; it reads and writes nothing that is remembered.
+void RUN_SetIsolated(bool isolated);
+bool RUN_IsIsolated();
+
+// Program files with damaged records may be loaded in an unattended run.
+void RUN_SetAcceptDamaged(bool accept);
+bool RUN_AcceptsDamaged();
 
 // The user ended the run (Ctrl-C): the exit code is 1 from here on, long waits end.
 void RUN_Interrupt();

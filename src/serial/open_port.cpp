@@ -58,6 +58,10 @@ uint32_t OPENPORT_Generation() {
     return generation;
 }
 
+std::string OPENPORT_Reason(uint32_t number, const std::string& device, const std::string& reason) {
+    return formatText("COM%u is %s: %s", number, device.c_str(), reason.c_str());
+}
+
 PortUse::PortUse() {
     const std::lock_guard lock(portMutex);
     if (current && !current->closing) {
@@ -77,6 +81,12 @@ PortUse::~PortUse() {
 
 bool PortUse::usable() const {
     return port_ && !port_->closing && !port_->lost;
+}
+
+std::string PortUse::loss() const {
+    return port_ && port_->lost
+               ? OPENPORT_Reason(port_->number, port_->device, port_->line->lostReason())
+               : std::string();
 }
 
 void PortUse::noteLoss() {

@@ -30,6 +30,9 @@ std::shared_ptr<OpenPort> OPENPORT_Get();
 // Goes up whenever the port is opened or closed. Any thread.
 uint32_t OPENPORT_Generation();
 
+// A reason of a device's as it stands behind the text of an error.
+std::string OPENPORT_Reason(uint32_t number, const std::string& device, const std::string& reason);
+
 // Keeps the port open while it exists. Any thread.
 class PortUse {
 public:
@@ -38,8 +41,11 @@ public:
     PortUse(const PortUse&) = delete;
     PortUse& operator=(const PortUse&) = delete;
 
+    bool isOpen() const { return port_ != nullptr; }
     // Whether there is a port, neither closing nor lost.
     bool usable() const;
+    // Why the port is of no use any more, with its device; empty while it is.
+    std::string loss() const;
     // Looks after a call that fell short whether the line is lost; says so in the log, once.
     void noteLoss();
     // A wait that ends when `stop` holds or the port is to be closed.

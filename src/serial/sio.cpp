@@ -64,21 +64,35 @@ bool acceptsBytes() {
     return use.usable() && !use.port().writeFailed;
 }
 
+std::string refusalOf(const PortUse& use) {
+    return use.line().refusal ? use.line().refusal() : std::string();
+}
+
+// Why the port does not do what it is asked to; empty where nobody knows.
+std::string whyNot(const PortUse& use) {
+    if (!use.isOpen()) {
+        return "no port is open";
+    }
+    const std::string refusal = refusalOf(use);
+    return !use.loss().empty() || refusal.empty()
+               ? use.loss()
+               : OPENPORT_Reason(use.port().number, use.port().device, refusal);
+}
+
 // Says in the log which device refused something, where it gave a reason.
 void logRefusal(const PortUse& use) {
-    const std::string reason = use.line().refusal ? use.line().refusal() : std::string();
-    if (!reason.empty()) {
+    if (const std::string reason = refusalOf(use); !reason.empty()) {
         LOG_Add(formatText("COM%u (%s): %s", use.port().number, use.port().device.c_str(),
                            reason.c_str()));
     }
 }
 
-// Null when the rate is set, with the one in force before, else the error to report. The port is
+// Empty when the rate is set, with the one in force before, else the error to report. The port is
 // left before anything is reported: an error's message box may be where the port gets closed.
-const char* setRate(uint32_t baudrate, uint32_t& before) {
+std::string setRate(uint32_t baudrate, uint32_t& before) {
     PortUse use;
     if (!use.usable()) {
-        return "SIO::SIO_ChangeBaudrate: GetCommState failed";
+        return ERROR_WithReason("SIO::SIO_ChangeBaudrate: GetCommState failed", whyNot(use));
     }
     LineSettings settings;
     {
@@ -90,18 +104,18 @@ const char* setRate(uint32_t baudrate, uint32_t& before) {
     if (!result) {
         use.noteLoss();
         logRefusal(use);
-        return "SIO::SIO_ChangeBaudrate: SetCommState failed";
+        return ERROR_WithReason("SIO::SIO_ChangeBaudrate: SetCommState failed", whyNot(use));
     }
     // A device that rounds tells another rate than the one that the chip is to be told.
     const uint32_t asked = use.port().rate.exchange(baudrate);
     before = asked != 0 ? asked : *result;
-    return nullptr;
+    return "";
 }
 
 uint32_t changeRate(uint32_t baudrate, bool quiet) {
     uint32_t before = 0;
-    const char* error = setRate(baudrate, before);
-    if (error != nullptr && !quiet) {
+    const std::string error = setRate(baudrate, before);
+    if (!error.empty() && !quiet) {
         ERROR_Out(nullptr, error, 1);
     }
     return before;
@@ -112,17 +126,24 @@ void logOpenState(const std::string& text) {
     _LogEvent(text);
 }
 
-// The line for `port`, or null with the whole text for the user in `failure`.
-SerialPortPtr openLine(uint32_t port, std::string& device, std::string& failure) {
+// Why a port was not opened: as it stands alone, and as it stands behind an error.
+struct OpenFailure {
+    std::string text;
+    std::string reason;
+};
+
+// The line for `port`, or null with the failure.
+SerialPortPtr openLine(uint32_t port, std::string& device, OpenFailure& failure) {
     if (port > kMaxComPort) {
-        failure = formatText("COM%u is not one of COM1 to COM20", port);
+        failure.text = failure.reason = formatText("COM%u is not one of COM1 to COM20", port);
         return nullptr;
     }
     device = SIO_DeviceOfPort(port);
     std::string reason;
     SerialPortPtr line = SERIALPORT_Open(device, reason);
     if (!line) {
-        failure = formatText("COM%u (%s): %s", port, device.c_str(), reason.c_str());
+        failure.text = formatText("COM%u (%s): %s", port, device.c_str(), reason.c_str());
+        failure.reason = OPENPORT_Reason(port, device, reason);
     }
     return line;
 }
@@ -140,13 +161,14 @@ bool isFailureTolerated() {
 bool _InitSIO(uint32_t baudrate) {
     const SioConfig wanted = SIO_GetConfig();
     std::string device;
-    std::string failure;
+    OpenFailure failure;
     SerialPortPtr line = openLine(wanted.Port, device, failure);
-    setOpenFailure(failure);
+    setOpenFailure(failure.text);
     if (!line) {
         if (!isFailureTolerated()) {
-            LOG_Add(failure);
-            ERROR_Out(nullptr, "SIO::_InitSIO: Port not available", 1);
+            LOG_Add(failure.text);
+            ERROR_Out(nullptr,
+                      ERROR_WithReason("SIO::_InitSIO: Port not available", failure.reason), 1);
         }
         return false;
     }
@@ -227,6 +249,14 @@ bool SIO_IsOpen() {
 bool SIO_IsLost() {
     const std::shared_ptr<OpenPort> port = OPENPORT_Get();
     return port && port->lost;
+}
+
+std::string SIO_GetLoss() {
+    return PortUse().loss();
+}
+
+std::string SIO_GetRefusal() {
+    return whyNot(PortUse());
 }
 
 bool SIO_EnsureOpen() {

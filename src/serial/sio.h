@@ -50,6 +50,11 @@ std::string SIO_DeviceOfPort(uint32_t port);
 // Whether the open port has been lost (unplugged, connection dropped). Any thread. The log has said
 // so once, with the port's name; the port stays open until it is closed or opened again.
 bool SIO_IsLost();
+// "COM3 is /dev/ttyUSB0: the device has gone"; empty while the port is not lost. Any thread.
+std::string SIO_GetLoss();
+// Why the port did not do what it was last asked to, in the same form; empty where it gave no
+// reason. User-interface thread.
+std::string SIO_GetRefusal();
 // For whoever begins a connection: opens the port again when it was lost or its last opening
 // failed, so that an adapter may be plugged in meanwhile. False when that failed, reported as by
 // SIO_Restart; true and nothing done otherwise.

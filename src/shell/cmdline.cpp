@@ -2,27 +2,26 @@
 
 #include "notice/error.h"
 #include "notice/run.h"
-#include "platform/files.h"
-#include "platform/format.h"
 #include "platform/process.h"
-#include "shell/cmdline_options.h"
-#include "shell/cmdline_table.h"
+#include "shell/cmdline_line.h"
 #include "shell/cmdline_values.h"
-#include "shell/console.h"
 #include "shell/front_end.h"
 
 #include <algorithm>
-#include <string_view>
 
 namespace {
 
 constexpr char kRunNotes[] = R"(
 An argument stands directly behind its option: -OptionsCOMPort2, -FileSaveAsout.mot.
-Options take effect at once, commands run in their order, the first failure skips the rest.
+One FILE may stand anywhere; it may begin with "/" when no option begins that way and it exists.
+Options take effect before the file is loaded, commands then run in their order, the first failure
+skips the rest.
 With -Exit nothing is shown or asked: errors, questions that were not asked and log lines go to
-standard error, and the exit code is 0 or 1. A run that queues no -Target command needs no port.
-Ctrl-C, SIGTERM and SIGHUP end a run with 1.
-A FILE may begin with "/" when no option begins that way and the file exists.
+standard error, and the exit code is 0 or 1. Of a line that is not understood to its last character
+nothing is done. A run that queues no -Target command needs no port; one that does ends with a line
+"Passed: ..." or "Failed: ...". Ctrl-C, SIGTERM and SIGHUP end a run with 1.
+--isolated: neither settings nor projects are read or written, the run is its command line alone.
+--accept-damaged: a damaged record of a program file does not fail a run with -Exit.
 What a run leaves in Calvorin.tpu beside the program, the next one starts with; a Calvorin.tpu that
 cannot be read to its end is kept as Calvorin.tpu.bad.
 Alone: --help prints this text, -? too where there is no desktop, --version prints the version.
@@ -33,29 +32,11 @@ struct QueuedCommand {
     std::string argument;
 };
 
+CommandLine commandLine;
 std::vector<QueuedCommand> queue;
 size_t nextIndex = 0;
 bool exitQueued = false;
-int exitCommand = 0;
 CommandDispatcher dispatcher;
-
-void refuse(const std::string& text) {
-    ERROR_Out(nullptr, text, 1);
-}
-
-bool isOption(std::string_view argument) {
-    return argument.starts_with('-') || argument.starts_with('/');
-}
-
-// Paths of this platform begin with the character that also begins an option: such a first argument
-// is the program file when no option has that name and the file is there.
-bool isProgramFile(const std::string& argument) {
-    if (!isOption(argument)) {
-        return true;
-    }
-    return argument.starts_with('/') && CMDLINE_Find(argument.substr(1)) == nullptr &&
-           FILES_Exists(argument);
-}
 
 void showHelp() {
     if (FRONTEND_Get().hasWindows) {
@@ -63,28 +44,21 @@ void showHelp() {
     }
 }
 
-void enqueue(const CmdlineEntry& entry, const std::string& argument) {
-    if (queue.size() == kMaxQueuedCommands) {
-        refuse(formatText("Too many commands, \"%s\" is not run: at most %d can be queued",
-                          entry.name, static_cast<int>(kMaxQueuedCommands)));
-        return;
-    }
-    queue.push_back({&entry, argument});
-    if (entry.command->id == exitCommand) {
-        exitQueued = true;
-        RUN_SetUnattended(true);
-    }
+void enqueue(const LineItem& item) {
+    queue.push_back({item.entry, item.text});
+    exitQueued |= item.isExit();
 }
 
-void runEntry(const CmdlineEntry& entry, const std::string& argument) {
-    if (argument.size() > kMaxArgument) {
-        refuse(formatText("The argument of \"%s\" is too long: at most %d characters", entry.name,
-                          static_cast<int>(kMaxArgument)));
-    } else if (entry.setting != nullptr) {
-        CMDLINE_SetArgument(argument);
-        OPTION_Apply(*entry.setting);
-    } else if (entry.command != nullptr) {
-        enqueue(entry, argument);
+void applyItem(const LineItem& item) {
+    if (item.value.apply) {
+        item.value.apply();
+    }
+    LINE_Report(item);
+    if (item.entry == nullptr || !item.faults.empty() || item.entry->setting != nullptr) {
+        return;
+    }
+    if (item.entry->command != nullptr) {
+        enqueue(item);
     } else if (FRONTEND_Get().hasWindows) {
         showHelp();
     } else {
@@ -92,56 +66,61 @@ void runEntry(const CmdlineEntry& entry, const std::string& argument) {
     }
 }
 
-// Where no help box will tell, the user hears of an argument that has no effect.
-void noteStray(const std::string& argument) {
-    if (!FRONTEND_Get().hasWindows) {
-        CONSOLE_PrintLine("Note: \"" + argument + "\" is not an option and is left out");
-    }
-}
-
-// False when the argument is not an option of the table.
-bool processOption(const std::string& argument) {
-    const std::string text = argument.substr(1);
-    const CmdlineEntry* entry = CMDLINE_Find(text);
-    if (entry == nullptr) {
-        refuse("\"" + text + "\" is not a valid command !");
+// The device is checked as soon as it is known: the one of the line, else the one that start-up
+// leaves selected.
+bool isRefused(bool deviceIsKnown) {
+    if (!RUN_IsUnattended()) {
         return false;
     }
-    runEntry(*entry, text.substr(std::string_view(entry->name).size()));
-    return true;
+    if (deviceIsKnown) {
+        LINE_CheckDevice(commandLine);
+    }
+    return !LINE_IsAccepted(commandLine);
 }
 
 } // namespace
 
-void CMDLINE_SetDispatcher(int exitId, CommandDispatcher newDispatcher) {
-    exitCommand = exitId;
+void CMDLINE_SetDispatcher(CommandDispatcher newDispatcher) {
     dispatcher = std::move(newDispatcher);
 }
 
-std::optional<std::string> CMDLINE_Process(const std::vector<std::string>& arguments) {
-    std::optional<std::string> programFile;
-    bool allRecognised = true;
-    for (size_t index = 0; index < arguments.size(); ++index) {
-        const std::string& argument = arguments[index];
-        if (index == 0 && isProgramFile(argument)) {
-            programFile = argument;
-        } else if (isOption(argument)) {
-            allRecognised &= processOption(argument);
-        } else {
-            noteStray(argument);
-            allRecognised = false;
-        }
+bool CMDLINE_Read(const std::vector<std::string>& arguments) {
+    commandLine = LINE_Read(arguments);
+    return !isRefused(LINE_NamesDevice(commandLine));
+}
+
+bool CMDLINE_Apply() {
+    if (!LINE_NamesDevice(commandLine) && isRefused(true)) {
+        return false;
     }
-    if (!allRecognised && !exitQueued) {
+    if (RUN_IsUnattended()) {
+        // Blocks and password are those of the device, wherever on the line it is named.
+        std::stable_partition(commandLine.items.begin(), commandLine.items.end(),
+                              [](const LineItem& item) { return item.value.device.has_value(); });
+    }
+    std::ranges::for_each(commandLine.items, applyItem);
+    if (!exitQueued && !std::ranges::all_of(commandLine.items, &LineItem::isKnown)) {
         showHelp();
     }
-    return programFile;
+    return true;
+}
+
+std::optional<std::string> CMDLINE_ProgramFile() {
+    return commandLine.programFile;
 }
 
 bool CMDLINE_Contains(const std::vector<std::string>& arguments, int id) {
-    return std::any_of(arguments.begin(), arguments.end(), [id](const std::string& argument) {
-        const CmdlineEntry* entry = isOption(argument) ? CMDLINE_Find(argument.substr(1)) : nullptr;
+    return std::ranges::any_of(arguments, [id](const std::string& argument) {
+        const CmdlineEntry* entry = LINE_EntryOf(argument);
         return entry != nullptr && entry->command != nullptr && entry->command->id == id;
+    });
+}
+
+bool CMDLINE_ContainsTarget(const std::vector<std::string>& arguments) {
+    return std::ranges::any_of(arguments, [](const std::string& argument) {
+        const CmdlineEntry* entry = LINE_EntryOf(argument);
+        return entry != nullptr && entry->command != nullptr &&
+               entry->command->worksOn == WorksOn::target;
     });
 }
 
@@ -188,6 +167,7 @@ void CMDLINE_PrintHelp() {
 }
 
 void CMDLINE_Reset() {
+    commandLine = {};
     queue.clear();
     nextIndex = 0;
     exitQueued = false;

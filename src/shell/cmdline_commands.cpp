@@ -11,6 +11,7 @@
 #include "shell/command_table.h"
 #include "shell/edit_operations.h"
 #include "shell/program_files.h"
+#include "shell/verdict.h"
 
 #include <optional>
 
@@ -18,106 +19,117 @@ namespace {
 
 constexpr size_t kLongestFileName = 500; // characters
 
-void fail(const std::string& text) {
-    ERROR_Out(nullptr, text, 1);
-}
-
-bool hasData(const char* otherwise) {
-    if (HEXDATA_IsEmpty()) {
-        fail(otherwise);
-    }
-    return !HEXDATA_IsEmpty();
-}
+constexpr int64_t kMaxAddress = 0xFFFFFFFF;
+constexpr int64_t kMaxOffset = 0x7FFFFFFF;
 
 struct EnteredRange {
     uint32_t start = 0;
     uint32_t end = 0; // inclusive
 };
 
-// Two hex numbers with `separator` between them; none when something is wrong, reported.
+// A hex number with which one may go on where the user sees what comes of it.
+bool readAddress(uint32_t& address) {
+    address = static_cast<uint32_t>(CMDLINE_GetHexValue());
+    if (CMDLINE_ValueError()) {
+        return false;
+    }
+    if (CMDLINE_GetTrueValue() < 0 || CMDLINE_GetTrueValue() > kMaxAddress) {
+        CMDLINE_Doubt("An address has to be within 0 - FFFFFFFF");
+    }
+    return true;
+}
+
+// Two hex numbers with `separator` between them; none when something is wrong.
 std::optional<EnteredRange> readRange(char separator, const char* wrongSeparator,
                                       const char* wrongOrder) {
     EnteredRange range;
-    range.start = static_cast<uint32_t>(CMDLINE_GetHexValue());
-    if (CMDLINE_ValueError()) {
+    if (!readAddress(range.start)) {
         return std::nullopt;
     }
     if (CMDLINE_GetChar() != separator) {
-        fail(wrongSeparator);
+        CMDLINE_Fault(wrongSeparator);
         return std::nullopt;
     }
-    range.end = static_cast<uint32_t>(CMDLINE_GetHexValue());
-    if (CMDLINE_ValueError()) {
+    if (!readAddress(range.end)) {
         return std::nullopt;
     }
     if (range.end < range.start) {
-        fail(wrongOrder);
+        CMDLINE_Fault(wrongOrder);
         return std::nullopt;
     }
     return range;
 }
 
-} // namespace
-
-void CMDLINE_MergeFile() {
-    if (hasData("No file currently loaded")) {
-        PROGRAM_Merge(CMDLINE_GetArgument());
+// Does what the argument asks for, unless something is wrong with it.
+void run(const ArgumentValue& value) {
+    for (const std::string& fault : CMDLINE_Faults(false)) {
+        ERROR_Out(nullptr, fault, 1);
+    }
+    if (value.apply) {
+        value.apply();
     }
 }
 
-void CMDLINE_SaveAs() {
-    if (!hasData("Nothing to save")) {
-        return;
+} // namespace
+
+ArgumentValue CMDLINE_MergeFile() {
+    const std::string path = CMDLINE_TakeRest();
+    if (path.empty()) {
+        CMDLINE_Doubt("CMDLINE_GetString: Missing string");
     }
+    return {[path] { PROGRAM_Merge(path); }};
+}
+
+ArgumentValue CMDLINE_SaveAs() {
     const std::string path = CMDLINE_GetString(kLongestFileName);
     if (CMDLINE_ValueError()) {
-        return;
+        return {};
     }
     const ProgramFormat* format = PROGRAMFORMAT_OfName(path);
     if (format == nullptr) {
-        fail("Invalid file extension, use " + PROGRAMFORMAT_Suffixes());
-        return;
+        CMDLINE_Fault("Invalid file extension, use " + PROGRAMFORMAT_Suffixes());
+        return {};
     }
-    PROGRAM_Save(path, format->type);
+    return {[path, type = format->type] { PROGRAM_Save(path, type); }};
 }
 
-void CMDLINE_DeleteRange() {
-    if (!hasData("Nothing to delete")) {
-        return;
-    }
-    if (const auto range =
-            readRange('-', "Separator has to be -", "Start address has to be <= End address !")) {
-        EDIT_DeleteRange(range->start, range->end);
-    }
+ArgumentValue CMDLINE_DeleteRange() {
+    const auto range =
+        readRange('-', "Separator has to be -", "Start address has to be <= End address !");
+    return range ? ArgumentValue{[range] { EDIT_DeleteRange(range->start, range->end); }}
+                 : ArgumentValue{};
 }
 
-void CMDLINE_Relocate() {
-    if (!hasData("Nothing to relocate")) {
-        return;
-    }
+ArgumentValue CMDLINE_Relocate() {
     const int32_t offset = CMDLINE_GetHexValue();
     if (CMDLINE_ValueError()) {
-        fail("-relocate needs 1 Hex parameter");
-        return;
+        CMDLINE_Fault("-relocate needs 1 Hex parameter");
+        return {};
     }
-    EDIT_Relocate(offset);
+    if (CMDLINE_GetTrueValue() < -kMaxOffset || CMDLINE_GetTrueValue() > kMaxOffset) {
+        CMDLINE_Doubt("The offset has to be within -7FFFFFFF - 7FFFFFFF");
+    }
+    return {[offset] { EDIT_Relocate(offset); }};
 }
 
-void CMDLINE_ReadBack() {
-    if (const auto range =
-            readRange(',', "Separator has to be ,", "End Address < Start Address!")) {
-        EDIT_ReadBack(range->start, range->end);
-    }
+ArgumentValue CMDLINE_ReadBack() {
+    const auto range = readRange(',', "Separator has to be ,", "End Address < Start Address!");
+    return range ? ArgumentValue{[range] { EDIT_ReadBack(range->start, range->end); }}
+                 : ArgumentValue{};
 }
 
 void CMDLINE_RunCommand(int command) {
-    if (RUN_GetExitCode() == 0 || command == CMD_EXIT) {
-        const Command* row = COMMAND_Find(command);
-        if (row != nullptr && row->line.run != nullptr) {
-            row->line.run();
-        } else {
+    const Command* row = COMMAND_Find(command);
+    if (row != nullptr && (RUN_GetExitCode() == 0 || command == CMD_EXIT)) {
+        VERDICT_CommandStarts(*row);
+        if (row->line.read == nullptr) {
             MAINFRAME_Command(command);
+        } else if (row->line.withoutData != nullptr && HEXDATA_IsEmpty()) {
+            ERROR_Out(nullptr, row->line.withoutData, 1);
+        } else {
+            run(row->line.read());
         }
     }
+    VERDICT_CommandEnds(command);
     CMDLINE_Next();
 }

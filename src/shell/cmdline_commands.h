@@ -2,13 +2,15 @@
 // command handler, exactly as if chosen from the menu.
 #pragma once
 
+#include "shell/cmdline_values.h"
+
 // The dispatcher for CMDLINE_SetDispatcher. Once the exit code is 1 only Exit still runs.
 void CMDLINE_RunCommand(int command);
 
-// Commands with an argument: they read it with the getters of cmdline_values.h and report what is
-// wrong with it.
-void CMDLINE_MergeFile();
-void CMDLINE_SaveAs();
-void CMDLINE_DeleteRange();
-void CMDLINE_Relocate();
-void CMDLINE_ReadBack();
+// Commands with an argument: they read it with the getters of cmdline_values.h into what is to be
+// done.
+ArgumentValue CMDLINE_MergeFile();
+ArgumentValue CMDLINE_SaveAs();
+ArgumentValue CMDLINE_DeleteRange();
+ArgumentValue CMDLINE_Relocate();
+ArgumentValue CMDLINE_ReadBack();

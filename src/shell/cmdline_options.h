@@ -1,12 +1,14 @@
-// The command-line options, which change a setting at once. Each reads its argument with the
-// getters of cmdline_values.h and applies nothing when one of them fails.
+// The command-line options, which change a setting. Each reads its argument with the getters of
+// cmdline_values.h into what it would change.
 #pragma once
+
+#include "shell/cmdline_values.h"
 
 struct Setting;
 
-// A setting from the argument, in its own way or as a number.
-void OPTION_Apply(const Setting& setting);
+// The value of a setting from the argument, in its own way or as a number within its range.
+ArgumentValue OPTION_Read(const Setting& setting);
 
-void OPTION_Password();
-void OPTION_TargetDevice();
-void OPTION_TargetSelBlocks();
+ArgumentValue OPTION_Password();
+ArgumentValue OPTION_TargetDevice();
+ArgumentValue OPTION_TargetSelBlocks();

@@ -11,7 +11,7 @@
 struct CmdlineEntry {
     const char* name = nullptr;
     const char* help = nullptr;
-    const Setting* setting = nullptr; // an option, applied at once
+    const Setting* setting = nullptr; // an option
     const Command* command = nullptr; // queued
 };
 

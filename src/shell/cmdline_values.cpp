@@ -1,8 +1,10 @@
 #include "shell/cmdline_values.h"
 
-#include "notice/error.h"
+#include "persist/chars.h"
 #include "persist/hex_text.h"
+#include "platform/format.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace {
@@ -12,10 +14,26 @@ constexpr size_t kMostHexCharacters = 10;
 std::string argument;
 size_t cursor = 0;
 bool valueError = false;
+int64_t trueValue = 0;
+
+struct Fault {
+    std::string text;
+    bool isDoubt = false;
+};
+std::vector<Fault> faults;
 
 void failValue(std::string_view text) {
     valueError = true;
-    ERROR_Out(nullptr, text, 1);
+    CMDLINE_Fault(text);
+}
+
+// Keeps what the text says; a text without any digit counts as 0 for those who may guess.
+void noteTrueValue(const std::string& text, int base, const char* noNumber) {
+    trueValue = std::strtoll(text.c_str(), nullptr, base);
+    if (!std::ranges::any_of(text, [](char c) { return hexDigitValue(c) >= 0; }) ||
+        text.starts_with(',')) {
+        CMDLINE_Doubt(noNumber);
+    }
 }
 
 // The characters of `accepted` from the cursor on; none when another character stands among them.
@@ -39,17 +57,16 @@ bool readValueText(std::string_view accepted, std::string& text) {
 void CMDLINE_SetArgument(std::string_view text) {
     argument = text;
     cursor = 0;
-}
-
-const std::string& CMDLINE_GetArgument() {
-    return argument;
+    valueError = false;
+    faults.clear();
 }
 
 int32_t CMDLINE_GetHexValue() {
+    constexpr const char* noNumber = "CMDLINE_GetHexValue: Not a hex value";
     valueError = false;
     std::string text;
     if (!readValueText("0123456789abcdefABCDEF-,", text) || text.size() > kMostHexCharacters) {
-        failValue("CMDLINE_GetHexValue: Not a hex value");
+        failValue(noNumber);
         return -1;
     }
     if (text.empty()) {
@@ -62,21 +79,28 @@ int32_t CMDLINE_GetHexValue() {
         failValue(error);
         return 0;
     }
+    noteTrueValue(text, 16, noNumber);
     return value;
 }
 
+int64_t CMDLINE_GetTrueValue() {
+    return trueValue;
+}
+
 int32_t CMDLINE_GetDecValue() {
+    constexpr const char* noNumber = "CMDLINE_GetDecValue: Not a decimal value";
     valueError = false;
     std::string text;
     if (!readValueText("0123456789-,", text)) {
-        failValue("CMDLINE_GetDecValue: Not a decimal value");
+        failValue(noNumber);
         return -1;
     }
     if (text.empty()) {
         failValue("CMDLINE_GetHexValue: Missing value"); // the same text for both
         return 0;
     }
-    return static_cast<int32_t>(std::strtol(text.c_str(), nullptr, 10));
+    noteTrueValue(text, 10, noNumber);
+    return static_cast<int32_t>(trueValue);
 }
 
 std::string CMDLINE_GetString(size_t maximum) {
@@ -95,6 +119,12 @@ std::string CMDLINE_GetString(size_t maximum) {
     return text;
 }
 
+std::string CMDLINE_TakeRest() {
+    std::string rest = argument.substr(cursor);
+    cursor = argument.size();
+    return rest;
+}
+
 char CMDLINE_GetChar() {
     return cursor < argument.size() ? argument[cursor++] : '\0';
 }
@@ -111,4 +141,28 @@ char CMDLINE_PeekBehindNumber() {
 
 bool CMDLINE_ValueError() {
     return valueError;
+}
+
+void CMDLINE_Fault(std::string_view text) {
+    faults.push_back({std::string(text)});
+}
+
+void CMDLINE_Doubt(std::string_view text) {
+    faults.push_back({std::string(text), true});
+}
+
+void CMDLINE_DoubtRest() {
+    if (faults.empty() && cursor < argument.size()) {
+        CMDLINE_Doubt(formatText("\"%s\" behind the value is too much", argument.c_str() + cursor));
+    }
+}
+
+std::vector<std::string> CMDLINE_Faults(bool doubtsToo) {
+    std::vector<std::string> texts;
+    for (const Fault& fault : faults) {
+        if (doubtsToo || !fault.isDoubt) {
+            texts.push_back(fault.text);
+        }
+    }
+    return texts;
 }

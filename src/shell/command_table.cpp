@@ -96,10 +96,12 @@ constexpr Command recent(int id, RecentFiles files) {
 constexpr Command kFile[] = {
     program(CMD_FILE_OPEN, "&Open...", "Ctrl+O", idle, PROGRAM_OpenDialog),
     program(CMD_FILE_MERGE, "&Merge...", "", idleAndLoaded, PROGRAM_MergeDialog,
-            {"FileMerge", "\t\t<FILE.EXT> Merges specified file", CMDLINE_MergeFile}),
+            {"FileMerge", "\t\t<FILE.EXT> Merges specified file", CMDLINE_MergeFile,
+             "No file currently loaded"}),
     program(CMD_FILE_SAVE, "&Save", "Ctrl+S", idleAndLoaded, PROGRAM_SaveCurrent),
     program(CMD_FILE_SAVE_AS, "Save &As...", "", idleAndLoaded, PROGRAM_SaveAsDialog,
-            {"FileSaveAs", "\t\t<FILE.EXT> Saves data to MOT- or HEX-file", CMDLINE_SaveAs}),
+            {"FileSaveAs", "\t\t<FILE.EXT> Saves data to MOT- or HEX-file", CMDLINE_SaveAs,
+             "Nothing to save"}),
     program(CMD_FILE_CLOSE, "&Close", "", idleAndLoaded, PROGRAM_Close),
     kSeparator,
     recent(CMD_RECENT_PROGRAM_FIRST, {CMD_RECENT_PROGRAM_LAST, MRU_PROGRAMS, PROGRAM_Open}),
@@ -118,9 +120,10 @@ constexpr Command kProject[] = {
 constexpr Command kEdit[] = {
     program(CMD_EDIT_DELETE_RANGE, "&Delete Range...", "", idleAndLoaded, EDIT_DeleteRangeDialog,
             {"EditDeleteRange", "\t\t<FROM-TO> Deletes the specified range of data",
-             CMDLINE_DeleteRange}),
+             CMDLINE_DeleteRange, "Nothing to delete"}),
     program(CMD_EDIT_RELOCATE, "&Relocate...", "", idleAndLoaded, EDIT_RelocateDialog,
-            {"EditRelocate", "\t\t<VALUE> Relocates loaded data", CMDLINE_Relocate}),
+            {"EditRelocate", "\t\t<VALUE> Relocates loaded data", CMDLINE_Relocate,
+             "Nothing to relocate"}),
 };
 constexpr Command kView[] = {
     view(CMD_VIEW_HEX_LIST, "Hex &List", loaded, View::hexList),

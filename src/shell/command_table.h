@@ -2,6 +2,7 @@
 // and the rules when a command may run all come from here. User-interface thread.
 #pragma once
 
+#include "shell/cmdline_values.h"
 #include "shell/front_end.h"
 
 #include <optional>
@@ -14,9 +15,10 @@ enum class WorksOn { nothing, program, target };
 
 // A command on the command line.
 struct CommandLineForm {
-    const char* name = nullptr; // none: the command line does not have it
-    const char* help = nullptr; // what stands behind the name in the help text
-    void (*run)() = nullptr;    // reads the argument; none: as from the menu
+    const char* name = nullptr;        // none: the command line does not have it
+    const char* help = nullptr;        // what stands behind the name in the help text
+    ArgumentValue (*read)() = nullptr; // none: takes no argument, does what the menu item does
+    const char* withoutData = nullptr; // what is said where it needs an image and there is none
 };
 
 // An item that stands for a list of recent files, with an identifier for each of its entries.

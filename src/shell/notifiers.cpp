@@ -11,12 +11,16 @@ namespace {
 
 constexpr unsigned kButtonsMask = 0xF;
 
+// A blank in place of each line end; a carriage return that ends no line is a character of the
+// text.
 std::string onOneLine(const std::string& text) {
     std::string line;
-    for (const char character : text) {
-        const bool lineEnd = character == '\r' || character == '\n';
-        if (!lineEnd) {
-            line += character;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\r' && text.substr(i + 1, 1) == "\n") {
+            continue;
+        }
+        if (text[i] != '\n') {
+            line += text[i];
         } else if (!line.empty() && line.back() != ' ') {
             line += ' ';
         }
@@ -31,7 +35,7 @@ void notifyError(WindowHandle window, const std::string& text, int) {
         RUN_SetExitCode(1);
     }
     if (RUN_IsUnattended() || !FRONTEND_Get().hasWindows) {
-        CONSOLE_PrintError(text);
+        CONSOLE_PrintError(onOneLine(text));
     } else {
         FRONTEND_Get().showError(window, text);
     }

@@ -100,7 +100,7 @@ bool PROJECT_Load(const std::string& path) {
     std::string content;
     if (const FileResult result = FILES_ReadAll(path, content); !result.ok()) {
         LOG_Add(formatText("%s: %s", path.c_str(), result.reason.c_str()));
-        ERROR_Out(nullptr, "Read file failed", 1);
+        ERROR_Out(nullptr, ERROR_WithReason("Read file failed", path + ": " + result.reason), 1);
         return false;
     }
     const char* cursor = content.c_str();

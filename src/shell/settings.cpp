@@ -11,6 +11,7 @@
 namespace {
 
 constexpr uint32_t kLastAddress = 0xFFFFFF;
+constexpr int64_t kMaxInt = 0x7FFFFFFF;
 
 void setPassword(const std::string& digits, std::string& error) {
     const std::vector<uint8_t> bytes = HEXTEXT_ToBytes(digits, kMaxPassword, error);
@@ -30,6 +31,7 @@ constexpr Setting text(SettingOption option, SettingLine line, SettingText text)
 // A switch is a signed byte that is on above 0.
 template <bool (*get)(), void (*set)(bool)>
 constexpr Setting onOff(SettingOption option, SettingLine line) {
+    option.range = ValueRange{-128, 127};
     return number(option, line,
                   {0, 1, [] { return get() ? 1U : 0U; },
                    [](uint32_t value) { set(static_cast<int8_t>(value) > 0); }});
@@ -57,8 +59,9 @@ constexpr Setting kSettings[] = {
     onOff<PASSWORD_GetHexmode, PASSWORD_SetHexmode>(
         {"OptionsPWHexmode", "\t<ENABLE> Enables/disables hexmode for the password"},
         {"PasswordHexmode", 9}),
-    number({"OptionsSettingsReset", "\t<ENABLE> Enables/disables reset handling by Calvorin"}, {},
-           {0, 0, nullptr, [](uint32_t on) { DEVPROPS_SetResetByPC(on != 0); }}),
+    number({"OptionsSettingsReset", "\t<ENABLE> Enables/disables reset handling by Calvorin",
+            nullptr, ValueRange{-kMaxInt, kMaxInt}},
+           {}, {0, 0, nullptr, [](uint32_t on) { DEVPROPS_SetResetByPC(on != 0); }}),
     text({"OptionsTargetDevice", "\t<DEVICENAME> Selects the desired device", OPTION_TargetDevice},
          {"Device", 5},
          {99, [] { return DEVICE_GetName(); },
@@ -67,8 +70,9 @@ constexpr Setting kSettings[] = {
             "\t<ENABLE,B1[,B2...][,B2-Bn]> Enables/disables the desired blocks",
             OPTION_TargetSelBlocks},
            {}, {}),
-    number({"OptionsTargetSpeed", "\t<SPEED> Sets the oscillator frequency in [Hz]"}, {},
-           {0, 0, nullptr, [](uint32_t hz) { DEVPROPS_SetSpeed(hz); }}),
+    number({"OptionsTargetSpeed", "\t<SPEED> Sets the oscillator frequency in [Hz]", nullptr,
+            ValueRange{0, kMaxInt}},
+           {}, {0, 0, nullptr, [](uint32_t hz) { DEVPROPS_SetSpeed(hz); }}),
 };
 
 } // namespace

@@ -2,15 +2,24 @@
 // range, and what gets and sets them. User-interface thread.
 #pragma once
 
+#include "shell/cmdline_values.h"
+
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
+struct ValueRange {
+    int64_t least = 0;
+    int64_t most = 0;
+};
+
 struct SettingOption {
-    const char* name = nullptr; // none: the command line does not have it
-    const char* help = nullptr; // what stands behind the name in the help text
-    void (*apply)() = nullptr;  // reads the argument; none: a number, taken as it is
+    const char* name = nullptr;           // none: the command line does not have it
+    const char* help = nullptr;           // what stands behind the name in the help text
+    ArgumentValue (*read)() = nullptr;    // none: a number
+    std::optional<ValueRange> range = {}; // of the number; none: that of a project
 };
 
 struct SettingLine {

@@ -12,6 +12,7 @@
 #include "shell/identity.h"
 #include "shell/session.h"
 #include "shell/startup.h"
+#include "shell/verdict.h"
 
 #include <algorithm>
 
@@ -86,7 +87,9 @@ int SHELL_Run(int argc, char** argv) {
     if (!chooseFrontEnd(argc, argv, arguments)) {
         return RUN_GetExitCode();
     }
-    if (STARTUP_Run(arguments)) {
+    VERDICT_Begin();
+    const bool started = STARTUP_Run(arguments);
+    if (started) {
         mainLoop();
         STARTUP_Finish();
     }
@@ -94,6 +97,9 @@ int SHELL_Run(int argc, char** argv) {
         CONSOLE_PrintLine("Interrupted");
     }
     STARTUP_Close();
+    if (RUN_IsUnattended() && CMDLINE_ContainsTarget(arguments)) {
+        CONSOLE_PrintLine(VERDICT_Line(!started));
+    }
     return RUN_GetExitCode();
 }
 

@@ -16,7 +16,7 @@
 #include "serial/terminal_buffer.h"
 #include "shell/cmdline.h"
 #include "shell/cmdline_commands.h"
-#include "shell/command_ids.h"
+#include "shell/cmdline_line.h"
 #include "shell/console.h"
 #include "shell/front_end.h"
 #include "shell/identity.h"
@@ -127,17 +127,23 @@ bool keepBadProject() {
 } // namespace
 
 bool STARTUP_Run(const std::vector<std::string>& arguments) {
-    RUN_SetUnattended(CMDLINE_Contains(arguments, CMD_EXIT));
+    LINE_SetKindOfRun(arguments);
     prepareModules();
     if (DEVICE_Init() != 0) {
         RUN_SetExitCode(1);
         return false;
     }
+    CMDLINE_SetDispatcher(CMDLINE_RunCommand);
+    if (!CMDLINE_Read(arguments)) {
+        return false;
+    }
     TARGET_Init(nullptr, TERMINAL_ReceiveByte);
-    CMDLINE_SetDispatcher(CMD_EXIT, CMDLINE_RunCommand);
     loadDefaultProject();
     CONFIGURATION_Changed(); // an option may fill the password before it names a device
-    if (const auto programFile = CMDLINE_Process(arguments)) {
+    if (!CMDLINE_Apply()) {
+        return false;
+    }
+    if (const auto programFile = CMDLINE_ProgramFile()) {
         PROGRAM_Open(*programFile);
     }
     openRememberedViews();

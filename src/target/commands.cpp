@@ -175,11 +175,15 @@ bool checksumsAgree() {
     if (!target) {
         return false; // which has been reported
     }
-    if (*target == DEVICE_CalcImageChecksum(crc)) {
+    const uint16_t image = DEVICE_CalcImageChecksum(crc);
+    if (*target == image) {
         LOG_Add(crc ? "Compared the CRC of the selected blocks" : kComparedSum);
         return true;
     }
-    ERROR_Out(nullptr, crc ? "CRC-error" : "SUM-error", 1);
+    ERROR_Out(nullptr,
+              ERROR_WithReason(crc ? "CRC-error" : "SUM-error",
+                               formatText("image %04X, chip %04X", image, *target)),
+              1);
     return false;
 }
 
@@ -235,7 +239,7 @@ void TARGET_StartApplication() {
     CLOCK_Sleep(250);
     BOOT_SetChipInRom(BOOT_IsChipInRom() && !done);
     if (!done) { // else nobody would learn that the application does not run
-        ERROR_Out(nullptr, "Start Application failed", 1);
+        ERROR_Out(nullptr, ERROR_WithReason("Start Application failed", SIO_GetRefusal()), 1);
     }
 }
 

@@ -87,8 +87,17 @@ Result<> compareWithImage(uint32_t address, const std::vector<uint8_t>& data) {
     if (image == expected.end()) {
         return {};
     }
-    const Failure failure{TERR_COMPARE, address + static_cast<uint32_t>(image - expected.begin()),
-                          *target};
+    size_t differing = 0;
+    for (size_t i = 0; i < data.size(); ++i) {
+        differing += data[i] != expected[i] ? 1 : 0;
+    }
+    const Failure failure{TERR_COMPARE,
+                          address + static_cast<uint32_t>(image - expected.begin()),
+                          *target,
+                          {},
+                          formatText("expected %02X, found %02X; %zu of %zu bytes in this "
+                                     "answer differ",
+                                     *image, *target, differing, data.size())};
     LOG_Add(formatText("Verify failed at %06X", failure.address));
     return failure;
 }

@@ -87,10 +87,11 @@ TEST(RamImageB, IsTakenWholeOrNotAtAll) {
 TEST(RamImage, FileThatCannotBeReadIsReported) {
     ScriptWorld world("Bank = 8000,8000", {});
     std::string text;
-    EXPECT_FALSE(_LoadRamImage((world.folder() / "missing").string(), text));
-    EXPECT_EQ(world.errors(), "File not found");
-    EXPECT_FALSE(_LoadRamImage(world.folder().string(), text));
-    EXPECT_EQ(world.errors(), "Invalid file handle");
+    const std::string folder = world.folder().string();
+    EXPECT_FALSE(_LoadRamImage(folder + "/missing", text));
+    EXPECT_EQ(world.errors(), "File not found (" + folder + "/missing: No such file or directory)");
+    EXPECT_FALSE(_LoadRamImage(folder, text));
+    EXPECT_EQ(world.errors(), "Invalid file handle (" + folder + ": Is a directory)");
     EXPECT_TRUE(_LoadRamImage(world.addFile("image", "abc"), text));
     EXPECT_EQ(text, "abc");
 }

@@ -206,12 +206,16 @@ TEST(Wire, FailedHandshakes) {
          "Matching data failed", BOOT_UNSYNCED},
         {"no answer to the rate", kDeviceA, a, join({at9600, {{"5A", "5A"}, {"07", ""}}, back}),
          false, "", BOOT_UNSYNCED},
-        {"short sum", kDeviceA, a, join({kReset, kMatchA, {{"90", "9012"}}}), false, "",
-         BOOT_SYNCED},
-        {"other product", product, a, join({synced, {{"C0", "00 56 55 99"}}}), false, "",
-         BOOT_SYNCED, "Product info:|00 56 55 99 |Product info comparison failed"},
+        {"short sum", kDeviceA, a, join({kReset, kMatchA, {{"90", "9012"}}}), false,
+         "The chip does not send its checksum", BOOT_SYNCED},
+        {"product silent", product, a, join({synced, {{"C0", "00 56"}}}), false,
+         "The chip does not send its product info", BOOT_SYNCED},
+        {"other product", product, a, join({synced, {{"C0", "00 56 55 99"}}}), false,
+         "The chip is no D (product info: expected 5654, found 5655)", BOOT_SYNCED,
+         "Product info:|00 56 55 99 |Product info comparison failed"},
         {"product text beyond the reply", beyond, a, join({synced, {{"C0", "00 56 54 56"}}}), false,
-         "", BOOT_SYNCED, "Product info:|00 56 54 56 |Product info comparison failed"},
+         "The chip is no D (product info: expected 5654, found 56)", BOOT_SYNCED,
+         "Product info:|00 56 54 56 |Product info comparison failed"},
     };
     for (const WireCase& c : cases) {
         check(c);
@@ -250,7 +254,12 @@ TEST(Wire, FailedDownloads) {
         std::string errors;
     };
     const std::vector<Case> cases = {
-        {"no file", true, "", {}, "File not found|Error reading RAM-Immage file"},
+        {"no file",
+         true,
+         "",
+         {},
+         "File not found (/nowhere/image: No such file or directory)|Error reading RAM-Immage "
+         "file"},
         {"too high", true, ":0206000011 22C5", {}, "|RAM-Image does not fit into memory"},
         {"unordered",
          false,
@@ -291,6 +300,23 @@ TEST(Wire, ConnectAsksWhatItNeedsAndRefusesWhatCannotWork) {
         EXPECT_EQ(world.errors(), summary);
         EXPECT_EQ(TARGET_State().LinkState, LINK_IDLE);
         EXPECT_EQ(BOOT_GetState(), BOOT_UNSYNCED);
+    }
+    {
+        // A description without the time that the last answer may take.
+        WireWorld world(kDeviceB + "TimeoutGetSUM = 0\n",
+                        join({kReset,
+                              kMatchB,
+                              kSumB,
+                              {{"10", "10"},
+                               {"A1A2 00000000000000000000 BD", "10"},
+                               {"00000010 0001 EF", "10"},
+                               {"AA", ""},
+                               {"56", ""}}}));
+        world.addFile("RamImage/b.s", "S30600000010AA00");
+        EXPECT_EQ(TARGET_Connect(), 0);
+        EXPECT_EQ(world.deviation(), "");
+        EXPECT_EQ(world.errors(), "The device description gives the chip no time to answer the "
+                                  "download (TimeoutGetSUM)");
     }
     {
         // Unattended: nobody is asked to press reset, but what stops the run is said.

@@ -140,7 +140,9 @@ TEST_F(ProgramFile, MergesAndClearsAfterAFault) {
     EXPECT_EQ(imageText(), "10:12 20:CD");
     EXPECT_TRUE(PROGRAMFILE_Merge(folder / "missing"));
     EXPECT_FALSE(PROGRAMFILE_Load(folder / "missing"));
-    EXPECT_EQ(reports.take(), "File not found\nFile not found");
+    const std::string missing =
+        "File not found (" + (folder / "missing").string() + ": No such file or directory)";
+    EXPECT_EQ(reports.take(), missing + "\n" + missing);
     writeFile(path, "nonsense");
     EXPECT_FALSE(PROGRAMFILE_Merge(path));
     EXPECT_EQ(imageText(), "10:12 20:CD") << "nothing was touched so far";
@@ -192,11 +194,13 @@ TEST_F(ProgramFile, WritesTheRecordsThatTheAddressesNeed) {
 TEST_F(ProgramFile, AnOldFileOutlivesARefusedSave) {
     writeFile(path, "old");
     const std::filesystem::path blank = folder / "new";
-    const std::tuple<std::filesystem::path, int, const char*> cases[] = {
+    const std::tuple<std::filesystem::path, int, std::string> cases[] = {
         {path, 3, "INTERNAL Error: Unknown file type ..."},
         {blank, 3, "INTERNAL Error: Unknown file type ..."},
-        {folder / "no" / "such", FILETYPE_INTEL, "File not found"},
-        {folder.path(), FILETYPE_INTEL, "OnFileOpen: Invalid file handle"},
+        {folder / "no" / "such", FILETYPE_INTEL,
+         "File not found (" + (folder / "no" / "such").string() + ": No such file or directory)"},
+        {folder.path(), FILETYPE_INTEL,
+         "OnFileOpen: Invalid file handle (" + folder.path().string() + ": Is a directory)"},
     };
     for (const auto& [target, type, message] : cases) {
         EXPECT_FALSE(PROGRAMFILE_Save(target, type));
@@ -214,7 +218,8 @@ TEST_F(ProgramFile, AProtectedFileIsNotReplaced) {
     ASSERT_EQ(seteuid(user == 0 ? 65534 : user), 0); // nothing is protected from root
     EXPECT_FALSE(PROGRAMFILE_Save(path, FILETYPE_INTEL));
     ASSERT_EQ(seteuid(user), 0);
-    EXPECT_EQ(reports.take(), "OnFileOpen: Invalid file handle");
+    EXPECT_EQ(reports.take(),
+              "OnFileOpen: Invalid file handle (" + path.string() + ": Permission denied)");
     EXPECT_EQ(readFile(path), "old");
 }
 

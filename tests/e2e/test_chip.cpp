@@ -99,6 +99,11 @@ TEST(Chip, IsProgrammedVerifiedAndReadBack) {
                                      "-TargetVerify", "-TargetStartApplication",
                                      "-FileSaveAs" + (world.folder / "back.mot").string()})));
         EXPECT_EQ(result.exitCode, 0) << name << "\n" << result.err;
+        EXPECT_TRUE(ProgramFolder::lines(result.err)
+                        .back()
+                        .starts_with("Passed: " + name +
+                                     ", TargetCheckBlankChip, TargetAuto, TargetVerify, "))
+            << result.err;
         EXPECT_EQ(target.stop(), 0) << name << "\n" << target.summary();
         EXPECT_TRUE(target.flash() == flashWith(device, data)) << name;
     });
@@ -157,17 +162,23 @@ TEST(Chip, FailureEndsTheRunWithItsMessageAndExitCode1) {
         {"VT-B128",
          "stuck-bits,address=104,value=FF",
          "-TargetVerify",
-         {"Error comparing contents of address 100"}},
+         {"Error comparing contents of address 100 Contents: FF (expected 5A, found FF; 128 of 128 "
+          "bytes in this answer differ)"}},
     };
     forAll(cases, [](const Case& c) {
         const ProgramFolder world;
         VirtualTarget target(world.folder, c.device, {"--fault", c.fault});
         const uint32_t start = deviceOf(c.device).aBlock.front().Start;
         const RunResult result = world.run(
-            withFile(world, srecords(start + 0x100, randomBytes(300, 7)),
+            withFile(world, srecords(start + 0x100, Bytes(300, 0x5A)),
                      onDevice(c.device, {"-OptionsPWFillFF1", c.command, "-TargetGetCRC"})));
         EXPECT_EQ(result.exitCode, 1) << c.device << " " << c.fault << "\n" << result.err;
         EXPECT_EQ(result.errors, c.errors) << c.device << " " << c.fault << "\n" << result.err;
+        EXPECT_TRUE(ProgramFolder::lines(result.err)
+                        .back()
+                        .starts_with(std::string("Failed: ") + c.device + ", stopped in " +
+                                     (c.command + 1)))
+            << result.err;
         EXPECT_EQ(result.err.find("successfully"), std::string::npos) << result.err;
         EXPECT_EQ(result.err.find("finished\n", result.err.find("Error: ")), std::string::npos)
             << "what stands behind a failure does not run\n"
@@ -185,7 +196,7 @@ TEST(Chip, ThatDisappearsEndsTheRun) {
     target.kill();
     EXPECT_EQ(process.wait(), 1);
     EXPECT_NE(process.err().find("COM1 lost"), std::string::npos) << process.err();
-    EXPECT_NE(process.err().find("Error: Timeout error"), std::string::npos);
+    EXPECT_NE(process.err().find("Error: Timeout error (COM1 is "), std::string::npos);
     EXPECT_NE(process.err().find("Programming failed"), std::string::npos);
 }
 
@@ -227,7 +238,8 @@ TEST(Chip, PortInUseIsRefused) {
     ASSERT_TRUE(waitFor([&] { return first.err().find("COM1 opened") != std::string::npos; }));
     const RunResult result = second.run(onDevice("VT-B128", {"-TargetGetCRC"}));
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.errors.front(), "SIO::_InitSIO: Port not available");
-    EXPECT_NE(result.err.find("in use"), std::string::npos) << result.err;
+    EXPECT_EQ(result.errors.front(), "SIO::_InitSIO: Port not available (COM1 is " +
+                                         (world.folder / "port").string() +
+                                         ": in use by another program)");
     EXPECT_EQ(first.wait(), 0) << first.err();
 }

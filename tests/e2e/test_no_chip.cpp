@@ -51,12 +51,23 @@ TEST(WithoutChip, AnswersHelpAndVersionWithoutTouchingAnything) {
 
 TEST(WithoutChip, ReportsWhatItDoesNotUnderstand) {
     const ProgramFolder world;
-    const RunResult result = world.run({"", "-Nonsense", "2", "-Exit"});
+    const std::string settings = readFile(world.folder / "calvorin.ini");
+    writeFile(world.folder / "a.hex", kHex);
+    const std::string out = world.folder / "out.mot";
+    const RunResult result = world.run({world.folder / "a.hex", "-Nonsense", "-OptionsCOMPort2-3",
+                                        "-FileSaveAs" + out, "-TargetGetCRC", "-Exit"});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.errors, (Strings{"\"Nonsense\" is not a valid command !", "File not found"}));
-    EXPECT_NE(result.err.find("Note: \"2\" is not an option and is left out\n"), std::string::npos);
-    EXPECT_NE(readFile(world.folder / "calvorin.err").find("\"Nonsense\" is not"),
-              std::string::npos);
+    const Strings errors = {
+        "\"Nonsense\" is not a valid command ! (argument \"-Nonsense\")",
+        "\"-3\" behind the value is too much (argument \"-OptionsCOMPort2-3\")"};
+    EXPECT_EQ(result.errors, errors);
+    EXPECT_EQ(ProgramFolder::lines(result.err),
+              (Strings{"Error: " + errors[0], "Error: " + errors[1],
+                       "Failed: refused before anything was begun"}));
+    EXPECT_NE(readFile(world.folder / "calvorin.err").find(errors[0]), std::string::npos);
+    EXPECT_EQ(readFile(world.folder / "calvorin.ini"), settings);
+    EXPECT_FALSE(std::filesystem::exists(world.folder / "Calvorin.tpu") ||
+                 std::filesystem::exists(out));
     world.run({"-Nonsense", "-Exit"}, [] { close(STDERR_FILENO); });
     EXPECT_EQ(readFile(world.folder / "calvorin.log").find("\nError: "), std::string::npos)
         << "a file was taken for standard error";
@@ -96,9 +107,11 @@ TEST(WithoutChip, NeedsThePortForATargetCommand) {
     const ProgramFolder world;
     const RunResult result = world.run({"-TargetGetCRC", "-Exit"});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.errors, (Strings{"SIO::_InitSIO: Port not available",
-                                      "SIO::_StartComm: Could not open COM-Port"}));
-    EXPECT_NE(result.err.find("No such file or directory"), std::string::npos) << result.err;
+    EXPECT_EQ(result.errors,
+              (Strings{"SIO::_InitSIO: Port not available (COM1 is " +
+                           (world.folder / "port").string() + ": No such file or directory)",
+                       "SIO::_StartComm: Could not open COM-Port"}));
+    EXPECT_TRUE(ProgramFolder::lines(result.err).back().starts_with("Failed: "));
 }
 
 // Each bad file: one clear message, exit code 1, the old output stays.
@@ -109,8 +122,8 @@ TEST(WithoutChip, RefusesBadFiles) {
         const char* errors;
     } cases[] = {
         {"app.hex", std::string(kHex) + " ", "Error in line 3: Unexpected character\n"},
-        {"app.hex", "", "File not found\n"},
-        {"app.hex", "/", "OnFileOpen: Invalid file handle\n"},
+        {"app.hex", "", "File not found (app.hex: No such file or directory)\n"},
+        {"app.hex", "/", "OnFileOpen: Invalid file handle (app.hex: Is a directory)\n"},
         {"Device", "", "Can not find device file in directory ./Device/\n"},
         {"calvorin.ini", "[Settings MAINFRAME]\r\nRect = 1, 2\r\n", "Expected ',', got '\\x0D'\n"},
     };
@@ -200,7 +213,7 @@ TEST(WithoutChip, KeepsTheOldFileWhenTheDiskIsFull) {
         std::signal(SIGXFSZ, SIG_IGN);
     });
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.errors, Strings{"Error writing file"});
+    EXPECT_EQ(result.errors, Strings{"Error writing file (" + out + ": File too large)"});
     EXPECT_EQ(readFile(out), "old");
     const std::filesystem::directory_iterator entries(target.path());
     EXPECT_EQ(std::distance(begin(entries), end(entries)), 1) << "no temporary file is left";

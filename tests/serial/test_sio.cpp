@@ -1,3 +1,4 @@
+#include "link/failure.h"
 #include "notice/log_text.h"
 #include "persist/ini.h"
 #include "platform/files.h"
@@ -74,16 +75,19 @@ TEST(Sio, OpensClosesAndReopensWithItsLogLines) {
 
 TEST(Sio, ReportsAPortThatCannotBeOpened) {
     World world;
-    const std::pair<uint32_t, std::string> cases[] = {
-        {3, "COM3 (test://missing): No such line"},
-        {21, "COM21 is not one of COM1 to COM20"},
-        {0xFFFFFFFF, "COM4294967295 is not one of COM1 to COM20"},
+    const struct {
+        uint32_t port;
+        std::string reason;
+        std::string behindError;
+    } cases[] = {
+        {3, "COM3 (test://missing): No such line", "COM3 is test://missing: No such line"},
+        {21, "COM21 is not one of COM1 to COM20", "COM21 is not one of COM1 to COM20"},
     };
-    for (const auto& [port, reason] : cases) {
+    for (const auto& [port, reason, behindError] : cases) {
         SIO_SetPort(port);
         EXPECT_FALSE(SIO_Restart());
         EXPECT_EQ(world.log(), Texts{reason});
-        EXPECT_EQ(world.errors(), (Texts{"SIO::_InitSIO: Port not available",
+        EXPECT_EQ(world.errors(), (Texts{"SIO::_InitSIO: Port not available (" + behindError + ")",
                                          "SIO::_StartComm: Could not open COM-Port"}));
         EXPECT_EQ(RUN_GetExitCode(), 1);
         EXPECT_EQ(SIO_GetOpenFailure(), reason);
@@ -113,7 +117,8 @@ TEST(Sio, FindsTheDeviceOfAPort) {
 TEST(Sio, ChangesTheRateAndTheLines) {
     World world;
     EXPECT_EQ(SIO_ChangeBaudrate(9600), 0U);
-    EXPECT_EQ(world.errors(), Texts{"SIO::SIO_ChangeBaudrate: GetCommState failed"});
+    EXPECT_EQ(world.errors(),
+              Texts{"SIO::SIO_ChangeBaudrate: GetCommState failed (no port is open)"});
     world.openA();
     EXPECT_EQ(SIO_ChangeBaudrate(9600), 38400U);
     EXPECT_EQ(SIO_GetBaudrate(), 38400U);
@@ -124,7 +129,9 @@ TEST(Sio, ChangesTheRateAndTheLines) {
     world.lines["a"].refuseRates = true;
     EXPECT_EQ(SIO_ChangeBaudrate(1), 0U);
     EXPECT_EQ(world.log(), Texts{"COM1 (test://a): that is refused"});
-    EXPECT_EQ(world.errors(), Texts{"SIO::SIO_ChangeBaudrate: SetCommState failed"});
+    EXPECT_EQ(
+        world.errors(),
+        Texts{"SIO::SIO_ChangeBaudrate: SetCommState failed (COM1 is test://a: that is refused)"});
 }
 
 TEST(Sio, ReadsWhatArrivesInTime) {
@@ -184,6 +191,7 @@ TEST(Sio, ALostPortIsNamedOnceAndCanBeReopened) {
     EXPECT_FALSE(writeText("x"));
     EXPECT_TRUE(SIO_IsLost());
     EXPECT_EQ(world.log(), Texts{"COM1 lost: the device has gone (test://a)"});
+    EXPECT_EQ(failureText({TERR_TIMEOUT}), "Timeout error (COM1 is test://a: the device has gone)");
     EXPECT_TRUE(SIO_EnsureOpen());
     EXPECT_EQ(world.log(),
               (Texts{"Closing COM1", "COM1 opened with 38400 Baud", "Communication started"}));

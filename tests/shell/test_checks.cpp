@@ -168,6 +168,8 @@ TEST(Project, StopsAtTheFirstFault) {
         EXPECT_EQ(SIO_GetPort(), 0U);
     }
     const ShellWorld world;
-    EXPECT_FALSE(PROJECT_Load(world.folder / "none.tpu"));
-    EXPECT_EQ(world.reports, std::vector<std::string>{"Read file failed"});
+    const std::string none = world.folder / "none.tpu";
+    EXPECT_FALSE(PROJECT_Load(none));
+    EXPECT_EQ(world.reports, std::vector<std::string>{"Read file failed (" + none +
+                                                      ": No such file or directory)"});
 }

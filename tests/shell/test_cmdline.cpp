@@ -1,5 +1,6 @@
 #include "shell/cmdline.h"
 #include "shell/cmdline_commands.h"
+#include "shell/cmdline_line.h"
 #include "shell/cmdline_table.h"
 #include "shell/command_ids.h"
 #include "shell/shell_world.h"
@@ -15,8 +16,14 @@ using Strings = std::vector<std::string>;
 
 // With the program's own dispatcher.
 struct CmdlineWorld : ShellWorld {
-    CmdlineWorld() { CMDLINE_SetDispatcher(CMD_EXIT, CMDLINE_RunCommand); }
+    CmdlineWorld() { CMDLINE_SetDispatcher(CMDLINE_RunCommand); }
 };
+
+// As start-up does; whether the line was accepted.
+bool process(const Strings& arguments) {
+    LINE_SetKindOfRun(arguments);
+    return CMDLINE_Read(arguments) && CMDLINE_Apply();
+}
 
 } // namespace
 
@@ -34,6 +41,9 @@ TEST(Cmdline, ReportsWhatIsWrongWithAnArgument) {
             {"-OptionsPWAdrCountxyz", {"CMDLINE_GetHexValue: Not a hex value"}},
             {"-OptionsPWAdrCount,1", {"Not a hex value"}},
             {"-OptionsPWAdrCount12345678901", {"CMDLINE_GetHexValue: Not a hex value"}},
+            {"-OptionsPWAdrCount100000010", {"OptionsPWAdrCount has to be within 0 - FFFFFF"}},
+            {"-OptionsCOMPort4294967298", {"OptionsCOMPort has to be within 1 - 20"}},
+            {"-OptionsCOMBaudrate-9600", {"OptionsCOMBaudrate has to be within 1 - 1000000"}},
             {"-OptionsPWPassword", {"CMDLINE_GetString: Missing string"}},
             {"-OptionsPWPassword0A1", {"Odd length is illegal"}},
             {"-OptionsTargetDeviceXY",
@@ -64,15 +74,16 @@ TEST(Cmdline, ReportsWhatIsWrongWithAnArgument) {
           {"-EditRelocatex",
            {"CMDLINE_GetHexValue: Not a hex value", "-relocate needs 1 Hex parameter"}},
           {"-EditRelocate-20", {"Relocation would move data beyond the end of the address space"}},
-          {"-FileMerge/none.hex", {"File not found"}},
+          {"-FileMerge/none.hex", {"File not found (/none.hex: No such file or directory)"}},
       };
     const auto check = [](const auto& cases, size_t bytes) {
         for (const auto& c : cases) {
             const CmdlineWorld world;
             ShellWorld::load(0x10, std::vector<uint8_t>(bytes));
-            CMDLINE_Process({c.argument});
+            process({c.argument});
             CMDLINE_Poll();
             EXPECT_EQ(world.reports, c.reports) << c.argument;
+            EXPECT_TRUE(SIO_GetPort() == 0 && SIO_GetBaudrate() == 0) << c.argument;
         }
     };
     check(emptyImage, 0);
@@ -82,9 +93,9 @@ TEST(Cmdline, ReportsWhatIsWrongWithAnArgument) {
 TEST(Cmdline, AppliesOptionsAtOnce) {
     const CmdlineWorld world;
     DEVPROPS_SelectBlock(1, false);
-    CMDLINE_Process({"-OptionsCOMPort7", "/OptionsCOMBaudrate31250", "-OptionsPWPassword0aB1",
-                     "-OptionsPWAdrCountFFDF", "-OptionsSettingsReset2", "-OptionsTargetSpeed8000",
-                     "-OptionsTargetSelBlocks0,0,1-2", "-OptionsTargetSelBlocks1,2"});
+    process({"-OptionsCOMPort7", "/OptionsCOMBaudrate31250", "-OptionsPWPassword0aB1",
+             "-OptionsPWAdrCountFFDF", "-OptionsSettingsReset2", "-OptionsTargetSpeed8000",
+             "-OptionsTargetSelBlocks0,0,1-2", "-OptionsTargetSelBlocks1,2"});
     EXPECT_EQ(world.reports, Strings{});
     EXPECT_EQ(SIO_GetPort(), 7U);
     EXPECT_EQ(SIO_GetBaudrate(), 31250U);
@@ -100,19 +111,22 @@ TEST(Cmdline, AppliesOptionsAtOnce) {
 TEST(Cmdline, RunsQueuedCommandsInOrderAndOnlyExitAfterAFailure) {
     const CmdlineWorld world;
     std::vector<int> ran;
-    CMDLINE_SetDispatcher(CMD_EXIT, [&](int command) {
+    CMDLINE_SetDispatcher([&](int command) {
         ran.push_back(command);
         CMDLINE_Next();
     });
-    EXPECT_EQ(CMDLINE_Process({"app.hex", "-TargetEraseChipX", "-Exit", "/TargetCheckBlankBlocks"}),
-              "app.hex");
+    ShellWorld::load(0, {1});
+    EXPECT_TRUE(process(
+        {"-TargetEraseChip", "/TargetCheckBlankBlocks", "app.hex", "-EditRelocate10", "-Exit"}));
+    EXPECT_EQ(HEXDATA_GetFirstAddr(), 0U) << "nothing runs before its turn";
+    EXPECT_EQ(CMDLINE_ProgramFile(), "app.hex");
     EXPECT_TRUE(CMDLINE_IsExitQueued());
     EXPECT_TRUE(RUN_IsUnattended());
     while (CMDLINE_IsRunning()) {
         CMDLINE_Poll();
     }
-    EXPECT_EQ(ran,
-              (std::vector<int>{CMD_TARGET_ERASE_CHIP, CMD_EXIT, CMD_TARGET_BLANK_CHECK_BLOCKS}));
+    EXPECT_EQ(ran, (std::vector<int>{CMD_TARGET_ERASE_CHIP, CMD_TARGET_BLANK_CHECK_BLOCKS,
+                                     CMD_EDIT_RELOCATE, CMD_EXIT}));
 
     RUN_SetExitCode(1);
     CMDLINE_RunCommand(CMD_TARGET_VERIFY);
@@ -125,22 +139,134 @@ TEST(Cmdline, RefusesWhatExceedsItsLimits) {
     const CmdlineWorld world;
     Strings arguments(kMaxQueuedCommands + 1, "-TargetVerify");
     arguments.insert(arguments.begin(), "-FileMerge" + std::string(kMaxArgument + 1, 'x'));
-    CMDLINE_Process(arguments);
+    process(arguments);
     EXPECT_EQ(
         world.reports,
         (Strings{"The argument of \"FileMerge\" is too long: at most 599 characters",
                  "Too many commands, \"TargetVerify\" is not run: at most 20 can be queued"}));
 }
 
-TEST(Cmdline, TakesTheFirstArgumentForTheProgramFileWhenItCanBeOne) {
+TEST(Cmdline, TakesTheProgramFileAtAnyPlace) {
     const CmdlineWorld world;
     const std::string path = world.folder / "a.hex";
-    EXPECT_EQ(CMDLINE_Process({path}), std::nullopt);
+    const auto fileOf = [](const Strings& arguments) {
+        process(arguments);
+        return CMDLINE_ProgramFile();
+    };
+    EXPECT_EQ(fileOf({path}), std::nullopt) << "an option that nobody knows, as there is no file";
     EXPECT_EQ(world.reports.size(), 1U);
     writeFile(path, "");
-    EXPECT_EQ(CMDLINE_Process({path}), path);
-    EXPECT_EQ(CMDLINE_Process({"-OptionsCOMPort1", path}), std::nullopt);
-    EXPECT_EQ(CMDLINE_Process({""}), "") << "a file that cannot be opened, and not no file";
+    EXPECT_EQ(fileOf({path}), path);
+    EXPECT_EQ(fileOf({"-OptionsCOMPort1", path, "-TargetEraseChipX", "b.hex"}), path);
+    EXPECT_EQ(fileOf({""}), "") << "a file that cannot be opened, and not no file";
+    EXPECT_EQ(world.reports.size(), 1U);
+}
+
+// A run that nobody watches does nothing of a line that it does not understand to its end.
+TEST(Cmdline, RefusesAnUnattendedLineWhole) {
+    const std::string two = "Device = \"VT-2\"\nManufacturer = \"Acme\"\nBank = 0, 100, 100, 100\n"
+                            "IDLenMin = 2\nIDLenMax = 3\n"; // two blocks; the other has three
+    const struct {
+        Strings arguments;
+        Strings reports; // without the argument, which is the last one
+    } cases[] = {
+        {{"-Nonsense"}, {"\"Nonsense\" is not a valid command !"}},
+        {{"a.hex", "b.hex"}, {"Only one file can be named, the first is \"a.hex\""}},
+        {{""}, {"An empty argument names no file"}},
+        {{"-OptionsCOMPort2-3"}, {"\"-3\" behind the value is too much"}},
+        {{"-OptionsCOMPort25"}, {"OptionsCOMPort has to be within 1 - 20"}},
+        {{"-OptionsCOMPort-2"}, {"OptionsCOMPort has to be within 1 - 20"}},
+        {{"-OptionsCOMPortx"}, {"CMDLINE_GetDecValue: Not a decimal value"}},
+        {{"-OptionsTargetSpeed-"}, {"CMDLINE_GetDecValue: Not a decimal value"}},
+        {{"-OptionsPWFillFF256"}, {"OptionsPWFillFF has to be within -128 - 127"}},
+        {{"-OptionsTargetDevicevt-1"},
+         {"The devicename 'vt-1' was unknown.\nPlease check your configuration!",
+          "Device not set!"}},
+        {{"-OptionsTargetSelBlocks1,0-3"},
+         {"Block 3 does not exist, the device has 3 blocks (from 0)"}},
+        {{"-OptionsTargetSelBlocks1,4294967296"},
+         {"Block 4294967296 does not exist, the device has 3 blocks (from 0)"}},
+        {{"-OptionsTargetSelBlocks2,0"},
+         {"The first value has to be 1, to select the blocks behind it, or 0"}},
+        {{"-OptionsTargetDeviceVT-2", "-OptionsTargetSelBlocks1,2"},
+         {"Block 2 does not exist, the device has 2 blocks (from 0)"}},
+        {{"-OptionsTargetDeviceVT-2", "-OptionsPWPassword01"},
+         {"Password too short. Minimum 2 bytes"}},
+        {{"-OptionsTargetDeviceVT-2", "-OptionsPWPassword01020304"},
+         {"Password too long. Maximum 3 bytes"}},
+        {{"-OptionsPWPassword-1"}, {"Not a hex value"}},
+        {{"-OptionsPWPassword01,02"}, {"\",02\" behind the value is too much"}},
+        {{"-TargetAutoVerify"}, {"TargetAuto takes no argument"}},
+        {{"-?x"}, {"? takes no argument"}},
+        {{"-EditRelocate100000010"}, {"The offset has to be within -7FFFFFFF - 7FFFFFFF"}},
+        {{"-EditRelocatex"},
+         {"CMDLINE_GetHexValue: Not a hex value", "-relocate needs 1 Hex parameter"}},
+        {{"-EditDeleteRange0-100000000"}, {"An address has to be within 0 - FFFFFFFF"}},
+        {{"-TargetReadBack0,1,2"}, {"\",2\" behind the value is too much"}},
+        {{"-FileSaveAsx.hex,y"}, {"\",y\" behind the value is too much"}},
+        {{"-FileSaveAsx.txt"}, {"Invalid file extension, use .MOT or .HEX"}},
+        {{"-FileMerge"}, {"CMDLINE_GetString: Missing string"}},
+        {{"--isolatedX"}, {"\"-isolatedX\" is not a valid command !"}},
+    };
+    for (const auto& c : cases) {
+        CmdlineWorld world;
+        ShellWorld::select(two);
+        DEVPROPS_SetDevice(0);
+        SIO_SetPort(3);
+        Strings arguments{"-OptionsCOMPort7", "-OptionsPWPassword0A0B"};
+        arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
+        arguments.emplace_back("-Exit");
+        EXPECT_FALSE(process(arguments)) << c.arguments.back();
+        Strings expected;
+        for (const std::string& text : c.reports) {
+            expected.push_back(text + " (argument \"" + c.arguments.back() + "\")");
+        }
+        EXPECT_EQ(world.reports, expected);
+        EXPECT_EQ(RUN_GetExitCode(), 1);
+        EXPECT_EQ(SIO_GetPort(), 3U);
+        EXPECT_EQ(PASSWORD_GetLen(), 0U);
+        EXPECT_EQ(DEVICE_GetName(), "VT-1");
+        EXPECT_FALSE(CMDLINE_IsRunning());
+    }
+}
+
+TEST(Cmdline, RefusesWhatWouldStandBehindExit) {
+    const CmdlineWorld world;
+    EXPECT_FALSE(process({"-Exit", "-TargetAuto"}));
+    EXPECT_TRUE(process({"-Exit", "-OptionsCOMPort1", "-Exit"}));
+}
+
+TEST(Cmdline, KnowsTheWordsOfTheRunAtAnyPlace) {
+    const CmdlineWorld world;
+    EXPECT_TRUE(process({"-OptionsCOMPort1", "--isolated", "a.hex", "--accept-damaged", "-Exit"}));
+    EXPECT_TRUE(RUN_IsIsolated() && RUN_AcceptsDamaged() && RUN_IsUnattended());
+    EXPECT_EQ(CMDLINE_ProgramFile(), "a.hex");
+    EXPECT_TRUE(process({"-OptionsCOMPort1"}));
+    EXPECT_FALSE(RUN_IsIsolated() || RUN_AcceptsDamaged() || RUN_IsUnattended());
+    EXPECT_EQ(world.reports, Strings{});
+}
+
+// Wherever the device stands on the line, blocks and password are its own.
+TEST(Cmdline, SelectsTheDeviceFirstInAnUnattendedRun) {
+    const CmdlineWorld world;
+    ShellWorld::select("Device = \"VT-2\"\nManufacturer = \"Acme\"\nBank = 0, 100, 100, 100\n"
+                       "IDLenMax = 3\n");
+    DEVPROPS_SetDevice(0);
+    EXPECT_TRUE(process(
+        {"-OptionsTargetSelBlocks0,0", "-OptionsPWFillFF1", "-OptionsTargetDeviceVT-2", "-Exit"}));
+    EXPECT_EQ(DEVICE_GetName(), "VT-2");
+    EXPECT_FALSE(DEVPROPS_IsBlockSelected(0));
+    EXPECT_TRUE(DEVPROPS_IsBlockSelected(1));
+    EXPECT_EQ(PASSWORD_GetLen(), 3U);
+    EXPECT_EQ(world.reports, Strings{});
+}
+
+// With windows an unknown device is reported, and the selected one stays.
+TEST(Cmdline, KeepsTheDeviceWhenTheNameIsUnknown) {
+    const CmdlineWorld world;
+    ShellWorld::select("Device = \"VT-2\"\nManufacturer = \"Acme\"\nBank = 0, 100\n");
+    process({"-OptionsTargetDeviceXY"});
+    EXPECT_EQ(DEVICE_GetName(), "VT-2");
 }
 
 // The tables of docs/command-line.md have a row for all that the help text lists, beginning with

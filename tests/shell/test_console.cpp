@@ -8,6 +8,7 @@ TEST(Notifiers, PrintWhatIsNotAskedOnOneLine) {
     EXPECT_EQ(NOTIFIERS_UnattendedLine("Broken!\r\nContinue?", "Reset Vector", BOX_YES_NO | 0x100),
               "Reset Vector: Broken! Continue? [not asked]");
     EXPECT_EQ(NOTIFIERS_UnattendedLine("Failed", "", BOX_OK), "Failed");
+    EXPECT_EQ(NOTIFIERS_UnattendedLine("got '\r'\n", "", BOX_OK), "got '\r'");
 }
 
 TEST(ProgressLine, ShowsBarBytesRateAndTimes) {

@@ -49,7 +49,7 @@ void inOperation(const Script& script) {
     script();
 }
 void onCommandLine(const Script& script) {
-    CMDLINE_Process({"-TargetGetCRC"});
+    EXPECT_TRUE(CMDLINE_Read({"-TargetGetCRC"}) && CMDLINE_Apply());
     script();
     CMDLINE_Reset();
     FRONTEND_Get().updateMenu();

@@ -263,7 +263,8 @@ TEST(Commands, ChecksumDecidesAboutProgramming) {
         std::string device;
         std::string error;
     };
-    for (const Case& c : {Case{"VT-B128", "CRC-error"}, Case{"VT-A96", "SUM-error"}}) {
+    for (const Case& c : {Case{"VT-B128", "CRC-error (image 93ED, chip 650A)"},
+                          Case{"VT-A96", "SUM-error (image 658E, chip 8A4E)"}}) {
         SCOPED_TRACE(c.device);
         ChipOptions lost;
         lost.faults = {{FaultKind::lostWrite, ChipStep::any, 2}};

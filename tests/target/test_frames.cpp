@@ -192,7 +192,9 @@ TEST(Frames, OperationsThatRead) {
           {{read(0, 128), data(0, half)},
            {read(128, 128), data(128, half)},
            {read(256, 1), data(256, "10")}},
-          "Error comparing contents of address 100\nContents: 10", image257);
+          "Error comparing contents of address 100\nContents: 10 (expected 11, found 10; 1 of 1 "
+          "bytes in this answer differ)",
+          image257);
     check(
         "verify asks for 256 bytes at most", kOne, OP_VERIFY,
         {{read(0, 256), data(0, repeat("22", 256))}, {read(256, 44), data(256, repeat("22", 44))}},

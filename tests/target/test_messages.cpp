@@ -52,7 +52,6 @@ TEST(Messages, ConnectEndsInTheErrorAndItsSummary) {
         {"VT-B128", "wrong-reply@ram", "Echoback RAM loader command failed"},
         {"VT-B128", "wrong-reply@header", "Password checksum failed"},
         {"VT-B128", "wrong-reply@data", "Data checksum failed"},
-        {"VT-B256", "wrong-product", ""},
     };
     for (Case c : cases) {
         SCOPED_TRACE(std::string(c.device) + " " + c.fault);
@@ -71,6 +70,9 @@ TEST(Messages, CommandsEndInTheirError) {
         {"VT-A96", "wrong-reply@erased", "", eraseChip},
         {"VT-B256", "wrong-reply@enable", "Echoback erase enable command failed", eraseChip},
         {"VT-B128", "wrong-reply@cleared", "Erase operation result failure", eraseChip},
+        {"VT-B256", "wrong-product",
+         "The chip is no VT-B256 (product info: expected 56542D42323536, found 57542D42323536)"},
+        {"VT-A32", "no-reply@sum", "The chip does not send its checksum"},
         {"VT-B128", "no-reply@identify", "Timeout error"},
         {"VT-B128", "no-reply@crc", "Timeout error"},
         {"VT-B128", "bad-checksum@crc", "Timeout error"},
@@ -79,7 +81,9 @@ TEST(Messages, CommandsEndInTheirError) {
         {"VT-B128", "error-reply@program,address=1234,value=2",
          "Error writing on address 1234\nContents: FF", program},
         {"VT-B128", "stuck-bits,address=104,value=FF",
-         "Error comparing contents of address 100\nContents: FF", runVerify},
+         "Error comparing contents of address 100\nContents: FF (expected 5A, found FF; 128 of 128 "
+         "bytes in this answer differ)",
+         runVerify},
         {"VT-B128", "dead-bits,address=104,value=1",
          "Target not blank at address 104\nContents: FE", [] { TARGET_BlankCheckChip(); }},
         {"VT-B128", "die@program#2", "Timeout error", program},

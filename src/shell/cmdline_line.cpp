@@ -1,0 +1,195 @@
+#include "shell/cmdline_line.h"
+
+#include "device/device.h"
+#include "notice/error.h"
+#include "notice/run.h"
+#include "platform/files.h"
+#include "platform/format.h"
+#include "shell/cmdline_options.h"
+#include "shell/command_ids.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr struct {
+    const char* word;
+    void (*set)(bool on);
+} kWords[] = {
+    {"--isolated", RUN_SetIsolated},
+    {"--accept-damaged", RUN_SetAcceptDamaged},
+};
+
+// Paths of this platform begin with the character that also begins an option: such an argument is
+// the program file when no option has that name and the file is there.
+bool isProgramFile(const std::string& argument) {
+    if (!LINE_IsOption(argument)) {
+        return true;
+    }
+    return argument.starts_with('/') && LINE_EntryOf(argument) == nullptr && FILES_Exists(argument);
+}
+
+bool isWord(const std::string& argument) {
+    return std::ranges::any_of(kWords, [&](const auto& row) { return argument == row.word; });
+}
+
+void readFile(LineItem& item, CommandLine& line) {
+    if (item.argument.empty() && RUN_IsUnattended()) {
+        item.faults.emplace_back("An empty argument names no file");
+        return;
+    }
+    if (!line.programFile) {
+        line.programFile = item.argument;
+        return;
+    }
+    item.isKnown = false;
+    if (RUN_IsUnattended()) {
+        item.faults.push_back("Only one file can be named, the first is \"" + *line.programFile +
+                              "\"");
+    }
+}
+
+ArgumentValue readValue(const LineItem& item) {
+    const CmdlineEntry& entry = *item.entry;
+    if (entry.setting != nullptr) {
+        return OPTION_Read(*entry.setting);
+    }
+    if (entry.command != nullptr && entry.command->line.read != nullptr) {
+        return entry.command->line.read();
+    }
+    if (!item.text.empty()) {
+        CMDLINE_Doubt(formatText("%s takes no argument", entry.name));
+    }
+    return {};
+}
+
+void readEntry(LineItem& item) {
+    item.text = item.argument.substr(1 + std::string_view(item.entry->name).size());
+    if (item.text.size() > kMaxArgument) {
+        item.faults.push_back(
+            formatText("The argument of \"%s\" is too long: at most %d characters",
+                       item.entry->name, static_cast<int>(kMaxArgument)));
+        return;
+    }
+    if (item.isCommand() && !RUN_IsUnattended()) {
+        return; // it says itself what is wrong, when it runs
+    }
+    CMDLINE_SetArgument(item.text);
+    ArgumentValue value = readValue(item);
+    if (!item.isCommand()) { // which reads it again when its turn comes
+        item.value = std::move(value);
+    }
+    CMDLINE_DoubtRest();
+    item.faults = CMDLINE_Faults(RUN_IsUnattended());
+}
+
+void readUnknown(LineItem& item) {
+    item.faults.push_back("\"" + item.argument.substr(1) + "\" is not a valid command !");
+    item.remark = item.argument.starts_with('/') ? ", and there is no such file" : "";
+    item.isKnown = false;
+}
+
+// What is wrong with where a command stands.
+void checkPlace(LineItem& item, const CommandLine& line) {
+    const auto before = std::ranges::count_if(line.items, [](const LineItem& earlier) {
+        return earlier.isCommand() && earlier.faults.empty();
+    });
+    if (before >= static_cast<ptrdiff_t>(kMaxQueuedCommands)) {
+        item.faults.push_back(
+            formatText("Too many commands, \"%s\" is not run: at most %d can be queued",
+                       item.entry->name, static_cast<int>(kMaxQueuedCommands)));
+    } else if (RUN_IsUnattended() && !item.isExit() &&
+               std::ranges::any_of(line.items, &LineItem::isExit)) {
+        item.faults.push_back(
+            formatText("\"%s\" stands behind Exit and would not run", item.entry->name));
+    }
+}
+
+void readItem(LineItem& item, CommandLine& line) {
+    if (isWord(item.argument)) {
+        return;
+    }
+    item.entry = LINE_EntryOf(item.argument);
+    if (item.entry != nullptr) {
+        readEntry(item);
+    } else if (isProgramFile(item.argument)) {
+        readFile(item, line);
+    } else {
+        readUnknown(item);
+    }
+    if (item.isCommand()) {
+        checkPlace(item, line);
+    }
+}
+
+bool selectsDevice(const LineItem& item) {
+    return item.value.device.has_value();
+}
+
+} // namespace
+
+bool LineItem::isExit() const {
+    return isCommand() && entry->command->id == CMD_EXIT;
+}
+
+bool LINE_IsOption(const std::string& argument) {
+    return argument.starts_with('-') || argument.starts_with('/');
+}
+
+const CmdlineEntry* LINE_EntryOf(const std::string& argument) {
+    return LINE_IsOption(argument) ? CMDLINE_Find(argument.substr(1)) : nullptr;
+}
+
+void LINE_SetKindOfRun(const std::vector<std::string>& arguments) {
+    RUN_SetUnattended(std::ranges::any_of(arguments, [](const std::string& argument) {
+        return LineItem{argument, LINE_EntryOf(argument)}.isExit();
+    }));
+    for (const auto& row : kWords) {
+        row.set(std::ranges::find(arguments, row.word) != arguments.end());
+    }
+}
+
+CommandLine LINE_Read(const std::vector<std::string>& arguments) {
+    CommandLine line;
+    for (const std::string& argument : arguments) {
+        LineItem item{argument};
+        readItem(item, line);
+        line.items.push_back(std::move(item));
+    }
+    return line;
+}
+
+bool LINE_NamesDevice(const CommandLine& line) {
+    return std::ranges::any_of(line.items, selectsDevice);
+}
+
+void LINE_CheckDevice(CommandLine& line) {
+    const auto named = std::find_if(line.items.rbegin(), line.items.rend(), selectsDevice);
+    const DeviceRecord& device =
+        named == line.items.rend() ? DEVICE_Selected() : DEVICE_At(*named->value.device);
+    for (LineItem& item : line.items) {
+        std::string misfit = item.value.misfit ? item.value.misfit(device) : "";
+        if (!misfit.empty()) {
+            item.faults.push_back(std::move(misfit));
+        }
+    }
+}
+
+void LINE_Report(const LineItem& item) {
+    for (const std::string& fault : item.faults) {
+        if (RUN_IsUnattended()) {
+            const std::string text = fault.substr(0, fault.find_last_not_of('\n') + 1);
+            ERROR_Out(nullptr, text + " (argument \"" + item.argument + "\"" + item.remark + ")",
+                      1);
+        } else {
+            ERROR_Out(nullptr, fault, 1);
+        }
+    }
+}
+
+bool LINE_IsAccepted(const CommandLine& line) {
+    std::ranges::for_each(line.items, LINE_Report);
+    return std::ranges::all_of(line.items,
+                               [](const LineItem& item) { return item.faults.empty(); });
+}

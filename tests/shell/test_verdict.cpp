@@ -1,0 +1,79 @@
+// The last line of an unattended run.
+
+#include "notice/status.h"
+#include "shell/command_ids.h"
+#include "shell/shell_world.h"
+#include "shell/verdict.h"
+
+#include <gtest/gtest.h>
+#include <regex>
+
+namespace {
+
+// Runs a command that leaves this exit code.
+void runs(int command, int exitCode = 0) {
+    VERDICT_CommandStarts(*COMMAND_Find(command));
+    RUN_SetExitCode(exitCode);
+    VERDICT_CommandEnds(command);
+}
+
+void isLeftOut(int command) {
+    VERDICT_CommandEnds(command);
+}
+
+std::string lineWithoutTime() {
+    return std::regex_replace(VERDICT_Line(false), std::regex(", [0-9.]+ s$"), "");
+}
+
+} // namespace
+
+TEST(Verdict, SaysWhatWasDoneAndWhereItStopped) {
+    const struct {
+        std::function<void()> run;
+        const char* line;
+    } cases[] = {
+        {[] {
+             runs(CMD_TARGET_AUTO);
+             STATUS_SetText("Target CRC: 1A2B", STATUS_CHECKSUM);
+             runs(CMD_TARGET_VERIFY);
+             runs(CMD_EXIT);
+         },
+         "Passed: VT-1, TargetAuto, TargetVerify, blocks 0-1 3 of 4, 3 bytes, SUM of image FA09, "
+         "of "
+         "chip 1A2B"},
+        {[] {
+             runs(CMD_TARGET_GET_CRC);
+             STATUS_SetText("Target CRC: 1A2B", STATUS_CHECKSUM);
+             runs(CMD_TARGET_ERASE_CHIP); // what was read before it says nothing any more
+             runs(CMD_TARGET_VERIFY, 1);
+             isLeftOut(CMD_TARGET_VERIFY);
+             runs(CMD_EXIT, 1);
+         },
+         "Failed: VT-1, stopped in TargetVerify, done: TargetGetCRC, TargetEraseChip, blocks 0-1 3 "
+         "of 4, 3 bytes, SUM of image FA09, of chip ----"},
+        {[] {
+             RUN_SetExitCode(1); // the file could not be loaded
+             isLeftOut(CMD_TARGET_AUTO);
+             isLeftOut(CMD_TARGET_VERIFY);
+         },
+         "Failed: VT-1, stopped before TargetAuto, blocks 0-1 3 of 4, 3 bytes, SUM "
+         "of "
+         "image FA09, of chip ----"},
+        {[] { RUN_Interrupt(); }, "Failed: VT-1, stopped by the user, blocks 0-1 3 "
+                                  "of 4, 3 bytes, SUM of image "
+                                  "FA09, of chip ----"},
+    };
+    for (const auto& c : cases) {
+        const ShellWorld world(kHead + "Bank = 100, 100, 200, 100, 300, 100\n");
+        DEVPROPS_SelectBlock(2, false);
+        ShellWorld::load(0x10, {1, 2, 3});
+        RUN_SetUnattended(true);
+        STATUS_SetText("Target CRC: ----", STATUS_CHECKSUM);
+        VERDICT_Begin();
+        c.run();
+        EXPECT_EQ(lineWithoutTime(), c.line);
+    }
+    RUN_SetExitCode(1);
+    EXPECT_EQ(VERDICT_Line(true), "Failed: refused before anything was begun");
+    RUN_Reset();
+}
