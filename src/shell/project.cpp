@@ -114,7 +114,8 @@ std::string chosen(const char* key, uint32_t value) {
 }
 
 bool canBeReadBack(const std::string& programFile) {
-    return programFile.size() <= kLongestPath && programFile.find('"') == std::string::npos;
+    return programFile.size() <= kLongestPath && programFile.find('"') == std::string::npos &&
+           !FILES_IsStream(programFile);
 }
 
 } // namespace
@@ -133,7 +134,8 @@ bool PROJECT_Save(const std::string& path, const std::string& programFile) {
     project += formatText("PasswordFillFF = %d\r\n", PASSWORD_GetFillFF() ? 1 : 0);
     project += formatText("PasswordHexmode = %d\r\n", PASSWORD_GetHexmode() ? 1 : 0);
     project += "Password = \"" + HEXTEXT_FromBytes(PASSWORD_GetBytes()) + "\"\r\n";
-    return FILES_Replace(path, project).ok();
+    const auto access = PASSWORD_GetBytes().empty() ? FileAccess::usual : FileAccess::ownerOnly;
+    return FILES_Replace(path, project, access).ok();
 }
 
 bool PROJECT_Load(const std::string& path) {
