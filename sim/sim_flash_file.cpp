@@ -10,9 +10,11 @@
 
 namespace {
 
+constexpr size_t kLargestFlash = 1 << 28; // bytes, more than any chip has
+
 bool readBinary(Chip& chip, const std::string& path, std::string& error) {
     std::string text;
-    const FileResult result = FILES_ReadAll(path, text);
+    const FileResult result = FILES_ReadAll(path, text, kLargestFlash);
     if (!result.ok()) {
         error = path + ": " + (result.reason.empty() ? "not found" : result.reason);
         return false;

@@ -1,12 +1,14 @@
 // calvorin-sim: a virtual chip on a pseudo-terminal or a TCP port.
+#include "platform/format.h"
 #include "platform/process.h"
 #include "sim/sim_server.h"
 
 int main(int argc, char** argv) {
+    PROCESS_ReportExceptions();
     SimOptions options;
     std::string error;
     if (!SIM_ParseOptions(std::vector<std::string>(argv + 1, argv + argc), options, error)) {
-        PROCESS_WriteError("calvorin-sim: " + error + "\n");
+        PROCESS_WriteError("calvorin-sim: " + formatPrintable(error, LineEnds::stay) + "\n");
         return 1;
     }
     if (options.help) {

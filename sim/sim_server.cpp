@@ -16,7 +16,7 @@ namespace {
 constexpr size_t kShownViolations = 20;
 
 int failed(const std::string& text) {
-    PROCESS_WriteError("calvorin-sim: " + text + "\n");
+    PROCESS_WriteError("calvorin-sim: " + formatPrintable(text, LineEnds::stay) + "\n");
     return 1;
 }
 

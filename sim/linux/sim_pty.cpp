@@ -1,5 +1,6 @@
 #include "sim/sim_line.h"
 
+#include <algorithm>
 #include <array>
 #include <asm/termbits.h>
 #include <cerrno>
@@ -7,23 +8,37 @@
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
+#include <string_view>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace {
 
+// A link can carry no mark but its target: this is the folder of the pseudo-terminals, written as
+// nobody else writes it.
+constexpr std::string_view kOwnFolder = "/dev/./pts/";
+constexpr std::string_view kFolder = "/dev/pts/";
+
+// Where a symbolic link leads; empty when there is none.
+std::string targetOf(const std::string& link) {
+    std::array<char, 4096> target{};
+    const ssize_t length = readlink(link.c_str(), target.data(), target.size());
+    return {target.data(), static_cast<size_t>(std::max<ssize_t>(length, 0))};
+}
+
 struct Pty {
     int master = -1;
     int slave = -1; // kept open: without it the master would see the host's closing as an end
     std::string link;
+    std::string linkTarget;
     uint32_t fixedRate = 0;
 
     Pty() = default;
     Pty(const Pty&) = delete;
     Pty& operator=(const Pty&) = delete;
     ~Pty() {
-        if (!link.empty()) {
-            unlink(link.c_str());
+        if (!link.empty() && targetOf(link) == linkTarget) {
+            unlink(link.c_str()); // another virtual chip may have taken it over
         }
         if (slave >= 0) {
             close(slave);
@@ -72,17 +87,21 @@ bool openPair(Pty& pty, std::string& path) {
     return pty.slave >= 0 && makeRaw(pty.slave);
 }
 
-bool makeLink(Pty& pty, const std::string& path, const std::string& link) {
-    std::array<char, 4096> old{};
-    // A link left over by an earlier run is replaced, a file of another kind is not.
-    if (readlink(link.c_str(), old.data(), old.size()) >= 0) {
+// Empty, or why there is no link. One left over by an earlier run is replaced, nothing else is.
+std::string makeLink(Pty& pty, const std::string& path, const std::string& link) {
+    if (targetOf(link).starts_with(kOwnFolder)) {
         unlink(link.c_str());
     }
-    if (symlink(path.c_str(), link.c_str()) != 0) {
-        return false;
+    pty.linkTarget = path;
+    if (path.starts_with(kFolder)) {
+        pty.linkTarget.replace(0, kFolder.size(), kOwnFolder);
+    }
+    if (symlink(pty.linkTarget.c_str(), link.c_str()) != 0) {
+        return std::strerror(errno) +
+               std::string(errno == EEXIST ? ", not made by calvorin-sim" : "");
     }
     pty.link = link;
-    return true;
+    return {};
 }
 
 bool receive(const Pty& pty, Chip& chip, Moment now) {
@@ -117,8 +136,9 @@ SimServerLinePtr SIMPTY_Open(const std::string& link, uint32_t rate, std::string
         error = std::string("pseudo-terminal: ") + std::strerror(errno);
         return nullptr;
     }
-    if (!link.empty() && !makeLink(*pty, line->address, link)) {
-        error = link + ": " + std::strerror(errno);
+    const std::string problem = link.empty() ? "" : makeLink(*pty, line->address, link);
+    if (!problem.empty()) {
+        error = link + ": " + problem;
         return nullptr;
     }
     line->descriptors = [pty] { return std::vector<int>{pty->master}; };

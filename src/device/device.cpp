@@ -57,6 +57,10 @@ const char* readDescription(const std::filesystem::path& path, std::string& text
     if (!opened.ok()) {
         return "Device::DEVICE_Init: Read file failed";
     }
+    if (reader.size() > kLargestText) {
+        reason = "the file is too large";
+        return "Device::DEVICE_Init: Read file failed";
+    }
     text.resize(reader.size());
     size_t filled = 0;
     while (filled < text.size()) {

@@ -32,7 +32,7 @@ void writeToErrorLog(std::string_view text) {
     const CivilTime now = CLOCK_LocalTime();
     errorFile.write(formatText("* %4d-%02d-%02d, %02d:%02d:%02d\r\n", now.year, now.month, now.day,
                                now.hour, now.minute, now.second) +
-                    std::string(text) + "\r\n");
+                    formatPrintable(text, LineEnds::stay) + "\r\n");
 }
 
 template <class Handler>

@@ -13,6 +13,15 @@ AppendFile logFile;
 uint32_t logStartTick = 0;
 LogObserver logObserver;
 
+void add(const std::string& text) {
+    const std::lock_guard lock(logMutex);
+    const std::string line = LOG_Stamp(CLOCK_Tick() - logStartTick) + " " + text;
+    if (logObserver) {
+        logObserver(line, text);
+    }
+    logFile.write(line + "\r\n");
+}
+
 } // namespace
 
 void LOG_Init() {
@@ -34,12 +43,11 @@ void LOG_RestartClock() {
 }
 
 void LOG_Add(std::string_view text) {
-    const std::lock_guard lock(logMutex);
-    const std::string line = LOG_Stamp(CLOCK_Tick() - logStartTick) + " " + std::string(text);
-    if (logObserver) {
-        logObserver(line, std::string(text));
-    }
-    logFile.write(line + "\r\n");
+    add(formatPrintable(text, LineEnds::shown));
+}
+
+void LOG_AddMessage(std::string_view text) {
+    add(formatPrintable(text, LineEnds::stay));
 }
 
 void LOG_SetObserver(LogObserver newObserver) {

@@ -18,6 +18,8 @@ void LOG_Init();
 void LOG_Exit();
 // Makes now the time base of the stamps; before the first call they count from the system's start.
 void LOG_RestartClock();
-// Adds one line. Any thread.
+// Adds one line; control characters in it are shown (formatPrintable). Any thread.
 void LOG_Add(std::string_view text);
+// Adds a message, which may have several lines of its own.
+void LOG_AddMessage(std::string_view text);
 void LOG_SetObserver(LogObserver observer);

@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+struct stat;
+
 enum class FileStatus { ok, notFound, failed };
 
 struct FileResult {
@@ -19,7 +21,12 @@ struct FileResult {
     bool ok() const { return status == FileStatus::ok; }
 };
 
-// A file open for reading in pieces. Move-only; closes itself. A directory counts as a failure.
+// The texts that are read whole (descriptions, projects, settings) are a few kB; anything beyond
+// this is another file, taken for one by mistake.
+inline constexpr size_t kLargestText = 1 << 20; // bytes
+
+// A file open for reading in pieces. Move-only; closes itself. A directory counts as a failure. A
+// pipe whose writer is silent is waited for until the program is to end (PROCESS_IsEnding).
 class FileReader {
 public:
     FileReader() = default;
@@ -36,29 +43,45 @@ private:
     uint64_t size_ = 0;
 };
 
-// A file that replaces `path` when it is complete: the text goes to a temporary file in the same
-// folder (the target of a symbolic link is what is replaced), commit() renames it. Without a commit
-// nothing changes at `path`. A device or a pipe is written to directly; a file that may not be
-// written is not replaced either.
+// Who may read and write what a file replacer leaves: as before, or the owner alone, where the file
+// system has such permissions.
+enum class FileAccess { usual, ownerOnly };
+
+// A file that replaces `path` when it is complete: commit() puts it in the old one's place (the
+// target of a symbolic link is what is replaced), on the disk when it returns. Without a commit
+// nothing changes at `path` and nothing is left. Owner and permissions are kept; a file with
+// further hard links, one whose owner cannot be kept and one in a folder that may not be written
+// are written over at the commit instead, with the room for it made before. A file that may not be
+// written is not replaced either. A device, a pipe and what standard output leads to are written to
+// directly, as they take it; a pipe without a reader is waited for until the program is to end.
 class FileReplacer {
 public:
     FileReplacer() = default;
     FileReplacer(const FileReplacer&) = delete;
     FileReplacer& operator=(const FileReplacer&) = delete;
     ~FileReplacer();
-    [[nodiscard]] FileResult open(const std::filesystem::path& path);
+    [[nodiscard]] FileResult open(const std::filesystem::path& path,
+                                  FileAccess access = FileAccess::usual);
     [[nodiscard]] FileResult write(std::string_view text);
     [[nodiscard]] FileResult commit();
 
 private:
-    int descriptor_ = -1;
-    std::filesystem::path temporary_;
+    int openTemporary();
+    FileResult openInPlace();
+    bool passesFor(const struct stat& old) const;
+    FileResult takePlace();
+
+    int descriptor_ = -1;             // what is written to
+    int inPlace_ = -1;                // the file that gets it all at the commit
+    bool direct_ = false;             // there is no commit
+    std::filesystem::path temporary_; // empty: what is written has no name
     std::filesystem::path target_;
+    unsigned permissions_ = 0;
 };
 
-// A log: created empty, appended to line by line, readable by others meanwhile. Not open: writes do
-// nothing. Its results may be ignored: what cannot be logged can be told nowhere. Closing is left
-// to the destructor.
+// A log: created empty, appended to line by line, readable by others meanwhile. A pipe that takes
+// no more is a failure, not a wait. Not open: writes do nothing. Its results may be ignored: what
+// cannot be logged can be told nowhere. Closing is left to the destructor.
 class AppendFile {
 public:
     AppendFile() = default;
@@ -75,12 +98,17 @@ private:
     int descriptor_ = -1;
 };
 
-// Reads the whole file into `text`, NUL bytes included.
-[[nodiscard]] FileResult FILES_ReadAll(const std::filesystem::path& path, std::string& text);
+// Reads the whole file into `text`, NUL bytes included; one of more than `most` bytes is refused,
+// at once where the system knows its size.
+[[nodiscard]] FileResult FILES_ReadAll(const std::filesystem::path& path, std::string& text,
+                                       size_t most = kLargestText);
 // Replaces the file at `path` by `text` in one step (FileReplacer); one that holds it already is
 // left alone, as replacing a file makes the system wait for the disk.
-[[nodiscard]] FileResult FILES_Replace(const std::filesystem::path& path, std::string_view text);
+[[nodiscard]] FileResult FILES_Replace(const std::filesystem::path& path, std::string_view text,
+                                       FileAccess access = FileAccess::usual);
 bool FILES_Exists(const std::filesystem::path& path);
+// Whether there is a device or a pipe, which has no contents that would be there another time.
+bool FILES_IsStream(const std::filesystem::path& path);
 // Keeps a file under another name, replacing what has that name.
 [[nodiscard]] FileResult FILES_Rename(const std::filesystem::path& from,
                                       const std::filesystem::path& to);

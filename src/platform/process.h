@@ -27,6 +27,13 @@ void PROCESS_Beep();
 // any other thread is started.
 void PROCESS_CatchSignals(std::function<void()> handler);
 
+// Whether such a signal has come: what waits for a pipe or a device gives up.
+bool PROCESS_IsEnding();
+
+// From here on an exception that nobody catches, on any thread, ends the process with one line
+// "Error: REASON" on standard error and exit code 1.
+void PROCESS_ReportExceptions();
+
 // Loads a module that stands beside the executable and finds a function of it; nullptr with the
 // system's reason in `error` when that fails. The module stays loaded.
 void* PROCESS_LoadFunction(const std::string& moduleFile, const char* function, std::string& error);

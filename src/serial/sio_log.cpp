@@ -1,6 +1,5 @@
 #include "serial/sio_log.h"
 
-#include "notice/error.h"
 #include "notice/log.h"
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -10,17 +9,19 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace {
 
 constexpr int64_t kClosePauseMs = 100;
 
-// The file is shared by the two threads. Errors are reported outside the lock, because the one who
-// hears of them may itself be using the port.
+// The file is shared by the two threads. What cannot be written is told outside the lock.
 std::mutex logMutex;
 std::optional<AppendFile> logFile; // there while logging is on, even when it could not be created
 std::atomic<bool> loggingOn{false};
 uint32_t startTick = 0;
+std::string cannotCreate; // why there is no file
+uint64_t lostEntries = 0; // since logging was started
 
 std::string ruleLine() {
     return std::string(56, '-') + "\r\n";
@@ -33,76 +34,71 @@ std::string headerText() {
            "H:MM:SS: MS  Len Dir   Data/Event\r\n" + ruleLine();
 }
 
-// With the lock held and logging on: nothing, or what to report.
-const char* writeProblem(std::string_view text) {
-    const bool written = logFile->isOpen() && logFile->write(text).ok();
-    return written ? nullptr : "SIO::_Write2Logfile: WriteFile failed";
+// With the lock held and logging on. What there is to tell: only the first failure is, the run
+// needs no communication log.
+std::string writeOrCount(std::string_view text) {
+    FileResult result{FileStatus::failed, cannotCreate};
+    if (logFile->isOpen()) {
+        result = logFile->write(text);
+    }
+    if (result.ok() || lostEntries++ > 0) {
+        return {};
+    }
+    return formatText("The communication log cannot be written (%s: %s); the run goes on",
+                      FILES_BesideProgram("sio").c_str(), result.reason.c_str());
 }
 
-void report(const char* problem) {
-    if (problem != nullptr) {
-        ERROR_Out(nullptr, problem, 1);
+void tell(const std::string& problem) {
+    if (!problem.empty()) {
+        LOG_Add(problem);
     }
-}
-
-void _Write2Logfile(std::string_view text) {
-    const char* problem = "SIO::_Write2Logfile: _Invalid handle";
-    {
-        const std::lock_guard lock(logMutex);
-        if (logFile) {
-            problem = writeProblem(text);
-        }
-    }
-    report(problem);
 }
 
 // One entry, one write. Logging may stop while the other thread is about to add one: it is dropped.
 // The stamp has the form of those in the program's log.
 void writeEntry(const std::string& text) {
-    const char* problem = nullptr;
+    std::string problem;
     {
         const std::lock_guard lock(logMutex);
         if (logFile) {
-            problem = writeProblem(LOG_Stamp(CLOCK_Tick() - startTick) + " " + text + "\r\n");
+            problem = writeOrCount(LOG_Stamp(CLOCK_Tick() - startTick) + " " + text + "\r\n");
         }
     }
-    report(problem);
+    tell(problem);
 }
 
 } // namespace
 
 void SIO_EnableLogging() {
-    bool created = false;
+    std::string problem;
     {
         const std::lock_guard lock(logMutex);
         if (logFile) {
             return;
         }
-        created = logFile.emplace().create(FILES_BesideProgram("sio")).ok();
+        cannotCreate = logFile.emplace().create(FILES_BesideProgram("sio")).reason;
         startTick = CLOCK_Tick();
-    }
-    if (created) {
-        _Write2Logfile(headerText());
+        lostEntries = 0;
+        problem = writeOrCount(headerText());
     }
     loggingOn = true;
     LOG_Add("SIO-Logging started");
+    tell(problem);
 }
 
 void SIO_DisableLogging() {
     if (!loggingOn.exchange(false)) {
         return;
     }
-    const char* problem = nullptr;
+    std::string problem;
     bool wasOpen = false;
     {
         const std::lock_guard lock(logMutex);
         wasOpen = logFile->isOpen();
-        problem = wasOpen ? writeProblem(ruleLine()) : nullptr;
-        if (wasOpen && !logFile->flush().ok() && problem == nullptr) {
-            problem = "SIO::SIO_DisableLogging: FlushFileBuffers failed";
-        }
+        problem = writeOrCount(ruleLine());
+        static_cast<void>(logFile->flush()); // what did not reach the disk is not missed
     }
-    report(problem);
+    tell(problem);
     if (wasOpen) {
         CLOCK_Sleep(kClosePauseMs);
     }
@@ -110,12 +106,24 @@ void SIO_DisableLogging() {
         const std::lock_guard lock(logMutex);
         logFile.reset();
     }
+    SIO_TellLostEntries();
     LOG_Add("SIO-Logging stopped");
+}
+
+void SIO_TellLostEntries() {
+    uint64_t lost = 0;
+    {
+        const std::lock_guard lock(logMutex);
+        lost = std::exchange(lostEntries, 0);
+    }
+    if (lost > 0) {
+        LOG_Add(formatText("%ju entries of the communication log were lost", uintmax_t{lost}));
+    }
 }
 
 void _LogEvent(std::string_view text) {
     if (loggingOn) {
-        writeEntry("           " + std::string(text));
+        writeEntry("           " + formatPrintable(text, LineEnds::shown));
     }
 }
 

@@ -1,5 +1,6 @@
 // The communication log: every read and write of the serial port, one line a call, in a text file
-// beside the program that is meant to be read by a person.
+// beside the program that is meant to be read by a person. A log that cannot be written is told
+// once in the program's log, with the number of lost entries at its end, and is no failure.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +9,8 @@
 
 void SIO_EnableLogging();
 void SIO_DisableLogging();
+// Where a run ends with logging on: says what the log has lost, if anything, and counts anew.
+void SIO_TellLostEntries();
 
 // Any thread; nothing while logging is off.
 void _LogEvent(std::string_view text);

@@ -19,17 +19,6 @@ std::string liveLine; // what the terminal shows now, without a line end
 ProgressRate rate;
 bool isTerminal = false;
 
-// A text may quote a character of a file that would do something to the terminal.
-std::string printable(const std::string& text) {
-    std::string shown;
-    for (const char character : text) {
-        const bool controls = (character >= '\0' && character < ' ') || character == '\x7F';
-        const bool plain = !controls || character == '\n' || character == '\t';
-        shown += plain ? std::string(1, character) : formatText("\\x%02X", character);
-    }
-    return shown;
-}
-
 void print(const std::string& text) {
     const std::lock_guard lock(consoleMutex);
     const std::string erase = liveLine.empty() ? "" : kEraseLine;
@@ -58,10 +47,10 @@ void tick() {
     showLiveLine(PROGRESSLINE_Format(view, bytesPerSecond, PROCESS_TerminalWidth()));
 }
 
-// Every line but the errors, which the notifier prints.
+// Every line but the errors, which the notifier prints; the log has made it fit to be shown.
 void showLogLine(const std::string&, const std::string& text) {
     if (!text.starts_with("Error: ")) {
-        print(printable(text));
+        print(text);
     }
 }
 
@@ -98,10 +87,10 @@ void CONSOLE_PrintError(const std::string& text) {
     constexpr char kRed[] = "\x1b[31m";
     constexpr char kPlain[] = "\x1b[0m";
     const bool colour = isTerminal && !PROCESS_NoColour();
-    const std::string message = "Error: " + printable(withoutLineEnds(text));
+    const std::string message = "Error: " + formatPrintable(withoutLineEnds(text), LineEnds::stay);
     print(colour ? kRed + message + kPlain : message);
 }
 
 void CONSOLE_PrintLine(const std::string& text) {
-    print(printable(text));
+    print(formatPrintable(text, LineEnds::shown));
 }

@@ -30,7 +30,7 @@ std::string onOneLine(const std::string& text) {
 }
 
 void notifyError(WindowHandle window, const std::string& text, int) {
-    LOG_Add(formatText("Error: %s", text.c_str()));
+    LOG_AddMessage(formatText("Error: %s", text.c_str()));
     if (RUN_IsUnattended()) {
         RUN_SetExitCode(1);
     }

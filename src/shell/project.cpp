@@ -1,5 +1,6 @@
 #include "shell/project.h"
 
+#include "link/password.h"
 #include "notice/error.h"
 #include "notice/log.h"
 #include "persist/parse.h"
@@ -72,7 +73,8 @@ std::string lineOf(const Setting& setting, const std::string& programFile) {
     }
     const bool isProgramFile = setting.text.get == nullptr;
     const std::string text = isProgramFile ? programFile : setting.text.get();
-    const bool fits = text.size() <= setting.text.longest && text.find('"') == std::string::npos;
+    const bool fits = text.size() <= setting.text.longest && text.find('"') == std::string::npos &&
+                      !(isProgramFile && FILES_IsStream(text));
     return fits && !(isProgramFile && text.empty())
                ? formatText("%s = \"%s\"\r\n", key, text.c_str())
                : "";
@@ -91,7 +93,8 @@ void PROJECT_Save(const std::string& path, const std::string& programFile) {
     for (const auto& [place, line] : lines) {
         project += line;
     }
-    if (const FileResult result = FILES_Replace(path, project); !result.ok()) {
+    const auto access = PASSWORD_GetLen() == 0 ? FileAccess::usual : FileAccess::ownerOnly;
+    if (const FileResult result = FILES_Replace(path, project, access); !result.ok()) {
         LOG_Add(formatText("%s is not written: %s", path.c_str(), result.reason.c_str()));
     }
 }

@@ -4,8 +4,9 @@
 
 #include <string>
 
-// Replaces the file in one step; `programFile` empty, or a path that no project can hold (too long,
-// or with a double quote in it): no File line. A failure is logged, not reported.
+// Replaces the file in one step, with a password readable for its owner alone; `programFile` empty,
+// or a path that no project can hold (too long, with a double quote in it, a device or pipe): no
+// File line. A failure is logged, not reported.
 void PROJECT_Save(const std::string& path, const std::string& programFile);
 // Applies each statement as it is read; what is wrong is reported and ends the reading. False when
 // the file was not read to its end.

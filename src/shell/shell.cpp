@@ -4,6 +4,7 @@
 #include "notice/progress.h"
 #include "notice/run.h"
 #include "platform/event_queue.h"
+#include "platform/format.h"
 #include "platform/process.h"
 #include "shell/cmdline.h"
 #include "shell/command_ids.h"
@@ -116,7 +117,8 @@ void SHELL_AnswerWithoutDesktop(const std::string& reason) {
         return;
     }
     RUN_SetExitCode(1);
-    PROCESS_WriteError("Error: the desktop is not available (" + reason +
+    PROCESS_WriteError("Error: the desktop is not available (" +
+                       formatPrintable(reason, LineEnds::shown) +
                        ").\nA run without it needs -Exit on the command line; --help lists the "
                        "options.\n");
 }

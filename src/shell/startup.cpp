@@ -13,6 +13,7 @@
 #include "platform/event_queue.h"
 #include "platform/files.h"
 #include "serial/sio.h"
+#include "serial/sio_log.h"
 #include "serial/terminal_buffer.h"
 #include "shell/cmdline.h"
 #include "shell/cmdline_commands.h"
@@ -172,6 +173,7 @@ void STARTUP_Close() {
     EVENTS_Close();
     TARGET_Stop();
     SIO_CloseAll();
+    SIO_TellLostEntries();
     FRONTEND_Get().stop();
     LOG_Exit();
     ERROR_Exit();

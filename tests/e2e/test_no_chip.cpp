@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <numeric>
 #include <regex>
+#include <sys/stat.h>
 
 namespace {
 
@@ -150,6 +151,99 @@ TEST(WithoutChip, RefusesBadFiles) {
         EXPECT_EQ(readFile(world.folder / "out.mot"), "old");
     }
 }
+
+// A pipe is written and read as it comes; one that nobody serves is waited for until the run is
+// ended.
+TEST(WithoutChip, UsesPipesAndEndsWithinThem) {
+    const ProgramFolder world;
+    writeFile(world.folder / "app.hex", kHex);
+    std::filesystem::create_symlink("/dev/stdout", world.folder / "out.hex");
+    std::filesystem::create_symlink("/dev/stdin", world.folder / "in.hex");
+    const std::string script = "cd " + world.folder.path().string() +
+                               " && cat app.hex | ./calvorin in.hex -FileSaveAsout.hex -Exit | cat";
+    Process piped({"/bin/sh", "-c", script}, world.folder / "run");
+    EXPECT_EQ(piped.wait(), 0) << piped.err();
+    EXPECT_EQ(piped.out(), kHex);
+    EXPECT_EQ(readFile(world.folder / "Calvorin.tpu").find("File = "), std::string::npos);
+
+    const std::string fifo = world.folder / "fifo.hex";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    const std::pair<Strings, std::string> cases[] = {
+        {{world.folder / "app.hex", "-FileSaveAs" + fifo, "-Exit"}, "Saving "},
+        {{fifo, "-Exit"}, "Opening " + fifo},
+    };
+    for (const auto& [arguments, begun] : cases) {
+        const int silent = begun == "Saving " ? -1 : open(fifo.c_str(), O_RDWR);
+        Process process(world.command(arguments), world.folder / "run");
+        EXPECT_TRUE(waitFor([&] { return process.err().find(begun) != std::string::npos; }));
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        process.signal(SIGINT);
+        EXPECT_EQ(process.wait(), 1) << process.err();
+        EXPECT_NE(process.err().find("Interrupted\n"), std::string::npos) << process.err();
+        close(silent);
+    }
+}
+
+TEST(WithoutChip, RefusesAHugeDescriptionAndProjectAtOnce) {
+    const ProgramFolder world;
+    for (const char* name : {"Device/huge.dev", "Calvorin.tpu"}) {
+        writeFile(world.folder / name, "");
+        std::filesystem::resize_file(world.folder / name, uintmax_t{1} << 31);
+    }
+    const RunResult result = world.run({"-Exit"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.errors.size(), 1U) << result.err;
+    EXPECT_NE(result.err.find("huge.dev: the file is too large)\n"), std::string::npos)
+        << result.err;
+    EXPECT_NE(result.err.find("Calvorin.tpu: File too large)\n"), std::string::npos) << result.err;
+}
+
+TEST(WithoutChip, MissesNoCommunicationLog) {
+    const ProgramFolder world;
+    std::filesystem::create_symlink("/dev/full", world.folder / "calvorin.sio");
+    writeFile(world.folder / "Calvorin.tpu", "Port = 1\nBaudrate = 9600\nLogging = 1\n");
+    const RunResult result = world.run({"-Exit"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_NE(result.err.find("The communication log cannot be written ("), std::string::npos);
+    EXPECT_NE(result.err.find("\n1 entries of the communication log were lost\n"),
+              std::string::npos)
+        << result.err;
+}
+
+TEST(WithoutChip, ShowsControlCharactersOfAName) {
+    const ProgramFolder world;
+    const RunResult name = world.run({"\x1B\x9B\n.hex", "-Exit"});
+    EXPECT_NE(name.err.find("\\x1B\\x9B\\x0A.hex"), std::string::npos) << name.err;
+    const RunResult result = world.run({"-Bell\x07\xC2\x9B", "-Exit"});
+    for (const std::string& text : {result.err, readFile(world.folder / "calvorin.log"),
+                                    readFile(world.folder / "calvorin.err")}) {
+        EXPECT_NE(text.find("Bell\\x07\\xC2\\x9B"), std::string::npos) << text;
+        EXPECT_EQ(text.find_first_of("\x1B\x07\x9B"), std::string::npos) << text;
+    }
+}
+
+#ifdef CALVORIN_HARDENED
+TEST(WithoutChip, IsBuiltHardened) {
+    const ProgramFolder world;
+    for (const char* name : {"calvorin", "calvorin-sim"}) {
+        const std::string program = builtFolder() / name;
+        Process readelf({"/bin/sh", "-c", "readelf -W -l -d --dyn-syms " + program},
+                        world.folder / "run");
+        ASSERT_EQ(readelf.wait(), 0) << readelf.err();
+        for (const char* part : {"GNU_RELRO", "BIND_NOW", "NOW PIE", "__stack_chk_fail", "_chk@"}) {
+            EXPECT_NE(readelf.out().find(part), std::string::npos) << name << ": " << part;
+        }
+        const std::string code = readFile(program);
+        int targets = 0; // of indirect jumps, marked
+        for (size_t at = 0; (at = code.find("\xF3\x0F\x1E\xFA", at)) != std::string::npos; ++at) {
+            ++targets;
+        }
+#ifdef __CET__
+        EXPECT_GT(targets, 100) << name;
+#endif
+    }
+}
+#endif
 
 TEST(WithoutChip, KeepsAProjectThatItCannotRead) {
     const ProgramFolder world;

@@ -51,11 +51,13 @@ TEST_F(NoticeFiles, AnErrorIsLoggedThenNotifiedThenSetsTheExitCode) {
     ERROR_Out(nullptr, "first", 1);
     ERROR_Out(nullptr, "second", 0);
     EXPECT_EQ(calls, "aside not logged, 1; first logged, 1; second logged, 0; ");
+    ERROR_SetHandlers({}, {}, {});
+    ERROR_Out(nullptr, "got '\x1B'", 1);
     EXPECT_EQ(ERROR_Ask(nullptr, "Continue?", "Question", BOX_YES_NO), ANSWER_NONE);
     ERROR_Exit();
     const std::string stamp = "\\* \\d{4}-\\d\\d-\\d\\d, \\d\\d:\\d\\d:\\d\\d\r\n";
     expectFile(readFile(folder / "tool.err"), "error log file",
-               stamp + "first\r\n" + stamp + "second\r\n");
+               stamp + "first\r\n" + stamp + "second\r\n" + stamp + "got '\\\\x1B'\r\n");
 }
 
 TEST_F(NoticeFiles, ALogLineIsStampedWrittenAndShown) {
@@ -65,12 +67,14 @@ TEST_F(NoticeFiles, ALogLineIsStampedWrittenAndShown) {
     LOG_SetObserver([&](const std::string&, const std::string& text) { seen += text; });
     LOG_Init();
     LOG_RestartClock();
-    LOG_Add("Connected with target");
+    LOG_Add("Opening \x1B[31m\n\x9B.hex");
+    LOG_AddMessage("Error: two\nlines\r");
     LOG_Exit();
     LOG_SetObserver({});
-    EXPECT_EQ(seen, "Connected with target");
+    EXPECT_EQ(seen, "Opening \\x1B[31m\\x0A\\x9B.hexError: two\nlines\\x0D");
     expectFile(readFile(folder / "tool.log"), "log file",
-               "0:00:00:\\d{3} Connected with target\r\n");
+               "0:00:00:\\d{3} Opening \\\\x1B\\[31m\\\\x0A\\\\x9B.hex\r\n"
+               "0:00:00:\\d{3} Error: two\nlines\\\\x0D\r\n");
 }
 
 TEST(Status, PassesATextOnOnlyWhenItChanges) {

@@ -3,6 +3,8 @@
 
 #include <csignal>
 #include <gtest/gtest.h>
+#include <stdexcept>
+#include <thread>
 #include <unistd.h>
 
 TEST(Process, LeavesAHangUpAloneThatTheUserHasHadIgnored) {
@@ -14,4 +16,19 @@ TEST(Process, LeavesAHangUpAloneThatTheUserHasHadIgnored) {
         _exit(0);
     };
     EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+TEST(Process, EndsWithAnErrorLineAtAnExceptionOnAnyThread) {
+    const std::pair<void (*)(), const char*> cases[] = {
+        {[] { throw std::bad_alloc(); }, "^Error: the memory does not suffice\n$"},
+        {[] { throw std::runtime_error("out of paper"); }, "^Error: out of paper\n$"},
+        {[] { throw 1; }, "^Error: an unknown exception\n$"},
+    };
+    for (const auto& [fail, line] : cases) {
+        const auto run = [&fail] {
+            PROCESS_ReportExceptions();
+            std::thread(fail).join();
+        };
+        EXPECT_EXIT(run(), testing::ExitedWithCode(1), line);
+    }
 }

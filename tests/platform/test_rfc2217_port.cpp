@@ -5,14 +5,29 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <atomic>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
+
+std::atomic<bool> bytesWithoutEnd{false};
+
+// In the system's place, for the port under test: it alone asks not to wait.
+extern "C" ssize_t receiveInstead(int descriptor, void* buffer, size_t size,
+                                  int flags) __asm__("recv");
+extern "C" ssize_t receiveInstead(int descriptor, void* buffer, size_t size, int flags) {
+    if (bytesWithoutEnd && (flags & MSG_DONTWAIT) != 0) {
+        std::fill_n(static_cast<char*>(buffer), size, 'x');
+        return static_cast<ssize_t>(size);
+    }
+    return syscall(SYS_recvfrom, descriptor, buffer, size, flags, nullptr, nullptr);
+}
 
 using namespace std::string_literals;
 
@@ -82,10 +97,13 @@ TEST(Rfc2217Codec, ReadsNames) {
     }
 }
 
-// A port server of one connection with a line that echoes and hangs up at a byte 4.
+// A port server of one connection with a line that echoes, hangs up at a byte 4 and at a byte 5
+// sends `flood` for ever.
 class Server {
 public:
     Server() : listener_(socket(AF_INET, SOCK_STREAM, 0)) {
+        const int little = 4096; // what waits in the system is of no interest
+        setsockopt(listener_, SOL_SOCKET, SO_RCVBUF, &little, sizeof little);
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -115,6 +133,7 @@ public:
         return HEXTEXT_FromBytes(bytesOf(std::exchange(answers_, {})));
     }
     std::string name;
+    std::string flood;
 
 private:
     void serve(const std::string& spoilt, const std::string& instead) {
@@ -142,8 +161,14 @@ private:
                 const std::lock_guard lock(mutex_);
                 answers_ += answers;
             }
-            const std::string out = answers + textOf(TELNET_Escape(echo));
-            ::send(peer, out.data(), out.size(), MSG_NOSIGNAL);
+            std::string out = answers + textOf(TELNET_Escape(echo));
+            if (echo == std::vector<uint8_t>{5}) {
+                out = flood;
+                hangsUp = true;
+            }
+            while (::send(peer, out.data(), out.size(), MSG_NOSIGNAL) > 0 && hangsUp &&
+                   !out.empty()) {
+            }
         }
         close(peer);
     }
@@ -227,6 +252,31 @@ TEST(Rfc2217Port, SaysWhatAServerWillNotDo) {
             EXPECT_FALSE(port->configure({.baudrate = 31250}) && port->setDtr(true));
             EXPECT_EQ(port->refusal(), row.refusal);
         }
+    }
+}
+
+// Bytes, questions without end: neither time nor memory is theirs.
+TEST(Rfc2217Port, StandsAServerThatFloods) {
+    for (const bool asks : {false, true}) {
+        Server server;
+        while (server.flood.size() < 100'000) {
+            server.flood += "\xFF\xFD\x18";
+        }
+        std::string error;
+        const SerialPortPtr port = server.open(error);
+        ASSERT_TRUE(port && port->configure({.baudrate = 9600})) << error;
+        writeText(*port, asks ? "\x05" : "echo");
+        alarm(60);
+        bytesWithoutEnd = !asks;
+        EXPECT_FALSE(port->setDtr(true)) << "the answer is awaited for a second, not for ever";
+        EXPECT_EQ(readText(*port, 1 << 22, 0).size(), asks ? 0U : 1U << 16);
+        bytesWithoutEnd = false;
+        alarm(0);
+        if (asks) {
+            port->waitReadable(CLOCK_After(30'000), {});
+        }
+        EXPECT_EQ(port->lostReason(),
+                  asks ? "the port server asks without taking the answers" : "");
     }
 }
 

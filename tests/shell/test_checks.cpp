@@ -130,10 +130,19 @@ TEST(Project, RestoresWhatItSaved) {
     EXPECT_EQ(SIO_GetPort(), 7U);
     EXPECT_EQ(PASSWORD_GetAdrCount(), 0xABCDU);
     EXPECT_TRUE(PASSWORD_GetHexmode());
-    for (const std::string& programFile : {""s, "a \"b\".hex"s, std::string(500, 'x')}) {
-        std::filesystem::remove(path);
+    namespace fs = std::filesystem;
+    for (const std::string& programFile :
+         {""s, "a \"b\".hex"s, std::string(500, 'x'), "/dev/zero"s}) {
+        fs::remove(path);
         PROJECT_Save(path, programFile);
         EXPECT_EQ(readFile(path), project) << "no File line";
+    }
+    // A password is its owner's, also where there was a file, with the same text or another.
+    for (const uint32_t count : {0xABCDU, 0xABCDU, 0x1U}) {
+        EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+        fs::permissions(path, fs::perms(0644));
+        PASSWORD_SetAdrCount(count);
+        PROJECT_Save(path, "");
     }
     PROJECT_Save(path, "a.hex");
     EXPECT_NE(readFile(path).find("Logging = 0\r\nFile = \"a.hex\"\r\nDevice = "),

@@ -53,6 +53,32 @@ TEST(SimProgram, PseudoTerminal) {
     EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(link)));
 }
 
+TEST(SimProgram, ReplacesOnlyLinksThatItMade) {
+    namespace fs = std::filesystem;
+    const TempFolder files;
+    const fs::path link = files / "port";
+    const Strings command{builtFolder() / "calvorin-sim", "--device", "VT-B128", "--devices",
+                          builtFolder() / "Device",       "--link",   link};
+    fs::create_symlink("/dev/pts/0", link); // a user's own
+    Process refused(command, files / "refused");
+    EXPECT_EQ(refused.wait(), 1);
+    EXPECT_NE(refused.err().find("port: File exists, not made by calvorin-sim"), std::string::npos);
+    EXPECT_EQ(fs::read_symlink(link), "/dev/pts/0");
+    fs::remove(link);
+    { const VirtualTarget killed(files, "VT-B128"); }
+    EXPECT_TRUE(fs::is_symlink(link)) << "left over";
+    Process first(command, files / "first");
+    EXPECT_TRUE(waitFor([&first] { return !first.out().empty(); }));
+    Process second(command, files / "second");
+    EXPECT_TRUE(waitFor([&second] { return !second.out().empty(); }));
+    first.signal(SIGTERM);
+    EXPECT_EQ(first.wait(), 0);
+    EXPECT_TRUE(fs::exists(link)) << "the other's link stays";
+    second.signal(SIGTERM);
+    EXPECT_EQ(second.wait(), 0);
+    EXPECT_FALSE(fs::is_symlink(link));
+}
+
 TEST(SimProgram, TcpPortSeesLinesAndRate) {
     const TempFolder files;
     VirtualTarget sim(files, "VT-A32", {"--tcp", "0"});

@@ -1,10 +1,12 @@
 #include "platform/files.h"
 
+#include "platform/linux/descriptor_io.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -15,58 +17,12 @@ namespace fs = std::filesystem;
 
 fs::path programPath; // set by tests; empty: ask the system
 
-FileResult failure(int error) {
-    const FileStatus status =
-        error == ENOENT || error == ENOTDIR ? FileStatus::notFound : FileStatus::failed;
-    return {status, std::strerror(error)};
-}
-
 fs::path ownPath() {
     if (!programPath.empty()) {
         return programPath;
     }
     static const fs::path path = fs::read_symlink("/proc/self/exe");
     return path;
-}
-
-// The whole text or the error: a short write is continued, a signal does not count.
-FileResult writeAll(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = ::write(descriptor, text.data(), text.size());
-        if (written < 0 && errno != EINTR) {
-            return failure(errno);
-        }
-        text.remove_prefix(written > 0 ? static_cast<size_t>(written) : 0);
-    }
-    return {};
-}
-
-void closeDescriptor(int& descriptor) {
-    if (descriptor >= 0) {
-        ::close(descriptor);
-        descriptor = -1;
-    }
-}
-
-// The permissions of the file that is replaced, else those that a new file gets.
-mode_t permissionsFor(const fs::path& target) {
-    struct stat information {};
-    if (::stat(target.c_str(), &information) == 0) {
-        return information.st_mode & 07777;
-    }
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    return 0666 & ~mask;
-}
-
-// Whether a file has exactly this content. Devices and pipes have no size, so that none is read.
-bool holds(const fs::path& path, std::string_view text) {
-    FileReader reader;
-    if (!reader.open(path).ok() || reader.size() != text.size()) {
-        return false;
-    }
-    std::string content;
-    return FILES_ReadAll(path, content).ok() && content == text;
 }
 
 } // namespace
@@ -90,75 +46,32 @@ FileResult FileReader::open(const fs::path& path) {
     // Not blocking, so that a pipe without a writer is an empty file and not a wait without end.
     descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     if (descriptor_ < 0) {
-        return failure(errno);
+        return fileFailure(errno);
     }
-    ::fcntl(descriptor_, F_SETFL, O_RDONLY);
     struct stat information {};
     if (::fstat(descriptor_, &information) != 0) {
-        return failure(errno);
+        return fileFailure(errno);
     }
     if (S_ISDIR(information.st_mode)) {
         closeDescriptor(descriptor_);
-        return failure(EISDIR);
+        return fileFailure(EISDIR);
     }
     size_ = static_cast<uint64_t>(information.st_size);
     return {};
 }
 
 ptrdiff_t FileReader::read(std::span<char> buffer) {
-    ssize_t count = 0;
-    do {
-        count = ::read(descriptor_, buffer.data(), buffer.size());
-    } while (count < 0 && errno == EINTR);
-    return count;
+    while (true) {
+        const ssize_t count = ::read(descriptor_, buffer.data(), buffer.size());
+        const bool silent = count < 0 && errno == EAGAIN;
+        if (silent ? !awaitDescriptor(descriptor_, POLLIN) : count >= 0 || errno != EINTR) {
+            return count;
+        }
+    }
 }
 
 uint64_t FileReader::size() const {
     return size_;
-}
-
-FileReplacer::~FileReplacer() {
-    closeDescriptor(descriptor_);
-    if (!temporary_.empty()) {
-        ::unlink(temporary_.c_str());
-    }
-}
-
-FileResult FileReplacer::open(const fs::path& path) {
-    std::error_code none;
-    target_ = fs::is_symlink(path, none) ? fs::weakly_canonical(path, none) : path;
-    if (fs::is_directory(target_, none)) {
-        return failure(EISDIR);
-    }
-    if (fs::is_other(target_, none)) { // a device or a pipe is written to, not replaced
-        descriptor_ = ::open(target_.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
-        return descriptor_ < 0 ? failure(errno) : FileResult{};
-    }
-    if (::faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0 && errno != ENOENT) {
-        return failure(errno); // the folder would let it be replaced, but its owner protects it
-    }
-    std::string name = target_.string() + ".XXXXXX";
-    descriptor_ = ::mkostemp(name.data(), O_CLOEXEC);
-    if (descriptor_ < 0) {
-        return failure(errno);
-    }
-    temporary_ = name;
-    ::fchmod(descriptor_, permissionsFor(target_));
-    return {};
-}
-
-FileResult FileReplacer::write(std::string_view text) {
-    return writeAll(descriptor_, text);
-}
-
-FileResult FileReplacer::commit() {
-    const int closed = ::close(std::exchange(descriptor_, -1)); // a full disk may show only here
-    const bool replaces = !temporary_.empty();
-    if (closed != 0 || (replaces && ::rename(temporary_.c_str(), target_.c_str()) != 0)) {
-        return failure(errno);
-    }
-    temporary_.clear();
-    return {};
 }
 
 AppendFile::~AppendFile() {
@@ -167,46 +80,44 @@ AppendFile::~AppendFile() {
 
 FileResult AppendFile::create(const fs::path& path) {
     close();
-    descriptor_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0666);
-    return descriptor_ < 0 ? failure(errno) : FileResult{};
+    // Not blocking: a pipe that nobody reads costs the line, not the run.
+    descriptor_ =
+        ::open(path.c_str(),
+               O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
+    return descriptor_ < 0 ? fileFailure(errno) : FileResult{};
 }
 
 FileResult AppendFile::write(std::string_view text) {
-    return isOpen() ? writeAll(descriptor_, text) : FileResult{};
+    return isOpen() ? writeAll(descriptor_, text, false) : FileResult{};
 }
 
 FileResult AppendFile::flush() {
-    return isOpen() && ::fsync(descriptor_) != 0 ? failure(errno) : FileResult{};
+    return isOpen() && ::fsync(descriptor_) != 0 ? fileFailure(errno) : FileResult{};
 }
 
 void AppendFile::close() {
     closeDescriptor(descriptor_);
 }
 
-FileResult FILES_ReadAll(const fs::path& path, std::string& text) {
+FileResult FILES_ReadAll(const fs::path& path, std::string& text, size_t most) {
     text.clear();
     FileReader reader;
     if (FileResult result = reader.open(path); !result.ok()) {
         return result;
     }
+    if (reader.size() > most) {
+        return fileFailure(EFBIG);
+    }
     char buffer[16384];
     ptrdiff_t count = 0;
     while ((count = reader.read(buffer)) > 0) {
+        if (text.size() + static_cast<size_t>(count) > most) {
+            text.clear();
+            return fileFailure(EFBIG); // a device has no size and need not have an end
+        }
         text.append(buffer, static_cast<size_t>(count));
     }
-    return count < 0 ? failure(errno) : FileResult{};
-}
-
-FileResult FILES_Replace(const fs::path& path, std::string_view text) {
-    if (holds(path, text)) {
-        return {};
-    }
-    FileReplacer file;
-    FileResult result = file.open(path);
-    if (result.ok()) {
-        result = file.write(text);
-    }
-    return result.ok() ? file.commit() : result;
+    return count < 0 ? fileFailure(errno) : FileResult{};
 }
 
 bool FILES_Exists(const fs::path& path) {
@@ -214,8 +125,13 @@ bool FILES_Exists(const fs::path& path) {
     return fs::exists(path, none);
 }
 
+bool FILES_IsStream(const fs::path& path) {
+    std::error_code none;
+    return fs::is_other(path, none);
+}
+
 FileResult FILES_Rename(const fs::path& from, const fs::path& to) {
-    return ::rename(from.c_str(), to.c_str()) != 0 ? failure(errno) : FileResult{};
+    return ::rename(from.c_str(), to.c_str()) != 0 ? fileFailure(errno) : FileResult{};
 }
 
 std::optional<int64_t> FILES_WriteTime(const fs::path& path) {

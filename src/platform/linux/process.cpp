@@ -1,19 +1,26 @@
 #include "platform/process.h"
 
+#include "platform/clock.h"
 #include "platform/files.h"
 
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <exception>
 #include <fcntl.h>
+#include <new>
 #include <pthread.h>
 #include <sys/ioctl.h>
+#include <sys/uio.h>
 #include <thread>
 #include <unistd.h>
 
 namespace {
 
 constexpr int kDefaultWidth = 80;
+
+std::atomic<bool> ending{false};
 
 void printAll(int descriptor, std::string_view text) {
     while (!text.empty()) {
@@ -23,6 +30,34 @@ void printAll(int descriptor, std::string_view text) {
         }
         text.remove_prefix(static_cast<size_t>(written));
     }
+}
+
+// Without memory of its own: there may be none.
+void printException(const char* reason) {
+    static constexpr std::string_view kEraseLine = "\r\x1b[K"; // a live line may stand there
+    const iovec parts[] = {
+        {const_cast<char*>(kEraseLine.data()), PROCESS_ErrorIsTerminal() ? kEraseLine.size() : 0},
+        {const_cast<char*>("Error: "), 7},
+        {const_cast<char*>(reason), std::char_traits<char>::length(reason)},
+        {const_cast<char*>("\n"), 1}};
+    [[maybe_unused]] const ssize_t written = ::writev(STDERR_FILENO, parts, std::size(parts));
+}
+
+// The run's other threads go on meanwhile and its state may be half changed: nothing is tidied up.
+[[noreturn]] void endByException() noexcept {
+    try {
+        if (std::current_exception()) {
+            throw;
+        }
+        printException("the program was ended by a fault of its own");
+    } catch (const std::bad_alloc&) {
+        printException("the memory does not suffice");
+    } catch (const std::exception& exception) {
+        printException(exception.what());
+    } catch (...) {
+        printException("an unknown exception");
+    }
+    ::_exit(1);
 }
 
 sigset_t endingSignals() {
@@ -87,10 +122,20 @@ void PROCESS_CatchSignals(std::function<void()> handler) {
     std::thread([handler = std::move(handler)] {
         int number = 0;
         sigwait(&signals, &number);
+        ending = true;
+        CLOCK_Notify();
         handler();
         sigwait(&signals, &number);
         ::_exit(1);
     }).detach();
+}
+
+bool PROCESS_IsEnding() {
+    return ending;
+}
+
+void PROCESS_ReportExceptions() {
+    std::set_terminate(endByException);
 }
 
 void* PROCESS_LoadFunction(const std::string& moduleFile, const char* function,

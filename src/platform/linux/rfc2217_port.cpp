@@ -23,7 +23,11 @@ namespace {
 
 constexpr int64_t kNegotiateMs = 3000; // until the server has said whether it can do all this
 constexpr int64_t kAnswerMs = 1000;    // for each setting
-constexpr size_t kMostAnswers = 64;    // kept; a server that chatters does not fill the memory
+// A server that sends without end fills neither memory nor time.
+constexpr size_t kMostAnswers = 64;       // kept
+constexpr size_t kMostReceived = 1 << 16; // bytes kept; others are lost, as where a device is full
+constexpr size_t kMostAtOnce = 1 << 16;   // bytes taken in before the deadline is looked at again
+constexpr size_t kMostOutgoing = 1 << 16; // bytes that the server has asked for and does not take
 
 struct Session {
     int descriptor = -1;
@@ -85,6 +89,9 @@ void flush(Session& session) {
 void handleEvent(Session& session, const TelnetEvent& event) {
     if (event.verb != TELNET_SETTING) {
         telnetNegotiate(session.negotiation, event, session.outgoing);
+        if (session.outgoing.size() > kMostOutgoing) {
+            lose(session, "the port server asks without taking the answers");
+        }
     } else if (event.subject == COMPORT_SUSPEND + kComPortAnswer ||
                event.subject == COMPORT_RESUME + kComPortAnswer) {
         session.suspended = event.subject == COMPORT_SUSPEND + kComPortAnswer;
@@ -99,12 +106,15 @@ void handleEvent(Session& session, const TelnetEvent& event) {
 bool receive(Session& session) {
     bool any = false;
     uint8_t buffer[4096];
-    while (session.lost.empty()) {
+    size_t taken = 0;
+    while (session.lost.empty() && taken < kMostAtOnce) {
         const ssize_t count = recv(session.descriptor, buffer, sizeof buffer, MSG_DONTWAIT);
         if (count > 0) {
+            taken += static_cast<size_t>(count);
             std::vector<TelnetEvent> events;
             telnetDecode(session.decoder, {buffer, static_cast<size_t>(count)}, session.received,
                          events);
+            session.received.resize(std::min(session.received.size(), kMostReceived));
             for (const TelnetEvent& event : events) {
                 handleEvent(session, event);
             }
@@ -156,9 +166,10 @@ bool waitFor(Session& session, Moment deadline, const Condition& stop,
         if (any) {
             CLOCK_Notify();
         }
-        if (isOver() || waitDescriptor(session.descriptor, events, deadline, [&stop, &isOver] {
-                            return (stop && stop()) || isOver();
-                        }) == 0) {
+        const bool late = any && CLOCK_Now() >= deadline; // there may be no end of what comes
+        if (late || isOver() ||
+            waitDescriptor(session.descriptor, events, deadline,
+                           [&stop, &isOver] { return (stop && stop()) || isOver(); }) == 0) {
             const std::lock_guard lock(session.mutex);
             return ready();
         }
@@ -167,8 +178,8 @@ bool waitFor(Session& session, Moment deadline, const Condition& stop,
 
 size_t readBytes(Session& session, std::span<uint8_t> buffer, Moment deadline,
                  const Condition& stop) {
-    waitFor(session, deadline, stop,
-            [&session, &buffer] { return session.received.size() >= buffer.size(); });
+    const size_t most = std::min(buffer.size(), kMostReceived);
+    waitFor(session, deadline, stop, [&session, most] { return session.received.size() >= most; });
     const std::lock_guard lock(session.mutex);
     const size_t count = std::min(buffer.size(), session.received.size());
     const auto end = session.received.begin() + static_cast<ptrdiff_t>(count);
