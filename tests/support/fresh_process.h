@@ -1,5 +1,5 @@
-// The process state as at start-up: what a world calls before it sets itself up and again at its end,
-// so that no test depends on another having run.
+// The process state as at start-up: what a world calls before it sets itself up and again at its
+// end, so that no test depends on another having run.
 #pragma once
 
 #include "bootrom/handshake.h"
