@@ -28,6 +28,14 @@ Result<> downloadLoader(const BootRomProtocol& family) {
     return _DownloadRamImage(family, path, false);
 }
 
+bool confirmReadProtect() {
+    return ERROR_Ask(
+               nullptr,
+               "AFTER THIS COMMAND THE CHIP CAN NOT BE READ ANY MORE\nUNTIL IT IS ERASED.\n\nARE "
+               "YOU SURE YOU WANT TO EXECUTE THE READ PROTECT COMMAND?",
+               "WARNING", BOX_OK_CANCEL) == ANSWER_OK;
+}
+
 } // namespace
 
 int TARGET_Connect() {
@@ -87,5 +95,9 @@ int _RunBootCommand(Result<> (*BootRomProtocol::*slot)(), const char* name) {
 }
 
 int TARGET_ReadProtect() {
+    const BootRomProtocol* family = _CurrentProtocol();
+    if (family != nullptr && family->ReadProtect != nullptr && !confirmReadProtect()) {
+        return 1;
+    }
     return _RunBootCommand(&BootRomProtocol::ReadProtect, "Read Protect Chip");
 }

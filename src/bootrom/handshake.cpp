@@ -15,6 +15,7 @@
 #include "serial/terminal_buffer.h"
 
 #include <algorithm>
+#include <atomic>
 #include <vector>
 
 namespace {
@@ -25,6 +26,7 @@ constexpr size_t kMaxExpectedInfo = 500;
 constexpr size_t kBytesPerLogLine = 16;
 
 uint32_t bootSum = 0;
+std::atomic<bool> bootSumForgotten{false};
 
 // Asks the user to press reset where the program does not do it; whether to go on.
 bool resetIsDone() {
@@ -189,6 +191,15 @@ uint32_t _GetBootSum() {
 
 void _SetBootSum(uint32_t sum) {
     bootSum = sum;
+    bootSumForgotten = false;
+}
+
+void _ForgetBootSum() {
+    bootSumForgotten = true;
+}
+
+bool _BootSumIsForgotten() {
+    return bootSumForgotten;
 }
 
 Result<> _LoaderAnswer(const Result<>& answered) {
@@ -202,7 +213,7 @@ Result<> _ReadBootSum(uint32_t timeoutMs) {
     uint8_t sum[2] = {};
     Result<> read = _BootRead(sum, timeoutMs);
     if (read) {
-        bootSum = sum[0] * 256U + sum[1];
+        _SetBootSum(sum[0] * 256U + sum[1]);
     }
     return read;
 }

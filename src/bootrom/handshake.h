@@ -20,6 +20,10 @@ inline constexpr uint32_t kSumMs = 5000;
 // The flash checksum that the boot ROM reported last.
 uint32_t _GetBootSum();
 void _SetBootSum(uint32_t sum);
+// The flash was or may have been written since: what would tell a blank chip from it asks again.
+// Any thread.
+void _ForgetBootSum();
+bool _BootSumIsForgotten();
 // Reads a checksum, high byte first, as the last reported one.
 Result<> _ReadBootSum(uint32_t timeoutMs);
 // The result of awaiting the chip's answer to a loader, for which the description gives the time.

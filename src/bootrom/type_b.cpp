@@ -190,6 +190,12 @@ Result<> _ProtectChipTypeB() {
     if (Result<> matched = _ResetAndMatch(kBootRomTypeB); !matched) {
         return matched;
     }
+    if (_BootSumIsForgotten()) { // else the password of a blank chip would be sent to a programmed
+                                 // one
+        if (Result<> summed = _GetSumTypeB(); !summed) {
+            return summed;
+        }
+    }
     if (Result<> sent = _BootCommand(0x60, "Echoback protect command failed"); !sent) {
         return sent;
     }

@@ -306,6 +306,10 @@ void TARGET_BlankCheckBlocks() {
 
 void TARGET_ProtectChip() {
     if (DEVICE_GetSprtProtectBlock() == 0) {
+        const BootRomProtocol* family = _CurrentProtocol();
+        if (family != nullptr && family->ProtectChip != nullptr && !confirmProtect()) {
+            return;
+        }
         const bool done = _RunBootCommand(&BootRomProtocol::ProtectChip, "Protect Chip") == 0;
         showResult(kProtectChip, done);
     } else if (confirmProtect()) {

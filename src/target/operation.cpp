@@ -1,5 +1,6 @@
 #include "target/operation.h"
 
+#include "bootrom/handshake.h"
 #include "data/hexdata.h"
 #include "link/target_state.h"
 #include "notice/progress.h"
@@ -14,11 +15,13 @@
 namespace {
 
 enum class Shows { bytes, blocks };
+enum class Flash { stays, changes };
 
 struct OperationRow {
     OperationCode code;
     const char* firstLine;
     Shows shows;
+    Flash flash;
     Result<uint16_t> (*run)(const Operation&);
 };
 
@@ -30,21 +33,23 @@ Result<uint16_t> does(const Operation& operation) {
 }
 
 constexpr OperationRow kOperations[] = {
-    {OP_ERASE_CHIP, "Erasing chip...", Shows::blocks, does<opEraseChip>},
-    {OP_ERASE_BLOCKS, "Erasing blocks...", Shows::blocks, does<opEraseBlocks>},
-    {OP_READ_BACK, "Reading back...", Shows::bytes, does<opReadBack>},
-    {OP_PROGRAM, "Programming chip...", Shows::bytes, does<opProgram>},
-    {OP_GET_CRC, "Getting CRC...", Shows::blocks, opGetCrc},
-    {OP_VERIFY, "Verifying...", Shows::bytes, does<opVerify>},
-    {OP_BLANK_CHECK, "Checking if blank...", Shows::blocks, does<opBlankCheck>},
-    {OP_PROTECT_CHIP, "Protecting chip...", Shows::blocks, does<opProtectChip>},
-    {OP_PROTECT_BLOCKS, "Protecting blocks...", Shows::blocks, does<opProtectBlocks>},
-    {OP_GET_SUM, "Getting SUM...", Shows::blocks, opGetSum},
-    {OP_FILL_CHIP, "Filling target with 0xFF...", Shows::bytes, does<opFillChip>},
-    {OP_BLANK_READ, "Checking if blank...", Shows::bytes, does<opBlankRead>},
-    {OP_FILL_BLOCKS, "Erasing blocks...", Shows::blocks, does<opFillBlocks>},
-    {OP_BLANK_READ_BLOCKS, "Checking if blank...", Shows::blocks, does<opBlankReadBlocks>},
-    {OP_PROGRAM_TARGET, "Programming target...", Shows::bytes, does<opProgramTarget>},
+    {OP_ERASE_CHIP, "Erasing chip...", Shows::blocks, Flash::changes, does<opEraseChip>},
+    {OP_ERASE_BLOCKS, "Erasing blocks...", Shows::blocks, Flash::changes, does<opEraseBlocks>},
+    {OP_READ_BACK, "Reading back...", Shows::bytes, Flash::stays, does<opReadBack>},
+    {OP_PROGRAM, "Programming chip...", Shows::bytes, Flash::changes, does<opProgram>},
+    {OP_GET_CRC, "Getting CRC...", Shows::blocks, Flash::stays, opGetCrc},
+    {OP_VERIFY, "Verifying...", Shows::bytes, Flash::stays, does<opVerify>},
+    {OP_BLANK_CHECK, "Checking if blank...", Shows::blocks, Flash::stays, does<opBlankCheck>},
+    {OP_PROTECT_CHIP, "Protecting chip...", Shows::blocks, Flash::stays, does<opProtectChip>},
+    {OP_PROTECT_BLOCKS, "Protecting blocks...", Shows::blocks, Flash::stays, does<opProtectBlocks>},
+    {OP_GET_SUM, "Getting SUM...", Shows::blocks, Flash::stays, opGetSum},
+    {OP_FILL_CHIP, "Filling target with 0xFF...", Shows::bytes, Flash::changes, does<opFillChip>},
+    {OP_BLANK_READ, "Checking if blank...", Shows::bytes, Flash::stays, does<opBlankRead>},
+    {OP_FILL_BLOCKS, "Erasing blocks...", Shows::blocks, Flash::changes, does<opFillBlocks>},
+    {OP_BLANK_READ_BLOCKS, "Checking if blank...", Shows::blocks, Flash::stays,
+     does<opBlankReadBlocks>},
+    {OP_PROGRAM_TARGET, "Programming target...", Shows::bytes, Flash::changes,
+     does<opProgramTarget>},
 };
 
 int32_t saturate(uint64_t value) {
@@ -76,6 +81,9 @@ Result<uint16_t> runOperation(const Operation& operation) {
         return Failure{.reason = formatText("Unknown operation %d", operation.code)};
     }
     dropPage();
+    if (row->flash == Flash::changes) {
+        _ForgetBootSum();
+    }
     if (row->shows == Shows::blocks) {
         PROGRESS_HideByteCount();
     }

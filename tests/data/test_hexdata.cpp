@@ -141,7 +141,7 @@ TEST_F(HexData, ManyRecordsInAnyOrderAreQuick) {
     for (uint32_t i = 0; i < kRecords; ++i) {
         HEXDATA_AddData(32 * (kRecords - 1 - i), record);
     }
-    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{AddressRange::of(0, 32 * kRecords)}));
+    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{AddressRange::of(0, uint64_t{32} * kRecords)}));
     for (uint32_t i = 0; i < kRecords / 2; ++i) {
         HEXDATA_DeleteRange(64 * i + 32, 32);
     }
@@ -152,7 +152,7 @@ TEST_F(HexData, ManyRecordsInAnyOrderAreQuick) {
             HEXDATA_AddData(32 * i, record);
         }
     }
-    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{AddressRange::of(0, 32 * kRecords)}));
+    EXPECT_EQ(HEXDATA_GetAreas(), (Areas{AddressRange::of(0, uint64_t{32} * kRecords)}));
 }
 
 TEST_F(HexData, ChecksumsCountGapsAsFill) {

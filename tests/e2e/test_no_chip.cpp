@@ -175,7 +175,8 @@ TEST(WithoutChip, UsesPipesAndEndsWithinThem) {
     for (const auto& [arguments, begun] : cases) {
         const int silent = begun == "Saving " ? -1 : open(fifo.c_str(), O_RDWR);
         Process process(world.command(arguments), world.folder / "run");
-        EXPECT_TRUE(waitFor([&] { return process.err().find(begun) != std::string::npos; }));
+        EXPECT_TRUE(waitFor(
+            [&process, text = begun] { return process.err().find(text) != std::string::npos; }));
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         process.signal(SIGINT);
         EXPECT_EQ(process.wait(), 1) << process.err();

@@ -25,9 +25,9 @@ TEST(Process, EndsWithAnErrorLineAtAnExceptionOnAnyThread) {
         {[] { throw 1; }, "^Error: an unknown exception\n$"},
     };
     for (const auto& [fail, line] : cases) {
-        const auto run = [&fail] {
+        const auto run = [thrower = fail] {
             PROCESS_ReportExceptions();
-            std::thread(fail).join();
+            std::thread(thrower).join();
         };
         EXPECT_EXIT(run(), testing::ExitedWithCode(1), line);
     }

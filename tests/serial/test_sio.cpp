@@ -290,10 +290,10 @@ TEST(SioLog, AFileThatCannotBeWrittenIsToldOnceAndFailsNothing) {
         SIO_Exit();
         writeText("c");
         EXPECT_EQ(world.errors(), Texts{});
+        std::string unwritable = "The communication log cannot be written (";
+        unwritable.append(path).append(": ").append(reason).append("); the run goes on");
         EXPECT_EQ(world.log(),
-                  (Texts{"SIO-Logging started",
-                         "The communication log cannot be written (" + path + ": " + reason +
-                             "); the run goes on",
+                  (Texts{"SIO-Logging started", unwritable,
                          "3 entries of the communication log were lost", "SIO-Logging stopped"}));
     }
 }

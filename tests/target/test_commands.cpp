@@ -128,8 +128,12 @@ TEST(Commands, ProtectAsksFirst) {
     world.screen.answer = ANSWER_NONE;
     TARGET_ProtectBlocks();
     TARGET_ProtectChip();
+    EXPECT_EQ(TARGET_ReadProtect(), 1);
+    DEVICE_FindByName("VT-B64S"); // by its boot ROM
+    TARGET_ProtectChip();
     EXPECT_EQ(SIMPORT_Writes(world.line), 0U);
-    EXPECT_EQ(world.questions().size(), 2U);
+    EXPECT_EQ(world.questions().size(), 4U);
+    DEVICE_FindByName("VT-A96");
     world.screen.answer = ANSWER_OK;
     DEVPROPS_SelectBlock(0, false);
     TARGET_ProtectBlocks();
@@ -145,6 +149,7 @@ TEST(Commands, ProtectAsksFirst) {
 TEST(Commands, BootRomCommandsLeaveTheLinkIdle) {
     {
         TargetWorld world({.device = "VT-A96", .chip = {}});
+        world.screen.answer = ANSWER_OK;
         EXPECT_EQ(TARGET_Connect(), 1);
         EXPECT_EQ(TARGET_FlashStatus(), 0);
         EXPECT_TRUE(world.hasLogged("Flash memory status:"));
@@ -154,8 +159,12 @@ TEST(Commands, BootRomCommandsLeaveTheLinkIdle) {
         EXPECT_EQ(world.allErrors(), "");
         EXPECT_EQ(world.violations(), "");
     }
-    TargetWorld world({.device = "VT-B64S", .chip = {}});
+    ChipOptions locked;
+    locked.password = std::vector<uint8_t>(12, 0x33);
+    TargetWorld world({.device = "VT-B64S", .chip = locked});
+    world.screen.answer = ANSWER_OK;
     TARGET_EraseBlocks(); // the checksum of a blank chip is known from here on
+    TARGET_Program(HEXDATA_GetFirstAddr(), HEXDATA_GetLastAddr()); // and is wrong from here on
     TARGET_ProtectChip();
     EXPECT_TRUE(world.hasLogged("Protecting Chip finished"));
     EXPECT_EQ(TARGET_FlashStatus(), 1);
