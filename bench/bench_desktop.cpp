@@ -101,7 +101,9 @@ public:
             HEXDATA_AddData(static_cast<uint32_t>(area) * 2 * kAreaLength, bytes);
         }
         std::string path = folder_ / (std::to_string(areas) + ".hex");
-        PROGRAMFILE_Save(path, FILETYPE_INTEL);
+        if (!PROGRAMFILE_Save(path, FILETYPE_INTEL)) {
+            std::abort(); // nothing that is measured then means anything
+        }
         return path;
     }
 
