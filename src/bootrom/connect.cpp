@@ -7,6 +7,7 @@
 #include "link/target_state.h"
 #include "notice/error.h"
 #include "notice/log.h"
+#include "notice/run.h"
 #include "platform/clock.h"
 #include "platform/event_queue.h"
 #include "platform/files.h"
@@ -61,7 +62,11 @@ int TARGET_Connect() {
     const Failure& failure = downloaded.error();
     _BootFail(failure);
     TARGET_Disconnect();
-    if (failure.code != TERR_SAYS_ALL) {
+    if (failure.code == TERR_CANCELLED || RUN_IsInterrupted()) {
+        if (!RUN_IsInterrupted()) { // which has been said
+            TARGET_ReportError(failureText({TERR_CANCELLED}), 1);
+        }
+    } else if (failure.code != TERR_SAYS_ALL) {
         const bool isFirst = failure.code != TERR_REPORTED && failure.reason.empty();
         TARGET_ReportError(ERROR_WithReason(kConnectFailure, isFirst ? SIO_GetLoss() : ""), 1);
     }

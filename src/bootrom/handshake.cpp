@@ -4,6 +4,7 @@
 #include "device/device.h"
 #include "device/devprops.h"
 #include "link/target_link.h"
+#include "link/target_state.h"
 #include "notice/error.h"
 #include "notice/log.h"
 #include "notice/progress.h"
@@ -113,9 +114,7 @@ Result<> matchAtItsRate(const BootRomProtocol& family) {
     return matched;
 }
 
-} // namespace
-
-Result<> _BootHandshake(const BootRomProtocol& family) {
+Result<> handshakeOnce(const BootRomProtocol& family) {
     if (Result<> matched = _ResetAndMatch(family); !matched) {
         return matched;
     }
@@ -133,6 +132,18 @@ Result<> _BootHandshake(const BootRomProtocol& family) {
         }
     }
     return {};
+}
+
+} // namespace
+
+Result<> _BootHandshake(const BootRomProtocol& family) {
+    const bool wasSynced = BOOT_GetState() == BOOT_SYNCED;
+    Result<> done = handshakeOnce(family);
+    if (done || !wasSynced || _BootIsHopeless() || TARGET_State().Cancel != 0) {
+        return done;
+    }
+    BOOT_SetState(BOOT_UNSYNCED); // somebody may have reset the chip by hand meanwhile
+    return handshakeOnce(family);
 }
 
 Result<> _ResetAndMatch(const BootRomProtocol& family) {

@@ -376,12 +376,16 @@ TEST(Wire, EventsRunWhileTheBootRomIsAwaited) {
     EXPECT_EQ(world.deviation(), "");
 }
 
-// Right after a boot-ROM command the boot ROM still awaits the next one.
+// Right after a boot-ROM command the boot ROM still awaits the next one, unless somebody has reset
+// the chip meanwhile.
 TEST(Wire, SyncedBootRomIsNotResetAgain) {
-    WireWorld world(kDeviceA, {{"90", "90 1234"}, {"C3", "C3 00000000000000"}});
-    BOOT_SetState(BOOT_SYNCED);
-    EXPECT_TRUE(_SelectProtocol()->FlashStatus());
-    EXPECT_EQ(world.deviation(), "");
+    const Script status = {{"90", "90 1234"}, {"C3", "C3 00000000000000"}};
+    for (const Script& script : {status, join({{{"90", ""}}, kReset, kMatchA, status})}) {
+        WireWorld world(kDeviceA, script);
+        BOOT_SetState(BOOT_SYNCED);
+        EXPECT_TRUE(_SelectProtocol()->FlashStatus());
+        EXPECT_EQ(world.deviation(), "");
+    }
 }
 
 TEST(Wire, PasswordFrameHasTheAddressesOfTheChip) {
