@@ -75,6 +75,7 @@ void readIntelRecord(RecordReader& reader, IntelBase& base, ImageBatch& image) {
     if (reader.error() != nullptr) {
         return;
     }
+    reader.noteEndRecord(head[3] == TYPE_END);
     const std::span<const uint8_t> data = content.first(head[0]);
     const auto offset = static_cast<uint16_t>(head[1] << 8 | head[2]);
     if (const char* error = applyRecord(head[3], offset, data, base, image)) {

@@ -3,6 +3,7 @@
 #include "data/hexdata.h"
 #include "data/program_format.h"
 #include "notice/error.h"
+#include "notice/log.h"
 #include "platform/files.h"
 #include "platform/format.h"
 
@@ -32,7 +33,7 @@ void readRecords(RecordReader& reader, const RecordParser& readRecord) {
     image.flush();
 }
 
-bool readFile(FileReader& file) {
+bool readFile(FileReader& file, const std::filesystem::path& path) {
     RecordReader reader(file);
     reader.refill();
     const ProgramFormat* recognised = PROGRAMFORMAT_Find(
@@ -46,6 +47,9 @@ bool readFile(FileReader& file) {
         return false;
     }
     if (reader.error() == nullptr) {
+        if (reader.lacksEndRecord()) {
+            LOG_Add("Note: " + path.string() + " has no end record, it may have been cut off");
+        }
         return true;
     }
     HEXDATA_Clear(); // no half-read file remains
@@ -63,7 +67,7 @@ bool PROGRAMFILE_Load(const std::filesystem::path& path) {
         return false;
     }
     HEXDATA_Clear();
-    return readFile(file);
+    return readFile(file, path);
 }
 
 bool PROGRAMFILE_Merge(const std::filesystem::path& path) {
@@ -73,7 +77,7 @@ bool PROGRAMFILE_Merge(const std::filesystem::path& path) {
         reportOpening(path, opened);
         return opened.status == FileStatus::notFound;
     }
-    return readFile(file);
+    return readFile(file, path);
 }
 
 bool PROGRAMFILE_Save(const std::filesystem::path& path, int type) {

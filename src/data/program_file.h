@@ -1,7 +1,8 @@
 // Program files, in the formats of program_format.h, read into the memory image and written from
 // it. The reader is strict: every line is one well-formed record, the first fault ends the reading
-// with a message that names the line, and the image is left empty. Failures are reported here
-// (ERROR_Out). User-interface thread only.
+// with a message that names the line, and the image is left empty. A hex file without its end
+// record is read, and the log notes it. Failures are reported here (ERROR_Out). User-interface
+// thread only.
 #pragma once
 
 #include <filesystem>

@@ -36,6 +36,7 @@ std::string PROGRAMFORMAT_Suffixes();
 
 RecordParser startIntelHex();
 void writeIntelHex(RecordWriter& writer);
-// A record with a wrong checksum is used or left out as the user says.
+// A record with a wrong checksum is used or left out as the user says; an unattended run refuses
+// its file but for --accept-damaged, and leaves it out then.
 RecordParser startSRecords();
 void writeSRecords(RecordWriter& writer);

@@ -37,12 +37,22 @@ public:
     // Steps over what ends a line: one or two of CR and LF; the last line may do without.
     void takeLineEnd();
 
+    // Of a format whose files have an end record: whether a record was it. What follows it may be
+    // read as well.
+    void noteEndRecord(bool isEnd) {
+        endRecord_ = isEnd || hasEndRecord() ? End::there : End::lacking;
+    }
+    bool lacksEndRecord() const { return endRecord_ == End::lacking; }
+
     // The first error of the file, null while there is none.
     const char* error() const { return error_; }
     void fail(const char* error);
     int line() const { return lineEnds_ + 1; }
 
 private:
+    enum class End { unknown, lacking, there };
+    bool hasEndRecord() const { return endRecord_ == End::there; }
+
     FileReader& file_;
     std::vector<char> window_; // a NUL stands behind the filled part, and room for a record
     size_t position_ = 0;
@@ -51,4 +61,5 @@ private:
     int lineEnds_ = 0;
     uint8_t checksum_ = 0;
     const char* error_ = nullptr;
+    End endRecord_ = End::unknown;
 };

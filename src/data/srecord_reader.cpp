@@ -7,11 +7,17 @@
 
 namespace {
 
-// Nobody sees the question of an unattended run in its place, so there it says what it is about.
-bool useInSpiteOfChecksum(int line) {
+// Whether a record with a wrong checksum is used in spite of it. Nobody sees the question of an
+// unattended run in its place: it says what it is about, and without the user's word on the command
+// line the file is refused.
+bool mayBeUsed(RecordReader& reader) {
     std::string question = "Continue and ignore ?";
     if (RUN_IsUnattended()) {
-        question += formatText(" (line %d)", line);
+        if (!RUN_AcceptsDamaged()) {
+            reader.fail(kChecksumError);
+            return false;
+        }
+        question += formatText(" (line %d)", reader.line());
     }
     return ERROR_Ask(nullptr, question, "Checksum error !", BOX_YES_NO) == ANSWER_YES;
 }
@@ -43,7 +49,7 @@ void readSRecord(RecordReader& reader, ImageBatch& image) {
     if (reader.error() != nullptr) {
         return;
     }
-    if (reader.checksum() != 0xFF && !useInSpiteOfChecksum(reader.line())) {
+    if (reader.checksum() != 0xFF && !mayBeUsed(reader)) {
         return;
     }
     const size_t addressBytes = addressLength(type);

@@ -160,7 +160,6 @@ int DEVICE_FindByName(const std::string& name) {
     if (!name.empty()) {
         ERROR_Out(nullptr, DEVICE_UnknownText(name), kExitCode);
     }
-    DEVPROPS_SetDevice(0);
     return 1;
 }
 

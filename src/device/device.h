@@ -24,8 +24,8 @@ int DEVICE_GetNumDevices();
 // Empties the table, for tests.
 void DEVICE_Clear();
 
-// Selects the device of that name: 0. Unknown: device 0 is selected, 1; reported unless the name is
-// empty. User-interface thread.
+// Selects the device of that name: 0. Unknown: the selected one stays, 1; reported unless the name
+// is empty. User-interface thread.
 int DEVICE_FindByName(const std::string& name);
 // The slot of the device of that name without selecting it; none for an unknown one.
 std::optional<int> DEVICE_SlotOf(const std::string& name);

@@ -24,7 +24,9 @@ void writeToErrorLog(std::string_view text) {
     const std::lock_guard lock(fileMutex);
     if (!fileTried) {
         fileTried = true;
-        errorFile.create(FILES_BesideProgram("err"));
+        if (!RUN_IsIsolated()) {
+            errorFile.create(FILES_BesideProgram("err"));
+        }
         errorFile.write(
             formatText("%s error log file, compiled at ", FILES_ProgramBaseName().c_str()) +
             LOG_BuildTime() + "\r\n" + LOG_HeaderBlock());

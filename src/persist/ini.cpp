@@ -2,6 +2,7 @@
 
 #include "notice/error.h"
 #include "notice/log.h"
+#include "notice/run.h"
 #include "persist/chars.h"
 #include "persist/hex_text.h"
 #include "persist/parse.h"
@@ -12,14 +13,26 @@
 #include <functional>
 #include <limits>
 #include <optional>
+#include <vector>
 
 namespace {
 
 constexpr char kHeader[] = "//\r\n// Calvorin ini file\r\n//\r\n\r\n";
 constexpr size_t kStringLength = 2000; // characters of a quoted string
 constexpr int32_t kMaxNumber = std::numeric_limits<int32_t>::max();
+constexpr int32_t kUnreadable = std::numeric_limits<int32_t>::min(); // its magnitude is none
+constexpr char kPorts[] = "Settings PORTS";
 
-std::string text;
+struct Change {
+    std::string section;
+    std::string key;
+    bool operator==(const Change&) const = default;
+};
+
+IniText settings; // as this run has read and set them
+IniText known;    // as they stand in the file, as far as this run knows
+// The keys that differ between both, in the order in which they were written.
+std::vector<Change> changes;
 // What could not be read is not overwritten either: the user may want to repair it.
 bool savingAllowed = true;
 
@@ -27,115 +40,43 @@ void report(const std::string& message) {
     ERROR_Out(nullptr, message, 1);
 }
 
-int lineNumber(size_t position) {
-    const auto end = text.begin() + static_cast<ptrdiff_t>(position);
-    return 1 + static_cast<int>(std::count(text.begin(), end, '\n'));
-}
-
 // The message, and in the log where it belongs to.
-void reportLine(size_t position, const std::string& message) {
-    LOG_Add(formatText("%s is faulty in line %d", FILES_BesideProgram("ini").c_str(),
-                       lineNumber(position)));
+void reportLine(int line, const std::string& message) {
+    LOG_Add(formatText("%s is faulty in line %d", FILES_BesideProgram("ini").c_str(), line));
     report(message);
 }
 
-void save() {
-    if (savingAllowed) {
-        static_cast<void>(FILES_Replace(FILES_BesideProgram("ini"), text));
-    }
+void reportNoRoom(const std::string& key) {
+    report(formatText("%s: no room for \"%s\", a settings file holds fewer than %zu bytes",
+                      FILES_BesideProgram("ini").c_str(), key.c_str(), kIniCapacity));
 }
 
-size_t afterLine(size_t position) {
-    const char* cursor = text.c_str() + position;
-    PARSE_SkipLine(cursor);
-    return static_cast<size_t>(cursor - text.c_str());
+void note(std::string_view section, std::string_view key) {
+    const Change change{std::string(section), std::string(key)};
+    std::erase(changes, change);
+    changes.push_back(change);
 }
 
-size_t afterBlanks(size_t position) {
-    const char* cursor = text.c_str() + position;
-    PARSE_SkipBlanks(cursor);
-    return static_cast<size_t>(cursor - text.c_str());
+std::string withoutBlanks(std::string line) {
+    std::erase_if(line, isBlank);
+    return line;
 }
 
-bool standsAt(size_t position, std::string_view expected) {
-    return std::string_view(text).substr(position).starts_with(expected);
-}
-
-// Behind one line break of any kind, where files written by hand may have another one than ours.
-size_t afterOneBreak(size_t position) {
-    if (standsAt(position, "\r\n")) {
-        return position + 2;
-    }
-    return position < text.size() && isLineBreak(text[position]) ? position + 1 : position;
-}
-
-// The position of the section's body, none when there is no such section.
-std::optional<size_t> findSection(std::string_view section) {
-    const std::string line = formatText("[%.*s]", static_cast<int>(section.size()), section.data());
-    for (size_t at = 0; at < text.size(); at = afterLine(at)) {
-        if (standsAt(at, line)) {
-            const size_t end = text.find_first_of("\r\n", at);
-            return end == std::string::npos ? text.size() : afterOneBreak(end);
-        }
-    }
-    return std::nullopt;
-}
-
-bool fits(size_t additional) {
-    return text.size() + additional < kIniCapacity;
-}
-
-std::optional<size_t> findOrCreateSection(std::string_view section) {
-    std::optional<size_t> body = findSection(section);
-    const bool lineIsOpen = !text.empty() && !isLineBreak(text.back());
-    std::string addition = lineIsOpen && body.value_or(text.size()) == text.size() ? "\r\n" : "";
-    if (!body) {
-        addition += formatText("[%.*s]\r\n", static_cast<int>(section.size()), section.data());
-    }
-    if (addition.empty()) {
-        return body;
-    }
-    if (!fits(addition.size())) {
-        return std::nullopt;
-    }
-    text += addition;
-    return text.size();
-}
-
-// The position of the key's first character in the section whose body begins at `body`.
-std::optional<size_t> findKey(size_t body, std::string_view key) {
-    for (size_t at = body; at < text.size() && text[at] != '['; at = afterLine(at)) {
-        const size_t begin = afterBlanks(at);
-        if (standsAt(begin, key)) {
-            return begin;
-        }
-    }
-    return std::nullopt;
-}
-
-void eraseKey(std::string_view section, std::string_view key) {
-    const std::optional<size_t> body = findSection(section);
-    const std::optional<size_t> at = body ? findKey(*body, key) : std::nullopt;
-    if (at) {
-        text.erase(*at, afterLine(*at) - *at);
-    }
-}
-
-// Puts the key's new line directly under the section line.
+// A line that says already what it is to say stays as it is.
 void writeLine(std::string_view section, std::string_view key, const std::string& value) {
-    std::string before = text;
-    eraseKey(section, key);
-    const std::string line = std::string(key) + value + "\r\n";
-    const std::optional<size_t> body = findOrCreateSection(section);
-    if (!body || !fits(line.size())) {
-        text = std::move(before);
-        report(formatText("%s: no room for \"%s\", a settings file holds fewer than %zu bytes",
-                          FILES_BesideProgram("ini").c_str(), std::string(key).c_str(),
-                          kIniCapacity));
+    const std::string line = std::string(key) + value;
+    if (withoutBlanks(settings.lineOf(section, key).value_or("")) == withoutBlanks(line)) {
         return;
     }
-    text.insert(*body, line);
-    save();
+    if (settings.put(section, key, line)) {
+        note(section, key);
+    } else {
+        reportNoRoom(std::string(key));
+    }
+}
+
+bool canBeRead(std::span<const int32_t> values) {
+    return std::ranges::find(values, kUnreadable) == values.end();
 }
 
 std::string joined(std::span<const int32_t> values) {
@@ -150,18 +91,16 @@ using ValueReader = std::function<void(std::string& error, const char*& cursor)>
 
 // Runs `read` on the text behind the key's characters and reports what it could not read.
 void readValue(size_t keyAt, std::string_view key, const ValueReader& read) {
-    const char* cursor = text.c_str() + keyAt + key.size();
+    const char* cursor = settings.text().c_str() + keyAt + key.size();
     std::string error;
     read(error, cursor);
     if (!error.empty()) {
-        reportLine(keyAt, PARSE_ErrorWords(error));
+        reportLine(settings.lineNumber(keyAt), PARSE_ErrorWords(error));
     }
 }
 
 void readKey(std::string_view section, std::string_view key, const ValueReader& read) {
-    const std::optional<size_t> body = findOrCreateSection(section);
-    const std::optional<size_t> at = body ? findKey(*body, key) : std::nullopt;
-    if (at) {
+    if (const std::optional<size_t> at = settings.findKey(section, key)) {
         readValue(*at, key, read);
     }
 }
@@ -188,17 +127,14 @@ void readNumbers(std::string& error, const char*& cursor, int32_t count,
 }
 
 // NUL bytes would end the text for the tokenizer. The settings around them are still good.
-void removeNulBytes() {
-    const size_t first = text.find('\0');
-    if (first != std::string::npos) {
-        reportLine(first, "NUL byte, left out");
-        std::erase(text, '\0');
-    }
+std::string withoutNulBytes(std::string text) {
+    std::erase(text, '\0');
+    return text;
 }
 
 // Reads as much as a settings file may hold; what is larger is no settings file.
-bool readFile(FileReader& file, const std::string& path) {
-    std::string content(kIniCapacity, '\0');
+bool readFile(FileReader& file, const std::string& path, std::string& content) {
+    content.assign(kIniCapacity, '\0');
     size_t length = 0;
     ptrdiff_t count = 1;
     while (count > 0 && length < content.size()) {
@@ -209,48 +145,95 @@ bool readFile(FileReader& file, const std::string& path) {
     if (length == kIniCapacity) {
         report(formatText("%s: a settings file holds fewer than %zu bytes; it is not used",
                           path.c_str(), kIniCapacity));
+        content.clear();
         return false;
     }
-    text = std::move(content);
     if (count < 0) {
         report("Read file failed");
+    }
+    return count >= 0;
+}
+
+// A missing file is an empty text. False when there is one that could not be read whole.
+bool readSettings(std::string& content) {
+    const std::string path = FILES_BesideProgram("ini");
+    FileReader file;
+    const FileResult opened = file.open(path);
+    if (opened.status == FileStatus::notFound) {
+        return true;
+    }
+    if (!opened.ok()) {
+        report(formatText("%s: %s", path.c_str(), opened.reason.c_str()));
         return false;
     }
-    return true;
+    const bool whole = readFile(file, path, content);
+    content = whole && content.empty() ? kHeader : content;
+    return whole;
+}
+
+// What somebody has edited in the file since this run read it is his.
+void carryOver(const Change& change, IniText& file) {
+    const auto& [section, key] = change;
+    if (file.lineOf(section, key) != known.lineOf(section, key)) {
+        return;
+    }
+    const std::optional<std::string> line = settings.lineOf(section, key);
+    if (!line) {
+        file.erase(section, key);
+        known.erase(section, key);
+    } else if (!file.put(section, key, *line) || !known.put(section, key, *line)) {
+        reportNoRoom(key);
+    }
 }
 
 } // namespace
 
 void INI_Load() {
-    text.clear();
-    savingAllowed = true;
-    const std::string path = FILES_BesideProgram("ini");
-    FileReader file;
-    const FileResult opened = file.open(path);
-    if (opened.status == FileStatus::notFound) {
+    std::string content;
+    savingAllowed = readSettings(content);
+    const IniText whole(content);
+    if (const size_t nul = content.find('\0'); nul != std::string::npos) {
+        reportLine(whole.lineNumber(nul), "NUL byte, left out");
+    }
+    changes.clear();
+    settings = IniText(withoutNulBytes(std::move(content)));
+    known = settings;
+    if (RUN_IsIsolated()) {
+        savingAllowed = false;
+        settings.keepOnly(kPorts);
+    }
+}
+
+void INI_Save() {
+    std::string content;
+    if (!savingAllowed || changes.empty() || !readSettings(content)) {
         return;
     }
-    if (!opened.ok()) {
-        report(formatText("%s: %s", path.c_str(), opened.reason.c_str()));
+    IniText file(withoutNulBytes(std::move(content)));
+    for (const Change& change : changes) {
+        carryOver(change, file);
     }
-    savingAllowed = opened.ok() && readFile(file, path);
-    if (savingAllowed && text.empty()) {
-        text = kHeader;
-    }
-    removeNulBytes();
+    changes.clear();
+    static_cast<void>(FILES_Replace(FILES_BesideProgram("ini"), file.text()));
 }
 
 void INI_WriteInt(std::string_view section, std::string_view key, int32_t value) {
-    writeLine(section, key, formatText(" = %d", value));
+    if (canBeRead({&value, 1})) {
+        writeLine(section, key, formatText(" = %d", value));
+    }
 }
 
 void INI_WriteRect(std::string_view section, std::string_view key, const int32_t (&values)[4]) {
-    writeLine(section, key, " = " + joined(values));
+    if (canBeRead(values)) {
+        writeLine(section, key, " = " + joined(values));
+    }
 }
 
 void INI_WriteIntArray(std::string_view section, std::string_view key,
                        std::span<const int32_t> values) {
-    writeLine(section, key, formatText("[%zu] = ", values.size()) + joined(values));
+    if (canBeRead(values)) {
+        writeLine(section, key, formatText("[%zu] = ", values.size()) + joined(values));
+    }
 }
 
 void INI_WriteString(std::string_view section, std::string_view key,
@@ -296,10 +279,9 @@ void INI_ReadString(std::string_view section, std::string_view key, std::span<ui
 }
 
 void INI_ReadText(std::string_view section, std::string_view key, std::string& value) {
-    const std::optional<size_t> body = findSection(section);
-    for (std::optional<size_t> at = body ? findKey(*body, key) : std::nullopt; at;
-         at = findKey(afterLine(*at), key)) {
-        const char* const behind = text.c_str() + *at + key.size();
+    for (std::optional<size_t> at = settings.findKey(section, key); at;
+         at = settings.findKeyFrom(settings.afterLine(*at), key)) {
+        const char* const behind = settings.text().c_str() + *at + key.size();
         if (!isBlank(*behind) && *behind != '=') {
             continue; // a longer key that begins with these characters
         }
@@ -316,6 +298,8 @@ void INI_ReadText(std::string_view section, std::string_view key, std::string& v
 }
 
 void INI_DeleteKey(std::string_view section, std::string_view key) {
-    eraseKey(section, key);
-    save();
+    if (settings.findKey(section, key)) {
+        settings.erase(section, key);
+        note(section, key);
+    }
 }

@@ -1,6 +1,7 @@
 #include "persist/mru.h"
 
 #include "notice/log.h"
+#include "notice/run.h"
 #include "persist/chars.h"
 #include "platform/format.h"
 #include "platform/recent_store.h"
@@ -42,6 +43,9 @@ void MRU_Init(int list, int capacity) {
     RecentList& recent = lists[static_cast<size_t>(list)];
     recent.capacity = static_cast<size_t>(std::clamp(capacity, 0, kMruCapacity));
     recent.entries.clear();
+    if (RUN_IsIsolated()) {
+        return;
+    }
     for (std::string& path : RECENTSTORE_Read(storeName(list))) {
         if (isUsable(path) && recent.entries.size() < recent.capacity) {
             recent.entries.push_back(std::move(path));
@@ -67,7 +71,9 @@ void MRU_Add(int list, std::string_view path) {
         recent.entries.pop_back();
     }
     recent.entries.insert(recent.entries.begin(), std::string(path));
-    RECENTSTORE_Write(storeName(list), recent.entries);
+    if (!RUN_IsIsolated()) {
+        RECENTSTORE_Write(storeName(list), recent.entries);
+    }
 }
 
 const std::vector<std::string>& MRU_GetEntries(int list) {

@@ -1,4 +1,5 @@
-// The two lists of recently used paths, program files and projects, kept per user.
+// The two lists of recently used paths, program files and projects, kept per user. Those of an
+// isolated run begin empty and end with it.
 // User-interface thread only.
 #pragma once
 

@@ -11,6 +11,7 @@
 #include "shell/command_table.h"
 #include "shell/edit_operations.h"
 #include "shell/program_files.h"
+#include "shell/session.h"
 #include "shell/verdict.h"
 
 #include <optional>
@@ -122,6 +123,7 @@ void CMDLINE_RunCommand(int command) {
     const Command* row = COMMAND_Find(command);
     if (row != nullptr && (RUN_GetExitCode() == 0 || command == CMD_EXIT)) {
         VERDICT_CommandStarts(*row);
+        SESSION_Get().commandBegun |= command != CMD_EXIT;
         if (row->line.read == nullptr) {
             MAINFRAME_Command(command);
         } else if (row->line.withoutData != nullptr && HEXDATA_IsEmpty()) {

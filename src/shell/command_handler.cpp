@@ -4,6 +4,7 @@
 #include "persist/mru.h"
 #include "shell/command_table.h"
 #include "shell/session.h"
+#include "shell/settings.h"
 #include "shell/summary.h"
 #include "target/commands.h"
 
@@ -31,6 +32,7 @@ void COMMAND_Options() {
     }
     if (FRONTEND_Get().optionsSheet() == kDialogOk) {
         TARGET_Disconnect();
+        SETTINGS_Save();
         CONFIGURATION_Changed();
     }
 }

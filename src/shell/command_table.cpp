@@ -104,7 +104,7 @@ constexpr Command kFile[] = {
              "Nothing to save"}),
     program(CMD_FILE_CLOSE, "&Close", "", idleAndLoaded, PROGRAM_Close),
     kSeparator,
-    recent(CMD_RECENT_PROGRAM_FIRST, {CMD_RECENT_PROGRAM_LAST, MRU_PROGRAMS, PROGRAM_Open}),
+    recent(CMD_RECENT_PROGRAM_FIRST, {CMD_RECENT_PROGRAM_LAST, MRU_PROGRAMS, PROGRAM_OpenRecent}),
     kSeparator,
     program(CMD_EXIT, "E&xit\tALT-F4", "", idle, quit, // the key is the window manager's
             {"Exit", "\t\t\tTerminates PC-programm automatically"}),

@@ -5,7 +5,9 @@
 #include "notice/error.h"
 #include "persist/ini.h"
 #include "shell/front_end.h"
+#include "shell/image_origin.h"
 #include "shell/session.h"
+#include "shell/settings.h"
 #include "shell/summary.h"
 #include "target/commands.h"
 
@@ -77,19 +79,29 @@ void openIfClosed(View view) {
 void EDIT_Relocate(int32_t offset) {
     if (!HEXDATA_Relocate(offset)) {
         ERROR_Out(nullptr, "Relocation would move data beyond the end of the address space", 1);
+    } else if (offset != 0) {
+        ORIGIN_MarkChanged();
     }
     SUMMARY_Refresh();
 }
 
 void EDIT_DeleteRange(uint32_t start, uint32_t end) {
+    const uint32_t before = HEXDATA_GetNumBytes();
     HEXDATA_DeleteRange(start, uint64_t{end} - start + 1);
+    if (HEXDATA_GetNumBytes() != before) {
+        ORIGIN_MarkChanged();
+    }
     SUMMARY_Refresh();
 }
 
 void EDIT_ReadBack(uint32_t start, uint32_t end) {
     {
         const TargetBusy busy;
-        TARGET_ReadBack(start, end);
+        if (TARGET_ReadBack(start, end)) {
+            ImageOrigin origin;
+            origin.kind = ImageKind::readBack;
+            ORIGIN_Set(origin);
+        }
     }
     SUMMARY_Refresh();
     openIfClosed(View::hexList);
@@ -125,6 +137,7 @@ void EDIT_RelocateDialog() {
         if (sign != storedSign) {
             INI_WriteInt(kRelocateSection, "Sign", sign);
         }
+        SETTINGS_Save();
         return;
     }
 }
@@ -148,6 +161,7 @@ void EDIT_DeleteRangeDialog() {
         }
     });
     if (range) {
+        SETTINGS_Save();
         EDIT_DeleteRange(range->start, range->last());
     }
 }

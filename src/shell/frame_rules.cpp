@@ -1,6 +1,5 @@
 #include "shell/frame_rules.h"
 
-#include "persist/mru.h"
 #include "platform/event_queue.h"
 #include "shell/cmdline.h"
 #include "shell/command_handler.h"
@@ -57,8 +56,7 @@ void FRAMERULES_OpenFile(const std::string& path) {
         if (PROJECT_IsProjectFile(path)) {
             PROJECT_Open(path);
         } else {
-            MRU_Add(MRU_PROGRAMS, path);
-            PROGRAM_Open(path);
+            PROGRAM_OpenRecent(path);
         }
     });
 }

@@ -5,10 +5,12 @@
 #include "data/program_format.h"
 #include "notice/error.h"
 #include "notice/log.h"
+#include "notice/run.h"
 #include "persist/mru.h"
 #include "platform/files.h"
 #include "platform/format.h"
 #include "shell/front_end.h"
+#include "shell/image_origin.h"
 #include "shell/session.h"
 #include "shell/summary.h"
 
@@ -59,45 +61,71 @@ void reopenHexList() {
     }
 }
 
+void imageIsOfFile(const std::string& path, int type) {
+    SESSION_Get().programPath = fullPath(path);
+    ORIGIN_Set({ImageKind::file, false, fullPath(path), 0, type, FILES_WriteTime(path)});
+}
+
+// After a file that could not be read to its end; one that could not be opened leaves the image.
+void forgetLostImage() {
+    ImageOrigin image = SESSION_Get().image;
+    if (HEXDATA_IsEmpty() && image.kind != ImageKind::none) {
+        image.kind = ImageKind::none;
+        ORIGIN_Set(image);
+    }
+}
+
 } // namespace
 
-void PROGRAM_Open(const std::string& path) {
+bool PROGRAM_Open(const std::string& path) {
     LOG_Add(formatText("Opening %s", path.c_str()));
     if (!PROGRAMFILE_Load(path)) {
+        forgetLostImage();
         SUMMARY_Refresh();
         FRONTEND_Get().updateMenu();
-        return;
+        return false;
     }
-    Session& session = SESSION_Get();
-    session.loaded = true;
-    session.programPath = fullPath(path);
-    session.fileType = HEXDATA_GetFileType();
+    SESSION_Get().loaded = true;
+    imageIsOfFile(path, HEXDATA_GetFileType());
     SUMMARY_Refresh();
     FRONTEND_Get().openView(View::hexDump);
     reopenHexList();
     FRONTEND_Get().openView(View::hexDump); // in front
-    session.programTime = FILES_WriteTime(path);
-    session.merged = false;
     FRONTEND_Get().updateMenu();
+    return true;
 }
 
-void PROGRAM_Merge(const std::string& path) {
+bool PROGRAM_Merge(const std::string& path) {
     LOG_Add(formatText("Merging %s", path.c_str()));
     Session& session = SESSION_Get();
-    session.programPath = fullPath(path);
+    const bool wasEmpty = HEXDATA_IsEmpty();
+    const bool found = FILES_Exists(path);
     session.loaded = PROGRAMFILE_Merge(path);
+    const bool merged = session.loaded && found;
+    if (!merged) {
+        forgetLostImage();
+    } else if (wasEmpty) {
+        imageIsOfFile(path, HEXDATA_GetFileType());
+    } else {
+        ImageOrigin image = session.image;
+        image.kind = image.kind == ImageKind::file ? ImageKind::files : image.kind;
+        image.changed = true;
+        ++image.merged;
+        session.programPath = fullPath(path);
+        ORIGIN_Set(image);
+    }
     SUMMARY_Refresh();
-    session.merged = true;
     FRONTEND_Get().updateMenu();
+    return merged;
 }
 
-void PROGRAM_Save(const std::string& path, int type) {
+bool PROGRAM_Save(const std::string& path, int type) {
     LOG_Add(formatText("Saving %s", path.c_str()));
-    Session& session = SESSION_Get();
-    session.fileType = type;
-    session.programPath = fullPath(path);
-    static_cast<void>(PROGRAMFILE_Save(path, type)); // which reports
-    session.programTime = FILES_WriteTime(path);
+    if (!PROGRAMFILE_Save(path, type)) {
+        return false;
+    }
+    imageIsOfFile(path, type);
+    return true;
 }
 
 void PROGRAM_Close() {
@@ -109,55 +137,63 @@ void PROGRAM_Close() {
 void PROGRAM_Unload() {
     HEXDATA_Clear();
     SESSION_Get().loaded = false;
+    ORIGIN_Set({});
     SUMMARY_Refresh();
     FRONTEND_Get().updateMenu();
 }
 
+void PROGRAM_OpenRecent(const std::string& path) {
+    if (PROGRAM_Open(path)) {
+        MRU_Add(MRU_PROGRAMS, path);
+    }
+}
+
 void PROGRAM_OpenDialog() {
     if (const auto choice = askForProgramFile()) {
-        MRU_Add(MRU_PROGRAMS, choice->path);
-        PROGRAM_Open(choice->path);
+        PROGRAM_OpenRecent(choice->path);
     }
 }
 
 void PROGRAM_MergeDialog() {
-    if (const auto choice = askForProgramFile()) {
+    const auto choice = askForProgramFile();
+    if (choice && PROGRAM_Merge(choice->path)) {
         MRU_Add(MRU_PROGRAMS, choice->path);
-        PROGRAM_Merge(choice->path);
     }
 }
 
 void PROGRAM_SaveCurrent() {
-    const Session& session = SESSION_Get();
-    if (session.programPath.empty()) {
-        PROGRAM_SaveAsDialog();
+    const ImageOrigin image = SESSION_Get().image;
+    if (image.kind == ImageKind::file) {
+        PROGRAM_Save(image.path, image.fileType);
+    } else if (RUN_IsUnattended()) {
+        ERROR_Out(nullptr, "The image is not that of one file, Save needs a name", 1);
     } else {
-        PROGRAM_Save(session.programPath, session.fileType);
+        PROGRAM_SaveAsDialog();
     }
 }
 
 void PROGRAM_SaveAsDialog() {
     const auto choice =
         FRONTEND_Get().chooseFile({true, "Save file", saveFilters(), SESSION_Get().programPath});
-    if (choice) {
+    if (choice && PROGRAM_Save(choice->path, PROGRAMFORMAT_All()[choice->filter].type)) {
         MRU_Add(MRU_PROGRAMS, choice->path);
-        PROGRAM_Save(choice->path, PROGRAMFORMAT_All()[choice->filter].type);
     }
 }
 
 void PROGRAM_CheckChanged() {
-    Session& session = SESSION_Get();
-    if (!session.loaded || session.merged) {
+    ImageOrigin& image = SESSION_Get().image;
+    const bool isWatched = image.kind == ImageKind::file || image.kind == ImageKind::none;
+    if (!SESSION_Get().loaded || !isWatched || image.path.empty()) {
         return;
     }
-    const auto time = FILES_WriteTime(session.programPath);
-    if (!time || time == session.programTime) {
+    const auto time = FILES_WriteTime(image.path);
+    if (!time || time == image.time) {
         return;
     }
-    session.programTime = time; // the question comes once a change, whatever the answer
+    image.time = time; // the question comes once a change, whatever the answer
     const int answer =
         ERROR_Ask(nullptr, "File has changed. Reload?", "Reload request", BOX_YES_NO);
     if (answer == ANSWER_YES) {
-        PROGRAM_Open(session.programPath);
+        PROGRAM_Open(std::string(image.path));
     }
 }

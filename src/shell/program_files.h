@@ -4,17 +4,19 @@
 
 #include <string>
 
+// Each is false when it failed; then nothing is remembered of it.
 // Loads a file in place of the image. A failed load leaves the image empty and the path unchanged.
-void PROGRAM_Open(const std::string& path);
-void PROGRAM_Merge(const std::string& path);
-void PROGRAM_Save(const std::string& path, int type);
+bool PROGRAM_Open(const std::string& path);
+bool PROGRAM_Merge(const std::string& path);
+bool PROGRAM_Save(const std::string& path, int type);
 void PROGRAM_Unload(); // empties the image
 void PROGRAM_Close();  // its views too
 
 // The file commands with their dialogs.
 void PROGRAM_OpenDialog();
 void PROGRAM_MergeDialog();
-void PROGRAM_SaveCurrent(); // Save As when there is no current path
+void PROGRAM_OpenRecent(const std::string& path);
+void PROGRAM_SaveCurrent(); // Save As unless the image is that of one file
 void PROGRAM_SaveAsDialog();
 
 // Asks whether to reload when the current file has changed on disk since it was opened or saved.

@@ -1,4 +1,3 @@
-#include "data/hexdata.h"
 #include "device/devprops_store.h"
 #include "link/password.h"
 #include "link/target_link.h"
@@ -6,10 +5,11 @@
 #include "platform/format.h"
 #include "serial/sio.h"
 #include "shell/front_end.h"
-#include "shell/identity.h"
+#include "shell/image_origin.h"
 #include "shell/program_files.h"
 #include "shell/project.h"
 #include "shell/session.h"
+#include "shell/settings.h"
 #include "shell/summary.h"
 
 namespace {
@@ -19,8 +19,13 @@ constexpr uint32_t kDefaultPort = 1;
 
 const FileFilter kProjectFilter{"Calvorin project files (*.tpu)", "*.tpu"};
 
-void writeProject(const std::string& path) {
-    PROJECT_Save(path, HEXDATA_IsEmpty() ? std::string() : SESSION_Get().programPath);
+bool writeProject(const std::string& path) {
+    return PROJECT_Save(path, ORIGIN_ProgramFile());
+}
+
+void setProject(const std::string& path) {
+    SESSION_Get().projectPath = path;
+    ORIGIN_ShowTitle();
 }
 
 } // namespace
@@ -38,11 +43,17 @@ void PROJECT_FillDefaults() {
     }
 }
 
+void PROJECT_UseDefaults() {
+    DEVPROPS_SelectAllBlocks();
+    PROJECT_FillDefaults();
+}
+
 void PROJECT_FirstStart() {
     DEVPROPS_SelectAllBlocks();
     FrontEnd& frontEnd = FRONTEND_Get();
     if (frontEnd.targetDialog() == kDialogOk && frontEnd.settingsDialog() == kDialogOk &&
         frontEnd.communicationDialog() == kDialogOk) {
+        SETTINGS_Save();
         SESSION_Get().showDevice = 1;
         SESSION_Get().showLog = 1;
         frontEnd.openView(View::log);
@@ -56,8 +67,7 @@ void PROJECT_New() {
     SIO_CloseAll();
     PASSWORD_Reset();
     PROGRAM_Close();
-    SESSION_Get().projectPath.clear();
-    FRONTEND_Get().setTitle(IDENTITY_Title());
+    setProject({});
     PROJECT_FirstStart();
     CONFIGURATION_Changed();
     SIO_Restart();
@@ -72,12 +82,14 @@ void PROJECT_OpenDialog() {
 }
 
 void PROJECT_Open(const std::string& path) {
-    SESSION_Get().projectPath = path;
     TARGET_Disconnect();
-    MRU_Add(MRU_PROJECTS, path);
-    static_cast<void>(PROJECT_Load(path)); // which reports; what was read before holds
-    FRONTEND_Get().setTitle(
-        formatText("%s V%s: %s", kProductName, IDENTITY_Version().c_str(), path.c_str()));
+    const ProjectRead read = PROJECT_Load(path); // which reports; what was read before holds
+    if (read != ProjectRead::failed) {
+        setProject(path);
+    }
+    if (read == ProjectRead::whole) {
+        MRU_Add(MRU_PROJECTS, path);
+    }
     CONFIGURATION_Changed();
     SIO_Restart();
 }
@@ -93,9 +105,8 @@ void PROJECT_SaveCurrent() {
 void PROJECT_SaveAsDialog() {
     const auto choice = FRONTEND_Get().chooseFile(
         {true, "Save project", {kProjectFilter}, SESSION_Get().projectPath});
-    if (choice) {
+    if (choice && writeProject(choice->path)) {
         MRU_Add(MRU_PROJECTS, choice->path);
-        SESSION_Get().projectPath = choice->path;
-        writeProject(choice->path);
+        setProject(choice->path);
     }
 }

@@ -1,19 +1,19 @@
-// What the main frame remembers while it works: the loaded program file, the project, what runs.
+// What the main frame remembers while it works: the loaded image, the project, what runs.
 // User-interface thread only.
 #pragma once
 
+#include "shell/image_origin.h"
+
 #include <cstdint>
-#include <optional>
 #include <string>
 
 struct Session {
     bool targetBusy = false; // a target operation started from the frame runs
     bool loaded = false;     // result of the last load or merge of a program file
-    bool merged = false;     // after a merge: the changed-file check is off
-    std::string programPath;
-    int fileType = 0;                   // with which Save writes
-    std::optional<int64_t> programTime; // last-write time when it was opened or saved
+    ImageOrigin image;
+    std::string programPath; // where file dialogs begin: what was last opened, merged or saved
     std::string projectPath;
+    bool commandBegun = false;   // one of the command line, but for Exit
     uint16_t targetChecksum = 0; // the last that was asked for
     bool quit = false;           // the main loop is to end
 

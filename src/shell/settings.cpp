@@ -2,8 +2,10 @@
 
 #include "device/device.h"
 #include "device/devprops.h"
+#include "device/devprops_store.h"
 #include "link/password.h"
 #include "persist/hex_text.h"
+#include "persist/ini.h"
 #include "serial/sio.h"
 #include "shell/cmdline_options.h"
 #include "shell/program_files.h"
@@ -13,11 +15,30 @@ namespace {
 constexpr uint32_t kLastAddress = 0xFFFFFF;
 constexpr int64_t kMaxInt = 0x7FFFFFFF;
 
-void setPassword(const std::string& digits, std::string& error) {
+bool setPassword(const std::string& digits, std::string& error) {
     const std::vector<uint8_t> bytes = HEXTEXT_ToBytes(digits, kMaxPassword, error);
     if (error.empty()) {
         PASSWORD_SetBytes(bytes);
     }
+    return true;
+}
+
+// The blocks of another device are other ones.
+bool setDevice(const std::string& name, std::string&) {
+    const int before = DEVICE_SelectedIndex();
+    if (DEVICE_FindByName(name) != 0) {
+        return name.empty(); // of a run without devices
+    }
+    if (DEVICE_SelectedIndex() != before) {
+        DEVPROPS_SelectAllBlocks();
+    }
+    return true;
+}
+
+// A file that cannot be loaded is no fault of the project.
+bool openProgramFile(const std::string& path, std::string&) {
+    PROGRAM_Open(path);
+    return true;
 }
 
 constexpr Setting number(SettingOption option, SettingLine line, SettingNumber number) {
@@ -43,8 +64,7 @@ constexpr Setting kSettings[] = {
     number({"OptionsCOMPort", "\t\t<PORT> Sets COM-port of PC"}, {"Port", 1},
            {1, kMaxComPort, SIO_GetPort, SIO_SetPort}),
     number({}, {"Logging", 3}, {0, 1, SIO_GetLogging, SIO_SetLogging}),
-    text({}, {"File", 4},
-         {499, nullptr, [](const std::string& path, std::string&) { PROGRAM_Open(path); }}),
+    text({}, {"File", 4}, {499, nullptr, openProgramFile}),
     number({"OptionsPWAdrCount", "\t<COUNTADR> Sets count address for password comparison"},
            {"PasswordAdrCount", 6},
            {0, kLastAddress, PASSWORD_GetAdrCount, PASSWORD_SetAdrCount, true}),
@@ -63,9 +83,7 @@ constexpr Setting kSettings[] = {
             nullptr, ValueRange{-kMaxInt, kMaxInt}},
            {}, {0, 0, nullptr, [](uint32_t on) { DEVPROPS_SetResetByPC(on != 0); }}),
     text({"OptionsTargetDevice", "\t<DEVICENAME> Selects the desired device", OPTION_TargetDevice},
-         {"Device", 5},
-         {99, [] { return DEVICE_GetName(); },
-          [](const std::string& name, std::string&) { DEVICE_FindByName(name); }}),
+         {"Device", 5}, {99, [] { return DEVICE_GetName(); }, setDevice}),
     number({"OptionsTargetSelBlocks",
             "\t<ENABLE,B1[,B2...][,B2-Bn]> Enables/disables the desired blocks",
             OPTION_TargetSelBlocks},
@@ -76,6 +94,11 @@ constexpr Setting kSettings[] = {
 };
 
 } // namespace
+
+void SETTINGS_Save() {
+    DEVPROPS_Save();
+    INI_Save();
+}
 
 std::span<const Setting> SETTINGS_Table() {
     return kSettings;

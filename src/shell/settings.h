@@ -39,7 +39,8 @@ struct SettingNumber {
 struct SettingText {
     size_t longest = 0;             // characters in a project
     std::string (*get)() = nullptr; // none: the program file that is saved with the project
-    void (*set)(const std::string& text, std::string& error) = nullptr;
+    // False when it was refused and reported, and there is no `error` that ends the reading.
+    bool (*set)(const std::string& text, std::string& error) = nullptr;
 };
 
 struct Setting {
@@ -48,6 +49,9 @@ struct Setting {
     SettingNumber number = {};
     SettingText text = {};
 };
+
+// Saves what the settings file holds, device properties included.
+void SETTINGS_Save();
 
 // In the order in which the command line matches and lists them.
 std::span<const Setting> SETTINGS_Table();

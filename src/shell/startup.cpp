@@ -1,6 +1,5 @@
 #include "shell/startup.h"
 
-#include "data/hexdata.h"
 #include "device/device.h"
 #include "device/devprops_store.h"
 #include "link/password.h"
@@ -21,10 +20,12 @@
 #include "shell/console.h"
 #include "shell/front_end.h"
 #include "shell/identity.h"
+#include "shell/image_origin.h"
 #include "shell/notifiers.h"
 #include "shell/program_files.h"
 #include "shell/project.h"
 #include "shell/session.h"
+#include "shell/settings.h"
 #include "shell/summary.h"
 #include "target/worker.h"
 
@@ -34,8 +35,6 @@ constexpr char kSection[] = "Settings MAINFRAME";
 constexpr int kRecentEntries = 8;
 constexpr int32_t kDefaultRight = 800;
 constexpr int32_t kDefaultBottom = 600;
-
-bool defaultProjectIsBad = false;
 
 void readFrameSettings() {
     Session& session = SESSION_Get();
@@ -51,7 +50,9 @@ void readFrameSettings() {
 }
 
 void prepareModules() {
-    LOG_Init();
+    if (!RUN_IsIsolated()) {
+        LOG_Init();
+    }
     STATUS_Init();
     STATUS_SetText("Disconnected", STATUS_CONNECTION);
     STATUS_SetText("Target CRC: ----", STATUS_CHECKSUM);
@@ -69,13 +70,22 @@ void prepareModules() {
     DEVPROPS_Load();
 }
 
-void loadDefaultProject() {
-    if (FILES_Exists(IDENTITY_DefaultProject())) {
-        defaultProjectIsBad = !PROJECT_Load(IDENTITY_DefaultProject());
+// What the run before has left. False when an unattended run must not go on without the rest of it.
+bool loadRemembered() {
+    const std::string project = IDENTITY_DefaultProject();
+    ProjectRead read = ProjectRead::whole;
+    if (RUN_IsIsolated()) {
+        PROJECT_UseDefaults();
+    } else if (FILES_Exists(project)) {
+        read = PROJECT_Load(project, !CMDLINE_ProgramFile());
         PROJECT_FillDefaults(); // of a file that ends early, or that a run without a port has saved
     } else {
         PROJECT_FirstStart();
     }
+    if (RUN_IsUnattended() && read == ProjectRead::partly) {
+        ERROR_Out(nullptr, "The default project cannot be read to its end (" + project + ")", 1);
+    }
+    return !RUN_IsUnattended() || RUN_GetExitCode() == 0;
 }
 
 // A conversion needs no port: a run that nobody watches and that queues no target command goes on
@@ -109,20 +119,9 @@ void writeOpenViews() {
     INI_WriteInt(kSection, "ShowDevice", frontEnd.isViewOpen(View::device) ? 1 : 0);
 }
 
-// The program file that the default project names again at the next start, as a full path.
-std::string currentProgramFile() {
-    return HEXDATA_IsEmpty() ? std::string() : SESSION_Get().programPath;
-}
-
-// Moves the project that could not be read out of the way. False when it stays where it is.
-bool keepBadProject() {
-    const std::string kept = IDENTITY_DefaultProject() + ".bad";
-    const FileResult result = FILES_Rename(IDENTITY_DefaultProject(), kept);
-    CONSOLE_PrintLine("Note: the default project could not be read to its end; " +
-                      (result.ok() ? "it is kept as " + kept
-                                   : "it stays as it is, without the values of this run (" + kept +
-                                         ": " + result.reason + ")"));
-    return result.ok();
+// It has done nothing, so there is nothing to start the next one with.
+bool failedBeforeItsFirstCommand() {
+    return RUN_IsUnattended() && RUN_GetExitCode() != 0 && !SESSION_Get().commandBegun;
 }
 
 } // namespace
@@ -139,9 +138,9 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
         return false;
     }
     TARGET_Init(nullptr, TERMINAL_ReceiveByte);
-    loadDefaultProject();
+    const bool isComplete = loadRemembered();
     CONFIGURATION_Changed(); // an option may fill the password before it names a device
-    if (!CMDLINE_Apply()) {
+    if (!isComplete || !CMDLINE_Apply()) {
         return false;
     }
     if (const auto programFile = CMDLINE_ProgramFile()) {
@@ -162,11 +161,12 @@ void STARTUP_FrameClosed() {
 }
 
 void STARTUP_Finish() {
-    INI_WriteRect(kSection, "Rect", SESSION_Get().frameRect);
-    DEVPROPS_Save();
-    if (!defaultProjectIsBad || keepBadProject()) {
-        PROJECT_Save(IDENTITY_DefaultProject(), currentProgramFile());
+    if (RUN_IsIsolated() || failedBeforeItsFirstCommand()) {
+        return;
     }
+    INI_WriteRect(kSection, "Rect", SESSION_Get().frameRect);
+    SETTINGS_Save();
+    PROJECT_Save(IDENTITY_DefaultProject(), ORIGIN_ProgramFile());
 }
 
 void STARTUP_Close() {

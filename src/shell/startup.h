@@ -6,7 +6,8 @@
 
 // Everything up to the main loop. False when the run must end with what has been reported.
 bool STARTUP_Run(const std::vector<std::string>& arguments);
-// What a run saves at its end: frame rectangle, device properties, default project.
+// What a run saves at its end: settings and default project. Nothing of an isolated run, and of an
+// unattended one that failed before its first command.
 void STARTUP_Finish();
 // Stops the worker and closes port, logs and queue.
 void STARTUP_Close();

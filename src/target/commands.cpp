@@ -283,8 +283,9 @@ void TARGET_ProgramTarget() {
     runCommand(kProgramTarget, "Programming Chip started", {});
 }
 
-void TARGET_ReadBack(uint32_t start, uint32_t end) {
-    runCommand(kReadBack, rangeStarted("Reading", start, end), AddressRange::upTo(start, end));
+bool TARGET_ReadBack(uint32_t start, uint32_t end) {
+    return runCommand(kReadBack, rangeStarted("Reading", start, end),
+                      AddressRange::upTo(start, end));
 }
 
 void TARGET_Verify(uint32_t first, uint32_t last) {

@@ -15,7 +15,8 @@ void TARGET_EraseBlocks();
 bool TARGET_EraseSelectedBlocks(); // without a box, as a step of Auto; whether it was done
 void TARGET_Program(uint32_t first, uint32_t last); // addresses, last inclusive
 void TARGET_ProgramTarget();
-void TARGET_ReadBack(uint32_t start, uint32_t end); // end inclusive; replaces the image
+// End inclusive. Replaces the image by what was read; false, and the image stays, when that failed.
+bool TARGET_ReadBack(uint32_t start, uint32_t end);
 uint16_t TARGET_GetCrc(bool showBox);
 uint16_t TARGET_GetSum(bool showBox);
 void TARGET_Verify(uint32_t first, uint32_t last); // last inclusive

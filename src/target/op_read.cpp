@@ -10,6 +10,7 @@
 #include "target/reply.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -26,7 +27,7 @@ Result<> checkBlank(uint32_t address, const std::vector<uint8_t>& data) {
 }
 
 // Reads the range piece by piece; `take` is given every reply.
-Result<> readRange(const AddressRange& range, Result<> (*take)(const Reply&)) {
+Result<> readRange(const AddressRange& range, const std::function<Result<>(const Reply&)>& take) {
     if (range.empty()) {
         return Failure{.reason =
                            formatText("The range %X - %X is empty", range.start, range.last())};
@@ -53,11 +54,11 @@ Result<> readRange(const AddressRange& range, Result<> (*take)(const Reply&)) {
     return {};
 }
 
-Result<> addToImage(const Reply& reply) {
-    HEXDATA_AddData(reply.address, reply.data);
-    const std::string error = HEXDATA_GetAddError();
-    return error.empty() ? Result<>() : Failure{.reason = error};
-}
+// What a chip holds from one address on.
+struct ReadPiece {
+    uint32_t address = 0;
+    std::vector<uint8_t> data;
+};
 
 Result<> blankReadBlock(const AddressRange& block) {
     for (uint64_t address = block.start; address < block.end;) {
@@ -111,9 +112,22 @@ Result<> verifyPiece(const AddressRange& piece) {
 } // namespace
 
 Result<> opReadBack(const Operation& operation) {
+    std::vector<ReadPiece> pieces;
+    const Result<> read = readRange(operation.range, [&pieces](const Reply& reply) {
+        pieces.push_back({reply.address, reply.data});
+        return Result<>();
+    });
+    if (!read) {
+        return read; // what is loaded stays
+    }
     HEXDATA_Clear();
     HEXDATA_ClearAddError();
-    return readRange(operation.range, addToImage);
+    for (const ReadPiece& piece : pieces) {
+        if (const char* error = HEXDATA_AddData(piece.address, piece.data)) {
+            return Failure{.reason = error};
+        }
+    }
+    return {};
 }
 
 Result<> opBlankRead(const Operation& operation) {

@@ -210,7 +210,10 @@ void FRAME_Show(bool visible) {
 }
 
 void FRAME_SetTitle(const std::string& title) {
-    frame->setWindowTitle(QString::fromStdString(title));
+    if (frame) {
+        frame->setWindowTitle(QString::fromStdString(title));
+        VIEWS_RefreshTitles();
+    }
 }
 
 void FRAME_UpdateMenu() {

@@ -2,7 +2,7 @@
 
 #include "notice/log.h"
 #include "persist/ini.h"
-#include "shell/session.h"
+#include "shell/image_origin.h"
 #include "ui/artwork.h"
 #include "ui/placement.h"
 #include "ui/view_widget.h"
@@ -151,8 +151,8 @@ void ViewWindow::closeEvent(QCloseEvent* event) {
 }
 
 QString presentTitle(const ViewSpec& spec) {
-    const std::string& path = SESSION_Get().programPath;
-    return spec.showsData && !path.empty() ? QString::fromStdString(path) : QString(spec.title);
+    const std::string image = ORIGIN_Text();
+    return spec.showsData && !image.empty() ? QString::fromStdString(image) : QString(spec.title);
 }
 
 // Takes the window away without the consequences that a closed data view has.
@@ -222,6 +222,14 @@ void VIEWS_Open(View view) {
         window->showNormal();
     }
     area->setActiveSubWindow(window);
+}
+
+void VIEWS_RefreshTitles() {
+    for (const ViewSpec& spec : kSpecs) {
+        if (ViewWindow* window = windowOf(spec.view)) {
+            window->setWindowTitle(presentTitle(spec));
+        }
+    }
 }
 
 void VIEWS_Close(View view) {

@@ -15,6 +15,8 @@ void VIEWS_Exit();
 
 // Makes the view, or brings the open one to the front and gives it the present title.
 void VIEWS_Open(View view);
+// After the image has got another origin.
+void VIEWS_RefreshTitles();
 void VIEWS_Close(View view);
 bool VIEWS_IsOpen(View view);
 void VIEWS_Refresh(View view);

@@ -77,7 +77,7 @@ TEST(Device, IsFoundByItsExactName) {
     EXPECT_EQ(DEVICE_FindByName("B"), 0);
     EXPECT_EQ(DEVPROPS_GetDevice(), 1);
     EXPECT_EQ(DEVICE_FindByName("b"), 1);
-    EXPECT_EQ(DEVPROPS_GetDevice(), 0);
+    EXPECT_EQ(DEVPROPS_GetDevice(), 1) << "the selected one stays";
     EXPECT_EQ(world.reports, Texts{"The devicename 'b' was unknown.\n"
                                    "Please check your configuration!\n\n"});
 }

@@ -14,6 +14,7 @@ TEST(DevProps, ComeBackFromTheSettingsFile) {
     const DevProps props{0, 3, 8'000'000, -0x1000, 0, 1, {1, 0, 1, 0, 1}};
     DEVPROPS_Set(props);
     DEVPROPS_Save();
+    INI_Save();
     EXPECT_NE(readFile(world.folder / "tool.ini").find("DevProps.aBlockSelect[5] = 1, 0, 1, 0, 1"),
               std::string::npos);
     DEVPROPS_Set({});

@@ -1,4 +1,5 @@
 #include "notice/log.h"
+#include "notice/run.h"
 #include "persist/ini.h"
 #include "platform/files.h"
 #include "support/reports.h"
@@ -6,6 +7,7 @@
 
 #include <array>
 #include <gtest/gtest.h>
+#include <limits>
 
 using std::string_literals::operator""s;
 
@@ -33,7 +35,11 @@ protected:
         INI_ReadInt(section, key, value);
         return value;
     }
-    std::string file() const { return readFile(folder / "tool.ini"); }
+    // The file as it is after a save.
+    std::string file() const {
+        INI_Save();
+        return readFile(folder / "tool.ini");
+    }
     // A report of the settings file with its path in front.
     std::string inFile(const std::string& rest) const {
         return (folder / "tool.ini").string() + rest;
@@ -70,6 +76,7 @@ TEST_F(Ini, WritesEachFormUnderItsSectionLineTheLastOneFirst) {
                       "[Settings MAINFRAME]\r\nShowLog = -2\r\nShowDevice = 0\r\n");
 
     INI_Load();
+    INI_WriteInt("Settings MAINFRAME", "ShowDevice", 0); // as it stands, so it stays there
     int32_t rect[4] = {};
     std::array<int32_t, 5> header = {1, 2, 3, 4, 5};
     std::array<uint8_t, 3> bytes = {9, 9, 9};
@@ -81,6 +88,9 @@ TEST_F(Ini, WritesEachFormUnderItsSectionLineTheLastOneFirst) {
     EXPECT_EQ(bytes, (std::array<uint8_t, 3>{1, 0xAB, 0}));
     EXPECT_EQ(read("Settings MAINFRAME", "ShowLog"), -2);
 
+    INI_WriteInt("Settings MAINFRAME", "ShowLog", std::numeric_limits<int32_t>::min());
+    EXPECT_EQ(file().find("ShowLog = -2\r\nShowDevice = 0\r\n"), file().size() - 30)
+        << "what could not be read back is not written";
     INI_DeleteKey("Settings LOG", "Header");
     EXPECT_EQ(file().find("Header"), std::string::npos);
     EXPECT_EQ(reports.take(), "");
@@ -100,6 +110,51 @@ TEST_F(Ini, FindsSectionsAndKeysInFilesWrittenByHand) {
     load("[A]\n[B]");
     INI_WriteInt("B", "Key", 5);
     EXPECT_EQ(file(), "[A]\n[B]\r\nKey = 5\r\n");
+}
+
+// The run changes C, D, F and G, deletes H, leaves the others alone; somebody edits the file
+// meanwhile.
+TEST_F(Ini, LeavesWhatIsEditedDuringTheRun) {
+    load("[S]\nA = 1\nB = 1\nC = 1\nD = 1\nE = 1\nH = 1\n[Settings PORTS]\nCOM1 = \"/a\"\n");
+    for (const char* key : {"A", "B"}) {
+        INI_WriteInt("S", key, 1);
+    }
+    for (const char* key : {"C", "D", "F", "G"}) {
+        INI_WriteInt("S", key, 2);
+    }
+    INI_DeleteKey("S", "H");
+    EXPECT_EQ(readFile(folder / "tool.ini").find('2'), std::string::npos) << "saved key by key";
+    writeFile(folder / "tool.ini", "// mine\n[S]\nA = 1\nB = 3\nC = 1\nD = 3\nG = 3\nH = 1\n"
+                                   "[Settings PORTS]\nCOM1 = \"/b\"\nCOM2 = \"/c\"\n");
+    const std::string merged = "// mine\n[S]\nF = 2\r\nC = 2\r\nA = 1\nB = 3\nD = 3\nG = 3\n"
+                               "[Settings PORTS]\nCOM1 = \"/b\"\nCOM2 = \"/c\"\n";
+    EXPECT_EQ(file(), merged);
+    for (const char* key : {"B", "D", "E"}) { // and after a first save
+        INI_WriteInt("S", key, 4);
+    }
+    INI_WriteInt("S", "C", 4);
+    EXPECT_EQ(read("S", "B"), 4) << "the run goes on with its own";
+    const std::string again = file();
+    EXPECT_TRUE(again.find("B = 3\nD = 3") != std::string::npos &&
+                again.find("C = 4\r\nF = 2") != std::string::npos)
+        << again;
+}
+
+TEST_F(Ini, AnIsolatedRunSeesThePortsAndSavesNothing) {
+    RUN_SetIsolated(true);
+    const std::string text =
+        "[S]\nKey = x\n[Settings PORTS]\nCOM1 = \"/a\"\nCOM2 = 5\n[T]\nKey = 6\n";
+    load(text);
+    EXPECT_EQ(read("S", "Key") + read("T", "Key"), 2 * 77);
+    std::string device;
+    INI_ReadText("Settings PORTS", "COM1", device);
+    EXPECT_EQ(device, "/a");
+    INI_ReadText("Settings PORTS", "COM2", device);
+    EXPECT_EQ(takeFault(), "line 5: Expected a text in double quotes");
+    INI_WriteInt("S", "Key", 8);
+    EXPECT_EQ(read("S", "Key"), 8) << "within the run";
+    EXPECT_EQ(file(), text);
+    RUN_SetIsolated(false);
 }
 
 TEST_F(Ini, PlainTextsAreMatchedWhole) {

@@ -1,3 +1,4 @@
+#include "notice/run.h"
 #include "persist/mru.h"
 #include "platform/files.h"
 #include "platform/recent_store.h"
@@ -25,6 +26,14 @@ TEST(Mru, KeepsTheLastPathsAcrossRuns) {
 
     MRU_Init(MRU_PROGRAMS, 2); // the next run, and a shorter menu
     EXPECT_EQ(MRU_GetEntries(MRU_PROGRAMS), (std::vector<std::string>{"d.hex", "c.hex"}));
+
+    RUN_SetIsolated(true);
+    MRU_Init(MRU_PROGRAMS, 2);
+    MRU_Add(MRU_PROGRAMS, "e.hex");
+    EXPECT_EQ(MRU_GetEntries(MRU_PROGRAMS), std::vector<std::string>{"e.hex"});
+    RUN_SetIsolated(false);
+    MRU_Init(MRU_PROGRAMS, 2);
+    EXPECT_EQ(MRU_GetEntry(MRU_PROGRAMS, 0), "d.hex") << "an isolated run leaves the list alone";
 
     RECENTSTORE_Write("Recent File List 0", {"one", "", "with\nbreak", "two"});
     MRU_Init(MRU_PROGRAMS, 8);

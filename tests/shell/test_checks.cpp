@@ -126,13 +126,13 @@ TEST(Project, RestoresWhatItSaved) {
         "Password = \"01FE\"\r\n";
     const std::string path = world.folder / "p.tpu";
     writeFile(path, project);
-    EXPECT_TRUE(PROJECT_Load(path));
+    EXPECT_EQ(PROJECT_Load(path), ProjectRead::whole);
     EXPECT_EQ(SIO_GetPort(), 7U);
     EXPECT_EQ(PASSWORD_GetAdrCount(), 0xABCDU);
     EXPECT_TRUE(PASSWORD_GetHexmode());
     namespace fs = std::filesystem;
     for (const std::string& programFile :
-         {""s, "a \"b\".hex"s, std::string(500, 'x'), "/dev/zero"s}) {
+         {""s, "a \"b\".hex"s, "a\0b.hex"s, std::string(500, 'x'), "/dev/zero"s}) {
         fs::remove(path);
         PROJECT_Save(path, programFile);
         EXPECT_EQ(readFile(path), project) << "no File line";
@@ -149,7 +149,12 @@ TEST(Project, RestoresWhatItSaved) {
               std::string::npos);
     SIO_SetPort(0);
     PROJECT_Save(path, "");
-    EXPECT_TRUE(PROJECT_Load(path)) << "a port that was never chosen";
+    EXPECT_EQ(PROJECT_Load(path), ProjectRead::whole) << "a port that was never chosen";
+    for (const uint32_t rate : {0U, 1'000'001U, 0x80000000U, 0xFFFFFFF6U}) {
+        SIO_SetBaudrate(rate);
+        PROJECT_Save(path, "");
+        EXPECT_EQ(readFile(path).find("Baudrate"), std::string::npos) << rate;
+    }
     PROJECT_Save(world.folder / "none" / "p.tpu", "");
     EXPECT_NE(world.log.find("p.tpu is not written: "), std::string::npos) << world.log;
     EXPECT_TRUE(world.reports.empty() && world.screen.questions.empty());
@@ -170,7 +175,7 @@ TEST(Project, StopsAtTheFirstFault) {
         ShellWorld world;
         const std::string path = world.folder / "p.tpu";
         writeFile(path, "# comment\n\\\\\nBaudrate = 9600 and more\n" + statement + "Port = 5\n");
-        EXPECT_FALSE(PROJECT_Load(path)) << statement;
+        EXPECT_EQ(PROJECT_Load(path), ProjectRead::partly) << statement;
         EXPECT_EQ(world.screen.questions,
                   std::vector{std::string("Error reading project file: ") + fault});
         EXPECT_EQ(SIO_GetBaudrate(), 9600U); // what was read before stays applied
@@ -178,7 +183,7 @@ TEST(Project, StopsAtTheFirstFault) {
     }
     const ShellWorld world;
     const std::string none = world.folder / "none.tpu";
-    EXPECT_FALSE(PROJECT_Load(none));
+    EXPECT_EQ(PROJECT_Load(none), ProjectRead::failed);
     EXPECT_EQ(world.reports, std::vector<std::string>{"Read file failed (" + none +
                                                       ": No such file or directory)"});
 }

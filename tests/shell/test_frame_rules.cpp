@@ -19,7 +19,7 @@ struct FrameWorld : ShellWorld {
         FRONTEND_Get().isViewOpen = [this](View) { return viewOpen; };
         const std::string path = file("app.hex", ":0400000001020304F2\n:00000001FF\n");
         PROGRAM_Open(path);
-        SESSION_Get().programTime = 1;
+        SESSION_Get().image.time = 1;
     }
     ~FrameWorld() { EVENTS_Close(); }
 

@@ -151,7 +151,7 @@ TEST(Frame, AsksOnceAboutAChangedFileWhenActivated) {
         return runUntil([&passed] { return passed; });
     };
     world.show();
-    SESSION_Get().programTime = 1;
+    SESSION_Get().image.time = 1;
     const std::vector<std::string> once = {"Reload request: File has changed. Reload?"};
     ASSERT_TRUE(activate());
     EXPECT_EQ(world.reports, once);

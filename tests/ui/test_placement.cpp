@@ -78,6 +78,7 @@ TEST(Placement, IsKeptAndRestored) {
     world.item(CMD_WINDOW_RESTORE_DEFAULT).trigger();
     EXPECT_EQ(world.window("Log")->geometry(), QRect(450, 420, 342, 114));
     EXPECT_EQ(world.window("Terminal I/O")->geometry(), QRect(0, 420, 449, 114));
+    INI_Save();
     EXPECT_EQ(readFile(world.folder / "tool.ini").find("Rect"), std::string::npos);
 }
 
