@@ -128,9 +128,26 @@ TEST_F(ProgramFile, AsksAboutWrongSRecordChecksums) {
     EXPECT_EQ(load(text), "10:ABEEAB");
     RUN_SetUnattended(true);
     reports.answer = ANSWER_NONE;
+    EXPECT_EQ(load(text), "Error in line 2: CheckSum error !");
+    RUN_SetAcceptDamaged(true);
     EXPECT_EQ(load(text), "10:AB 12:AB");
     EXPECT_EQ(reports.questions,
               (std::vector<std::string>{question, question, question + " (line 2)"}));
+}
+
+TEST_F(ProgramFile, NotesAHexFileWithoutItsEndRecord) {
+    const std::pair<std::string, bool> cases[] = {
+        {kData, true},
+        {kData + ":00000001FF\r\n"s, false},
+        {":00000001FF\r\n"s + kData, false},
+        {"S1040010AB40\r\n", false}, // its files may do without
+    };
+    for (const auto& [text, noted] : cases) {
+        load(text);
+        const std::string note =
+            "Note: " + path.string() + " has no end record, it may have been cut off";
+        EXPECT_EQ(reports.take(reports.log, '\n'), noted ? note : "") << text;
+    }
 }
 
 TEST_F(ProgramFile, MergesAndClearsAfterAFault) {

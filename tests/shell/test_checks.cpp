@@ -187,3 +187,44 @@ TEST(Project, StopsAtTheFirstFault) {
     EXPECT_EQ(world.reports, std::vector<std::string>{"Read file failed (" + none +
                                                       ": No such file or directory)"});
 }
+
+TEST(Project, KeepsWhatItCouldNotRead) {
+    ShellWorld world;
+    ShellWorld::select(kVectors); // "V"
+    DEVPROPS_SelectBlock(1, false);
+    const std::string path = world.folder / "p.tpu";
+    const std::string kept = path + ".bad";
+    const struct {
+        const char* text;
+        bool isKept;
+        const char* device;
+    } cases[] = {{"Port = 3\n\nPort = x\nDevice = \"V\"\n", true, "VT-1"},
+                 {"Device = \"W\"\nPort = 3\n", true, "VT-1"},
+                 {"Port = 3\nDevice = \"V\"\n", false, "V"}};
+    for (const auto& c : cases) {
+        DEVPROPS_SetDevice(0);
+        DEVPROPS_SelectBlock(0, false);
+        writeFile(path, c.text);
+        std::filesystem::remove_all(kept);
+        std::filesystem::create_directories(kept + "/in the way");
+        PROJECT_Open(path);
+        EXPECT_EQ(DEVICE_GetName(), c.device);
+        EXPECT_EQ(DEVPROPS_IsBlockSelected(0), DEVPROPS_GetDevice() != 0)
+            << "of another device all are";
+        EXPECT_EQ(SIO_GetPort(), 3U);
+        EXPECT_EQ(SESSION_Get().projectPath, path);
+        PROJECT_SaveCurrent();
+        EXPECT_EQ(readFile(path) == c.text, c.isKept) << "what cannot be kept is not written over";
+        std::filesystem::remove_all(kept);
+        PROJECT_SaveCurrent();
+        EXPECT_EQ(FILES_Exists(kept), c.isKept);
+        EXPECT_EQ(c.isKept ? readFile(kept) : c.text, c.text);
+        EXPECT_TRUE(readFile(path).starts_with("\\\\\r\n"));
+    }
+    PROJECT_Open(world.folder / "none.tpu");
+    FRONTEND_Get().chooseFile = [&world](const FileRequest&) {
+        return FileChoice{world.folder / "none" / "q.tpu", 0};
+    };
+    PROJECT_SaveAsDialog();
+    EXPECT_EQ(SESSION_Get().projectPath, path) << "the last that could be opened or saved";
+}

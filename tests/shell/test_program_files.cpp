@@ -1,3 +1,6 @@
+#include "data/program_format.h"
+#include "shell/edit_operations.h"
+#include "shell/identity.h"
 #include "shell/program_files.h"
 #include "shell/shell_world.h"
 
@@ -25,4 +28,73 @@ TEST(ProgramFiles, AreOfferedAndSavedInTheirFormats) {
     PROGRAM_OpenDialog();
     EXPECT_EQ(offered, "Target program files (*.h*;*.s*;*.hex;*.mot;)=*.h*;*.s*;*.hex;*.mot; "
                        "All files (*.*)=*.* ");
+}
+
+// What each step makes of the image's origin, and what Save does then: writes the file, or asks.
+TEST(ProgramFiles, AreWrittenWithoutAskingOnlyWhereTheImageIsTheirs) {
+    ShellWorld world;
+    const std::string app = world.folder / "app.hex";
+    const std::string boot = world.folder / "boot.hex";
+    const std::string cut = world.folder / "cut.hex";
+    std::string title;
+    int asked = 0;
+    FRONTEND_Get().setTitle = [&title](const std::string& text) { title = text; };
+    FRONTEND_Get().chooseFile = [&asked](const FileRequest&) {
+        ++asked;
+        return std::optional<FileChoice>();
+    };
+    const auto open = [&] { PROGRAM_Open(app); };
+    const auto merge = [&] { PROGRAM_Merge(boot); };
+    const auto edit = [] { EDIT_Relocate(0x10); };
+    const auto shorten = [] { EDIT_DeleteRange(0, 0); };
+    const auto fail = [&] {
+        PROGRAM_Merge(world.folder / "none");
+        PROGRAM_Save(world.folder / "none" / "x.hex", FILETYPE_INTEL);
+        EDIT_DeleteRange(0x1000, 0x1000); // holds nothing
+        EDIT_Relocate(0);
+    };
+    const auto loseIt = [&] { PROGRAM_Merge(cut); };
+    const auto saveAs = [&] { PROGRAM_Save(boot, FILETYPE_INTEL); };
+    const struct {
+        std::vector<std::function<void()>> steps;
+        std::string origin;
+        std::string saved; // by Save without asking
+    } cases[] = {
+        {{open}, app, app},
+        {{open, edit}, app + " *", app},
+        {{open, shorten}, app + " *", app},
+        {{open, fail}, app, app},
+        {{open, merge}, app + " + 1 *", ""},
+        {{open, merge, saveAs}, boot, boot},
+        {{open, loseIt}, "", ""},
+        {{open, PROGRAM_Close}, "", ""},
+        {{open, merge, open}, app, app},
+    };
+    for (const auto& c : cases) {
+        writeFile(app, ":0400000001020304F2\n:00000001FF\n");
+        writeFile(boot, ":0100200034AB\n:00000001FF\n");
+        writeFile(cut, ":0100300034");
+        PROGRAM_Unload();
+        for (const auto& step : c.steps) {
+            step();
+        }
+        SCOPED_TRACE(title);
+        EXPECT_EQ(title, IDENTITY_Title() + (c.origin.empty() ? "" : " - " + c.origin));
+        std::filesystem::remove(app);
+        std::filesystem::remove(boot);
+        asked = 0;
+        PROGRAM_SaveCurrent();
+        EXPECT_EQ(asked, c.saved.empty() ? 1 : 0);
+        for (const std::string& file : {app, boot}) {
+            EXPECT_EQ(std::filesystem::exists(file), file == c.saved) << file;
+        }
+        EXPECT_EQ(title.find('*') != std::string::npos, c.saved.empty() && c.origin.ends_with('*'));
+    }
+    RUN_SetUnattended(true);
+    writeFile(boot, ":0100200034AB\n:00000001FF\n");
+    merge();
+    world.screen.takeAll(world.reports);
+    PROGRAM_SaveCurrent();
+    EXPECT_EQ(world.reports,
+              std::vector<std::string>{"The image is not that of one file, Save needs a name"});
 }

@@ -1,11 +1,116 @@
 #include "device/image_checksum.h"
 #include "notice/status.h"
 #include "platform/event_queue.h"
+#include "platform/files.h"
+#include "shell/cmdline_commands.h"
 #include "shell/identity.h"
 #include "shell/shell_world.h"
 #include "shell/startup.h"
 
 #include <gtest/gtest.h>
+#include <regex>
+
+namespace {
+
+constexpr char kHexFile[] = ":0400000001020304F2\n:00000001FF\n";
+
+// Two devices and some program files; "@" in texts and arguments is its folder.
+struct RunsWorld : ShellWorld {
+    RunsWorld() {
+        DEVICE_Clear();
+        const std::string name = "Manufacturer = \"M\"\nDevice = ";
+        addFile("a.dev", name + "\"LOW\"\nBank = 0, 100\n");
+        addFile("b.dev", name + "\"HIGH\"\nBank = 0, 100, 200, 100\n");
+        write("app.hex", kHexFile);
+        write("boot.mot", "S1040010AB40\nS9030000FC\n");
+        write("cut.mot", "S1040010AB40\nS104001");
+    }
+    std::string inFolder(const std::string& text) const {
+        return std::regex_replace(text, std::regex("@"), folder.path().string());
+    }
+    void write(const std::string& name, const std::string& text) const {
+        writeFile(folder / name, inFolder(text));
+    }
+    std::string read(const std::string& name) const { return readFile(folder / name); }
+    // From start to end as the program does it; the exit code.
+    int run(std::vector<std::string> arguments) const {
+        for (std::string& argument : arguments) {
+            argument = inFolder(argument);
+        }
+        EVENTS_Open();
+        if (STARTUP_Run(arguments)) {
+            while (CMDLINE_IsRunning()) {
+                CMDLINE_Poll();
+            }
+            STARTUP_Finish();
+        }
+        const int code = RUN_GetExitCode();
+        STARTUP_Close();
+        return code;
+    }
+};
+
+constexpr char kPorts[] = "[Settings PORTS]\nCOM1 = \"@/none\"\n";
+constexpr char kAppProject[] = "Port = 1\nFile = \"@/app.hex\"\nDevice = \"HIGH\"\n";
+
+} // namespace
+
+TEST(Startup, TheNextRunStartsWithWhatSucceeded) {
+    const struct {
+        const char* project;
+        std::vector<std::string> arguments;
+        int exitCode;
+        const char* remembered; // the program file; none: settings and project stay as they are
+    } cases[] = {
+        {kAppProject, {"-Exit"}, 0, "@/app.hex"},
+        {kAppProject, {"-FileSaveAs@/out.mot", "-Exit"}, 0, "@/out.mot"},
+        {kAppProject, {"-FileSaveAs@/none/out.mot", "-Exit"}, 1, "@/app.hex"},
+        {kAppProject, {"@/app.hex", "-FileMerge@/boot.mot", "-Exit"}, 0, "@/app.hex"},
+        {kAppProject, {"-FileMerge@/gone.mot", "-Exit"}, 1, "@/app.hex"},
+        {kAppProject, {"-EditRelocate20", "-FileMerge@/cut.mot", "-Exit"}, 1, ""},
+        {kAppProject, {"gone.hex", "-FileSaveAs@/out.mot", "-Exit"}, 1, nullptr},
+        {kAppProject, {"-TargetGetCRC", "-Exit"}, 1, nullptr}, // there is no port
+        {kAppProject, {"-OptionsTargetDeviceHIHG", "-Exit"}, 1, nullptr},
+        {kAppProject, {"--isolated", "@/boot.mot", "-FileSaveAs@/out.mot", "-Exit"}, 0, nullptr},
+        {kAppProject, {"--isolated", "-FileSaveAs@/out.mot", "-Exit"}, 1, nullptr},
+        {"File = \"@/gone.hex\"\n", {"-FileSaveAs@/out.mot", "-Exit"}, 1, nullptr},
+        {"File = \"@/gone.hex\"\n", {"@/boot.mot", "-Exit"}, 0, "@/boot.mot"},
+        {"Device = \"HIHG\"\nPort = 1\n", {"@/boot.mot", "-EditRelocate20", "-Exit"}, 1, nullptr},
+        {"Prot = 3\nDevice = \"HIGH\"\n", {"@/boot.mot", "-EditRelocate20", "-Exit"}, 1, nullptr},
+        {"Prot = 3\n", {"--isolated", "@/boot.mot", "-EditRelocate20", "-Exit"}, 0, nullptr},
+    };
+    for (const auto& c : cases) {
+        const RunsWorld world;
+        world.write("Calvorin.tpu", c.project);
+        world.write("tool.ini", kPorts);
+        SCOPED_TRACE(std::string(c.project) + c.arguments.front());
+        EXPECT_EQ(world.run(c.arguments), c.exitCode);
+        if (c.remembered == nullptr) {
+            EXPECT_EQ(world.read("Calvorin.tpu"), world.inFolder(c.project));
+            EXPECT_EQ(world.read("tool.ini"), world.inFolder(kPorts));
+            const bool began = SESSION_Get().commandBegun;
+            EXPECT_EQ(began, RUN_IsIsolated());
+            EXPECT_EQ(FILES_Exists(world.folder / "tool.log"), !began);
+            EXPECT_FALSE(began && FILES_Exists(world.folder / "tool.err"));
+            continue;
+        }
+        const std::string line = world.inFolder(std::string("File = \"") + c.remembered + "\"");
+        EXPECT_EQ(world.read("Calvorin.tpu").find(*c.remembered != '\0' ? line : "File") !=
+                      std::string::npos,
+                  *c.remembered != '\0')
+            << world.read("Calvorin.tpu");
+        EXPECT_NE(world.read("tool.ini").find("DevProps.Device = "), std::string::npos);
+    }
+}
+
+TEST(Startup, SettingsThatCannotBeReadEndAnUnattendedRun) {
+    const RunsWorld world;
+    const std::string settings = "[Settings DEVICEPROPS]\nDevProps.Device = x\n";
+    world.write("tool.ini", settings);
+    EXPECT_EQ(world.run({"@/app.hex", "-FileSaveAs@/out.mot", "-Exit"}), 1);
+    EXPECT_FALSE(SESSION_Get().commandBegun || FILES_Exists(world.folder / "Calvorin.tpu"));
+    EXPECT_EQ(world.read("tool.ini"), settings);
+}
 
 TEST(Startup, OpensTheLogBeforeAnythingIsLogged) {
     ShellWorld world;
