@@ -1,5 +1,6 @@
 #include "data/hexdata.h"
 #include "device/device.h"
+#include "platform/format.h"
 #include "shell/command_ids.h"
 #include "shell/command_table.h"
 #include "shell/session.h"
@@ -8,9 +9,11 @@
 
 namespace {
 
-constexpr int64_t kFailureMs = 1700;  // the rest of a frame, and the pauses after a failure
-constexpr int64_t kRetryMs = 300;     // of the matching byte
-constexpr int64_t kStopMs = 2500;     // from Cancel or Ctrl-C to the end
+constexpr int64_t kFailureMs = 1700; // the rest of a frame, and the pauses after a failure
+constexpr int64_t kRetryMs = 300;    // of the matching byte
+constexpr int64_t kSumMs = 5000;     // for a checksum that came in part
+constexpr int64_t kAnewMs = 1500; // a reset and what follows, where a synchronised boot ROM fails
+constexpr int64_t kStopMs = 2500; // from Cancel or Ctrl-C to the end
 constexpr int64_t kReconnectMs = 200; // a loader that still runs is left first
 
 // What the loader makes of these contents.
@@ -84,16 +87,22 @@ int64_t longestWait(uint8_t stage, const std::string& command) {
 }
 
 std::string checkTime(const SweepCase& sweepCase, const CleanRun& clean, const Outcome& told) {
+    const auto& stages = clean.stages[sweepCase.kind == "rx" ? 1 : 0];
+    const bool known = sweepCase.isOnLine() && sweepCase.where < stages.size();
+    const uint8_t stage = known ? stages[sweepCase.where] : kStageBoot;
     int64_t allowed = clean.outcome.us / 1000 + sweepCase.lineFault().lateMs + kRetryMs;
+    // The erase by the boot ROM leaves it synchronised for the connect that follows.
+    allowed += stage == kStageBoot && sweepCase.command.starts_with("auto")
+                   ? (sweepCase.kind == "rx" ? kSumMs : 0) + kAnewMs
+                   : 0;
     if (!told.success) {
-        const auto& stages = clean.stages[sweepCase.kind == "rx" ? 1 : 0];
-        const bool known = sweepCase.isOnLine() && sweepCase.where < stages.size();
-        const uint8_t stage = known ? stages[sweepCase.where] : kStageBoot;
         const bool isLost = sweepCase.what == "unplugged"; // after that nothing is waited for
         allowed += (isLost ? 0 : longestWait(stage, sweepCase.command)) + kFailureMs;
     }
     const bool inTime = told.us / 1000 <= allowed && told.usAfterStop / 1000 <= kStopMs;
-    return inTime ? "" : "took too long; ";
+    return inTime ? ""
+                  : formatText("took %d ms, %d are allowed; ", static_cast<int>(told.us / 1000),
+                               static_cast<int>(allowed));
 }
 
 // A failure has one reason, and behind it what follows from it.
