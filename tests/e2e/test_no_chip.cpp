@@ -4,6 +4,7 @@
 #include "e2e/bench_world.h"
 #include "e2e/hex_files.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <numeric>
 #include <regex>
@@ -246,38 +247,57 @@ TEST(WithoutChip, IsBuiltHardened) {
 }
 #endif
 
-TEST(WithoutChip, KeepsAProjectThatItCannotRead) {
+TEST(WithoutChip, GoesByItsLineAloneWhenIsolated) {
     const ProgramFolder world;
-    const std::string bad = "Port = 3\r\n\r\nPort = x\r\n";
-    const std::filesystem::path project = world.folder / "Calvorin.tpu";
-    const std::filesystem::path kept = world.folder / "Calvorin.tpu.bad";
-    writeFile(project, bad);
-    std::filesystem::create_directories(kept / "in the way");
-    EXPECT_EQ(world.run({"-Exit"}).exitCode, 0);
-    EXPECT_EQ(readFile(project), bad) << "what cannot be kept is not written over";
+    const std::string settings = readFile(world.folder / "calvorin.ini");
+    const std::string bad = "Port = 3\r\n\r\nPort = x\r\nFile = \"gone.hex\"\r\n";
+    const auto contents = [&world] {
+        Strings names;
+        for (const auto& entry : std::filesystem::directory_iterator(world.folder.path())) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::ranges::sort(names);
+        return names;
+    };
+    writeFile(world.folder / "Calvorin.tpu", bad);
+    writeFile(world.folder / "app.hex", kHex);
+    const std::string file = world.folder / "app.hex";
+    RunResult result = world.run({"--isolated", file, "-EditRelocate10", "-Exit"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(world.run({file, "--isolated", "-TargetGetCRC", "-Exit"}).exitCode, 1);
+    const Strings left = contents();
+    for (const char* name : {"calvorin.log", "calvorin.err", "Calvorin.tpu.bad"}) {
+        EXPECT_EQ(std::ranges::count(left, name), 0) << name;
+    }
 
-    std::filesystem::remove_all(kept);
-    const RunResult result = world.run({"-Exit"});
+    result = world.run({file, "-EditRelocate10", "-TargetGetCRC", "-Exit"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.errors, Strings{"The default project cannot be read to its end (" +
+                                     (world.folder / "Calvorin.tpu").string() + ")"});
     EXPECT_NE(result.err.find(" is not read beyond line 3\n"
                               "Error reading project file: Expecting a number\n"),
               std::string::npos)
         << result.err;
-    EXPECT_EQ(readFile(kept), bad);
-    EXPECT_NE(readFile(project).find("Port = 3\r\nBaudrate = 38400\r\n"), std::string::npos);
+    EXPECT_EQ(readFile(world.folder / "Calvorin.tpu"), bad);
+    EXPECT_EQ(readFile(world.folder / "calvorin.ini"), settings);
 }
 
-TEST(WithoutChip, PrintsWhatItWouldHaveAsked) {
+TEST(WithoutChip, RefusesDamagedRecordsUnlessTheLineAcceptsThem) {
     const ProgramFolder world;
     const std::string path = world.folder / "bad.mot";
+    const std::string out = world.folder / "out.mot";
     writeFile(path, "S10510000102E7\r\nS1051002010200\r\nS10510040304DF\r\n");
-    const RunResult result =
-        world.run({path, "-FileSaveAs" + (world.folder / "out.mot").string(), "-Exit"});
+    RunResult result = world.run({path, "-FileSaveAs" + out, "-Exit"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.errors, Strings{"Error in line 2: CheckSum error !"});
+    EXPECT_FALSE(std::filesystem::exists(out));
+
+    result = world.run({path, "--accept-damaged", "-FileSaveAs" + out, "-Exit"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_NE(result.err.find("Checksum error !: Continue and ignore ? (line 2) [not asked]\n"),
               std::string::npos)
         << result.err;
-    EXPECT_EQ(readFile(world.folder / "out.mot"),
-              "S10510000102E7\r\nS10510040304DF\r\nS9030000FC\r\n");
+    EXPECT_EQ(readFile(out), "S10510000102E7\r\nS10510040304DF\r\nS9030000FC\r\n");
 }
 
 TEST(WithoutChip, WorksInAFolderThatCannotBeWritten) {

@@ -5,6 +5,10 @@
 #include "notice/progress.h"
 #include "notice/status.h"
 #include "shell/checks.h"
+#include "shell/edit_operations.h"
+#include "shell/image_origin.h"
+#include "shell/program_files.h"
+#include "shell/session.h"
 #include "target/operation.h"
 #include "target_world.h"
 
@@ -347,6 +351,32 @@ TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
         TARGET_Stop();
         ERROR_SetHandlers({}, {}, {});
     }
+}
+
+TEST(Commands, AReadBackThatFailsLeavesTheImage) {
+    ChipOptions chip;
+    chip.faults = {{FaultKind::noReply, ChipStep::read, 2}};
+    TargetWorld world({.device = "VT-B128", .chip = chip});
+    SESSION_Get().image.kind = ImageKind::file;
+    const std::vector<AddressRange> loaded = HEXDATA_GetAreas();
+    const uint32_t start = DEVICE_GetFlashStart();
+    EDIT_ReadBack(start, start + 0x3FF);
+    EXPECT_EQ(world.errors().size(), 1U);
+    EXPECT_EQ(HEXDATA_GetAreas(), loaded);
+    EXPECT_EQ(SESSION_Get().image.kind, ImageKind::file);
+
+    SIMPORT_WithChip(world.line, [](Chip& mended) { CHIP_SetFaults(mended, {}); });
+    EDIT_ReadBack(start, start + 0x3FF);
+    EXPECT_EQ(HEXDATA_GetAreas(), std::vector{AddressRange::of(start, 0x400)});
+    EXPECT_EQ(ORIGIN_Text(), "Read back");
+    EXPECT_EQ(ORIGIN_ProgramFile(), "");
+    int asked = 0;
+    FRONTEND_Get().chooseFile = [&asked](const FileRequest&) {
+        ++asked;
+        return std::optional<FileChoice>();
+    };
+    PROGRAM_SaveCurrent();
+    EXPECT_EQ(asked, 1);
 }
 
 // A reply that is on its way when the link is taken neither reaches the terminal nor is read as the

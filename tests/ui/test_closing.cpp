@@ -1,5 +1,6 @@
 #include "desktop_world.h"
 #include "link/target_state.h"
+#include "shell/startup.h"
 #include "target/operation.h"
 
 TEST(Closing, ReleasesAWorkerThatWaitsForAnAnswer) {
@@ -32,6 +33,7 @@ TEST(Closing, StoresTheViewsThatAreOpenAndThePlace) {
     world.frame().move(30, 40);
     world.frame().resize(700, 500);
     world.frame().close();
+    STARTUP_Finish();
     const std::string kept = readFile(world.folder / "tool.ini");
     for (const char* flag : {"ShowLog = 1", "ShowTerminal = 1", "ShowDevice = 0"}) {
         EXPECT_NE(kept.find(flag), std::string::npos) << flag;

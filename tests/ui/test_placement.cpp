@@ -1,4 +1,6 @@
 #include "desktop_world.h"
+#include "shell/edit_operations.h"
+#include "shell/identity.h"
 #include "shell/program_files.h"
 #include "ui/placement.h"
 
@@ -100,4 +102,16 @@ TEST(DataViews, UnloadWhenTheLastIsClosedByTheUser) {
         world.windows()[0]->close();
     }
     EXPECT_TRUE(HEXDATA_IsEmpty());
+    EXPECT_EQ(world.frame().windowTitle().toStdString(), IDENTITY_Title());
+}
+
+TEST(DataViews, ShowWhatTheImageIs) {
+    DesktopWorld world;
+    const std::string path = world.programFile();
+    PROGRAM_Open(path);
+    EDIT_Relocate(0x10);
+    EXPECT_EQ(world.frame().windowTitle().toStdString(), IDENTITY_Title() + " - " + path + " *");
+    EXPECT_EQ(world.windows()[0]->windowTitle().toStdString(), path + " *");
+    PROGRAM_SaveCurrent();
+    EXPECT_EQ(world.frame().windowTitle().toStdString(), IDENTITY_Title() + " - " + path);
 }
