@@ -23,7 +23,7 @@ nothing is done. A run that queues no -Target command needs no port; one that do
 --isolated: neither settings nor projects are read or written, the run is its command line alone.
 --accept-damaged: a damaged record of a program file does not fail a run with -Exit.
 What a run leaves in Calvorin.tpu beside the program, the next one starts with; a Calvorin.tpu that
-cannot be read to its end is kept as Calvorin.tpu.bad.
+cannot be read to its end ends a run with -Exit.
 Alone: --help prints this text, -? too where there is no desktop, --version prints the version.
 )";
 
