@@ -113,7 +113,7 @@ Result<> verifyPiece(const AddressRange& piece) {
 
 Result<> opReadBack(const Operation& operation) {
     std::vector<ReadPiece> pieces;
-    const Result<> read = readRange(operation.range, [&pieces](const Reply& reply) {
+    Result<> read = readRange(operation.range, [&pieces](const Reply& reply) {
         pieces.push_back({reply.address, reply.data});
         return Result<>();
     });
