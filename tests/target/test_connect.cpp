@@ -1,0 +1,146 @@
+// Reaching a chip and leaving it alone: passwords, keys, slow and far lines, the hand-over of the
+// port.
+
+#include "bootrom/connect.h"
+#include "target_world.h"
+
+TEST(Connect, ARefusedPasswordIsFollowedByTheOthersThatMayFit) {
+    const std::vector<uint8_t> right = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    const std::vector<uint8_t> wrong(12, 0x44);
+    const std::string tried = "Trying the password in the loaded file (1FFF4 - 1FFFF)";
+    const struct {
+        const char* name;
+        bool looksBlank;
+        std::vector<uint8_t> users;
+        std::vector<uint8_t> inFile;
+        int connected;
+        bool triesFile;
+    } cases[] = {
+        {"checksum of a blank chip", true, right, {}, 1, false},
+        {"none given", false, {}, right, 1, true},
+        {"the user's is refused", false, wrong, right, 1, true},
+        {"both are refused", false, wrong, std::vector<uint8_t>(12, 0x55), 0, true},
+        {"the file holds a part", false, wrong, {1, 2, 3}, 0, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        ChipOptions options;
+        options.password = right;
+        TargetWorld world({.device = "VT-B128", .chip = options});
+        // 257 zeros and one FE less than all FF: the same sum of 16 bits.
+        std::vector<uint8_t> flash(258, 0);
+        flash.back() = c.looksBlank ? 0xFE : 0x10;
+        SIMPORT_WithChip(world.line, [&](Chip& chip) { CHIP_PutFlash(chip, 0x100, flash); });
+        PASSWORD_SetBytes(c.users);
+        HEXDATA_Clear();
+        HEXDATA_AddData(0x1FFF4, c.inFile);
+        EXPECT_EQ(TARGET_Connect(), c.connected);
+        EXPECT_EQ(world.hasLogged(tried), c.triesFile);
+        EXPECT_EQ(PASSWORD_GetBytes(), c.users);
+        EXPECT_EQ(world.violations(), "");
+    }
+}
+
+// To a chip in its boot ROM every byte is a command; only who answers by itself is not in it.
+TEST(Connect, KeysDoNotReachABootRom) {
+    WorldOptions options;
+    options.chip.password = std::vector<uint8_t>(12, 0x11);
+    options.chip.applicationText = "hello";
+    TargetWorld world(options);
+    SIMPORT_WithChip(world.line,
+                     [](Chip& chip) { CHIP_PutFlash(chip, 0, std::vector<uint8_t>{1}); });
+    PASSWORD_SetBytes(std::vector<uint8_t>(12, 0x22));
+    const auto sent = [&world] { return SIMPORT_BytesToChip(world.line); };
+    const auto type = [&] {
+        const uint64_t before = sent();
+        TARGET_TerminalSend('@');
+        TARGET_TerminalSend('0');
+        CLOCK_Sleep(50);
+        return sent() - before;
+    };
+    EXPECT_EQ(type(), 2U);
+    world.terminal.clear();
+    EXPECT_EQ(TARGET_Connect(), 0); // the password is refused
+    EXPECT_EQ(type(), 0U);
+    EXPECT_EQ(world.terminal,
+              "\n[not sent: the chip is in its boot ROM until Start Application or a "
+              "reset]\n");
+    CLOCK_Sleep(3000);
+    SIMPORT_WithChip(world.line, [](Chip& chip) { // the user presses reset
+        CHIP_SetLines(chip, true, false, CLOCK_Now());
+        CHIP_SetLines(chip, false, false, CLOCK_Now());
+    });
+    CLOCK_Sleep(1000);
+    EXPECT_EQ(type(), 2U);
+    EXPECT_EQ(TARGET_Connect(), 0);
+    TARGET_StartApplication();
+    EXPECT_EQ(type(), 2U);
+}
+
+// A reply that is on its way when the link is taken neither reaches the terminal nor is read as the
+// boot ROM's answer; one that does not come holds nobody up for long.
+TEST(Connect, TheLinkIsTakenAtAnyPointOfAnExchange) {
+    ChipOptions paced;
+    paced.pacing = true;
+    for (int64_t us = 0; us < 8000; us += 80) {
+        TargetWorld world({.device = "VT-B128", .chip = paced});
+        EXPECT_EQ(TARGET_Connect(), 1);
+        CLOCK_Wait(CLOCK_AfterUs(us), [] { return false; });
+        us % 160 == 0 ? TARGET_DownloadRamImage(FILES_ProgramFolder() + "RamImage/vt-b.s")
+                      : TARGET_Disconnect();
+        EXPECT_EQ(world.allErrors() + world.terminal, "") << us << " us";
+    }
+    TargetWorld world({.device = "VT-B128", .chip = paced});
+    EXPECT_EQ(TARGET_Connect(), 1);
+    SIMPORT_WithChip(world.line, [](Chip& chip) {
+        CHIP_SetFaults(chip, {{FaultKind::noReply, ChipStep::identify}});
+    });
+    CLOCK_Sleep(50);
+    const Moment start = CLOCK_Now();
+    TARGET_Disconnect();
+    EXPECT_LE(CLOCK_Now().us - start.us, 310'000);
+    EXPECT_EQ(world.allErrors(), "");
+}
+
+// The slowest rate with the largest page, and a line that pauses inside of replies, as a busy
+// computer and a port server make it pause.
+TEST(Connect, SlowAndPausingLinesAreWaitedFor) {
+    WorldOptions slow;
+    slow.device = "OWN";
+    slow.description = "Version = 100\nManufacturer = \"M\"\nDevice = \"OWN\"\nBank = 0,4000\n"
+                       "UARTRamcode = \"vt-b.s\", \"TYPE_B\"\nFLASHPageLen = 1024\n"
+                       "TimeoutEraseBlock = 5000\nTimeoutGetSUM = 5000\nSprtErase = 1\n"
+                       "SkipPasswordCheck = 1\n";
+    slow.baudrate = 2400;
+    slow.chip.pacing = true;
+    WorldOptions pausing;
+    pausing.port = "faulty://rx-late=60:450ms,rx-late=61:450ms,rx-late=200:450ms,rx-late=421:450ms,"
+                   "rx-late=700:450ms@sim://world";
+    for (const WorldOptions& options : {slow, pausing}) {
+        TargetWorld world(options);
+        runAuto();
+        runVerify();
+        EXPECT_TRUE(world.hasLogged("Verifying finished"));
+        EXPECT_TRUE(world.chipHoldsProgram());
+        EXPECT_EQ(world.allErrors() + world.violations(), "");
+    }
+}
+
+// A port server that is a second away: every byte comes that late, also those of before the reset.
+TEST(Connect, FarPortServersAreWaitedFor) {
+    for (const char* device : {"VT-B128", "VT-A96"}) {
+        SCOPED_TRACE(device);
+        WorldOptions options;
+        options.device = device;
+        options.chip.applicationText = "running ";
+        options.chip.applicationEveryMs = 5;
+        TargetWorld world(options);
+        SIMPORT_SetDelay(world.line, 1000);
+        CLOCK_Sleep(3000);
+        runAuto();
+        runVerify();
+        EXPECT_TRUE(world.hasLogged("Verifying finished"));
+        EXPECT_TRUE(world.chipHoldsProgram());
+        EXPECT_EQ(world.allErrors() + world.violations(), "");
+    }
+}
