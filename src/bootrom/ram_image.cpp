@@ -103,8 +103,8 @@ bool _LoadRamImage(const std::string& path, std::string& text) {
     while (filled < text.size()) {
         const ptrdiff_t count = reader.read({text.data() + filled, text.size() - filled});
         if (count <= 0) {
-            return refuseFile(path, {FileStatus::failed, "the file could not be read to its end"},
-                              "Read file failed");
+            const FileResult ended{FileStatus::failed, "the file has become shorter"};
+            return refuseFile(path, count < 0 ? reader.failure() : ended, "Read file failed");
         }
         filled += static_cast<size_t>(count);
     }
