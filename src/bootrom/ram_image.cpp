@@ -165,8 +165,10 @@ std::string _ParseRamImageB(std::string_view whole, RamImageB& image) {
         if (block->address < end) {
             return "RAM-Image records overlap or are not in ascending order";
         }
-        end = uint64_t{block->address} + block->data.size();
-        image.blocks.push_back(std::move(*block));
+        if (!block->data.empty()) { // a record may say nothing but its address
+            end = uint64_t{block->address} + block->data.size();
+            image.blocks.push_back(std::move(*block));
+        }
     }
     if (image.blocks.empty()) {
         return "RAM-Image contains no data records";
