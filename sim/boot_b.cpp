@@ -82,14 +82,14 @@ void watchPieces(Chip& chip, Moment) {
     BootRom& boot = chip.boot;
     const PendingByte& byte = chip.byte;
     const bool exact = byte.earliest == byte.handed;
-    const bool begins = exact ? byte.handed != boot.piece
-                              : byte.handed.us - boot.pieceEarliest.us >= kPieceUs;
+    const bool begins =
+        exact ? byte.handed != boot.piece : byte.handed.us - boot.pieceEarliest.us >= kPieceUs;
     if (boot.pieceBytes == 0 || begins) {
         SIM_PieceBegins(chip);
     }
     if (++boot.pieceBytes == kLongestPiece + 1 && chip.options.strict) {
-        SIM_Violation(chip, formatText("more than %zu bytes of loader data without a pause",
-                                       kLongestPiece));
+        SIM_Violation(
+            chip, formatText("more than %zu bytes of loader data without a pause", kLongestPiece));
     }
 }
 

@@ -74,7 +74,8 @@ std::string resetFault(const Chip& chip, Moment at) {
     const int64_t held = at.us - chip.resetBegan.us;
     const int64_t settled = at.us - chip.rtsChanged.us;
     if (held < kResetUs) {
-        return formatText("reset of %lld ms where %lld are due", static_cast<long long>(held / 1000),
+        return formatText("reset of %lld ms where %lld are due",
+                          static_cast<long long>(held / 1000),
                           static_cast<long long>(kResetUs / 1000));
     }
     return settled >= kLineSettledUs

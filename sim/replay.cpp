@@ -30,8 +30,7 @@ std::string itemText(const ReplayItem& item, size_t matched) {
     }
     const size_t from = matched - std::min(matched, kShownBefore);
     const size_t end = std::min(matched + kShownFrom, item.bytes.size());
-    const std::string_view direction =
-        item.kind == ReplayItem::Kind::host ? "WRITE" : "READ";
+    const std::string_view direction = item.kind == ReplayItem::Kind::host ? "WRITE" : "READ";
     return std::string(direction) + (from > 0 ? " ..." : "") +
            bytesText(std::span(item.bytes).subspan(from, end - from)) +
            (end < item.bytes.size() ? " ..." : "");
@@ -190,9 +189,9 @@ void Replay::advance(Moment now) {
 void Replay::queueChip(const ReplayItem& item, Moment now) {
     const ReplayItem* before = at_ > 0 ? &items_[at_ - 1] : nullptr;
     const bool answers =
-        before != nullptr && (before->kind == ReplayItem::Kind::host ||
-                              (before->kind == ReplayItem::Kind::chip &&
-                               item.atMs - before->atMs <= kOneReplyMs));
+        before != nullptr &&
+        (before->kind == ReplayItem::Kind::host ||
+         (before->kind == ReplayItem::Kind::chip && item.atMs - before->atMs <= kOneReplyMs));
     if (before != nullptr && before->poll) {
         pollReply_ = item.bytes;
     }
@@ -232,8 +231,7 @@ void Replay::differ(const std::string& came) {
     }
     const size_t from = matched - std::min(matched, kShownBefore);
     const std::string shown =
-        turn_.empty() ? came
-                      : (from > 0 ? " ..." : "") + bytesText(std::span(turn_).subspan(from));
+        turn_.empty() ? came : (from > 0 ? " ..." : "") + bytesText(std::span(turn_).subspan(from));
     difference_ = place(*item) + "\n  log:  " + itemText(*item, matched) + "\n  came:" + shown;
     difference_ += turn_.empty() ? "\n" : formatText(" (byte %zu)\n", matched + 1);
 }
@@ -243,6 +241,7 @@ std::string Replay::missing() const {
     if (item == nullptr) {
         return isAtEnd() ? "" : "the chip's last bytes\n";
     }
-    return place(*item) + "\n  log:  " + itemText(*item, turn_.size()) + "\n  came: " +
-           (turn_.empty() ? "nothing" : formatText("only %zu bytes", turn_.size())) + "\n";
+    return place(*item) + "\n  log:  " + itemText(*item, turn_.size()) +
+           "\n  came: " + (turn_.empty() ? "nothing" : formatText("only %zu bytes", turn_.size())) +
+           "\n";
 }

@@ -49,7 +49,7 @@ private:
     std::vector<ReplayItem> items_;
     bool hasLines_;
     size_t at_ = 0;
-    std::vector<uint8_t> turn_; // of the host, since the item at `at_` began
+    std::vector<uint8_t> turn_;  // of the host, since the item at `at_` began
     std::vector<uint8_t> frame_; // of the host, in the items that are over, back to the last answer
     size_t frameAt_ = 0;         // the item that it began with
     std::deque<Output> outputs_;

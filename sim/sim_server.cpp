@@ -20,8 +20,8 @@ namespace {
 constexpr size_t kShownViolations = 20;
 constexpr int kHostDiffers = 3;
 constexpr size_t kLargestLog = 256 << 20; // bytes
-constexpr size_t kMayBeMore = 2000;       // bytes of one look at the line, behind which there may be
-                                          // more that came as early
+constexpr size_t kMayBeMore = 2000; // bytes of one look at the line, behind which there may be
+                                    // more that came as early
 
 int failed(const std::string& text) {
     PROCESS_WriteError("calvorin-sim: " + formatPrintable(text, LineEnds::stay) + "\n");
@@ -182,9 +182,8 @@ Peer replayPeer(Replay& replay) {
 
 SimServerLinePtr openLine(const SimOptions& options, std::string& error) {
     SIMWAIT_CatchSignals();
-    SimServerLinePtr line = options.tcpPort >= 0
-                                ? SIMTCP_Open(options.tcpPort, error)
-                                : SIMPTY_Open(options.link, options.rate, error);
+    SimServerLinePtr line = options.tcpPort >= 0 ? SIMTCP_Open(options.tcpPort, error)
+                                                 : SIMPTY_Open(options.link, options.rate, error);
     if (line) {
         PROCESS_WriteOut(line->address + "\n");
     }

@@ -22,8 +22,8 @@ public:
     void flush(std::vector<LogEntry>& out);
 
 private:
-    std::vector<std::string> last_; // of the poll that was written last; empty: there is none to
-                                    // count as the same
+    std::vector<std::string> last_;    // of the poll that was written last; empty: there is none to
+                                       // count as the same
     std::vector<std::string> current_; // of the poll under way, as far as it is written
     std::vector<LogEntry> held_;       // of the poll under way, while it is like the last one
     bool writing_ = false;             // it is not

@@ -60,7 +60,8 @@ void tell(const std::string& problem) {
 
 // With the lock held and logging on: lets `step` have its way with the polls and writes what it
 // gives out. One entry, one write; the stamp has the form of those in the program's log.
-template <typename Step> std::string writeWhatIsDue(const Step& step) {
+template <typename Step>
+std::string writeWhatIsDue(const Step& step) {
     std::vector<LogEntry> due;
     step(CLOCK_Tick() - startTick, due);
     std::string problem;
@@ -72,7 +73,8 @@ template <typename Step> std::string writeWhatIsDue(const Step& step) {
 }
 
 // Logging may stop while the other thread is about to add an entry: it is dropped.
-template <typename Step> void withPolls(const Step& step) {
+template <typename Step>
+void withPolls(const Step& step) {
     std::string problem;
     {
         const std::lock_guard lock(logMutex);

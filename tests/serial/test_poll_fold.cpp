@@ -7,11 +7,11 @@
 TEST(PollFold, WritesWhatIsNewAndCountsTheRest) {
     const std::pair<const char*, const char*> cases[] = {
         {"(ab)(ab)(ab)!", "a0 b1 [2/4]5"},
-        {"(ab)(ab)(ac)(ac)!", "a0 b1 [1/2]3 a4 c5 [1/2]7"},  // another answer
-        {"(ab)(ab)(a)(ab)", "a0 b1 [1/2]3 a4 a5 b6"},          // none
-        {"(ab)(ab)x(ab)(ab)!", "a0 b1 [1/2]3 x4 a5 b6 [1/2]8"},  // between
-        {"(ab)(axb)(ab)", "a0 b1 a2 x3 b4 a5 b6"},               // within
-        {"(ab)(ab)(a!b)(ab)!", "a0 b1 [1/2]3 a4 b5 [1/2]7"},    // written within
+        {"(ab)(ab)(ac)(ac)!", "a0 b1 [1/2]3 a4 c5 [1/2]7"},             // another answer
+        {"(ab)(ab)(a)(ab)", "a0 b1 [1/2]3 a4 a5 b6"},                   // none
+        {"(ab)(ab)x(ab)(ab)!", "a0 b1 [1/2]3 x4 a5 b6 [1/2]8"},         // between
+        {"(ab)(axb)(ab)", "a0 b1 a2 x3 b4 a5 b6"},                      // within
+        {"(ab)(ab)(a!b)(ab)!", "a0 b1 [1/2]3 a4 b5 [1/2]7"},            // written within
         {"(ab)(ab)+(ab)+(ab)(ab)!", "a0 b1 [3/10006]10007 [1/2]10009"}, // not for ever
         {"ab(cd)ab!", "a0 b1 c2 d3 a4 b5"},
         {"!()", ""},
@@ -41,10 +41,10 @@ TEST(PollFold, WritesWhatIsNewAndCountsTheRest) {
             unsigned lines = 0;
             unsigned times = 0;
             unsigned span = 0;
-            const bool counted =
-                std::sscanf(entry.text.c_str(), "           The %u lines above came %u times more "
-                                                "within %u ms",
-                            &lines, &times, &span) == 3;
+            const bool counted = std::sscanf(entry.text.c_str(),
+                                             "           The %u lines above came %u times more "
+                                             "within %u ms",
+                                             &lines, &times, &span) == 3;
             EXPECT_TRUE(!counted || lines == 2);
             text += (text.empty() ? "" : " ") +
                     (counted ? "[" + std::to_string(times) + "/" + std::to_string(span + 1) + "]"

@@ -102,7 +102,8 @@ struct ReplayWorld {
 // Thirteen lines, and a count every ten seconds.
 TEST(Idle, TheLogCountsPollsAndTellsTheReset) {
     const Recorded log = record("VT-B128");
-    EXPECT_EQ(log.count("            The 13 lines above came 51 times more within 10000 ms\r\n"), 5U);
+    EXPECT_EQ(log.count("            The 13 lines above came 51 times more within 10000 ms\r\n"),
+              5U);
     EXPECT_EQ(log.count("EB \r\n" + std::string(13, ' ')), 0U);
     EXPECT_EQ(log.count("56 54 31 30"), 2U) << "after connecting and after programming";
     std::string lines; // of the two resets
@@ -185,8 +186,8 @@ TEST(Replay, TheFirstDifferenceIsNamed) {
         {"VT-A60", "Rate 9600 Bd", "Rate 19200 Bd", "a rate of 19200 Bd", " a rate of 9600 Bd"},
         {"VT-B128", "RTS off", "RTS on", "DTR off", " RTS off", 2}, // nothing changes RTS
         {"VT-B128", "WRITE 86 ", "WRITE 5A ", "WRITE 5A", " 86 (byte 1)"},
-        {"VT-B128", "D7 0A 27 F3 ", "D7 0A 27 F4 ",
-         "WRITE ... 93 8A EF 43 67 D7 0A 27 F4 0B", " ... 93 8A EF 43 67 D7 0A 27 F3 (byte 11)"},
+        {"VT-B128", "D7 0A 27 F3 ", "D7 0A 27 F4 ", "WRITE ... 93 8A EF 43 67 D7 0A 27 F4 0B",
+         " ... 93 8A EF 43 67 D7 0A 27 F3 (byte 11)"},
         {"VT-B128", "WRITE 03 11 00 ", "WRITE 03 12 00 ", "WRITE 03 12 00 00 00 80 00",
          " 03 11 (byte 2)"},
         {"VT-B128", "            DTR on\r\n", "    1 WRITE 00 \r\n            DTR on\r\n",
@@ -215,9 +216,7 @@ TEST(Replay, TheFirstDifferenceIsNamed) {
                                             : "line " + std::to_string(line + test.linesOn) + " ("))
             << told;
         EXPECT_NE(told.find(test.log), std::string::npos) << told;
-        EXPECT_NE(told.find(std::string("came:") + test.came),
-                  std::string::npos)
-            << told;
+        EXPECT_NE(told.find(std::string("came:") + test.came), std::string::npos) << told;
     }
 }
 
@@ -235,12 +234,14 @@ TEST(Replay, KeepsTheTimesOfWhatIsNoAnswer) {
     EXPECT_EQ(replay.takeOutput(Moment{1'000'000}), (std::vector<uint8_t>{0x86, 0x87}));
     EXPECT_EQ(replay.nextOutput(), Moment{1'950'000});
     replay.take({HostEvent::Kind::data, {0x20}, 0}, Moment{1'900'000});
-    EXPECT_EQ(replay.difference(), "line 4 (0:00:04:000)\n  log:  READ 68 69\n  came: 20 before that "
-                                   "was sent\n");
+    EXPECT_EQ(replay.difference(),
+              "line 4 (0:00:04:000)\n  log:  READ 68 69\n  came: 20 before that "
+              "was sent\n");
     const std::pair<const char*, const char*> bad[] = {
         {"0:00:01:000    2 WRITE 86 \r\n", "line 1 is no entry of a communication log"},
         {"hello\r\n0:00:01:000    1 WRITE 8x \r\n", "line 2 is no entry of a communication log"},
-        {"hello\r\n0:00:01:000            Closing COM1\r\n", "no communication log, or an empty one"},
+        {"hello\r\n0:00:01:000            Closing COM1\r\n",
+         "no communication log, or an empty one"},
     };
     for (const auto& [text, fault] : bad) {
         EXPECT_TRUE(REPLAY_ParseLog(text, error).empty());
