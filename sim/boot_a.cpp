@@ -192,10 +192,20 @@ void endOfRecords(Chip& chip, Moment at) {
     SIM_StartLoader(chip);
 }
 
+// Whether a record has as many bytes as those of its type have; there are none beyond type 05.
+bool isWellFormed(uint8_t type, size_t count) {
+    constexpr std::array<size_t, 6> kCounts = {0, 0, 2, 4, 2, 4};
+    return type == 0x00 ? count > 0 : type < kCounts.size() && count == kCounts[type];
+}
+
 void recordBody(Chip& chip, Moment at) {
     const std::vector<uint8_t> record = chip.boot.bytes;
     if (SIM_TwosComplement(record) != 0) {
         fail(chip, "record with a wrong checksum");
+    }
+    if (chip.options.strict && !isWellFormed(record[3], record[0])) {
+        fail(chip, formatText("record of type %02X with %u bytes", unsigned{record[3]},
+                              unsigned{record[0]}));
     }
     const size_t count = record[0];
     const uint8_t type = record[3];
@@ -221,6 +231,8 @@ void recordHeader(Chip& chip, Moment) {
 void recordStart(Chip& chip, Moment) {
     const uint8_t value = chip.boot.bytes.front();
     if (value == kRecordMark) {
+        SIM_PieceBegins(chip);
+        chip.boot.pieceBytes = 1;
         SIM_Want(chip, 1, recordHeader);
         return;
     }
@@ -231,6 +243,7 @@ void recordStart(Chip& chip, Moment) {
 }
 
 void loaderRecords(Chip& chip, Moment) {
+    chip.boot.pieceBytes = 0;
     SIM_Want(chip, 1, recordStart);
 }
 

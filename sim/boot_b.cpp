@@ -7,6 +7,8 @@ namespace {
 constexpr size_t kPasswordLength = 12;
 constexpr uint8_t kRefusedPassword = 0x11;
 constexpr uint8_t kBadChecksum = 0x18;
+// The longest that the host may send without a pause: filling up to a record, and the record.
+constexpr size_t kLongestPiece = 31 + 250;
 
 std::vector<uint8_t> expectedPassword(const Chip& chip) {
     std::vector<uint8_t> expected(kPasswordLength, 0xFF);
@@ -74,6 +76,23 @@ std::string headerFault(const Chip& chip) {
     return {};
 }
 
+// Pieces are what is handed over at one moment. Where that is not known exactly, one may have been
+// read as several.
+void watchPieces(Chip& chip, Moment) {
+    BootRom& boot = chip.boot;
+    const PendingByte& byte = chip.byte;
+    const bool exact = byte.earliest == byte.handed;
+    const bool begins =
+        exact ? byte.handed != boot.piece : byte.handed.us - boot.pieceEarliest.us >= kPieceUs;
+    if (boot.pieceBytes == 0 || begins) {
+        SIM_PieceBegins(chip);
+    }
+    if (++boot.pieceBytes == kLongestPiece + 1 && chip.options.strict) {
+        SIM_Violation(
+            chip, formatText("more than %zu bytes of loader data without a pause", kLongestPiece));
+    }
+}
+
 void takeHeader(Chip& chip, Moment at) {
     BootRom& boot = chip.boot;
     boot.blockStart = static_cast<uint32_t>(boot.bytes[0]) << 24 |
@@ -88,7 +107,9 @@ void takeHeader(Chip& chip, Moment at) {
         return;
     }
     SIM_BootReply(chip, ChipStep::header, {0x10}, at);
+    boot.pieceBytes = 0;
     SIM_Want(chip, boot.blockSize + 1, finishDownload);
+    boot.each = watchPieces;
 }
 
 void takePassword(Chip& chip, Moment at) {

@@ -50,6 +50,22 @@ void SIM_Want(Chip& chip, size_t count, BootStep step) {
     chip.boot.bytes.clear();
     chip.boot.wanted = count;
     chip.boot.step = step;
+    chip.boot.each = nullptr;
+}
+
+void SIM_PieceBegins(Chip& chip) {
+    BootRom& boot = chip.boot;
+    const PendingByte& byte = chip.byte;
+    const int64_t pause = byte.handed.us - boot.pieceEarliest.us;
+    if (chip.options.strict && boot.pieceBytes > 0 && pause < kPieceUs) {
+        SIM_Violation(chip,
+                      formatText("loader data sent %lld.%lld ms after the piece before, 10 are due",
+                                 static_cast<long long>(pause / 1000),
+                                 static_cast<long long>(pause / 100 % 10)));
+    }
+    boot.piece = byte.handed;
+    boot.pieceEarliest = byte.earliest;
+    boot.pieceBytes = 0;
 }
 
 void SIM_WantMatch(Chip& chip) {
@@ -67,6 +83,9 @@ void SIM_BootByte(Chip& chip, uint8_t value, Moment at) {
         return;
     }
     boot.bytes.push_back(value);
+    if (boot.each != nullptr) {
+        boot.each(chip, at);
+    }
     if (boot.bytes.size() == boot.wanted) {
         boot.step(chip, at);
     }

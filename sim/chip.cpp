@@ -13,6 +13,11 @@ constexpr size_t kMaxApplicationInput = 1 << 20;
 constexpr uint32_t kFallbackRate = 115200; // paces a line whose rate is unknown
 constexpr int64_t kResyncSilenceUs = 400000;
 constexpr int64_t kTextBacklogUs = 100000;
+// What the host has to leave the chip in a reset, after it, and for its loader to begin.
+constexpr int64_t kResetUs = 300000;
+constexpr int64_t kLineSettledUs = 250000;
+constexpr int64_t kAfterResetUs = 250000;
+constexpr int64_t kLoaderStartUs = 100000;
 
 uint32_t paceRate(uint32_t rate) {
     return rate == 0 ? kFallbackRate : rate;
@@ -57,15 +62,35 @@ void enterReset(Chip& chip, Moment at) {
     SIM_TranscriptNote(chip, "reset", at);
     chip.mode = ChipMode::inReset;
     chip.silent = false;
+    chip.pause = {};
+    chip.resetBegan = at;
     std::erase_if(chip.output, [at](const SentByte& byte) { return byte.at > at; });
     chip.outputFree = at;
     chip.counts.resets++;
+}
+
+// What is wrong with a reset that ends; empty when nothing is.
+std::string resetFault(const Chip& chip, Moment at) {
+    const int64_t held = at.us - chip.resetBegan.us;
+    const int64_t settled = at.us - chip.rtsChanged.us;
+    if (held < kResetUs) {
+        return formatText("reset of %lld ms where %lld are due",
+                          static_cast<long long>(held / 1000),
+                          static_cast<long long>(kResetUs / 1000));
+    }
+    return settled >= kLineSettledUs
+               ? std::string()
+               : formatText("RTS changed %lld ms before the end of the reset where %lld are due",
+                            static_cast<long long>(settled / 1000),
+                            static_cast<long long>(kLineSettledUs / 1000));
 }
 
 void leaveReset(Chip& chip, bool bootRom, Moment at) {
     chip.readyAt = Moment{at.us + chip.options.startupUs};
     if (bootRom) {
         SIM_EnterBootRom(chip, at);
+        SIM_Pause(chip, "the reset", at, kAfterResetUs);
+        chip.resetFault = resetFault(chip, at);
     } else {
         startApplication(chip, chip.readyAt);
     }
@@ -115,8 +140,28 @@ void checkTurn(Chip& chip, Moment at) {
     SIM_Violation(chip, "byte sent before the reply to the last command has arrived");
 }
 
+// What the host has begun to rely on, or should have waited for.
+void checkPause(Chip& chip) {
+    const DuePause pause = std::exchange(chip.pause, {});
+    const std::string fault = std::exchange(chip.resetFault, {});
+    if (!chip.options.strict) {
+        return;
+    }
+    if (!fault.empty()) {
+        SIM_Violation(chip, fault);
+    }
+    if (pause.behind != nullptr && chip.byte.handed < pause.until) {
+        SIM_Violation(
+            chip, formatText("byte sent %lld ms after %s where %lld are due",
+                             static_cast<long long>((chip.byte.handed.us - pause.from.us) / 1000),
+                             pause.behind,
+                             static_cast<long long>((pause.until.us - pause.from.us) / 1000)));
+    }
+}
+
 void processByte(Chip& chip, const PendingByte& byte) {
     chip.now = byte.at;
+    chip.byte = byte;
     chip.counts.bytesIn++;
     if (SIM_FaultNumber(chip, FaultKind::dieAtByte, static_cast<uint32_t>(chip.counts.bytesIn))) {
         chip.silent = true;
@@ -140,6 +185,7 @@ void processByte(Chip& chip, const PendingByte& byte) {
     SIM_TranscriptByte(chip, true, value, byte.at);
     if (!chip.silent && chip.mode != ChipMode::application) {
         checkTurn(chip, byte.at);
+        checkPause(chip);
     }
     if (chip.silent) {
         return;
@@ -187,6 +233,8 @@ void SIM_EnterBootRom(Chip& chip, Moment at) {
     chip.mode = ChipMode::bootRom;
     chip.boot = BootRom{};
     chip.loader = LoaderState{};
+    chip.pause = {};
+    chip.resetFault.clear();
     chip.lastTraffic = at;
     chip.rate = chip.family->matchRate;
     SIM_WantMatch(chip);
@@ -196,7 +244,12 @@ void SIM_StartLoader(Chip& chip) {
     chip.mode = ChipMode::loader;
     chip.loader = LoaderState{};
     chip.counts.downloads++;
+    SIM_Pause(chip, "the download", std::max(chip.outputFree, chip.now), kLoaderStartUs);
     SIM_TranscriptNote(chip, "loader starts", chip.now);
+}
+
+void SIM_Pause(Chip& chip, const char* behind, Moment from, int64_t us) {
+    chip.pause = {Moment{from.us + us}, from, behind};
 }
 
 void SIM_Send(Chip& chip, std::span<const uint8_t> bytes, Moment at) {
@@ -223,6 +276,10 @@ void CHIP_SetHostRate(Chip& chip, uint32_t rate) {
 }
 
 void CHIP_Receive(Chip& chip, std::span<const uint8_t> bytes, Moment at) {
+    CHIP_Receive(chip, bytes, at, at);
+}
+
+void CHIP_Receive(Chip& chip, std::span<const uint8_t> bytes, Moment at, Moment earliest) {
     const Moment start = std::max(at, chip.inputFree);
     Moment t = start;
     uint32_t sent = 0;
@@ -230,7 +287,7 @@ void CHIP_Receive(Chip& chip, std::span<const uint8_t> bytes, Moment at) {
         if (chip.options.pacing) {
             t = afterBytes(start, paceRate(chip.hostRate), ++sent);
         }
-        chip.input.push_back({t, byte, chip.hostRate});
+        chip.input.push_back({t, byte, chip.hostRate, at, earliest});
     }
     chip.inputFree = t;
 }
@@ -247,6 +304,9 @@ void CHIP_SetLines(Chip& chip, bool dtr, bool rts, Moment at) {
     }
     const bool rises = dtr && !chip.dtr;
     const bool falls = !dtr && chip.dtr;
+    if (chip.rts != rts) {
+        chip.rtsChanged = at;
+    }
     chip.dtr = dtr;
     chip.rts = rts;
     if (rises) {

@@ -52,8 +52,10 @@ ChipPtr CHIP_Create(const DeviceRecord& device, const ChipOptions& options = {})
 // The rate at which the host sends and listens from now on, in bits per second; 0 unknown.
 void CHIP_SetHostRate(Chip& chip, uint32_t rate);
 // Bytes that the host hands to its line at a moment. With pacing each arrives ten bits after the
-// one before it, without at once.
+// one before it, without at once. A line that only knows when it looked gives the moment from which
+// on they may have been handed over as well.
 void CHIP_Receive(Chip& chip, std::span<const uint8_t> bytes, Moment at);
+void CHIP_Receive(Chip& chip, std::span<const uint8_t> bytes, Moment at, Moment earliest);
 // When the last byte handed over has arrived at the chip.
 Moment CHIP_InputDone(const Chip& chip);
 // The control lines. DTR holds the chip in reset while it is set; when it is cleared the chip

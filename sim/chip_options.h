@@ -87,9 +87,12 @@ struct ChipOptions {
     // Password that the chip asks for; empty: what its flash holds at the places that the device
     // description names.
     std::vector<uint8_t> password;
-    uint16_t packetSize = 128;   // bytes, as the loader reports it
-    bool pacing = false;         // bytes take their time on the line, in both directions
-    bool checkRate = true;       // false: the line has no rate worth checking; bytes come as sent
+    uint16_t packetSize = 128; // bytes, as the loader reports it
+    bool pacing = false;       // bytes take their time on the line, in both directions
+    bool checkRate = true;     // false: the line has no rate worth checking; bytes come as sent
+    // Pauses that the host has to make and records are judged as strictly as the protocol
+    // prescribes them; false: as far as this chip itself needs them.
+    bool strict = true;
     bool startInBootRom = false; // after power-up; false: the application runs
     // Where no reset line exists: a matching byte outside a conversation, or after silence, enters
     // the boot ROM again.

@@ -14,6 +14,18 @@ struct PendingByte {
     Moment at;
     uint8_t value = 0;
     uint32_t rate = 0; // at which it was sent; 0 unknown
+    Moment handed;     // when the host gave it to its line, at the latest
+    Moment earliest;   // and at the earliest
+};
+
+// What the boot ROM needs to put away a piece of the loader.
+inline constexpr int64_t kPieceUs = 10000;
+
+// A pause that the host has to make.
+struct DuePause {
+    Moment until;
+    Moment from;
+    const char* behind = nullptr; // what it follows; null: none is due
 };
 
 struct SentByte {
@@ -22,7 +34,8 @@ struct SentByte {
     uint32_t rate = 0; // 0: may be read at any
 };
 
-// The boot ROM waits for a number of bytes and then goes on with a step.
+// The boot ROM waits for a number of bytes and then goes on with a step; `each` also sees every
+// single one.
 using BootStep = void (*)(Chip& chip, Moment at);
 
 // In what a family of boot ROM differs from the others. A new family is a source beside boot_a.cpp
@@ -38,6 +51,7 @@ struct BootRom {
     std::vector<uint8_t> bytes; // collected for the step
     size_t wanted = 0;
     BootStep step = nullptr;
+    BootStep each = nullptr;
     BootStep afterPassword = nullptr;
     bool refused = false;        // the password was wrong: silent until a reset
     bool matching = true;        // no command yet
@@ -50,6 +64,10 @@ struct BootRom {
     uint32_t blockSize = 0;
     bool recordFault = false;
     bool rewriting = false; // the records are flash data, not the loader
+    // The last hand-over of loader data: when, and how much came with it.
+    Moment piece;
+    Moment pieceEarliest;
+    size_t pieceBytes = 0; // 0: none yet
 };
 
 struct LoaderState {
@@ -82,6 +100,11 @@ struct Chip {
 
     std::deque<PendingByte> input;
     Moment inputFree;
+    PendingByte byte; // the one that is processed
+    DuePause pause;
+    Moment resetBegan;
+    Moment rtsChanged;
+    std::string resetFault; // of the last reset, to be told when the host relies on it
     std::deque<SentByte> output;
     Moment outputFree;
     Moment lastTraffic;
@@ -106,12 +129,16 @@ struct Chip {
 void SIM_Violation(Chip& chip, std::string text);
 void SIM_EnterBootRom(Chip& chip, Moment at);
 void SIM_StartLoader(Chip& chip);
+// From `from` on the host has to be silent for a while.
+void SIM_Pause(Chip& chip, const char* behind, Moment from, int64_t us);
 // Puts bytes on the line, the first not before `at`.
 void SIM_Send(Chip& chip, std::span<const uint8_t> bytes, Moment at);
 
 // boot_common.cpp: the boot ROM's waiting, and what both families do.
 void SIM_BootByte(Chip& chip, uint8_t value, Moment at);
 void SIM_Want(Chip& chip, size_t count, BootStep step);
+// A piece of loader data begins with this byte: whether the host has paused for it.
+void SIM_PieceBegins(Chip& chip);
 // Waits for the matching byte.
 void SIM_WantMatch(Chip& chip);
 // Back to waiting for a command.

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/clock.h"
-#include "sim/chip.h"
+#include "sim/telnet.h"
 
 #include <cstdint>
 #include <functional>
@@ -11,13 +11,15 @@
 #include <string>
 #include <vector>
 
+using HostSink = std::function<void(const HostEvent&)>;
+
 // A line that the server waits on. One thread.
 struct SimServerLine {
     // The descriptors to wait on; below 0 none.
     std::function<std::vector<int>()> descriptors;
-    // Reads what has come, tells the chip (bytes, rate, control lines). False: the line is gone.
-    std::function<bool(Chip& chip, Moment now)> receive;
-    // Sends bytes of the chip; what nobody takes is dropped.
+    // Reads what has come, once, and passes it on in order. False: the line is gone.
+    std::function<bool(const HostSink& sink)> receive;
+    // Sends bytes to the host; what nobody takes is dropped.
     std::function<void(std::span<const uint8_t>)> send;
     std::string address; // what is printed: a path or host:port
 };

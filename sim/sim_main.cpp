@@ -15,5 +15,8 @@ int main(int argc, char** argv) {
         PROCESS_WriteOut(SIM_HelpText());
         return 0;
     }
+    if (!options.replay.empty()) {
+        return SIM_Replay(options);
+    }
     return options.listDevices ? SIM_ListDevices(options) : SIM_Serve(options);
 }

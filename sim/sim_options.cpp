@@ -79,6 +79,8 @@ std::vector<OptionRow> generalRows() {
          text(&SimOptions::flashOut)},
         {"--transcript", "FILE", "write down what passes on the line",
          text(&SimOptions::transcript)},
+        {"--replay", "FILE", "play the chip's side of a communication log instead of being a chip",
+         text(&SimOptions::replay)},
     };
 }
 
@@ -120,6 +122,11 @@ std::vector<OptionRow> chipRows() {
         {"--start-app", nullptr, "power up into the application, not into the boot ROM",
          [](SimOptions& options, const std::string&) {
              options.chip.startInBootRom = false;
+             return true;
+         }},
+        {"--lenient", nullptr, "no violations for short pauses and odd records",
+         [](SimOptions& options, const std::string&) {
+             options.chip.strict = false;
              return true;
          }},
         {"--no-resync", nullptr, "no return to the boot ROM by a matching byte (pseudo-terminal)",
@@ -195,7 +202,8 @@ bool SIM_ParseOptions(const std::vector<std::string>& arguments, SimOptions& opt
             return false;
         }
     }
-    if (options.device.empty() && !options.help && !options.listDevices) {
+    const bool needsDevice = !options.help && !options.listDevices && options.replay.empty();
+    if (options.device.empty() && needsDevice) {
         error = "--device is needed; --list lists the devices, --help the options";
         return false;
     }
@@ -216,6 +224,7 @@ std::string SIM_HelpText() {
             "Kinds: " +
             CHIP_FaultKindNames() + "\n\nSteps: " + CHIP_StepNames() +
             "\n\nThe end (SIGTERM, SIGINT) prints a summary; exit code 0, or 3 when the host\n"
-            "did what no chip should have to put up with, 1 when the start failed.\n";
+            "did what no chip should have to put up with, or differed from the log that is\n"
+            "played, 1 when the start failed.\n";
     return help;
 }

@@ -16,6 +16,7 @@ struct SimOptions {
     std::string flashIn;       // hex, S-record or binary file
     std::string flashOut;      // binary file
     std::string transcript;    // file
+    std::string replay;        // communication log to play in a chip's place
     bool help = false;
     bool listDevices = false;
     ChipOptions chip;

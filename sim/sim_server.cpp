@@ -5,15 +5,23 @@
 #include "platform/format.h"
 #include "platform/process.h"
 #include "sim/chip.h"
+#include "sim/replay.h"
 #include "sim/sim_flash_file.h"
 #include "sim/sim_line.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <utility>
 
 namespace {
 
 constexpr size_t kShownViolations = 20;
+constexpr int kHostDiffers = 3;
+constexpr size_t kLargestLog = 256 << 20; // bytes
+constexpr size_t kMayBeMore = 2000; // bytes of one look at the line, behind which there may be
+                                    // more that came as early
 
 int failed(const std::string& text) {
     PROCESS_WriteError("calvorin-sim: " + formatPrintable(text, LineEnds::stay) + "\n");
@@ -90,29 +98,96 @@ std::string summary(const Chip& chip) {
     return text;
 }
 
-void passOutputs(Chip& chip, SimServerLine& line) {
-    std::vector<uint8_t> bytes;
-    const Moment now = CLOCK_Now();
-    while (const auto output = CHIP_TakeOutput(chip, now)) {
-        bytes.push_back(output->value);
-    }
-    if (!bytes.empty()) {
-        line.send(bytes);
+// What is behind the line: a chip, or a log that is played.
+struct Peer {
+    std::function<void(const HostEvent&, Moment now, Moment earliest)> take;
+    std::function<std::optional<Moment>()> nextOutput;
+    std::function<std::vector<uint8_t>(Moment now)> takeOutput;
+    std::function<bool()> isOver;
+    std::function<void()> save;
+};
+
+void serve(const Peer& peer, SimServerLine& line) {
+    Moment looked; // what is read next came after it
+    while (!peer.isOver()) {
+        if (const auto bytes = peer.takeOutput(CLOCK_Now()); !bytes.empty()) {
+            line.send(bytes);
+        }
+        const SimSignal signal =
+            SIMWAIT_Wait(line.descriptors(), peer.nextOutput().value_or(kNever));
+        const Moment now = CLOCK_Now();
+        size_t count = 0;
+        const HostSink sink = [&](const HostEvent& event) {
+            count += event.bytes.size();
+            peer.take(event, now, looked);
+        };
+        if (signal == SimSignal::end || !line.receive(sink)) {
+            return;
+        }
+        if (count < kMayBeMore) {
+            looked = now;
+        }
+        if (signal == SimSignal::saveFlash && peer.save) {
+            peer.save();
+        }
     }
 }
 
-void serve(Chip& chip, SimServerLine& line, const SimOptions& options) {
-    while (true) {
-        passOutputs(chip, line);
-        const Moment next = CHIP_NextOutput(chip, kNever).value_or(kNever);
-        const SimSignal signal = SIMWAIT_Wait(line.descriptors(), next);
-        if (signal == SimSignal::end || !line.receive(chip, CLOCK_Now())) {
+Peer chipPeer(const ChipPtr& chip, const std::string& flashOut) {
+    Peer peer;
+    peer.take = [chip, dtr = false, rts = true](const HostEvent& event, Moment now,
+                                                Moment earliest) mutable {
+        switch (event.kind) {
+        case HostEvent::Kind::data:
+            CHIP_Receive(*chip, event.bytes, now, earliest);
             return;
+        case HostEvent::Kind::rate:
+            CHIP_SetHostRate(*chip, event.value);
+            return;
+        case HostEvent::Kind::dtr:
+            dtr = event.value != 0;
+            break;
+        case HostEvent::Kind::rts:
+            rts = event.value != 0;
+            break;
         }
-        if (signal == SimSignal::saveFlash) {
-            SIM_WriteFlash(chip, options.flashOut);
+        CHIP_SetLines(*chip, dtr, rts, now);
+    };
+    peer.nextOutput = [chip] { return CHIP_NextOutput(*chip, kNever); };
+    peer.takeOutput = [chip](Moment now) {
+        std::vector<uint8_t> bytes;
+        while (const auto output = CHIP_TakeOutput(*chip, now)) {
+            bytes.push_back(output->value);
         }
+        return bytes;
+    };
+    peer.isOver = [] { return false; };
+    peer.save = [chip, flashOut] { SIM_WriteFlash(*chip, flashOut); };
+    return peer;
+}
+
+Peer replayPeer(Replay& replay) {
+    Peer peer;
+    peer.take = [&replay](const HostEvent& event, Moment now, Moment) { replay.take(event, now); };
+    peer.nextOutput = [&replay] { return replay.nextOutput(); };
+    peer.takeOutput = [&replay](Moment now) { return replay.takeOutput(now); };
+    peer.isOver = [&replay, told = false]() mutable {
+        if (replay.isAtEnd() && !std::exchange(told, true)) {
+            PROCESS_WriteOut("the log has been played to its end\n");
+        }
+        return !replay.difference().empty();
+    };
+    return peer;
+}
+
+SimServerLinePtr openLine(const SimOptions& options, std::string& error) {
+    SIMWAIT_CatchSignals();
+    SimServerLinePtr line = options.tcpPort >= 0 ? SIMTCP_Open(options.tcpPort, error)
+                                                 : SIMPTY_Open(options.link, options.rate, error);
+    if (line) {
+        PROCESS_WriteOut(line->address + "\n");
     }
+    return line;
 }
 
 bool openTranscript(const std::string& path, ChipOptions& chip, std::string& error) {
@@ -142,22 +217,43 @@ int SIM_Serve(const SimOptions& options) {
     if (!SIM_ReadFlash(*chip, options.flashIn, error)) {
         return failed(error);
     }
-    SIMWAIT_CatchSignals();
-    const SimServerLinePtr line = options.tcpPort >= 0
-                                      ? SIMTCP_Open(options.tcpPort, error)
-                                      : SIMPTY_Open(options.link, options.rate, error);
+    const SimServerLinePtr line = openLine(options, error);
     if (!line) {
         return failed(error);
     }
-    PROCESS_WriteOut(line->address + "\n");
-    serve(*chip, *line, options);
+    serve(chipPeer(chip, options.flashOut), *line);
     CHIP_FlushTranscript(*chip);
     const bool saved = SIM_WriteFlash(*chip, options.flashOut);
     PROCESS_WriteOut(summary(*chip));
     if (!saved) {
         return 1;
     }
-    return CHIP_GetCounts(*chip).violations == 0 ? 0 : 3;
+    return CHIP_GetCounts(*chip).violations == 0 ? 0 : kHostDiffers;
+}
+
+int SIM_Replay(const SimOptions& options) {
+    std::string text;
+    if (const FileResult read = FILES_ReadAll(options.replay, text, kLargestLog); !read.ok()) {
+        return failed(options.replay + ": " + (read.reason.empty() ? "not found" : read.reason));
+    }
+    std::string error;
+    std::vector<ReplayItem> items = REPLAY_ParseLog(text, error);
+    if (items.empty()) {
+        return failed(options.replay + ": " + error);
+    }
+    Replay replay(std::move(items), options.tcpPort >= 0);
+    const SimServerLinePtr line = openLine(options, error);
+    if (!line) {
+        return failed(error);
+    }
+    serve(replayPeer(replay), *line);
+    const std::string& difference = replay.difference();
+    if (difference.empty() && replay.isAtEnd()) {
+        return 0;
+    }
+    PROCESS_WriteOut(difference.empty() ? "not played to its end, at " + replay.missing()
+                                        : "the host differs at " + difference);
+    return kHostDiffers;
 }
 
 int SIM_ListDevices(const SimOptions& options) {

@@ -18,6 +18,8 @@ constexpr uint8_t kOptionComPort = 44;
 
 constexpr uint8_t kSetRate = 1;
 constexpr uint8_t kSetControl = 5;
+constexpr uint8_t kNotifyModemState = 7;
+constexpr uint8_t kSetModemMask = 11;
 constexpr uint8_t kAnswerOffset = 100; // the server's commands are the client's and a hundred
 
 enum ControlValue : uint8_t {
@@ -28,6 +30,9 @@ enum ControlValue : uint8_t {
     kRtsOn = 11,
     kRtsOff = 12
 };
+
+// The modem lines of the virtual line: DSR is on, CTS while the chip is not held in reset.
+enum ModemState : uint8_t { kCtsChanged = 0x01, kCts = 0x10, kDsr = 0x20 };
 
 constexpr size_t kMaxSub = 64;
 
@@ -56,6 +61,29 @@ void answerSub(Telnet& telnet, uint8_t command, std::span<const uint8_t> values)
     telnet.answers.insert(telnet.answers.end(), {kEscape, kSubEnd});
 }
 
+void notifyModemState(Telnet& telnet, uint8_t changed) {
+    const auto state = static_cast<uint8_t>(kDsr | (telnet.dtr ? 0 : kCts) | changed);
+    const uint8_t told = state & telnet.modemMask;
+    answerSub(telnet, kNotifyModemState, std::span(&told, 1));
+}
+
+void setDtr(Telnet& telnet, bool on, std::vector<HostEvent>& events) {
+    const bool changes = telnet.dtr != on;
+    telnet.dtr = on;
+    events.push_back({HostEvent::Kind::dtr, {}, on});
+    if (changes && (telnet.modemMask & kCtsChanged) != 0) {
+        notifyModemState(telnet, kCtsChanged);
+    }
+}
+
+void setModemMask(Telnet& telnet, uint8_t mask) {
+    telnet.modemMask = mask;
+    answerSub(telnet, kSetModemMask, std::span(&mask, 1));
+    if (mask != 0) {
+        notifyModemState(telnet, 0);
+    }
+}
+
 void setRate(Telnet& telnet, std::span<const uint8_t> values, std::vector<HostEvent>& events) {
     uint32_t rate = 0;
     for (const uint8_t byte : values.first(4)) {
@@ -74,8 +102,7 @@ void setRate(Telnet& telnet, std::span<const uint8_t> values, std::vector<HostEv
 void setControl(Telnet& telnet, uint8_t value, std::vector<HostEvent>& events) {
     uint8_t answer = value;
     if (value == kDtrOn || value == kDtrOff) {
-        telnet.dtr = value == kDtrOn;
-        events.push_back({HostEvent::Kind::dtr, {}, telnet.dtr});
+        setDtr(telnet, value == kDtrOn, events);
     } else if (value == kRtsOn || value == kRtsOff) {
         telnet.rts = value == kRtsOn;
         events.push_back({HostEvent::Kind::rts, {}, telnet.rts});
@@ -99,6 +126,8 @@ void finishSub(Telnet& telnet, std::vector<HostEvent>& events) {
         setRate(telnet, values, events);
     } else if (command == kSetControl && values.size() == 1) {
         setControl(telnet, values[0], events);
+    } else if (command == kSetModemMask && values.size() == 1) {
+        setModemMask(telnet, values[0]);
     } else {
         answerSub(telnet, command, values); // whatever it is, the virtual line has it
     }

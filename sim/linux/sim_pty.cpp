@@ -104,14 +104,14 @@ std::string makeLink(Pty& pty, const std::string& path, const std::string& link)
     return {};
 }
 
-bool receive(const Pty& pty, Chip& chip, Moment now) {
+bool receive(const Pty& pty, const HostSink& sink) {
     std::array<uint8_t, 4096> buffer{};
     const ssize_t count = read(pty.master, buffer.data(), buffer.size());
     if (count <= 0) {
         return count < 0 && (errno == EAGAIN || errno == EINTR);
     }
-    CHIP_SetHostRate(chip, hostRate(pty));
-    CHIP_Receive(chip, std::span(buffer).first(static_cast<size_t>(count)), now);
+    sink({HostEvent::Kind::rate, {}, hostRate(pty)});
+    sink({HostEvent::Kind::data, {buffer.begin(), buffer.begin() + count}});
     return true;
 }
 
@@ -142,7 +142,7 @@ SimServerLinePtr SIMPTY_Open(const std::string& link, uint32_t rate, std::string
         return nullptr;
     }
     line->descriptors = [pty] { return std::vector<int>{pty->master}; };
-    line->receive = [pty](Chip& chip, Moment now) { return receive(*pty, chip, now); };
+    line->receive = [pty](const HostSink& sink) { return receive(*pty, sink); };
     line->send = [pty](std::span<const uint8_t> bytes) { send(*pty, bytes); };
     return line;
 }

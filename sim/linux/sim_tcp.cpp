@@ -17,8 +17,6 @@ struct Server {
     int listener = -1;
     int host = -1; // the one that is served
     Telnet telnet;
-    bool dtr = false;
-    bool rts = true;
 
     Server() = default;
     Server(const Server&) = delete;
@@ -58,26 +56,7 @@ void acceptHost(Server& server) {
     server.telnet = Telnet{};
 }
 
-void pass(Server& server, const HostEvent& event, Chip& chip, Moment now) {
-    switch (event.kind) {
-    case HostEvent::Kind::data:
-        CHIP_Receive(chip, event.bytes, now);
-        break;
-    case HostEvent::Kind::rate:
-        CHIP_SetHostRate(chip, event.value);
-        break;
-    case HostEvent::Kind::dtr:
-        server.dtr = event.value != 0;
-        CHIP_SetLines(chip, server.dtr, server.rts, now);
-        break;
-    case HostEvent::Kind::rts:
-        server.rts = event.value != 0;
-        CHIP_SetLines(chip, server.dtr, server.rts, now);
-        break;
-    }
-}
-
-void receive(Server& server, Chip& chip, Moment now) {
+void receive(Server& server, const HostSink& sink) {
     if (server.host < 0) {
         acceptHost(server);
         return;
@@ -94,7 +73,7 @@ void receive(Server& server, Chip& chip, Moment now) {
     }
     const auto bytes = std::span<const uint8_t>(buffer).first(static_cast<size_t>(count));
     for (const HostEvent& event : TELNET_Receive(server.telnet, bytes)) {
-        pass(server, event, chip, now);
+        sink(event);
     }
     sendAll(server.host, server.telnet.answers);
     server.telnet.answers.clear();
@@ -131,8 +110,8 @@ SimServerLinePtr SIMTCP_Open(int port, std::string& error) {
     line->descriptors = [server] {
         return std::vector<int>{server->host >= 0 ? server->host : server->listener};
     };
-    line->receive = [server](Chip& chip, Moment now) {
-        receive(*server, chip, now);
+    line->receive = [server](const HostSink& sink) {
+        receive(*server, sink);
         return true;
     };
     line->send = [server](std::span<const uint8_t> bytes) {

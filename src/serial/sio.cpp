@@ -319,7 +319,14 @@ void SIO_SetLogging(uint32_t on) {
 
 uint32_t SIO_ChangeBaudrate(uint32_t baudrate) {
     sendHeld();
-    return changeRate(baudrate, false);
+    if (SIO_IsOpen()) { // what the change makes of the lines is part of how a reset goes
+        _LogEvent(formatText("Rate %u Bd, DTR off, RTS on", baudrate));
+    }
+    const uint32_t before = changeRate(baudrate, false);
+    if (before == 0) {
+        _LogEvent("Rate not changed");
+    }
+    return before;
 }
 
 uint32_t SIO_TransferMs(size_t bytes) {
@@ -412,8 +419,11 @@ bool SIO_SetLines(LineFunction function) {
     }
     const bool on = function == SETDTR || function == SETRTS;
     const bool isDtr = function == SETDTR || function == CLRDTR;
+    const std::string call = std::string(isDtr ? "DTR" : "RTS") + (on ? " on" : " off");
+    _LogEvent(call); // before what the chip makes of it
     const bool done = isDtr ? use.line().setDtr(on) : use.line().setRts(on);
     if (!done) {
+        _LogEvent(call + " failed");
         use.noteLoss();
         logRefusal(use);
     }

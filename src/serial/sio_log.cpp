@@ -4,12 +4,14 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/format.h"
+#include "serial/poll_fold.h"
 
 #include <atomic>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -22,6 +24,8 @@ std::atomic<bool> loggingOn{false};
 uint32_t startTick = 0;
 std::string cannotCreate; // why there is no file
 uint64_t lostEntries = 0; // since logging was started
+PollFold polls;
+thread_local bool polling = false; // the calling thread's entries belong to a poll
 
 std::string ruleLine() {
     return std::string(56, '-') + "\r\n";
@@ -54,17 +58,41 @@ void tell(const std::string& problem) {
     }
 }
 
-// One entry, one write. Logging may stop while the other thread is about to add one: it is dropped.
-// The stamp has the form of those in the program's log.
-void writeEntry(const std::string& text) {
+// With the lock held and logging on: lets `step` have its way with the polls and writes what it
+// gives out. One entry, one write; the stamp has the form of those in the program's log.
+template <typename Step>
+std::string writeWhatIsDue(const Step& step) {
+    std::vector<LogEntry> due;
+    step(CLOCK_Tick() - startTick, due);
+    std::string problem;
+    for (const LogEntry& entry : due) {
+        const std::string told = writeOrCount(LOG_Stamp(entry.atMs) + " " + entry.text + "\r\n");
+        problem = problem.empty() ? told : problem;
+    }
+    return problem;
+}
+
+// Logging may stop while the other thread is about to add an entry: it is dropped.
+template <typename Step>
+void withPolls(const Step& step) {
     std::string problem;
     {
         const std::lock_guard lock(logMutex);
         if (logFile) {
-            problem = writeOrCount(LOG_Stamp(CLOCK_Tick() - startTick) + " " + text + "\r\n");
+            problem = writeWhatIsDue(step);
         }
     }
     tell(problem);
+}
+
+void writeEntry(std::string text) {
+    withPolls([&text](uint32_t nowMs, std::vector<LogEntry>& due) {
+        polls.take({nowMs, std::move(text)}, polling, due);
+    });
+}
+
+void flushPolls(uint32_t, std::vector<LogEntry>& due) {
+    polls.flush(due);
 }
 
 } // namespace
@@ -79,6 +107,7 @@ void SIO_EnableLogging() {
         cannotCreate = logFile.emplace().create(FILES_BesideProgram("sio")).reason;
         startTick = CLOCK_Tick();
         lostEntries = 0;
+        polls = {};
         problem = writeOrCount(headerText());
     }
     loggingOn = true;
@@ -95,7 +124,9 @@ void SIO_DisableLogging() {
     {
         const std::lock_guard lock(logMutex);
         wasOpen = logFile->isOpen();
-        problem = writeOrCount(ruleLine());
+        problem = writeWhatIsDue(flushPolls);
+        const std::string atRule = writeOrCount(ruleLine());
+        problem = problem.empty() ? atRule : problem;
         static_cast<void>(logFile->flush()); // what did not reach the disk is not missed
     }
     tell(problem);
@@ -110,7 +141,27 @@ void SIO_DisableLogging() {
     LOG_Add("SIO-Logging stopped");
 }
 
+void SIO_FlushLog() {
+    if (loggingOn) {
+        withPolls(flushPolls);
+    }
+}
+
+SioLogPoll::SioLogPoll() {
+    polling = loggingOn;
+    if (polling) {
+        withPolls([](uint32_t, std::vector<LogEntry>&) { polls.beginPoll(); });
+    }
+}
+
+SioLogPoll::~SioLogPoll() {
+    if (std::exchange(polling, false)) {
+        withPolls([](uint32_t nowMs, std::vector<LogEntry>& due) { polls.endPoll(nowMs, due); });
+    }
+}
+
 void SIO_TellLostEntries() {
+    SIO_FlushLog();
     uint64_t lost = 0;
     {
         const std::lock_guard lock(logMutex);
@@ -140,5 +191,5 @@ void _LogData(std::span<const uint8_t> bytes, std::string_view direction) {
         text += kDigits[byte & 0x0F];
         text += ' ';
     }
-    writeEntry(text);
+    writeEntry(std::move(text));
 }

@@ -10,6 +10,7 @@
 #include "platform/clock.h"
 #include "platform/event_queue.h"
 #include "serial/sio.h"
+#include "serial/sio_log.h"
 #include "target/reply.h"
 
 #include <algorithm>
@@ -22,7 +23,7 @@
 namespace {
 
 constexpr int kTerminalBytesPerTurn = 101;
-constexpr int kPollPauseMs = 1;
+constexpr int kPollPauseMs = 200; // between two questions whether the loader is still there
 constexpr int kDisconnectPauseMs = 100;
 constexpr int kExitPauseMs = 100;
 
@@ -131,10 +132,15 @@ void serveOperation() {
     }
 }
 
+Result<Reply> poll() {
+    const SioLogPoll folded;
+    return exchange(kIdentify);
+}
+
 // A loader that does not identify itself cannot be worked with: the link ends, whatever it said.
 void identify() {
     TargetState& state = TARGET_State();
-    const Result<Reply> reply = exchange(kIdentify);
+    const Result<Reply> reply = poll();
     if (reply) {
         state.PacketSize = state.PageLen != 0 ? state.PageLen.load() : reply->value;
         TARGET_SetIdentified();
@@ -157,10 +163,19 @@ void serveLoader() {
     } else if (!RUN_IsInterrupted()) {
         identify();
     }
-    // After an interruption there is nothing left to ask the loader.
-    CLOCK_Wait(RUN_IsInterrupted() ? kNever : CLOCK_After(kPollPauseMs), [&state] {
+    const Condition hasWork = [&state] {
         return state.Operation != 0 || state.Stop != 0 || state.LinkState != LINK_RAMCODE;
-    });
+    };
+    if (RUN_IsInterrupted()) { // there is nothing left to ask the loader
+        CLOCK_Wait(kNever, hasWork);
+    } else if (state.LinkState == LINK_RAMCODE) {
+        // A byte that nobody has asked for and a line that is lost are looked into at once.
+        SIO_WaitReadable([&hasWork] { return hasWork() || SIO_IsLost(); },
+                         CLOCK_After(kPollPauseMs));
+    }
+    if (hasWork() || RUN_IsInterrupted()) {
+        SIO_FlushLog(); // the polls end here
+    }
 }
 
 void runTurn() {
@@ -278,6 +293,7 @@ void TARGET_Cancel() {
             PROGRESS_Done();
         }
     }
+    SIO_FlushLog();
     CLOCK_Notify();
 }
 

@@ -87,6 +87,104 @@ TEST(ChipBoot, Conversations) {
     }
 }
 
+using TimedBytes = std::vector<std::pair<int64_t, std::string>>; // after so many ms
+
+// "D1" and the like set a line, names in braces bring the chip so far.
+void playCase(Bench& bench, const TimedBytes& sent) {
+    bool lines[2] = {false, true}; // DTR, RTS
+    for (const auto& [afterMs, what] : sent) {
+        bench.now.us += afterMs * 1000;
+        if (what[0] == 'D' && what.size() == 2) {
+            lines[0] = what[1] == '1';
+            CHIP_SetLines(*bench.chip, lines[0], lines[1], bench.now);
+        } else if (what[0] == 'R') {
+            lines[1] = what[1] == '1';
+            CHIP_SetLines(*bench.chip, lines[0], lines[1], bench.now);
+        } else if (what == "{records}") {
+            CHIP_SetHostRate(*bench.chip, 9600);
+            bench.reset(true);
+            bench.exchange("5A");
+            bench.exchange("28");
+            bench.exchange("60");
+            bench.exchange(kBlankA);
+        } else if (what[0] == '{') {
+            bench.reset(true);
+            bench.exchange("86");
+            bench.exchange("10" + repeat("FF", 12) + "0C");
+            bench.exchange(what == "{data}" ? "20000000 1000 D0" : "20000000 0001 DF");
+        } else {
+            CHIP_Receive(*bench.chip, bytesOfHex(what), bench.now);
+            CHIP_Run(*bench.chip, bench.now);
+        }
+    }
+}
+
+// What a strict chip holds against its host, and a lenient one does not.
+TEST(ChipBoot, PrescribedPausesAndRecords) {
+    struct Case {
+        const char* name;
+        const char* device;
+        TimedBytes sent;
+        const char* violations;
+    };
+    const std::string wholeB = repeat("01", 281);
+    const Case cases[] = {
+        {"all pauses made",
+         "VT-B128",
+         {{0, "D1"}, {50, "R0"}, {250, "R1"}, {250, "D0"}, {250, "86"}, {10, "10"}},
+         ""},
+        {"the reset",
+         "VT-B128",
+         {{0, "D1"}, {299, "D0"}, {250, "86"}},
+         "reset of 299 ms where 300 are due\n"},
+        {"the level in it",
+         "VT-B128",
+         {{0, "D1"}, {50, "R0"}, {50, "R1"}, {249, "D0"}, {250, "86"}},
+         "RTS changed 249 ms before the end of the reset where 250 are due\n"},
+        {"after the reset",
+         "VT-B128",
+         {{0, "D1"}, {300, "D0"}, {249, "86"}},
+         "byte sent 249 ms after the reset where 250 are due\n"},
+        {"between pieces",
+         "VT-B128",
+         {{0, "{data}"}, {0, "0102"}, {9, "0102"}, {10, "0102"}},
+         "loader data sent 9.0 ms after the piece before, 10 are due\n"},
+        {"a piece",
+         "VT-B128",
+         {{0, "{data}"}, {0, wholeB}, {10, wholeB}, {0, "01"}},
+         "more than 281 bytes of loader data without a pause\n"},
+        {"before the loader",
+         "VT-B128",
+         {{0, "{loader}"}, {0, "FF01"}, {99, "EB"}, {1, "ED"}},
+         "byte sent 99 ms after the download where 100 are due\n"},
+        {"between records",
+         "VT-A32",
+         {{0, "{records}"}, {0, "3A0100400001BE"}, {9, "3A0100410001BD"}, {10, "3A00000001FF"}},
+         "loader data sent 9.0 ms after the piece before, 10 are due\n"},
+        {"records",
+         "VT-A32",
+         {{0, "{records}"},
+          {0, "3A0100400001BE"},
+          {10, "3A00004000C0"},
+          {10, "3A00000006FA"},
+          {10, "3A0100000200FD"},
+          {10, "3A020000020000FC"},
+          {10, "3A0100000101FD"}},
+         "record of type 00 with 0 bytes\nrecord of type 06 with 0 bytes\nrecord of type 02 with 1 "
+         "bytes\nrecord of type 01 with 1 bytes\n"},
+    };
+    for (const Case& test : cases) {
+        for (const bool strict : {true, false}) {
+            SCOPED_TRACE(test.name);
+            ChipOptions options;
+            options.strict = strict;
+            Bench bench(test.device, options);
+            playCase(bench, test.sent);
+            EXPECT_EQ(bench.violations(), strict ? test.violations : "");
+        }
+    }
+}
+
 TEST(ChipBoot, LinesChooseWhatStarts) {
     ChipOptions options;
     options.applicationText = "hello";

@@ -84,8 +84,10 @@ TEST(SimProgram, TcpPortSeesLinesAndRate) {
     VirtualTarget sim(files, "VT-A32", {"--tcp", "0"});
     const SerialPortPtr port = openPort(sim.port(), 9600);
     ASSERT_TRUE(port);
-    EXPECT_TRUE(port->setDtr(true) && port->setRts(true) && port->setDtr(false));
-    CLOCK_Sleep(100);
+    EXPECT_TRUE(port->setDtr(true) && port->setRts(true));
+    CLOCK_Sleep(300);
+    EXPECT_TRUE(port->setDtr(false));
+    CLOCK_Sleep(250);
     EXPECT_EQ(exchange(*port, "5A", 1), "5A");
     EXPECT_EQ(exchange(*port, "1C", 1), "1C");
     EXPECT_TRUE(port->configure({115200, 8, 0, 0}).has_value());
@@ -94,4 +96,5 @@ TEST(SimProgram, TcpPortSeesLinesAndRate) {
     EXPECT_TRUE(port->write(bytesOfHex("99")));
     CLOCK_Sleep(100);
     EXPECT_EQ(sim.stop(), 3);
+    EXPECT_NE(sim.summary().find("violations 1\n"), std::string::npos) << sim.summary();
 }
