@@ -29,6 +29,23 @@ Result<> downloadLoader(const BootRomProtocol& family) {
     return _DownloadRamImage(family, path, false);
 }
 
+// What a failed connect ends in, unless what was said of it says all: the password has nothing to
+// do with a Cancel or a lost port.
+void summarize(const Failure& failure) {
+    const bool isFirst = failure.code != TERR_REPORTED && failure.reason.empty();
+    const bool saysAll = failure.code == TERR_SAYS_ALL || failure.code == TERR_CANCELLED ||
+                         RUN_IsInterrupted() || (SIO_IsLost() && !isFirst);
+    if (saysAll) {
+        return;
+    }
+    if (isFirst) {
+        TARGET_ReportError(ERROR_WithReason(kConnectFailure, SIO_GetLoss()), 1,
+                           failureHint(failure));
+    } else {
+        TARGET_ReportError(kConnectFailure, 1);
+    }
+}
+
 bool confirmReadProtect() {
     return ERROR_Ask(
                nullptr,
@@ -62,14 +79,7 @@ int TARGET_Connect() {
     const Failure& failure = downloaded.error();
     _BootFail(failure);
     TARGET_Disconnect();
-    if (failure.code == TERR_CANCELLED || RUN_IsInterrupted()) {
-        if (!RUN_IsInterrupted()) { // which has been said
-            TARGET_ReportError(failureText({TERR_CANCELLED}), 1);
-        }
-    } else if (failure.code != TERR_SAYS_ALL) {
-        const bool isFirst = failure.code != TERR_REPORTED && failure.reason.empty();
-        TARGET_ReportError(ERROR_WithReason(kConnectFailure, isFirst ? SIO_GetLoss() : ""), 1);
-    }
+    summarize(failure);
     EVENTS_Sleep(kConnectPauseMs);
     return 0;
 }

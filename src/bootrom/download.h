@@ -9,3 +9,5 @@
 // A progress display that `showProgress` opens is left open.
 Result<> _DownloadRamImage(const BootRomProtocol& family, const std::string& path,
                            bool showProgress);
+// What the chip was sent last: "vt-b.s, 1312 bytes sent". Any thread.
+std::string _LoaderSent();

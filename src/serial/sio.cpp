@@ -5,9 +5,11 @@
 #include "persist/ini.h"
 #include "platform/format.h"
 #include "serial/open_port.h"
+#include "serial/port_hints.h"
 #include "serial/sio_log.h"
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -19,6 +21,7 @@ SioConfig config;
 LineSettings lineFormat;
 std::string openFailure;
 bool failureTolerated = false;
+std::atomic<uint64_t> bytesWritten{0};
 
 // What the calling thread holds back while it builds a frame.
 struct HeldFrame {
@@ -46,6 +49,7 @@ bool writeNow(std::span<const uint8_t> bytes) {
     const int64_t begins = std::max(use.port().lineFreeUs.load(), CLOCK_Now().us);
     use.port().lineFreeUs = begins + lineTimeUs(use, bytes.size());
     use.port().writeFailed = !written;
+    bytesWritten += written ? bytes.size() : 0;
     if (!written) {
         use.noteLoss();
     }
@@ -130,6 +134,7 @@ void logOpenState(const std::string& text) {
 struct OpenFailure {
     std::string text;
     std::string reason;
+    Hint hint;
 };
 
 // The line for `port`, or null with the failure.
@@ -144,6 +149,7 @@ SerialPortPtr openLine(uint32_t port, std::string& device, OpenFailure& failure)
     if (!line) {
         failure.text = formatText("COM%u (%s): %s", port, device.c_str(), reason.c_str());
         failure.reason = OPENPORT_Reason(port, device, reason);
+        failure.hint = PORTHINT_OfFailure(device, reason);
     }
     return line;
 }
@@ -168,12 +174,14 @@ bool _InitSIO(uint32_t baudrate) {
         if (!isFailureTolerated()) {
             LOG_Add(failure.text);
             ERROR_Out(nullptr,
-                      ERROR_WithReason("SIO::_InitSIO: Port not available", failure.reason), 1);
+                      ERROR_WithReason("SIO::_InitSIO: Port not available", failure.reason), 1,
+                      failure.hint);
         }
         return false;
     }
     OPENPORT_Set(std::move(line), wanted.Port, device);
     changeRate(baudrate, isFailureTolerated());
+    PORTHINT_NoteOpened(device);
     logOpenState(formatText("COM%d opened with %d Baud", static_cast<int>(wanted.Port),
                             static_cast<int>(wanted.Baudrate)));
     return true;
@@ -255,6 +263,15 @@ std::string SIO_GetLoss() {
     return PortUse().loss();
 }
 
+Hint SIO_SharedHint() {
+    const std::shared_ptr<OpenPort> port = OPENPORT_Get();
+    return port ? PORTHINT_Shared(port->device) : Hint{};
+}
+
+uint64_t SIO_BytesWritten() {
+    return bytesWritten;
+}
+
 std::string SIO_GetRefusal() {
     return whyNot(PortUse());
 }
@@ -320,6 +337,11 @@ void SIO_SetLogging(uint32_t on) {
 uint32_t SIO_ChangeBaudrate(uint32_t baudrate) {
     sendHeld();
     return changeRate(baudrate, false);
+}
+
+void SIO_RestoreBaudrate(uint32_t baudrate) {
+    sendHeld();
+    changeRate(baudrate, true);
 }
 
 uint32_t SIO_TransferMs(size_t bytes) {

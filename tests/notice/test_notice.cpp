@@ -41,7 +41,7 @@ TEST_F(NoticeFiles, AnErrorIsLoggedThenNotifiedThenSetsTheExitCode) {
     writeFile(folder / "tool.err", "of the run before");
     std::string calls;
     ERROR_SetHandlers(
-        [&](WindowHandle, const std::string& text, int) {
+        [&](WindowHandle, const std::string& text, const std::string&, int) {
             const bool logged = readFile(folder / "tool.err").find(text) != std::string::npos;
             calls += text + (logged ? " logged, " : " not logged, ");
         },
