@@ -18,7 +18,6 @@ namespace {
 
 constexpr int kConnectPauseMs = 500;
 constexpr int kCommandPauseMs = 100;
-constexpr const char* kConnectFailure = "Could not download RAM image. Please check password";
 
 // Without a loader of its own a device cannot be connected, whatever the family.
 Result<> downloadLoader(const BootRomProtocol& family) {
@@ -39,10 +38,10 @@ void summarize(const Failure& failure) {
         return;
     }
     if (isFirst) {
-        TARGET_ReportError(ERROR_WithReason(kConnectFailure, SIO_GetLoss()), 1,
+        TARGET_ReportError(ERROR_WithReason(_DownloadFailure(), SIO_GetLoss()), 1,
                            failureHint(failure));
     } else {
-        TARGET_ReportError(kConnectFailure, 1);
+        TARGET_ReportError(_DownloadFailure(), 1);
     }
 }
 

@@ -81,6 +81,12 @@ void noteSent(const std::string& path, uint64_t bytes) {
 
 } // namespace
 
+// Where the port is lost, the password has nothing to do with it.
+std::string _DownloadFailure() {
+    return std::string("Could not download RAM image") +
+           (SIO_IsLost() ? "" : ". Please check password");
+}
+
 std::string _LoaderSent() {
     const std::lock_guard lock(loaderMutex);
     return loaderSent;

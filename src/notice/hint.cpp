@@ -40,8 +40,8 @@ constexpr HintRow kHints[] = {
      "The loader ran, then gave no whole answer ({}). The supply may have dropped or the line is "
      "disturbed: the next command resets and connects again; try a lower baud rate"},
     {Cause::pageRefused, "A page was refused",
-     "The chip did not take {}. Erase the block before it is programmed; one that stays so is "
-     "protected or worn out"},
+     "The chip did not take {}. Unless that is FF the block was not erased: erase it first. "
+     "What stays so is protected or worn out"},
     {Cause::blockRefused, "A block was refused",
      "The chip refused {}. It may be protected, or its supply too low for erasing"},
     {Cause::contentsDiffer, "The chip holds something else",

@@ -120,7 +120,8 @@ uint32_t changeRate(uint32_t baudrate, bool quiet) {
     uint32_t before = 0;
     const std::string error = setRate(baudrate, before);
     if (!error.empty() && !quiet) {
-        ERROR_Out(nullptr, error, 1);
+        const std::string loss = SIO_GetLoss();
+        ERROR_Out(nullptr, error, 1, loss.empty() ? Hint{} : Hint{Cause::portGone, loss});
     }
     return before;
 }
@@ -141,6 +142,7 @@ struct OpenFailure {
 SerialPortPtr openLine(uint32_t port, std::string& device, OpenFailure& failure) {
     if (port > kMaxComPort) {
         failure.text = failure.reason = formatText("COM%u is not one of COM1 to COM20", port);
+        failure.hint = PORTHINT_OfFailure(device, failure.reason);
         return nullptr;
     }
     device = SIO_DeviceOfPort(port);

@@ -222,7 +222,7 @@ void TARGET_DownloadRamImage(const std::string& path) {
     if (done) {
         inform("All bytes\nwritten successfully", "Download RAM-Image");
     } else {
-        _BootFail(done.error(), "Could not download RAM image. Please check password");
+        _BootFail(done.error(), _DownloadFailure());
     }
     TARGET_SetLinkState(LINK_IDLE);
     CLOCK_Sleep(kCommandPauseMs);

@@ -68,14 +68,12 @@ Failure pageFailure(Failure failure) {
         return failure;
     }
     const uint32_t address = DEVICE_RelocateAddr(page.base);
-    const bool holdsByte = failure.code != TERR_NAK;
-    failure.hint = {
-        Cause::pageRefused,
-        formatText(
-            "the page at %X of %s%s", address, blockTextAt(address).c_str(),
-            holdsByte && failure.contents != 0xFF
-                ? formatText(", which is not erased: it holds %02X", failure.contents).c_str()
-                : "")};
+    const std::string read =
+        failure.code == TERR_NAK
+            ? ""
+            : formatText("; address %X holds %02X", failure.address, failure.contents);
+    failure.hint = {Cause::pageRefused, formatText("the page at %X of %s%s", address,
+                                                   blockTextAt(address).c_str(), read.c_str())};
     return failure;
 }
 
