@@ -89,6 +89,10 @@ TEST_F(PortHints, AHolderIsNamedWithAndWithoutALock) {
     addProcess(12, "cat", "/dev/null");
     addProcess(34, "screen", device);
     addProcess(getpid(), "calvorin", device);
+    addProcess(56, "calvorin-sim", device); // which is the other end of the pseudo-terminal
+    fs::create_directories(folder / "proc" / "56" / "fdinfo");
+    writeFile(folder / "proc" / "56" / "fdinfo" / "3",
+              "flags:\t0100002\ntty-index:\t" + fs::canonical(device).filename().string() + "\n");
     const SerialPortPtr first = [this] {
         std::string reason;
         return TTYPORT_Open(device, reason);

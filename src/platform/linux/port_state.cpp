@@ -68,6 +68,18 @@ bool hasOpen(const fs::path& process, dev_t device) {
     });
 }
 
+// The program at the other end of a pseudo-terminal may keep this end open too, so that it does not
+// hang up: it reads nothing here. Its other end says which terminal it belongs to.
+bool isFarEnd(const fs::path& process, const fs::path& terminal) {
+    if (terminal.parent_path() != "/dev/pts") {
+        return false;
+    }
+    const std::string index = "tty-index:\t" + terminal.filename().string() + "\n";
+    return std::ranges::any_of(entries(process / "fdinfo"), [&index](const fs::path& descriptor) {
+        return smallFile(descriptor).find(index) != std::string::npos;
+    });
+}
+
 std::string programName(const fs::path& process) {
     std::string name = smallFile(process / "comm");
     name.erase(name.find_last_not_of('\n') + 1);
@@ -118,9 +130,10 @@ std::string PORTSTATE_Holders(const std::string& device) {
     if (!number) {
         return holders;
     }
+    const fs::path terminal = canonical(device);
     for (const fs::path& process : entries(folders().processes)) {
         const std::optional<int> id = numberIn(process.filename().string());
-        if (id && *id != getpid() && hasOpen(process, *number)) {
+        if (id && *id != getpid() && hasOpen(process, *number) && !isFarEnd(process, terminal)) {
             holders += (holders.empty() ? "" : ", ") + listing(process, *id);
         }
     }
