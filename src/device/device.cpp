@@ -175,6 +175,7 @@ std::string DEVICE_UnknownText(const std::string& name) {
 
 Hint DEVICE_UnknownHint(const std::string& name) {
     std::vector<std::string> names;
+    names.reserve(table.size());
     for (const DeviceRecord& device : table) {
         names.push_back(device.Device);
     }

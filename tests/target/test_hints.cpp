@@ -7,15 +7,15 @@
 
 namespace {
 
-void eraseChip() {
+void eraseWithBox() {
     TARGET_EraseChip(true);
 }
 
-void program() {
+void programAll() {
     TARGET_Program(HEXDATA_GetFirstAddr(), HEXDATA_GetLastAddr());
 }
 
-void connect() {
+void connectOnly() {
     TARGET_Connect();
 }
 
@@ -53,7 +53,7 @@ TEST(Hints, SayWhatCame) {
         const char* device;
         const char* fault;
         Hint hint;
-        void (*command)() = connect;
+        void (*command)() = connectOnly;
     } cases[] = {
         {"VT-B128",
          "no-reply@match",
@@ -82,12 +82,15 @@ TEST(Hints, SayWhatCame) {
         {"VT-B128",
          "error-reply@program,address=11,value=2",
          {Cause::pageRefused, "the page at 0 of block 0 (0 - 7FFF); address 11 holds 07"},
-         program},
+         programAll},
         {"VT-B128",
          "stuck-bits,address=14,value=FF",
          {Cause::contentsDiffer, "block 0 (0 - 7FFF)"},
          runVerify},
-        {"VT-B128", "wrong-reply@cleared", {Cause::wrongAnswer, "1A where 4F belongs"}, eraseChip},
+        {"VT-B128",
+         "wrong-reply@cleared",
+         {Cause::wrongAnswer, "1A where 4F belongs"},
+         eraseWithBox},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.device) + " " + c.fault);
@@ -114,14 +117,14 @@ TEST(Hints, NameTheDeviceThatTheChipIs) {
     }
     ASSERT_EQ(_ParseDeviceFile(other, "other.dev"), 0);
     ASSERT_EQ(DEVICE_FindByName("OTHER"), 0);
-    connect();
+    connectOnly();
     EXPECT_EQ(allHints(world), HINT_Text({Cause::productDiffers, "VT-B256"}));
 }
 
 TEST(Hints, NameTheImageThatCannotBeRead) {
     TargetWorld world({.device = "VT-B128", .chip = {}});
     std::filesystem::remove(world.folder() / "RamImage");
-    connect();
+    connectOnly();
     EXPECT_EQ(allHints(world),
               HINT_Text({Cause::ramImage, FILES_ProgramFolder() + "RamImage/vt-b.s"}));
 }
@@ -143,32 +146,32 @@ TEST(Hints, AreNotNeededWhereTheUserKnows) {
         std::string errors;
         Hint hint = {};
     } cases[] = {
-        {"Cancel of the reset question", "VT-B128", "", nullptr, connect, canceled},
+        {"Cancel of the reset question", "VT-B128", "", nullptr, connectOnly, canceled},
         {"the same in a download", "VT-B128", "", nullptr, download, canceled},
-        {"the same in an erase", "VT-B128", "", nullptr, eraseChip, canceled},
+        {"the same in an erase", "VT-B128", "", nullptr, eraseWithBox, canceled},
         {"the same in a command", "VT-A96", "", nullptr, flashStatus, canceled},
-        {"Ctrl-C in a connect", "VT-A32", "faulty://tx-cut=0@", RUN_Interrupt, connect, ""},
+        {"Ctrl-C in a connect", "VT-A32", "faulty://tx-cut=0@", RUN_Interrupt, connectOnly, ""},
         {"in a download", "VT-B128", "faulty://tx-cut=0@", RUN_Interrupt, download, ""},
-        {"in an erase", "VT-B128", "faulty://tx-cut=2@", RUN_Interrupt, eraseChip, ""},
+        {"in an erase", "VT-B128", "faulty://tx-cut=2@", RUN_Interrupt, eraseWithBox, ""},
         {"Cancel in an erase",
          "VT-B128",
          "faulty://seed=1@",
          TARGET_Cancel,
-         eraseChip,
+         eraseWithBox,
          canceled,
          {Cause::eraseRunsOn, "the chip is erased"}},
         {"port lost at the echo",
          "VT-A32",
          "faulty://rx-hangup=0@",
          nullptr,
-         connect,
+         connectOnly,
          "Matching data failed (" + gone + ")",
          {Cause::portGone, gone}},
         {"port lost later",
          "VT-A32",
          "faulty://rx-hangup=2@",
          nullptr,
-         connect,
+         connectOnly,
          "Could not download RAM image (" + gone + ")",
          {Cause::portGone, gone}},
     };
@@ -205,7 +208,7 @@ TEST(Hints, ConnectedIsALoaderThatRuns) {
     TARGET_SetLinkState(LINK_BOOTROM);
     EXPECT_EQ(shown(), "Disconnected");
     TARGET_SetLinkState(LINK_IDLE);
-    connect();
+    connectOnly();
     EXPECT_EQ(shown(), "Connected");
     SIMPORT_WithChip(world.line, [](Chip& chip) {
         CHIP_SetFaults(chip, {{FaultKind::noReply, ChipStep::identify}});

@@ -45,7 +45,7 @@ std::optional<int> numberIn(std::string_view text) {
     return value;
 }
 
-std::vector<fs::path> entries(const fs::path& folder) {
+std::vector<fs::path> entriesOf(const fs::path& folder) {
     std::vector<fs::path> paths;
     std::error_code error;
     for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
@@ -63,7 +63,7 @@ std::optional<dev_t> deviceNumber(const fs::path& path) {
 }
 
 bool hasOpen(const fs::path& process, dev_t device) {
-    return std::ranges::any_of(entries(process / "fd"), [device](const fs::path& descriptor) {
+    return std::ranges::any_of(entriesOf(process / "fd"), [device](const fs::path& descriptor) {
         return deviceNumber(descriptor) == device;
     });
 }
@@ -75,7 +75,7 @@ bool isFarEnd(const fs::path& process, const fs::path& terminal) {
         return false;
     }
     const std::string index = "tty-index:\t" + terminal.filename().string() + "\n";
-    return std::ranges::any_of(entries(process / "fdinfo"), [&index](const fs::path& descriptor) {
+    return std::ranges::any_of(entriesOf(process / "fdinfo"), [&index](const fs::path& descriptor) {
         return smallFile(descriptor).find(index) != std::string::npos;
     });
 }
@@ -131,7 +131,7 @@ std::string PORTSTATE_Holders(const std::string& device) {
         return holders;
     }
     const fs::path terminal = canonical(device);
-    for (const fs::path& process : entries(folders().processes)) {
+    for (const fs::path& process : entriesOf(folders().processes)) {
         const std::optional<int> id = numberIn(process.filename().string());
         if (id && *id != getpid() && hasOpen(process, *number) && !isFarEnd(process, terminal)) {
             holders += (holders.empty() ? "" : ", ") + listing(process, *id);
@@ -167,7 +167,7 @@ std::optional<AdapterLatency> PORTSTATE_Latency(const std::string& device) {
 
 std::vector<std::string> PORTSTATE_Devices() {
     std::vector<std::string> devices;
-    for (const fs::path& tty : entries(folders().ttyClass)) {
+    for (const fs::path& tty : entriesOf(folders().ttyClass)) {
         if (hasHardware(tty)) {
             devices.push_back(kDeviceFolder + tty.filename().string());
         }
