@@ -28,8 +28,9 @@ bool readBinary(Chip& chip, const std::string& path, std::string& error) {
 }
 
 bool readHex(Chip& chip, const std::string& path, std::string& error) {
-    ERROR_SetHandlers([&error](WindowHandle, const std::string& text, int) { error = text; }, {},
-                      {});
+    ERROR_SetHandlers(
+        [&error](WindowHandle, const std::string& text, const std::string&, int) { error = text; },
+        {}, {});
     const bool loaded = PROGRAMFILE_Load(path);
     ERROR_SetHandlers({}, {}, {});
     if (!loaded) {

@@ -4,6 +4,7 @@
 #include "notice/error.h"
 #include "notice/run.h"
 #include "platform/event_queue.h"
+#include "platform/format.h"
 #include "serial/sio.h"
 
 #include <numeric>
@@ -11,11 +12,17 @@
 namespace {
 
 // Processes events until the first byte comes.
-bool readBefore(Moment deadline, std::span<uint8_t> buffer) {
+size_t readBefore(Moment deadline, std::span<uint8_t> buffer) {
     EVENTS_WaitBeside(deadline, [](Moment step) {
         return SIO_WaitReadable(_BootIsHopeless, step) || _BootIsHopeless();
     });
-    return SIO_ReadUntil(buffer.data(), buffer.size(), deadline, _BootIsHopeless) == buffer.size();
+    return SIO_ReadUntil(buffer.data(), buffer.size(), deadline, _BootIsHopeless);
+}
+
+Failure silence(size_t arrived, size_t awaited, uint32_t timeoutMs) {
+    return {.code = TERR_TIMEOUT,
+            .hint = {Cause::fellSilent, formatText("%zu of %zu bytes of an answer in %u ms",
+                                                   arrived, awaited, timeoutMs)}};
 }
 
 } // namespace
@@ -26,13 +33,20 @@ bool _BootIsHopeless() {
 
 Result<> _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs) {
     const Moment deadline = SIO_AnswerDeadline(timeoutMs, buffer.size());
-    return buffer.empty() || readBefore(deadline, buffer) ? Result<>() : Failure{TERR_TIMEOUT};
+    const size_t arrived = buffer.empty() ? 0 : readBefore(deadline, buffer);
+    return arrived == buffer.size() ? Result<>() : silence(arrived, buffer.size(), timeoutMs);
 }
 
 void _BootFail(const Failure& failure, std::string_view otherwise) {
-    const std::string_view text = failure.reason.empty() ? otherwise : failure.reason;
-    if (failure.code != TERR_REPORTED && !text.empty()) {
-        ERROR_Out(nullptr, ERROR_WithReason(text, SIO_GetLoss()), 1);
+    std::string text = failure.reason.empty() ? std::string(otherwise) : failure.reason;
+    if (failure.code == TERR_CANCELLED) {
+        text = failureText(failure);
+    } else if (!text.empty()) {
+        text = ERROR_WithReason(text, SIO_GetLoss());
+    }
+    const bool isKnown = failure.code == TERR_REPORTED || RUN_IsInterrupted();
+    if (!isKnown && !text.empty()) {
+        ERROR_Out(nullptr, text, 1, failureHint(failure));
     }
     BOOT_SetState(BOOT_UNSYNCED);
 }
@@ -40,7 +54,10 @@ void _BootFail(const Failure& failure, std::string_view otherwise) {
 Result<> _BootSilence(const Result<>& step, std::string_view text) {
     const bool isSilence = !step && step.error().code == TERR_TIMEOUT &&
                            step.error().reason.empty() && !_BootIsHopeless();
-    return isSilence ? Failure{.code = TERR_SAYS_ALL, .reason = std::string(text)} : step;
+    return isSilence ? Failure{.code = TERR_SAYS_ALL,
+                               .reason = std::string(text),
+                               .hint = step.error().hint}
+                     : step;
 }
 
 Result<> _BootCheck(bool condition, std::string_view text) {
@@ -50,15 +67,24 @@ Result<> _BootCheck(bool condition, std::string_view text) {
 Result<> _BootAwait(uint8_t answer, std::string_view text, uint32_t timeoutMs) {
     uint8_t received = 0;
     Result<> read = _BootRead({&received, 1}, timeoutMs);
-    return read ? _BootCheck(received == answer, text) : read;
+    return read ? _BootMatches(received, answer, text) : read;
 }
 
-Result<> _BootAwaitAmong(uint8_t answer, std::string_view text, uint32_t timeoutMs) {
+Result<> _BootMatches(uint8_t received, uint8_t answer, std::string_view text) {
+    return withHint(_BootCheck(received == answer, text),
+                    {Cause::wrongAnswer, formatText("%02X where %02X belongs", received, answer)});
+}
+
+Result<> _BootAwaitAmong(uint8_t answer, std::string_view text, uint32_t timeoutMs,
+                         std::string* others) {
     const Moment deadline = SIO_AnswerDeadline(timeoutMs, 1);
-    Result<> result = Failure{TERR_TIMEOUT};
+    Result<> result = silence(0, 1, timeoutMs);
     uint8_t received = 0;
-    while (readBefore(deadline, {&received, 1})) {
-        result = _BootCheck(received == answer, text);
+    while (readBefore(deadline, {&received, 1}) == 1) {
+        result = _BootMatches(received, answer, text);
+        if (!result && others != nullptr) {
+            others->push_back(static_cast<char>(received));
+        }
         if (result) {
             break;
         }

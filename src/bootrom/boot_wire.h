@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 
 inline constexpr uint32_t kReplyMs = 1000;
@@ -20,7 +21,8 @@ Result<> _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs);
 
 // Reports why a conversation failed and leaves the boot ROM unsynchronised: whatever it waits for
 // now, a reset ends it. A failure that has no reason and needs one is reported as `otherwise`,
-// unless that is empty. A lost port is named behind either.
+// unless that is empty. A lost port is named behind either. What the user has done himself is said
+// as such: a Cancel as "Action canceled", an interruption by whoever ends the run.
 void _BootFail(const Failure& failure, std::string_view otherwise = "");
 // The result of a step, with this text as all that is to be said where a chip that is there did not
 // answer in it: for silences whose cause is known not to be the password.
@@ -36,8 +38,11 @@ Result<> _BootCommand(uint8_t command, std::string_view text);
 Result<> _BootAwait(uint8_t answer, std::string_view text, uint32_t timeoutMs = kReplyMs);
 
 // Awaits `answer` among other bytes, which are passed over: late or stray ones. TERR_TIMEOUT when
-// nothing came at all, else a failure for this reason.
-Result<> _BootAwaitAmong(uint8_t answer, std::string_view text, uint32_t timeoutMs);
+// nothing came at all, else a failure for this reason. What was passed over is added to `others`.
+Result<> _BootAwaitAmong(uint8_t answer, std::string_view text, uint32_t timeoutMs,
+                         std::string* others = nullptr);
+// A failure for this reason unless what was received is the answer.
+Result<> _BootMatches(uint8_t received, uint8_t answer, std::string_view text);
 
 // The two's complement of the sum of the bytes: a block and this byte add up to 0.
 uint8_t _BootChecksum(std::span<const uint8_t> bytes);

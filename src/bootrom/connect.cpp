@@ -18,7 +18,6 @@ namespace {
 
 constexpr int kConnectPauseMs = 500;
 constexpr int kCommandPauseMs = 100;
-constexpr const char* kConnectFailure = "Could not download RAM image. Please check password";
 
 // Without a loader of its own a device cannot be connected, whatever the family.
 Result<> downloadLoader(const BootRomProtocol& family) {
@@ -27,6 +26,23 @@ Result<> downloadLoader(const BootRomProtocol& family) {
     }
     const std::string path = FILES_ProgramFolder() + "RamImage/" + DEVICE_GetRamcodeFile();
     return _DownloadRamImage(family, path, false);
+}
+
+// What a failed connect ends in, unless what was said of it says all: the password has nothing to
+// do with a Cancel or a lost port.
+void summarize(const Failure& failure) {
+    const bool isFirst = failure.code != TERR_REPORTED && failure.reason.empty();
+    const bool saysAll = failure.code == TERR_SAYS_ALL || failure.code == TERR_CANCELLED ||
+                         RUN_IsInterrupted() || (SIO_IsLost() && !isFirst);
+    if (saysAll) {
+        return;
+    }
+    if (isFirst) {
+        TARGET_ReportError(ERROR_WithReason(_DownloadFailure(), SIO_GetLoss()), 1,
+                           failureHint(failure));
+    } else {
+        TARGET_ReportError(_DownloadFailure(), 1);
+    }
 }
 
 bool confirmReadProtect() {
@@ -62,14 +78,7 @@ int TARGET_Connect() {
     const Failure& failure = downloaded.error();
     _BootFail(failure);
     TARGET_Disconnect();
-    if (failure.code == TERR_CANCELLED || RUN_IsInterrupted()) {
-        if (!RUN_IsInterrupted()) { // which has been said
-            TARGET_ReportError(failureText({TERR_CANCELLED}), 1);
-        }
-    } else if (failure.code != TERR_SAYS_ALL) {
-        const bool isFirst = failure.code != TERR_REPORTED && failure.reason.empty();
-        TARGET_ReportError(ERROR_WithReason(kConnectFailure, isFirst ? SIO_GetLoss() : ""), 1);
-    }
+    summarize(failure);
     EVENTS_Sleep(kConnectPauseMs);
     return 0;
 }

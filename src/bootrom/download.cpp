@@ -13,21 +13,27 @@
 #include "notice/run.h"
 #include "platform/clock.h"
 #include "platform/format.h"
+#include "serial/sio.h"
+
+#include <mutex>
 
 namespace {
 
 constexpr int kLoaderStartMs = 100;
 
+std::mutex loaderMutex; // of the text
+std::string loaderSent;
+
 // An unattended run cannot ask; that it would have had to is said through the question notifier.
 Result<> askForPassword() {
     if (RUN_IsUnattended()) {
         ERROR_Ask(nullptr, "A password is needed to connect", "Password", BOX_OK);
-        return Failure{};
+        return Failure{.hint = passwordHint()};
     }
     PROGRESS_BusyCursor(false);
     const bool given = PASSWORD_Dialog() == ANSWER_OK;
     PROGRESS_BusyCursor(true);
-    return given ? Result<>() : Failure{TERR_REPORTED}; // the user knows
+    return given ? Result<>() : Failure{.hint = passwordHint()};
 }
 
 // Sends the loader behind one password after the other, each but the first after a new reset, until
@@ -59,14 +65,32 @@ Result<> transferWith(const BootRomProtocol& family, const LoaderTransfer& trans
 }
 
 Result<LoaderTransfer> loadImage(const BootRomProtocol& family, const std::string& path) {
+    const Hint hint = {Cause::ramImage, path};
     std::string text;
     if (!_LoadRamImage(path, text)) {
-        return Failure{.reason = "Error reading RAM-Immage file"};
+        return Failure{.reason = "Error reading RAM-Immage file", .hint = hint};
     }
-    return family.PrepareImage(text);
+    return withHint(family.PrepareImage(text), hint);
+}
+
+void noteSent(const std::string& path, uint64_t bytes) {
+    const std::lock_guard lock(loaderMutex);
+    loaderSent = formatText("%s, %llu bytes sent", path.substr(path.rfind('/') + 1).c_str(),
+                            static_cast<unsigned long long>(bytes));
 }
 
 } // namespace
+
+// Where the port is lost, the password has nothing to do with it.
+std::string _DownloadFailure() {
+    return std::string("Could not download RAM image") +
+           (SIO_IsLost() ? "" : ". Please check password");
+}
+
+std::string _LoaderSent() {
+    const std::lock_guard lock(loaderMutex);
+    return loaderSent;
+}
 
 Result<> _DownloadRamImage(const BootRomProtocol& family, const std::string& path,
                            bool showProgress) {
@@ -92,9 +116,11 @@ Result<> _DownloadRamImage(const BootRomProtocol& family, const std::string& pat
         passwords = {passwordInForce()};
     }
     LOG_Add(formatText("Downloading RAM-Image started: %s", path.c_str()));
+    const uint64_t before = SIO_BytesWritten();
     if (Result<> sent = transferWith(family, *transfer, passwords, showProgress); !sent) {
         return sent;
     }
+    noteSent(path, SIO_BytesWritten() - before);
     BOOT_SetState(BOOT_RAMCODE);
     BOOT_SetChipInRom(false);
     RUN_SetExitCode(0);

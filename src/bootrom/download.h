@@ -9,3 +9,7 @@
 // A progress display that `showProgress` opens is left open.
 Result<> _DownloadRamImage(const BootRomProtocol& family, const std::string& path,
                            bool showProgress);
+// What is said of a download that failed without a reason of its own.
+std::string _DownloadFailure();
+// What the chip was sent last: "vt-b.s, 1312 bytes sent". Any thread.
+std::string _LoaderSent();

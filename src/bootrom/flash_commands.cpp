@@ -31,7 +31,9 @@ Result<> _EraseWait(std::span<uint8_t> answer) {
     const Moment deadline = SIO_AnswerDeadline(timeout, answer.size());
     while (!readAnswer(answer)) {
         if (CLOCK_Now() > deadline || _BootIsHopeless()) {
-            return Failure{TERR_TIMEOUT};
+            return Failure{.code = TERR_TIMEOUT,
+                           .hint = {Cause::fellSilent,
+                                    formatText("no answer to the erase in %u ms", timeout)}};
         }
     }
     return {};

@@ -26,7 +26,10 @@ constexpr size_t kMaxProductInfo = 255; // bytes
 constexpr size_t kMaxExpectedInfo = 500;
 constexpr size_t kBytesPerLogLine = 16;
 
+constexpr uint32_t kLateMs = 1000; // after that an echo would not be told from anything else
+
 uint32_t bootSum = 0;
+bool linesDriven = false; // by the last reset
 std::atomic<bool> bootSumForgotten{false};
 
 // Asks the user to press reset where the program does not do it; whether to go on.
@@ -43,13 +46,15 @@ bool resetIsDone() {
     return true;
 }
 
-void resetIntoBootRom() {
-    SIO_SetLines(SETDTR);
+// Whether the port could drive the lines.
+bool resetIntoBootRom() {
+    bool driven = SIO_SetLines(SETDTR);
     CLOCK_Sleep(50);
-    SIO_SetLines(SETRTS);
+    driven = SIO_SetLines(SETRTS) && driven;
     CLOCK_Sleep(250);
-    SIO_SetLines(CLRDTR);
+    driven = SIO_SetLines(CLRDTR) && driven;
     CLOCK_Sleep(250);
+    return driven;
 }
 
 void logBytes(const std::vector<uint8_t>& bytes) {
@@ -64,16 +69,31 @@ void logBytes(const std::vector<uint8_t>& bytes) {
 
 // What the reply holds where the device's text is expected; a description that expects bytes behind
 // the reply describes another chip.
-std::vector<uint8_t> productText(const std::vector<uint8_t>& reply, size_t length) {
-    const size_t offset = std::min<size_t>(DEVICE_GetPIValue2(), reply.size());
+std::vector<uint8_t> productText(const std::vector<uint8_t>& reply, size_t length,
+                                 size_t position) {
+    const size_t offset = std::min(position, reply.size());
     const auto start = reply.begin() + static_cast<ptrdiff_t>(offset);
     return {start, start + static_cast<ptrdiff_t>(std::min(length, reply.size() - offset))};
+}
+
+std::string fittingDevices(const std::vector<uint8_t>& reply) {
+    std::string names;
+    for (int i = 0; i < DEVICE_GetNumDevices(); ++i) {
+        const DeviceRecord& device = DEVICE_At(i);
+        std::string error;
+        const auto expected = HEXTEXT_ToBytes(device.PIText, kMaxExpectedInfo, error);
+        if (device.PICode == DEVICE_GetPICode() && !expected.empty() &&
+            productText(reply, expected.size(), device.PIValue2) == expected) {
+            names += (names.empty() ? "" : ", ") + device.Device;
+        }
+    }
+    return names.empty() ? "none of the devices that there are" : names;
 }
 
 Result<> compareProduct(const std::vector<uint8_t>& reply) {
     std::string error; // a text that cannot be read expects nothing
     const auto expected = HEXTEXT_ToBytes(DEVICE_GetPIText(), kMaxExpectedInfo, error);
-    const std::vector<uint8_t> found = productText(reply, expected.size());
+    const std::vector<uint8_t> found = productText(reply, expected.size(), DEVICE_GetPIValue2());
     if (found == expected) {
         return {};
     }
@@ -81,7 +101,8 @@ Result<> compareProduct(const std::vector<uint8_t>& reply) {
                    .reason =
                        formatText("The chip is no %s (product info: expected %s, found %s)",
                                   DEVICE_GetName().c_str(), HEXTEXT_FromBytes(expected).c_str(),
-                                  HEXTEXT_FromBytes(found).c_str())};
+                                  HEXTEXT_FromBytes(found).c_str()),
+                   .hint = {Cause::productDiffers, fittingDevices(reply)}};
 }
 
 // What arrives before the reset has finished is the application's; over a port server it may still
@@ -92,6 +113,25 @@ void passOnWhatCameBefore() {
     while (SIO_ReadUntil(&byte, 1, deadline, _BootIsHopeless) == 1) {
         TERMINAL_ReceiveByte(byte);
     }
+}
+
+// Why the echo did not come, for which what comes now is looked at as well.
+Hint matchHint(uint8_t value, std::string& others) {
+    constexpr const char* failure = "";
+    const Moment given = CLOCK_Now();
+    if (_BootAwaitAmong(value, failure, kLateMs, &others)) {
+        const auto lateMs = static_cast<int>((CLOCK_Now().us - given.us) / 1000);
+        return {Cause::lateAnswer, formatText("%d ms after %d tries", lateMs, kMatchAttempts)};
+    }
+    if (Hint shared = SIO_SharedHint(); shared.cause != Cause::none) {
+        return shared;
+    }
+    const std::string sent = formatText("%02X was sent %d times", value, kMatchAttempts);
+    if (!others.empty()) {
+        return {Cause::otherAnswer, sent + ", what came is " + HINT_Bytes(others)};
+    }
+    return {Cause::noAnswer, sent + (linesDriven ? "; the reset was DTR on, RTS on, DTR off"
+                                                 : "; DTR and RTS could not be driven")};
 }
 
 // A failed match leaves the user's rate behind: the next attempt would take the other one for it.
@@ -109,7 +149,7 @@ Result<> matchAtItsRate(const BootRomProtocol& family) {
     if (matched) {
         BOOT_SetState(BOOT_SYNCED);
     } else if (changes && !SIO_IsLost()) { // a port that is opened again has the rate
-        SIO_ChangeBaudrate(baudrate);
+        SIO_RestoreBaudrate(baudrate);
     }
     return matched;
 }
@@ -157,10 +197,10 @@ Result<> _ResetAndMatch(const BootRomProtocol& family) {
         return {};
     }
     if (!resetIsDone()) {
-        return Failure{TERR_REPORTED}; // the user knows
+        return Failure{TERR_CANCELLED};
     }
     BOOT_SetChipInRom(true);
-    resetIntoBootRom();
+    linesDriven = resetIntoBootRom();
     passOnWhatCameBefore();
     return matchAtItsRate(family);
 }
@@ -168,16 +208,17 @@ Result<> _ResetAndMatch(const BootRomProtocol& family) {
 // A stray byte costs nothing but its time: the echo may stand behind it, or answer the next try.
 Result<> _MatchByte(uint8_t value) {
     constexpr const char* failure = "Matching data failed";
+    std::string others;
     for (int attempt = 0; attempt < kMatchAttempts; ++attempt) {
         if (RUN_IsInterrupted()) {
             return Failure{TERR_CANCELLED};
         }
         SIO_WriteByte(value);
-        if (_BootAwaitAmong(value, failure, kMatchMs)) {
+        if (_BootAwaitAmong(value, failure, kMatchMs, &others)) {
             return {};
         }
     }
-    return Failure{.reason = failure};
+    return Failure{.reason = failure, .hint = matchHint(value, others)};
 }
 
 Result<> _ProductInfo() {
@@ -216,8 +257,9 @@ bool _BootSumIsForgotten() {
 Result<> _LoaderAnswer(const Result<>& answered) {
     return DEVICE_GetTimeoutGetSUM() != 0
                ? answered
-               : _BootSilence(answered, "The device description gives the chip no time to answer "
-                                        "the download (TimeoutGetSUM)");
+               : withHint(_BootSilence(answered, "The device description gives the chip no time to "
+                                                 "answer the download (TimeoutGetSUM)"),
+                          {});
 }
 
 Result<> _ReadBootSum(uint32_t timeoutMs) {

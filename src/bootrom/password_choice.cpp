@@ -20,6 +20,10 @@ std::optional<uint8_t> imageByte(uint32_t address) {
                                                                  : std::nullopt;
 }
 
+std::string spanOf(const std::vector<uint32_t>& places) {
+    return formatText("%X - %X", std::ranges::min(places), std::ranges::max(places));
+}
+
 // Where the chip has its password, as the image sees it; empty where nobody can tell.
 std::vector<uint32_t> passwordPlaces(const BootRomProtocol& family) {
     std::vector<uint32_t> places = DEVICE_Selected().aIDAdr;
@@ -63,11 +67,50 @@ std::optional<BootPassword> imagesPassword(const BootRomProtocol& family) {
     if (places.empty()) {
         return std::nullopt;
     }
-    password.places = formatText("%X - %X", std::ranges::min(places), std::ranges::max(places));
+    password.places = spanOf(places);
     return password;
 }
 
+// "12 bytes at 1FFF4 - 1FFFF", as far as the description and the settings tell.
+std::string whatIsAsked() {
+    const BootRomProtocol* family = _CurrentProtocol();
+    const auto places = family != nullptr ? passwordPlaces(*family) : std::vector<uint32_t>();
+    if (!places.empty()) {
+        return formatText("%zu bytes at %s", places.size(), spanOf(places).c_str());
+    }
+    const PasswordLimits limits = PASSWORD_LimitsOf(DEVICE_Selected());
+    if (limits.AreaSize == 0) {
+        return formatText("a password of %u to %u bytes", limits.MinLen, limits.MaxLen);
+    }
+    return formatText("as many bytes from %X on as the byte at %X says, both within %X - %X",
+                      PASSWORD_GetAdrCompare(), PASSWORD_GetAdrCount(), limits.AreaStart,
+                      limits.AreaStart + limits.AreaSize - 1);
+}
+
+std::string whatWasOffered(const BootPassword& password) {
+    switch (password.origin) {
+    case BootPassword::Origin::blankChip:
+        return "that of a blank chip, all FF,";
+    case BootPassword::Origin::image:
+        return formatText("that of the loaded file (%s)", password.places.c_str());
+    default:
+        return password.bytes.empty() ? "none"
+                                      : formatText("yours of %zu bytes", password.bytes.size());
+    }
+}
+
 } // namespace
+
+Hint passwordHint() {
+    return {Cause::passwordRefused,
+            formatText("%s; %s was offered last, and by its checksum the chip is %s",
+                       whatIsAsked().c_str(), whatWasOffered(passwordInForce()).c_str(),
+                       _IsBlank() ? "blank" : "not blank")};
+}
+
+Result<> afterPassword(const Result<>& answered) {
+    return answered ? answered : withHint(answered, passwordHint());
+}
 
 std::vector<BootPassword> passwordsToTry(const BootRomProtocol& family) {
     std::vector<BootPassword> passwords;

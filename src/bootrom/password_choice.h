@@ -31,5 +31,9 @@ public:
     PasswordOffer(const PasswordOffer&) = delete;
     PasswordOffer& operator=(const PasswordOffer&) = delete;
 };
+// What the device asks for and what it was offered: the hint of a refusal.
+Hint passwordHint();
+// The result of what a boot ROM answers to a password, with that hint where it is a failure.
+Result<> afterPassword(const Result<>& answered);
 // Whether the failure of a download may be a refused password.
 bool mayBeRefusal(const Failure& failure);

@@ -60,7 +60,9 @@ Result<> _MatchTypeA(uint32_t baudrate) {
     // Late echoes of the match may come first.
     Result<> set = _BootAwaitAmong(code, "Setting baudrate failed", kMatchMs);
     if (set) {
-        SIO_ChangeBaudrate(baudrate);
+        if (SIO_ChangeBaudrate(baudrate) == 0) {
+            return Failure{TERR_REPORTED};
+        }
     }
     return set;
 }
@@ -138,7 +140,7 @@ Result<> transferTypeA(const RamImageA& image, bool showProgress) {
         return sent;
     }
     _SetBootSum(0);
-    Result<> summed = _LoaderAnswer(_ReadBootSum(DEVICE_GetTimeoutGetSUM()));
+    Result<> summed = _LoaderAnswer(afterPassword(_ReadBootSum(DEVICE_GetTimeoutGetSUM())));
     if (image.malformed) { // what a boot ROM says of half an image is no success
         return Failure{.reason = "Error parsing RAM-image"};
     }
@@ -175,7 +177,7 @@ Result<> eraseByRewriteCommand() {
     if (Result<> answered = _EraseWait(answer); !answered) {
         return answered;
     }
-    Result<> cleared = _BootCheck(answer[0] == kFlashCleared, "Clearing flash memory failed");
+    Result<> cleared = _BootMatches(answer[0], kFlashCleared, "Clearing flash memory failed");
     if (!cleared) {
         return cleared;
     }
@@ -236,7 +238,7 @@ Result<> _ReadProtectTypeA() {
         return begun;
     }
     _SendPasswordTypeA();
-    Result<> done = _BootAwait(0xFB, failure);
+    Result<> done = afterPassword(_BootAwait(0xFB, failure));
     if (done) {
         LOG_Add("Flash memory read protection command executed");
     }

@@ -130,11 +130,11 @@ Result<> transferTypeB(const RamImageB& image) {
         return sent;
     }
     _SendPasswordTypeB();
-    if (Result<> taken = _BootAwait(kAcknowledge, kPasswordRefused); !taken) {
+    if (Result<> taken = afterPassword(_BootAwait(kAcknowledge, kPasswordRefused)); !taken) {
         return taken;
     }
     sendHeader(image);
-    if (Result<> taken = _BootAwait(kAcknowledge, kPasswordRefused); !taken) {
+    if (Result<> taken = afterPassword(_BootAwait(kAcknowledge, kPasswordRefused)); !taken) {
         return taken;
     }
     if (Result<> sent = sendData(image); !sent) {
@@ -159,7 +159,7 @@ Result<> eraseResult(const std::vector<uint8_t>& covered) {
     if (Result<> answered = _EraseWait(answer); !answered) {
         return answered;
     }
-    if (Result<> erased = _BootCheck(answer[0] == kErased, failure); !erased) {
+    if (Result<> erased = _BootMatches(answer[0], kErased, failure); !erased) {
         return erased;
     }
     Result<> checked = _BootAwait(_BootChecksum(covered), failure);
@@ -200,7 +200,7 @@ Result<> _ProtectChipTypeB() {
         return sent;
     }
     _SendPasswordTypeB();
-    return _BootAwait(0x60, kPasswordRefused);
+    return afterPassword(_BootAwait(0x60, kPasswordRefused));
 }
 
 } // namespace

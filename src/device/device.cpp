@@ -10,7 +10,9 @@
 #include "platform/format.h"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
+#include <numeric>
 #include <span>
 #include <vector>
 
@@ -25,6 +27,24 @@ const DeviceRecord kBlankRecord = [] {
 }();
 
 constexpr int kExitCode = 1;
+constexpr size_t kMostNames = 12; // in a hint
+
+// How many characters one has to change, add or leave out to get the other, whatever their case.
+size_t textDistance(std::string_view one, std::string_view other) {
+    std::vector<size_t> row(other.size() + 1);
+    std::iota(row.begin(), row.end(), size_t{0});
+    for (const char a : one) {
+        size_t diagonal = row[0]++;
+        for (size_t i = 0; i < other.size(); ++i) {
+            const bool same = std::toupper(static_cast<unsigned char>(a)) ==
+                              std::toupper(static_cast<unsigned char>(other[i]));
+            const size_t changed = diagonal + (same ? 0 : 1);
+            diagonal = row[i + 1];
+            row[i + 1] = std::min({changed, row[i] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
 
 std::string leftOut; // what was said of the descriptions that cannot be used, a line each
 
@@ -153,13 +173,31 @@ std::string DEVICE_UnknownText(const std::string& name) {
                                      name.c_str());
 }
 
+Hint DEVICE_UnknownHint(const std::string& name) {
+    std::vector<std::string> names;
+    names.reserve(table.size());
+    for (const DeviceRecord& device : table) {
+        names.push_back(device.Device);
+    }
+    std::ranges::stable_sort(
+        names, {}, [&name](const std::string& other) { return textDistance(name, other); });
+    std::string list;
+    for (size_t i = 0; i < std::min(names.size(), kMostNames); ++i) {
+        list += (i == 0 ? "" : ", ") + names[i];
+    }
+    if (names.size() > kMostNames) {
+        list += formatText(" and %zu more", names.size() - kMostNames);
+    }
+    return {Cause::unknownDevice, list};
+}
+
 int DEVICE_FindByName(const std::string& name) {
     if (const auto slot = DEVICE_SlotOf(name)) {
         DEVPROPS_SetDevice(*slot);
         return 0;
     }
     if (!name.empty()) {
-        ERROR_Out(nullptr, DEVICE_UnknownText(name), kExitCode);
+        ERROR_Out(nullptr, DEVICE_UnknownText(name), kExitCode, DEVICE_UnknownHint(name));
     }
     return 1;
 }

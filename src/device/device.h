@@ -4,6 +4,7 @@
 
 #include "data/address_range.h"
 #include "device/device_record.h"
+#include "notice/hint.h"
 
 #include <cstdint>
 #include <optional>
@@ -31,6 +32,8 @@ int DEVICE_FindByName(const std::string& name);
 std::optional<int> DEVICE_SlotOf(const std::string& name);
 // What is said of a name that no device has; nothing of an empty one.
 std::string DEVICE_UnknownText(const std::string& name);
+// The devices that there are, those whose names are most like it first.
+Hint DEVICE_UnknownHint(const std::string& name);
 
 // Name of the device in a slot of the table; empty beyond the last.
 std::string DEVICE_GetNameAt(int index);

@@ -42,3 +42,11 @@ std::string failureText(const Failure& failure) {
     return ERROR_WithReason(textOfCode(failure),
                             failure.code == TERR_TIMEOUT ? SIO_GetLoss() : failure.detail);
 }
+
+Hint failureHint(const Failure& failure) {
+    if (failure.code == TERR_CANCELLED) {
+        return {};
+    }
+    const std::string loss = SIO_GetLoss();
+    return loss.empty() ? failure.hint : Hint{Cause::portGone, loss};
+}

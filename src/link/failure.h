@@ -1,6 +1,7 @@
 // Why something was not done on the target: one value from the frame to the message.
 #pragma once
 
+#include "notice/hint.h"
 #include "platform/expected.h"
 
 #include <cstdint>
@@ -27,6 +28,7 @@ struct Failure {
     uint8_t contents = 0; // of that address on the chip
     std::string reason = {};
     std::string detail = {}; // what stands behind the text of the code, in parentheses
+    Hint hint = {};          // what to do about it, from where that is known
 };
 
 template <typename T = void>
@@ -35,3 +37,16 @@ using Result = Expected<T, Failure>;
 // The message of a failure: its reason, or the text of its code and what is known besides: the
 // detail, or of a link that does not answer that the port is lost.
 std::string failureText(const Failure& failure);
+// What to do about it: of a lost port that, of a user's own cancel nothing, else the failure's
+// hint.
+Hint failureHint(const Failure& failure);
+// The result with this hint when it is a failure, in place of any that it has.
+template <typename T>
+Result<T> withHint(const Result<T>& result, const Hint& hint) {
+    if (result) {
+        return result;
+    }
+    Failure failure = result.error();
+    failure.hint = hint;
+    return failure;
+}

@@ -59,7 +59,7 @@ void TARGET_Disconnect() {
     TARGET_AwaitPort();
 }
 
-void TARGET_ReportError(std::string_view text, int exitCode) {
-    ERROR_Out(nullptr, text, exitCode);
+void TARGET_ReportError(std::string_view text, int exitCode, const Hint& hint) {
+    ERROR_Out(nullptr, text, exitCode, hint);
     _BootReset();
 }

@@ -2,6 +2,8 @@
 // boot ROM, ending the connection, reporting a failure that ends it.
 #pragma once
 
+#include "notice/hint.h"
+
 #include <string_view>
 
 enum BootStateCode : int {
@@ -31,4 +33,4 @@ void TARGET_AwaitPort();
 // thread.
 void TARGET_Disconnect();
 // Reports the text (ERROR_Out), then calls _BootReset. Any thread.
-void TARGET_ReportError(std::string_view text, int exitCode);
+void TARGET_ReportError(std::string_view text, int exitCode, const Hint& hint = {});

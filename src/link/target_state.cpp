@@ -1,7 +1,10 @@
 #include "link/target_state.h"
 
+#include "notice/status.h"
 #include "platform/clock.h"
 #include "platform/event_queue.h"
+
+#include <mutex>
 
 namespace {
 
@@ -14,6 +17,15 @@ void noteIdle(TargetState& state, int linkState) {
     if (linkState == LINK_IDLE) {
         state.IdleSinceUs = CLOCK_Now().us;
     }
+}
+
+// Connected is a loader that has identified itself, nothing before it.
+void showConnection() {
+    static std::mutex order; // what is shown last is what holds last
+    const std::lock_guard lock(order);
+    const TargetState& state = TARGET_State();
+    const bool connected = state.LinkState == LINK_RAMCODE && state.Identified != 0;
+    STATUS_SetText(connected ? "Connected" : "Disconnected", STATUS_CONNECTION);
 }
 
 // The loader that runs now has not said anything yet, whatever an earlier one said.
@@ -37,6 +49,7 @@ void TARGET_SetLinkState(int linkState) {
         noteIdle(state, linkState);
     }
     state.LinkState = linkState;
+    showConnection();
     wakeWaiters();
 }
 
@@ -45,12 +58,14 @@ bool TARGET_LeaveLinkState(int from, int to) {
     if (!TARGET_State().LinkState.compare_exchange_strong(from, to)) {
         return false;
     }
+    showConnection();
     wakeWaiters();
     return true;
 }
 
 void TARGET_SetIdentified() {
     if (TARGET_State().Identified.exchange(1) == 0) {
+        showConnection();
         wakeWaiters();
     }
 }

@@ -20,7 +20,7 @@ std::mutex fileMutex;
 AppendFile errorFile;
 bool fileTried = false;
 
-void writeToErrorLog(std::string_view text) {
+void writeToErrorLog(std::string_view text, const std::string& hint) {
     const std::lock_guard lock(fileMutex);
     if (!fileTried) {
         fileTried = true;
@@ -32,9 +32,11 @@ void writeToErrorLog(std::string_view text) {
             LOG_BuildTime() + "\r\n" + LOG_HeaderBlock());
     }
     const CivilTime now = CLOCK_LocalTime();
-    errorFile.write(formatText("* %4d-%02d-%02d, %02d:%02d:%02d\r\n", now.year, now.month, now.day,
-                               now.hour, now.minute, now.second) +
-                    formatPrintable(text, LineEnds::stay) + "\r\n");
+    errorFile.write(
+        formatText("* %4d-%02d-%02d, %02d:%02d:%02d\r\n", now.year, now.month, now.day, now.hour,
+                   now.minute, now.second) +
+        formatPrintable(text, LineEnds::stay) + "\r\n" +
+        (hint.empty() ? "" : formatPrintable("Hint: " + hint, LineEnds::shown) + "\r\n"));
 }
 
 template <class Handler>
@@ -43,12 +45,12 @@ Handler current(const Handler& handler) {
     return handler;
 }
 
-void passOn(WindowHandle window, const std::string& text, int exitCode) {
+void passOn(WindowHandle window, const std::string& text, const std::string& hint, int exitCode) {
     if (exitCode != 0) {
         RUN_NoteFailure();
     }
     if (const auto notify = current(errorNotifier)) {
-        notify(window, text, exitCode);
+        notify(window, text, hint, exitCode);
     } else {
         PROCESS_Beep();
     }
@@ -67,13 +69,14 @@ void ERROR_SetHandlers(ErrorNotifier newErrorNotifier, QuestionNotifier newQuest
     exitCodeSetter = std::move(newExitCodeSetter);
 }
 
-void ERROR_Out(WindowHandle window, std::string_view text, int exitCode) {
-    writeToErrorLog(text);
-    passOn(window, std::string(text), exitCode);
+void ERROR_Out(WindowHandle window, std::string_view text, int exitCode, const Hint& hint) {
+    const std::string whatToDo = HINT_Text(hint);
+    writeToErrorLog(text, whatToDo);
+    passOn(window, std::string(text), whatToDo, exitCode);
 }
 
 void ERROR_Notify(std::string_view text) {
-    passOn(nullptr, std::string(text), 1);
+    passOn(nullptr, std::string(text), "", 1);
 }
 
 std::string ERROR_WithReason(std::string_view text, std::string_view reason) {

@@ -2,6 +2,8 @@
 // error log beside the program and to the handlers that the shell has registered.
 #pragma once
 
+#include "notice/hint.h"
+
 #include <functional>
 #include <string>
 #include <string_view>
@@ -26,7 +28,9 @@ enum BoxAnswer : int {
     ANSWER_NO = 7
 };
 
-using ErrorNotifier = std::function<void(WindowHandle, const std::string& text, int exitCode)>;
+// `hint` is the text of the hint, empty where there is none.
+using ErrorNotifier = std::function<void(WindowHandle, const std::string& text,
+                                         const std::string& hint, int exitCode)>;
 using QuestionNotifier = std::function<int(WindowHandle, const std::string& text,
                                            const std::string& caption, unsigned boxType)>;
 using ExitCodeSetter = std::function<void(int)>;
@@ -35,9 +39,9 @@ using ExitCodeSetter = std::function<void(int)>;
 void ERROR_SetHandlers(ErrorNotifier errorNotifier, QuestionNotifier questionNotifier,
                        ExitCodeSetter exitCodeSetter);
 
-// Reports a failure: error log, notifier, then exit code, in this order and all done on return.
-// Any thread.
-void ERROR_Out(WindowHandle window, std::string_view text, int exitCode);
+// Reports a failure, and what to do about it where that is known: error log, notifier, then exit
+// code, in this order and all done on return. Any thread.
+void ERROR_Out(WindowHandle window, std::string_view text, int exitCode, const Hint& hint = {});
 
 // The text with the reason behind it in parentheses, on the same line; the text alone without one.
 std::string ERROR_WithReason(std::string_view text, std::string_view reason);

@@ -210,9 +210,8 @@ ProgressView PROGRESS_GetView() {
     view.line2 += getText(note);
     if (view.showClock) {
         view.elapsedMs = CLOCK_Tick() - startTick;
-        view.line3 =
-            formatText("Elapsed time: %d:%01d sec", static_cast<int>(view.elapsedMs / 1000),
-                       static_cast<int>(view.elapsedMs / 100 % 10));
+        view.line3 = formatText("Elapsed time: %u:%02u", view.elapsedMs / 60'000,
+                                view.elapsedMs / 1000 % 60);
     }
     return view;
 }

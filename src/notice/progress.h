@@ -14,7 +14,7 @@ struct ProgressView {
     std::string caption;
     std::string line1;   // the current step
     std::string line2;   // "%d of %d bytes" and the note
-    std::string line3;   // "Elapsed time: %d:%01d sec"
+    std::string line3;   // "Elapsed time: 1:07", minutes and seconds
     std::string barText; // instead of the percentage while barTextMode is set
     bool barTextMode = false;
     bool hasRange = false; // false: keep showing what line 1, line 2 and the bar showed

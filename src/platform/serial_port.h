@@ -59,6 +59,10 @@ struct SerialPort {
 };
 using SerialPortPtr = std::shared_ptr<SerialPort>;
 
+// Two reasons that whoever opens a device tells apart; the second one may go on.
+inline constexpr const char* kPortInUse = "in use by another program";
+inline constexpr const char* kPortDenied = "permission denied";
+
 // An opener returns the open line, or null with the reason in `error` ("No such file or directory",
 // "in use by another program", "permission denied; the group dialout would give it").
 using SerialOpener = std::function<SerialPortPtr(const std::string& device, std::string& error)>;

@@ -5,9 +5,11 @@
 #include "persist/ini.h"
 #include "platform/format.h"
 #include "serial/open_port.h"
+#include "serial/port_hints.h"
 #include "serial/sio_log.h"
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -19,6 +21,7 @@ SioConfig config;
 LineSettings lineFormat;
 std::string openFailure;
 bool failureTolerated = false;
+std::atomic<uint64_t> bytesWritten{0};
 
 // What the calling thread holds back while it builds a frame.
 struct HeldFrame {
@@ -46,6 +49,7 @@ bool writeNow(std::span<const uint8_t> bytes) {
     const int64_t begins = std::max(use.port().lineFreeUs.load(), CLOCK_Now().us);
     use.port().lineFreeUs = begins + lineTimeUs(use, bytes.size());
     use.port().writeFailed = !written;
+    bytesWritten += written ? bytes.size() : 0;
     if (!written) {
         use.noteLoss();
     }
@@ -116,7 +120,8 @@ uint32_t changeRate(uint32_t baudrate, bool quiet) {
     uint32_t before = 0;
     const std::string error = setRate(baudrate, before);
     if (!error.empty() && !quiet) {
-        ERROR_Out(nullptr, error, 1);
+        const std::string loss = SIO_GetLoss();
+        ERROR_Out(nullptr, error, 1, loss.empty() ? Hint{} : Hint{Cause::portGone, loss});
     }
     return before;
 }
@@ -130,12 +135,14 @@ void logOpenState(const std::string& text) {
 struct OpenFailure {
     std::string text;
     std::string reason;
+    Hint hint;
 };
 
 // The line for `port`, or null with the failure.
 SerialPortPtr openLine(uint32_t port, std::string& device, OpenFailure& failure) {
     if (port > kMaxComPort) {
         failure.text = failure.reason = formatText("COM%u is not one of COM1 to COM20", port);
+        failure.hint = PORTHINT_OfFailure(device, failure.reason);
         return nullptr;
     }
     device = SIO_DeviceOfPort(port);
@@ -144,6 +151,7 @@ SerialPortPtr openLine(uint32_t port, std::string& device, OpenFailure& failure)
     if (!line) {
         failure.text = formatText("COM%u (%s): %s", port, device.c_str(), reason.c_str());
         failure.reason = OPENPORT_Reason(port, device, reason);
+        failure.hint = PORTHINT_OfFailure(device, reason);
     }
     return line;
 }
@@ -168,12 +176,14 @@ bool _InitSIO(uint32_t baudrate) {
         if (!isFailureTolerated()) {
             LOG_Add(failure.text);
             ERROR_Out(nullptr,
-                      ERROR_WithReason("SIO::_InitSIO: Port not available", failure.reason), 1);
+                      ERROR_WithReason("SIO::_InitSIO: Port not available", failure.reason), 1,
+                      failure.hint);
         }
         return false;
     }
     OPENPORT_Set(std::move(line), wanted.Port, device);
     changeRate(baudrate, isFailureTolerated());
+    PORTHINT_NoteOpened(device);
     logOpenState(formatText("COM%d opened with %d Baud", static_cast<int>(wanted.Port),
                             static_cast<int>(wanted.Baudrate)));
     return true;
@@ -255,6 +265,15 @@ std::string SIO_GetLoss() {
     return PortUse().loss();
 }
 
+Hint SIO_SharedHint() {
+    const std::shared_ptr<OpenPort> port = OPENPORT_Get();
+    return port ? PORTHINT_Shared(port->device) : Hint{};
+}
+
+uint64_t SIO_BytesWritten() {
+    return bytesWritten;
+}
+
 std::string SIO_GetRefusal() {
     return whyNot(PortUse());
 }
@@ -327,6 +346,11 @@ uint32_t SIO_ChangeBaudrate(uint32_t baudrate) {
         _LogEvent("Rate not changed");
     }
     return before;
+}
+
+void SIO_RestoreBaudrate(uint32_t baudrate) {
+    sendHeld();
+    changeRate(baudrate, true);
 }
 
 uint32_t SIO_TransferMs(size_t bytes) {

@@ -4,6 +4,7 @@
 // closing wait until the worker has left it.
 #pragma once
 
+#include "notice/hint.h"
 #include "platform/clock.h"
 
 #include <cstddef>
@@ -55,6 +56,11 @@ std::string SIO_GetLoss();
 // Why the port did not do what it was last asked to, in the same form; empty where it gave no
 // reason. User-interface thread.
 std::string SIO_GetRefusal();
+// Who else has the port open and takes bytes away; none when nobody is seen to. User-interface
+// thread.
+Hint SIO_SharedHint();
+// How many bytes the ports have taken in the whole run. Any thread.
+uint64_t SIO_BytesWritten();
 // For whoever begins a connection: opens the port again when it was lost or its last opening
 // failed, so that an adapter may be plugged in meanwhile. False when that failed, reported as by
 // SIO_Restart; true and nothing done otherwise.
@@ -69,6 +75,8 @@ void SIO_SetLogging(uint32_t on);        // starts or stops the communication lo
 
 // The rate in force before, as it was asked for; 0 when the change failed (reported).
 uint32_t SIO_ChangeBaudrate(uint32_t baudrate);
+// Puts a rate back behind something that has failed already: a failure is logged alone.
+void SIO_RestoreBaudrate(uint32_t baudrate);
 // How long that many bytes take on the line at the rate in force, rounded up; 0 without a port.
 uint32_t SIO_TransferMs(size_t bytes);
 // When the wait for an answer of `replyBytes` ends that may take `timeoutMs`: what was written

@@ -178,12 +178,13 @@ void LINE_CheckDevice(CommandLine& line) {
 
 void LINE_Report(const LineItem& item) {
     for (const std::string& fault : item.faults) {
+        const Hint hint = &fault == &item.faults.front() ? item.value.hint : Hint{};
         if (RUN_IsUnattended()) {
             const std::string text = fault.substr(0, fault.find_last_not_of('\n') + 1);
             ERROR_Out(nullptr, text + " (argument \"" + item.argument + "\"" + item.remark + ")",
-                      1);
+                      1, hint);
         } else {
-            ERROR_Out(nullptr, fault, 1);
+            ERROR_Out(nullptr, fault, 1, hint);
         }
     }
 }

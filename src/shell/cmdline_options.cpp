@@ -155,7 +155,7 @@ ArgumentValue OPTION_TargetDevice() {
             CMDLINE_Fault(unknown);
         }
         CMDLINE_Fault("Device not set!");
-        return {};
+        return {.hint = DEVICE_UnknownHint(name)};
     }
     return {[slot] { selectDevice(*slot); }, {}, slot};
 }

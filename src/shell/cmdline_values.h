@@ -3,6 +3,8 @@
 // at the value error after each getter and goes no further when it is set.
 #pragma once
 
+#include "notice/hint.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -19,6 +21,7 @@ struct ArgumentValue {
     // What the device that the run works on has against it; empty when it fits.
     std::function<std::string(const DeviceRecord&)> misfit = {};
     std::optional<int> device = {}; // the slot of the device that it selects
+    Hint hint = {};                 // what to do about what is wrong with it
 };
 
 // Puts the cursor at the start of an argument with which nothing is wrong yet.

@@ -52,9 +52,10 @@ inline constexpr int kDialogCancel = 2;
 struct FrontEnd {
     bool hasWindows = false;
 
-    // The box "Error", and a question or information box; the answer is a BoxAnswer.
-    std::function<void(WindowHandle, const std::string& text)> showError =
-        [](WindowHandle, const std::string&) {};
+    // The box "Error", with the hint as a smaller text, and a question or information box; the
+    // answer is a BoxAnswer.
+    std::function<void(WindowHandle, const std::string& text, const std::string& hint)> showError =
+        [](WindowHandle, const std::string&, const std::string&) {};
     std::function<int(WindowHandle, const std::string& text, const std::string& caption,
                       unsigned boxType)>
         ask = [](WindowHandle, const std::string&, const std::string&, unsigned) { return 0; };

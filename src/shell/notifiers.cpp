@@ -29,15 +29,24 @@ std::string onOneLine(const std::string& text) {
     return line;
 }
 
-void notifyError(WindowHandle window, const std::string& text, int) {
+// The console shows it as it shows every line of the log.
+void logHint(const std::string& hint) {
+    if (!hint.empty()) {
+        LOG_Add("Hint: " + hint);
+    }
+}
+
+void notifyError(WindowHandle window, const std::string& text, const std::string& hint, int) {
     LOG_AddMessage(formatText("Error: %s", text.c_str()));
     if (RUN_IsUnattended()) {
         RUN_SetExitCode(1);
     }
     if (RUN_IsUnattended() || !FRONTEND_Get().hasWindows) {
         CONSOLE_PrintError(onOneLine(text));
+        logHint(hint);
     } else {
-        FRONTEND_Get().showError(window, text);
+        logHint(hint);
+        FRONTEND_Get().showError(window, text, hint);
     }
 }
 

@@ -11,6 +11,7 @@
 #include "notice/error.h"
 #include "notice/log.h"
 #include "notice/progress.h"
+#include "notice/run.h"
 #include "platform/clock.h"
 #include "platform/event_queue.h"
 #include "platform/format.h"
@@ -134,22 +135,24 @@ bool eraseBlocks(bool showBox) {
     return done;
 }
 
-// A Cancel does not end the boot ROM's erase, but what would follow it.
-bool bootRomErased(const BootRomProtocol& family, bool showBox) {
-    Result<> erased = _EraseChip(family);
-    if (erased) {
-        return !TARGET_TakeCancel();
-    }
-    _BootFail(erased.error(), showBox ? "" : kEraseChip.failed());
-    return false;
+// Whether the user has ended it; what he is told of that then is all. A Cancel does not end the
+// boot ROM's erase, but what would follow it.
+bool eraseWasCancelled(const Result<>& erased) {
+    return erased ? TARGET_TakeCancel({Cause::eraseRunsOn, "the chip is erased"})
+                  : erased.error().code == TERR_CANCELLED || RUN_IsInterrupted();
 }
 
 int eraseChipByBootRom(const BootRomProtocol& family, bool showBox) {
     TARGET_SetLinkState(LINK_BOOTROM);
     EVENTS_Sleep(kConnectPauseMs);
-    const bool done = bootRomErased(family, showBox);
+    const Result<> erased = _EraseChip(family);
+    const bool cancelled = eraseWasCancelled(erased);
+    const bool done = erased && !cancelled;
+    if (!erased) {
+        _BootFail(erased.error(), showBox ? "" : kEraseChip.failed());
+    }
     PROGRESS_Close();
-    if (showBox) {
+    if (showBox && !cancelled) {
         inform(done ? kEraseChip.done : kEraseChip.failed(), kEraseChip.title);
     }
     TARGET_SetLinkState(LINK_IDLE);
@@ -183,7 +186,7 @@ bool checksumsAgree() {
     ERROR_Out(nullptr,
               ERROR_WithReason(crc ? "CRC-error" : "SUM-error",
                                formatText("image %04X, chip %04X", image, *target)),
-              1);
+              1, {Cause::contentsDiffer, "the selected blocks, Verify finds where"});
     return false;
 }
 
@@ -219,7 +222,7 @@ void TARGET_DownloadRamImage(const std::string& path) {
     if (done) {
         inform("All bytes\nwritten successfully", "Download RAM-Image");
     } else {
-        _BootFail(done.error(), "Could not download RAM image. Please check password");
+        _BootFail(done.error(), _DownloadFailure());
     }
     TARGET_SetLinkState(LINK_IDLE);
     CLOCK_Sleep(kCommandPauseMs);

@@ -15,7 +15,12 @@ Fields blockFields(const DeviceBlock& block, uint64_t size) {
 // Sends the command for one block, which the loader acknowledges.
 Result<> treatBlock(const LoaderCommand& command, const DeviceBlock& block) {
     const Result<Reply> reply = exchange(command, blockFields(block, block.range.size()));
-    return reply ? Result<>() : reply.error();
+    if (reply) {
+        return {};
+    }
+    const bool isRefused = reply.error().code != TERR_TIMEOUT && command.code != kCheckBlank.code;
+    return isRefused ? withHint<void>(reply.error(), {Cause::blockRefused, blockText(block)})
+                     : reply.error();
 }
 
 Result<> eraseOrProtect(const LoaderCommand& command, const std::vector<DeviceBlock>& blocks) {

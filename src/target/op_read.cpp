@@ -98,7 +98,9 @@ Result<> compareWithImage(uint32_t address, const std::vector<uint8_t>& data) {
                           {},
                           formatText("expected %02X, found %02X; %zu of %zu bytes in this "
                                      "answer differ",
-                                     *image, *target, differing, data.size())};
+                                     *image, *target, differing, data.size()),
+                          {Cause::contentsDiffer,
+                           blockTextAt(address + static_cast<uint32_t>(image - expected.begin()))}};
     LOG_Add(formatText("Verify failed at %06X", failure.address));
     return failure;
 }

@@ -125,6 +125,19 @@ Result<> checkBlocks(const std::vector<DeviceBlock>& blocks) {
     return {};
 }
 
+std::string blockText(const DeviceBlock& block) {
+    return formatText("block %d (%X - %X)", block.index, block.range.start, block.range.last());
+}
+
+std::string blockTextAt(uint32_t address) {
+    for (const DeviceBlock& block : DEVICE_Blocks()) {
+        if (block.range.contains(AddressRange::of(address, 1))) {
+            return blockText(block);
+        }
+    }
+    return "no block of the device";
+}
+
 Result<> forEachPiece(const AddressRange& range, uint32_t limit,
                       Result<> (*treat)(const AddressRange& piece)) {
     setProgressRange(HEXDATA_GetNumBytes());

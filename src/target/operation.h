@@ -6,6 +6,7 @@
 #include "link/failure.h"
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 enum OperationCode : int {
@@ -63,6 +64,9 @@ Result<AddressRange> deviceRange();
 // A failure when one of the blocks lies outside the device's address range: passing over it would
 // look like success.
 Result<> checkBlocks(const std::vector<DeviceBlock>& blocks);
+// "block 2 (4000 - 5FFF)": the block that holds the address of the image.
+std::string blockText(const DeviceBlock& block);
+std::string blockTextAt(uint32_t address);
 // Goes through what the image holds in `range`, showing the bytes that are done: `treat` is given
 // the pieces for one frame each, at most `limit` bytes that are neighbours on the chip as well.
 Result<> forEachPiece(const AddressRange& range, uint32_t limit,

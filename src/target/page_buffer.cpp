@@ -1,7 +1,9 @@
 #include "target/page_buffer.h"
 
+#include "device/device.h"
 #include "link/target_state.h"
 #include "platform/format.h"
+#include "target/operation.h"
 #include "target/reply.h"
 
 #include <algorithm>
@@ -60,6 +62,21 @@ Result<> storeByte(uint32_t address, uint8_t value) {
     return {};
 }
 
+// What is known of the page that the loader has refused.
+Failure pageFailure(Failure failure) {
+    if (failure.code == TERR_TIMEOUT) {
+        return failure;
+    }
+    const uint32_t address = DEVICE_RelocateAddr(page.base);
+    const std::string read =
+        failure.code == TERR_NAK
+            ? ""
+            : formatText("; address %X holds %02X", failure.address, failure.contents);
+    failure.hint = {Cause::pageRefused, formatText("the page at %X of %s%s", address,
+                                                   blockTextAt(address).c_str(), read.c_str())};
+    return failure;
+}
+
 // Why nothing can be written with these sizes, in bytes; empty when it can.
 std::string pageFault(uint32_t pageLen, uint32_t packet, bool needsPages) {
     if (pageLen > kMaxPage || (pageLen == 0 && packet > kMaxPage)) {
@@ -110,7 +127,7 @@ Result<> TARGET_FlushPage() {
     const Result<Reply> reply = exchange(kProgramPage, Fields().u32(page.base).u16(length),
                                          std::span(page.bytes).first(length));
     if (!reply) {
-        return reply.error();
+        return pageFailure(reply.error());
     }
     page.open = false;
     return {};

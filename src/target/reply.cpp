@@ -3,6 +3,7 @@
 #include "device/device.h"
 #include "link/target_state.h"
 #include "notice/run.h"
+#include "platform/format.h"
 #include "serial/sio.h"
 
 #include <algorithm>
@@ -126,6 +127,10 @@ Result<Reply> exchange(const LoaderCommand& command, const Fields& fields,
                        std::span<const uint8_t> data, size_t replyData) {
     std::vector<uint8_t> head = {command.code};
     head.insert(head.end(), fields.bytes().begin(), fields.bytes().end());
+    const Failure noAnswer = {
+        .code = TERR_TIMEOUT,
+        .hint = {Cause::loaderLost,
+                 formatText("command %02X, %u ms", command.code, command.wait())}};
     std::vector<uint8_t> payload;
     {
         const ExchangeMark mark;
@@ -136,10 +141,11 @@ Result<Reply> exchange(const LoaderCommand& command, const Fields& fields,
         const Moment deadline =
             SIO_AnswerDeadline(command.wait(), command.replyBytes + replyData + kFrameBytes);
         if (TARGET_ReceiveFrame(payload, deadline, {exchangeEnds, portIsLeft}) < 0) {
-            return Failure{TERR_TIMEOUT};
+            return noAnswer;
         }
     }
-    return TARGET_HandleReply(payload, command.reply);
+    Result<Reply> reply = TARGET_HandleReply(payload, command.reply);
+    return !reply && reply.error().code == TERR_TIMEOUT ? withHint(reply, noAnswer.hint) : reply;
 }
 
 Result<Reply> readSome(const LoaderCommand& command, uint32_t address, uint32_t count) {

@@ -1,5 +1,6 @@
 #include "target/worker.h"
 
+#include "bootrom/download.h"
 #include "link/target_link.h"
 #include "link/target_state.h"
 #include "notice/error.h"
@@ -73,8 +74,8 @@ void passOnReceivedBytes() {
 // The end of an operation or of the link, reported before anyone who waits for it goes on: an error
 // must not be overtaken by the next command or by the end of the run. The done signal is given in
 // the same breath as the operation is cleared, so that it cannot end the wait for a later one.
-void reportAndRelease(const std::string& text, bool linkFailed, bool resetBoot) {
-    ERROR_Out(nullptr, text, 1);
+void reportAndRelease(const Failure& failure, bool linkFailed, bool resetBoot) {
+    ERROR_Out(nullptr, failureText(failure), 1, failureHint(failure));
     TargetState& state = TARGET_State();
     bool dropped = false;
     {
@@ -126,9 +127,9 @@ void serveOperation() {
     const Failure failure = result ? Failure{TERR_CANCELLED} : result.error();
     const bool linkFailed = failure.code == TERR_TIMEOUT;
     if (result || cancelIsSet()) {
-        reportAndRelease(failureText({TERR_CANCELLED}), linkFailed, false);
+        reportAndRelease({TERR_CANCELLED}, linkFailed, false);
     } else {
-        reportAndRelease(failureText(failure), linkFailed, true);
+        reportAndRelease(failure, linkFailed, true);
     }
 }
 
@@ -149,11 +150,14 @@ void identify() {
     if (state.LinkState != LINK_RAMCODE || state.Stop != 0 || RUN_IsInterrupted()) {
         return; // the link was taken away meanwhile
     }
+    Failure failure = reply.error();
     {
         const std::lock_guard lock(control);
-        state.Identified = 0; // nothing is posted any more
+        if (state.Identified.exchange(0) == 0) { // from here on nothing is posted any more
+            failure.hint = {Cause::loaderSilent, _LoaderSent()};
+        }
     }
-    reportAndRelease(failureText(reply.error()), true, false);
+    reportAndRelease(failure, true, false);
 }
 
 void serveLoader() {
@@ -195,7 +199,6 @@ void runTurn() {
 
 void runWorker() {
     TargetState& state = TARGET_State();
-    STATUS_SetText("Connected", STATUS_CONNECTION);
     PROGRESS_SetText("Waiting for identification...");
     while (state.Stop == 0) {
         runTurn();
@@ -325,7 +328,7 @@ std::optional<uint16_t> TARGET_RunOperation(const Operation& operation, std::str
     return result;
 }
 
-bool TARGET_TakeCancel() {
+bool TARGET_TakeCancel(const Hint& hint) {
     {
         const std::lock_guard lock(control);
         if (!cancelIsSet()) {
@@ -333,7 +336,7 @@ bool TARGET_TakeCancel() {
         }
         TARGET_State().Cancel = 0;
     }
-    ERROR_Out(nullptr, failureText({TERR_CANCELLED}), 1);
+    ERROR_Out(nullptr, failureText({TERR_CANCELLED}), 1, hint);
     return true;
 }
 

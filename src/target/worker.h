@@ -35,7 +35,7 @@ bool TARGET_PostOperation(const Operation& operation);
 std::optional<uint16_t> TARGET_RunOperation(const Operation& operation, std::string_view line);
 // Takes back a Cancel that came when there was no operation to end: whether there was one, reported
 // as "Action canceled" then. For work that a Cancel cannot end and that is followed by more.
-bool TARGET_TakeCancel();
+bool TARGET_TakeCancel(const Hint& hint = {});
 
 // Sends a typed character while the link is idle: the write's result. Else nothing is sent and the
 // link state is returned; so too while the chip sits in its boot ROM (LINK_BOOTROM), which the

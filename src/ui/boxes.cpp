@@ -79,6 +79,7 @@ int show(const BoxRequest& request, QWidget* owner) {
     box.setWindowTitle(QString::fromStdString(request.caption));
     box.setTextFormat(Qt::PlainText);
     box.setText(text);
+    box.setInformativeText(QString::fromStdString(request.hint)); // which it shows smaller
     box.setIcon(iconOf(request));
     box.setStandardButtons(buttonsOf(request.boxType));
     box.setDefaultButton(defaultOf(request.boxType));
@@ -101,17 +102,21 @@ int answer(WindowHandle owner, const BoxRequest& request) {
     return show(request, modal.owner(static_cast<QWidget*>(owner)));
 }
 
+int askOnItsThread(WindowHandle owner, const BoxRequest& request) {
+    int given = ANSWER_NONE;
+    EVENTS_PostAndWait([&] { given = answer(owner, request); });
+    return given;
+}
+
 } // namespace
 
-void BOX_ShowError(WindowHandle owner, const std::string& text) {
-    BOX_Ask(owner, text, kErrorCaption, BOX_OK);
+void BOX_ShowError(WindowHandle owner, const std::string& text, const std::string& hint) {
+    askOnItsThread(owner, {text, kErrorCaption, BOX_OK, hint});
 }
 
 int BOX_Ask(WindowHandle owner, const std::string& text, const std::string& caption,
             unsigned boxType) {
-    int given = ANSWER_NONE;
-    EVENTS_PostAndWait([&] { given = answer(owner, {text, caption, boxType}); });
-    return given;
+    return askOnItsThread(owner, {text, caption, boxType});
 }
 
 void BOX_SetResponder(BoxResponder newResponder) {

@@ -8,7 +8,8 @@
 #include <optional>
 #include <string>
 
-void BOX_ShowError(WindowHandle owner, const std::string& text);
+// `hint` stands below the text, smaller.
+void BOX_ShowError(WindowHandle owner, const std::string& text, const std::string& hint = {});
 // The BoxAnswer of the user; ANSWER_NONE when the program ended before one was given.
 int BOX_Ask(WindowHandle owner, const std::string& text, const std::string& caption,
             unsigned boxType);
@@ -19,6 +20,7 @@ struct BoxRequest {
     std::string text;
     std::string caption;
     unsigned boxType = BOX_OK;
+    std::string hint = {};
 };
 using BoxResponder = std::function<std::optional<int>(const BoxRequest&)>;
 void BOX_SetResponder(BoxResponder responder);

@@ -345,6 +345,30 @@ TEST(Wire, ConnectAsksWhatItNeedsAndRefusesWhatCannotWork) {
     }
 }
 
+// The error that is said is the one that the loss was met in, not one about the rate that was to be
+// put back, nor one about what would have come next.
+TEST(Wire, APortLostAtAChangeOfTheRateIsSaidOnce) {
+    const std::string gone = " (COM1 is test://script: the device has gone)";
+    Script unanswered = join({kReset, {{"rate 9600", ""}}});
+    unanswered.insert(unanswered.end(), 10, {"5A", ""});
+    unanswered.push_back({"rate 38400", "lost"});
+    const std::pair<Script, std::string> cases[] = {
+        {unanswered, "Matching data failed" + gone},
+        {join({kReset, {{"rate 9600", "lost"}}}),
+         "SIO::SIO_ChangeBaudrate: SetCommState failed" + gone},
+        {join({kReset, {{"rate 9600", ""}, {"5A", "5A"}, {"07", "07"}, {"rate 38400", "lost"}}}),
+         "SIO::SIO_ChangeBaudrate: SetCommState failed" + gone},
+    };
+    for (const auto& [script, errors] : cases) {
+        WireWorld world(kDeviceA, script);
+        world.addFile("RamImage/a.hex", ":020400001122C7\n:00000001FF");
+        TARGET_SetLinkState(LINK_IDLE);
+        EXPECT_EQ(TARGET_Connect(), 0);
+        EXPECT_EQ(world.deviation(), "");
+        EXPECT_EQ(world.errors(), errors);
+    }
+}
+
 TEST(Wire, ResetGivesTheChipItsTime) {
     WorldOptions options;
     options.device = "VT-A32";

@@ -80,6 +80,14 @@ TEST(Device, IsFoundByItsExactName) {
     EXPECT_EQ(DEVPROPS_GetDevice(), 1) << "the selected one stays";
     EXPECT_EQ(world.reports, Texts{"The devicename 'b' was unknown.\n"
                                    "Please check your configuration!\n\n"});
+    for (const char* name : {"VT-B256", "VT-B128", "VT-A96"}) {
+        DeviceWorld::select(described(name));
+    }
+    EXPECT_EQ(DEVICE_UnknownHint("vt-b129").came, "VT-B128, VT-B256, VT-A96, B, B, A");
+    for (int i = 0; i < 20; ++i) {
+        DeviceWorld::select(described("FAR-AWAY"));
+    }
+    EXPECT_TRUE(DEVICE_UnknownHint("VT").came.ends_with("FAR-AWAY and 14 more"));
 }
 
 TEST(Device, CountsTheExtraDataAreaAsItsLastBlock) {

@@ -5,6 +5,8 @@
 #include "notice/status.h"
 #include "platform/event_queue.h"
 #include "platform/files.h"
+#include "sim/virtual_clock.h"
+#include "support/paths.h"
 #include "support/temp_folder.h"
 
 #include <array>
@@ -41,23 +43,26 @@ TEST_F(NoticeFiles, AnErrorIsLoggedThenNotifiedThenSetsTheExitCode) {
     writeFile(folder / "tool.err", "of the run before");
     std::string calls;
     ERROR_SetHandlers(
-        [&](WindowHandle, const std::string& text, int) {
+        [&](WindowHandle, const std::string& text, const std::string& hint, int) {
             const bool logged = readFile(folder / "tool.err").find(text) != std::string::npos;
-            calls += text + (logged ? " logged, " : " not logged, ");
+            calls += text + hint + (logged ? " logged, " : " not logged, ");
         },
         {}, [&](int code) { calls += std::to_string(code) + "; "; });
     ERROR_Notify("aside");
     EXPECT_EQ(readFile(folder / "tool.err"), "of the run before");
     ERROR_Out(nullptr, "first", 1);
-    ERROR_Out(nullptr, "second", 0);
-    EXPECT_EQ(calls, "aside not logged, 1; first logged, 1; second logged, 0; ");
+    ERROR_Out(nullptr, "second", 0, {Cause::unknownDevice, "A, B"});
+    EXPECT_EQ(
+        calls,
+        "aside not logged, 1; first logged, 1; secondDevices that there are: A, B logged, 0; ");
     ERROR_SetHandlers({}, {}, {});
     ERROR_Out(nullptr, "got '\x1B'", 1);
     EXPECT_EQ(ERROR_Ask(nullptr, "Continue?", "Question", BOX_YES_NO), ANSWER_NONE);
     ERROR_Exit();
     const std::string stamp = "\\* \\d{4}-\\d\\d-\\d\\d, \\d\\d:\\d\\d:\\d\\d\r\n";
     expectFile(readFile(folder / "tool.err"), "error log file",
-               stamp + "first\r\n" + stamp + "second\r\n" + stamp + "got '\\\\x1B'\r\n");
+               stamp + "first\r\n" + stamp + "second\r\nHint: Devices that there are: A, B\r\n" +
+                   stamp + "got '\\\\x1B'\r\n");
 }
 
 TEST_F(NoticeFiles, ALogLineIsStampedWrittenAndShown) {
@@ -91,9 +96,20 @@ TEST(Status, PassesATextOnOnlyWhenItChanges) {
     EXPECT_EQ(std::to_array(edges), (std::array{260, 390, 520, 650, 780}));
 }
 
+// The page "When it does not connect" holds the table of the hints as the program has it.
+TEST(Hints, AreWhatThePageSays) {
+    const std::string page = readFile(builtFolder() / "when-it-does-not-connect.md");
+    EXPECT_NE(page.find("|---|---|\n" + HINT_PageTable() + "\n"), std::string::npos)
+        << HINT_PageTable();
+}
+
 TEST(Progress, ShowsBytesNoteAndPercentage) {
+    VirtualClock clock(1);
     PROGRESS_Open("Programming", nullptr);
     EXPECT_FALSE(PROGRESS_GetView().hasRange);
+    EXPECT_EQ(PROGRESS_GetView().line3, "Elapsed time: 0:00");
+    CLOCK_Sleep(67'900);
+    EXPECT_EQ(PROGRESS_GetView().line3, "Elapsed time: 1:07");
     PROGRESS_SetMax(1000);
     PROGRESS_SetPos(250);
     EXPECT_EQ(PROGRESS_GetView().line2, "250 of 1000 bytes");

@@ -17,7 +17,10 @@ public:
 
     explicit Reports(int firstAnswer = ANSWER_NONE) : answer(firstAnswer) {
         ERROR_SetHandlers(
-            [this](WindowHandle, const std::string& text, int) { note(errors, text); },
+            [this](WindowHandle, const std::string& text, const std::string& hint, int) {
+                note(errors, text);
+                note(hints, hint);
+            },
             [this](WindowHandle, const std::string& text, const std::string& caption, unsigned) {
                 note(questions, caption + ": " + text);
                 return answer;
@@ -53,6 +56,7 @@ public:
 
     // Read as they stand while no other thread reports.
     Texts errors;
+    Texts hints; // one an error, empty where it has none
     Texts questions;
     Texts log;
     int answer;

@@ -18,7 +18,7 @@
 #include "support/test_line.h"
 
 // `host`: hex digits of what must be sent, or a line call ("rate 9600", "DTR on"). `chip`: hex
-// digits of the answer.
+// digits of the answer, or "lost" when the port is from then on.
 struct ScriptStep {
     std::string host;
     std::string chip;
@@ -88,6 +88,10 @@ private:
             const std::lock_guard lock(mutex_);
             const bool isIdentify = what == "EBED01000001EC" && !identifyReply.empty();
             answer = isIdentify ? identifyReply : follow(what, isData);
+        }
+        if (answer == "lost") {
+            lines_["script"].lose("the device has gone");
+            return;
         }
         const auto bytes = bytesOfHex(answer);
         lines_["script"].send({reinterpret_cast<const char*>(bytes.data()), bytes.size()});

@@ -79,7 +79,8 @@ struct TestLine {
         note(calls, "rate " + std::to_string(settings.baudrate));
         const std::lock_guard lock(mutex);
         const uint32_t rounded = settings.baudrate + settings.baudrate / 500;
-        return refuseRates ? std::nullopt : std::optional(std::exchange(rate, rounded));
+        return refuseRates || !lost.empty() ? std::nullopt
+                                            : std::optional(std::exchange(rate, rounded));
     }
     bool call(const std::string& name, bool on) {
         note(calls, name + (on ? " on" : " off"));

@@ -251,7 +251,7 @@ TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
         bool shown = false;
         bool commandReturned = false;
         ERROR_SetHandlers(
-            [&](WindowHandle, const std::string& text, int) {
+            [&](WindowHandle, const std::string& text, const std::string&, int) {
                 EXPECT_EQ(text.substr(0, 13), c.error.substr(0, 13));
                 EXPECT_TRUE(EVENTS_PostAndWait([&] {
                     CLOCK_Sleep(3000); // the user reads

@@ -14,19 +14,35 @@ TEST(Boxes, AnswerEitherThread) {
     const std::thread::id here = std::this_thread::get_id();
     BOX_SetResponder([&](const BoxRequest& request) -> std::optional<int> {
         EXPECT_EQ(std::this_thread::get_id(), here);
-        asked.push_back(request.caption + ": " + request.text);
+        asked.push_back(request.caption + ": " + request.text + request.hint);
         return request.boxType == BOX_YES_NO ? ANSWER_YES : ANSWER_OK;
     });
     EXPECT_EQ(ERROR_Ask(nullptr, "Here?", "A", BOX_YES_NO), ANSWER_YES);
     std::atomic<int> answer{-1};
     std::thread worker([&answer] {
-        ERROR_Out(nullptr, "There", 1);
+        ERROR_Out(nullptr, "There", 1, {Cause::unknownDevice, "A"});
         answer = ERROR_Ask(nullptr, "There?", "B", BOX_YES_NO);
     });
     EXPECT_TRUE(runUntil([&answer] { return answer != -1; }));
     worker.join();
     EXPECT_EQ(answer, ANSWER_YES);
-    EXPECT_EQ(asked, (std::vector<std::string>{"A: Here?", "Error: There", "B: There?"}));
+    EXPECT_EQ(asked, (std::vector<std::string>{"A: Here?", "Error: ThereDevices that there are: A",
+                                               "B: There?"}));
+}
+
+TEST(Boxes, ShowTheHintBelowTheError) {
+    DesktopWorld world;
+    NOTIFIERS_Register();
+    const auto fail = [] {
+        ERROR_Out(nullptr, "Text", 1, {Cause::unknownDevice, "A"});
+        return 0;
+    };
+    driveDialog(fail, [](QDialog& dialog) {
+        auto& box = dynamic_cast<QMessageBox&>(dialog);
+        EXPECT_EQ(box.text(), "Text");
+        EXPECT_EQ(box.informativeText(), "Devices that there are: A");
+        box.defaultButton()->click();
+    });
 }
 
 TEST(Boxes, HaveTheButtonsAndDefaultsOfTheirType) {

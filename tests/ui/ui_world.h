@@ -56,7 +56,9 @@ public:
         FILES_SetProgramPath(folder / "tool");
         writeFile(folder / "tool.ini", settings);
         ERROR_SetHandlers(
-            [this](WindowHandle, const std::string& text, int) { reports.push_back(text); },
+            [this](WindowHandle, const std::string& text, const std::string&, int) {
+                reports.push_back(text);
+            },
             [this](WindowHandle, const std::string& text, const std::string& caption, unsigned) {
                 reports.push_back(caption + ": " + text);
                 return 0;

@@ -4,6 +4,7 @@
 #include "platform/linux/descriptor_wait.h"
 #include "platform/linux/line_limits.h"
 #include "platform/linux/tty_settings.h"
+#include "platform/port_state.h"
 #include "platform/serial_port.h"
 
 #include <algorithm>
@@ -220,16 +221,16 @@ std::string permissionText(const std::string& device) {
     struct stat status {};
     const bool groupMay = stat(device.c_str(), &status) == 0 && status.st_gid != 0 &&
                           (status.st_mode & (S_IRGRP | S_IWGRP)) == (S_IRGRP | S_IWGRP);
-    return groupMay ? formatText("permission denied; the group %s would give it",
+    return groupMay ? formatText("%s; the group %s would give it", kPortDenied,
                                  groupName(status.st_gid).c_str())
-                    : "permission denied";
+                    : kPortDenied;
 }
 
 std::string openProblem(const std::string& device, int error) {
     switch (error) {
     case EBUSY:
     case EWOULDBLOCK:
-        return "in use by another program";
+        return kPortInUse;
     case EACCES:
     case EPERM:
         return permissionText(device);
@@ -272,6 +273,11 @@ int openExclusive(TtyLine& tty, const std::string& device) {
 } // namespace
 
 SerialPortPtr TTYPORT_Open(const std::string& device, std::string& error) {
+    // Programs that keep to lock files expect it of others, although they hold the device unlocked.
+    if (!PORTSTATE_LockHolder(device).empty()) {
+        error = kPortInUse;
+        return nullptr;
+    }
     const auto tty = std::make_shared<TtyLine>();
     if (const int problem = openExclusive(*tty, device); problem != 0) {
         error = openProblem(device, problem);
