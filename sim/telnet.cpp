@@ -1,6 +1,7 @@
 #include "sim/telnet.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -40,19 +41,6 @@ bool isServed(uint8_t option) {
     return option == kOptionBinary || option == kOptionSuppressGoAhead || option == kOptionComPort;
 }
 
-// Agrees to what is served, refuses what is not; an agreement of the host needs no answer.
-void negotiate(Telnet& telnet, uint8_t option) {
-    uint8_t answer = 0;
-    if (telnet.verb == kWill) {
-        answer = isServed(option) ? kDo : kDont;
-    } else if (telnet.verb == kDo) {
-        answer = isServed(option) ? kWill : kWont;
-    } else {
-        return;
-    }
-    telnet.answers.insert(telnet.answers.end(), {kEscape, answer, option});
-}
-
 void answerSub(Telnet& telnet, uint8_t command, std::span<const uint8_t> values) {
     telnet.answers.insert(telnet.answers.end(), {kEscape, kSub, kOptionComPort,
                                                  static_cast<uint8_t>(command + kAnswerOffset)});
@@ -65,6 +53,22 @@ void notifyModemState(Telnet& telnet, uint8_t changed) {
     const auto state = static_cast<uint8_t>(kDsr | (telnet.dtr ? 0 : kCts) | changed);
     const uint8_t told = state & telnet.modemMask;
     answerSub(telnet, kNotifyModemState, std::span(&told, 1));
+}
+
+// Agrees to what is served, refuses what is not; an agreement of the host needs no answer.
+void negotiate(Telnet& telnet, uint8_t option) {
+    uint8_t answer = 0;
+    if (telnet.verb == kWill) {
+        answer = isServed(option) ? kDo : kDont;
+    } else if (telnet.verb == kDo) {
+        answer = isServed(option) ? kWill : kWont;
+    } else {
+        return;
+    }
+    telnet.answers.insert(telnet.answers.end(), {kEscape, answer, option});
+    if (option == kOptionComPort && !std::exchange(telnet.comPortAgreed, true)) {
+        notifyModemState(telnet, 0); // a client may wait for it before anything else
+    }
 }
 
 void setDtr(Telnet& telnet, bool on, std::vector<HostEvent>& events) {

@@ -20,7 +20,8 @@ struct Telnet {
     uint32_t rate = 9600;
     bool dtr = false;
     bool rts = false;
-    uint8_t modemMask = 0; // of what the host wants to be told of the modem lines; it has to ask
+    bool comPortAgreed = false;
+    uint8_t modemMask = 0xFF;     // of what the host is told of the modem lines; all until it says
     std::vector<uint8_t> answers; // to be sent to the host; the caller empties it
 };
 
