@@ -16,5 +16,5 @@ std::string IDENTITY_HelpFile() {
 }
 
 std::string IDENTITY_DefaultProject() {
-    return FILES_ProgramFolder() + "Calvorin.tpu";
+    return FILES_KeptFolder(Kept::state) + "Calvorin.tpu";
 }

@@ -6,6 +6,7 @@
 #include "link/password.h"
 #include "persist/hex_text.h"
 #include "persist/ini.h"
+#include "platform/serial_port.h"
 #include "serial/sio.h"
 #include "shell/cmdline_options.h"
 #include "shell/program_files.h"
@@ -35,6 +36,15 @@ bool setDevice(const std::string& name, std::string&) {
     return true;
 }
 
+bool setPortDevice(const std::string& device, std::string& error) {
+    error = SERIALPORT_IsDeviceName(device) ? SERIALPORT_NameProblem(device)
+                                            : "A port is named by its path or URL";
+    if (error.empty()) {
+        SIO_SetDevice(device);
+    }
+    return true;
+}
+
 // A file that cannot be loaded is no fault of the project.
 bool openProgramFile(const std::string& path, std::string&) {
     PROGRAM_Open(path);
@@ -59,31 +69,32 @@ constexpr Setting onOff(SettingOption option, SettingLine line) {
 }
 
 constexpr Setting kSettings[] = {
-    number({"OptionsCOMBaudrate", "\t<BAUDRATE> Sets baudrate"}, {"Baudrate", 2},
+    number({"OptionsCOMBaudrate", "\t<BAUDRATE> Sets baudrate"}, {"Baudrate", 3},
            {1, 1'000'000, SIO_GetBaudrate, SIO_SetBaudrate}),
-    number({"OptionsCOMPort", "\t\t<PORT> Sets COM-port of PC"}, {"Port", 1},
+    number({"OptionsCOMPort", "\t\t<PORT> Sets COM-port of PC", nullptr, {}, true}, {"Port", 1},
            {1, kMaxComPort, SIO_GetPort, SIO_SetPort}),
-    number({}, {"Logging", 3}, {0, 1, SIO_GetLogging, SIO_SetLogging}),
-    text({}, {"File", 4}, {499, nullptr, openProgramFile}),
+    text({}, {"PortDevice", 2}, {499, SIO_GetDevice, setPortDevice, true}),
+    number({}, {"Logging", 4}, {0, 1, SIO_GetLogging, SIO_SetLogging}),
+    text({}, {"File", 5}, {499, nullptr, openProgramFile}),
     number({"OptionsPWAdrCount", "\t<COUNTADR> Sets count address for password comparison"},
-           {"PasswordAdrCount", 6},
+           {"PasswordAdrCount", 7},
            {0, kLastAddress, PASSWORD_GetAdrCount, PASSWORD_SetAdrCount, true}),
     number({"OptionsPWAdrCompare", "\t<COMPAREADR> Sets compare address for password comparison"},
-           {"PasswordAdrCompare", 7},
+           {"PasswordAdrCompare", 8},
            {0, kLastAddress, PASSWORD_GetAdrCompare, PASSWORD_SetAdrCompare, true}),
-    text({"OptionsPWPassword", "\t<PASSWORD> Sets password", OPTION_Password}, {"Password", 10},
+    text({"OptionsPWPassword", "\t<PASSWORD> Sets password", OPTION_Password}, {"Password", 11},
          {999, [] { return HEXTEXT_FromBytes(PASSWORD_GetBytes()); }, setPassword}),
     onOff<PASSWORD_GetFillFF, PASSWORD_SetFillFF>(
         {"OptionsPWFillFF", "\t\t<ENABLE> Enables/disables filling password with 0xFF"},
-        {"PasswordFillFF", 8}),
+        {"PasswordFillFF", 9}),
     onOff<PASSWORD_GetHexmode, PASSWORD_SetHexmode>(
         {"OptionsPWHexmode", "\t<ENABLE> Enables/disables hexmode for the password"},
-        {"PasswordHexmode", 9}),
+        {"PasswordHexmode", 10}),
     number({"OptionsSettingsReset", "\t<ENABLE> Enables/disables reset handling by Calvorin",
             nullptr, ValueRange{-kMaxInt, kMaxInt}},
            {}, {0, 0, nullptr, [](uint32_t on) { DEVPROPS_SetResetByPC(on != 0); }}),
     text({"OptionsTargetDevice", "\t<DEVICENAME> Selects the desired device", OPTION_TargetDevice},
-         {"Device", 5}, {99, [] { return DEVICE_GetName(); }, setDevice}),
+         {"Device", 6}, {99, [] { return DEVICE_GetName(); }, setDevice}),
     number({"OptionsTargetSelBlocks",
             "\t<ENABLE,B1[,B2...][,B2-Bn]> Enables/disables the desired blocks",
             OPTION_TargetSelBlocks},

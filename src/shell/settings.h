@@ -20,6 +20,7 @@ struct SettingOption {
     const char* help = nullptr;           // what stands behind the name in the help text
     ArgumentValue (*read)() = nullptr;    // none: a number
     std::optional<ValueRange> range = {}; // of the number; none: that of a project
+    bool takesDevice = false;             // the path or URL of a port may stand for the number
 };
 
 struct SettingLine {
@@ -41,6 +42,7 @@ struct SettingText {
     std::string (*get)() = nullptr; // none: the program file that is saved with the project
     // False when it was refused and reported, and there is no `error` that ends the reading.
     bool (*set)(const std::string& text, std::string& error) = nullptr;
+    bool isOptional = false; // a project has no line for an empty one
 };
 
 struct Setting {
