@@ -1,6 +1,7 @@
 // calvorin-sim: a virtual chip on a pseudo-terminal or a TCP port.
 #include "platform/format.h"
 #include "platform/process.h"
+#include "platform/version.h"
 #include "sim/sim_server.h"
 
 int main(int argc, char** argv) {
@@ -13,6 +14,10 @@ int main(int argc, char** argv) {
     }
     if (options.help) {
         PROCESS_WriteOut(SIM_HelpText());
+        return 0;
+    }
+    if (options.version) {
+        PROCESS_WriteOut(std::string("calvorin-sim V") + kProductVersion + "\n");
         return 0;
     }
     return options.listDevices ? SIM_ListDevices(options) : SIM_Serve(options);

@@ -127,6 +127,8 @@ std::vector<OptionRow> chipRows() {
              options.chip.resyncByMatch = false;
              return true;
          }},
+        {"--version", nullptr, "the version, which is that of the program",
+         [](SimOptions& options, const std::string&) { return options.version = true; }},
         {"--help", nullptr, "this text",
          [](SimOptions& options, const std::string&) { return options.help = true; }},
     };
@@ -195,7 +197,7 @@ bool SIM_ParseOptions(const std::vector<std::string>& arguments, SimOptions& opt
             return false;
         }
     }
-    if (options.device.empty() && !options.help && !options.listDevices) {
+    if (options.device.empty() && !options.help && !options.version && !options.listDevices) {
         error = "--device is needed; --list lists the devices, --help the options";
         return false;
     }
@@ -218,4 +220,12 @@ std::string SIM_HelpText() {
             "\n\nThe end (SIGTERM, SIGINT) prints a summary; exit code 0, or 3 when the host\n"
             "did what no chip should have to put up with, 1 when the start failed.\n";
     return help;
+}
+
+std::vector<SimOptionText> SIM_OptionTexts() {
+    std::vector<SimOptionText> texts;
+    for (const OptionRow& row : optionRows()) {
+        texts.push_back({row.name, row.value != nullptr ? row.value : "", row.help});
+    }
+    return texts;
 }

@@ -18,6 +18,7 @@ struct ValueRange {
 struct SettingOption {
     const char* name = nullptr;           // none: the command line does not have it
     const char* help = nullptr;           // what stands behind the name in the help text
+    const char* note = nullptr;           // what the documents add to that
     ArgumentValue (*read)() = nullptr;    // none: a number
     std::optional<ValueRange> range = {}; // of the number; none: that of a project
     bool takesDevice = false;             // the path or URL of a port may stand for the number

@@ -7,10 +7,10 @@
 #include "platform/format.h"
 #include "platform/process.h"
 #include "shell/cmdline.h"
+#include "shell/cmdline_words.h"
 #include "shell/command_ids.h"
 #include "shell/console.h"
 #include "shell/front_end.h"
-#include "shell/identity.h"
 #include "shell/session.h"
 #include "shell/startup.h"
 #include "shell/verdict.h"
@@ -47,19 +47,6 @@ bool chooseFrontEnd(int argc, char** argv, const std::vector<std::string>& argum
     return false;
 }
 
-// The arguments that are answered before anything starts.
-bool answerAtOnce(const std::vector<std::string>& arguments) {
-    if (arguments == std::vector<std::string>{"--help"}) {
-        CMDLINE_PrintHelp();
-        return true;
-    }
-    if (arguments == std::vector<std::string>{"--version"}) {
-        PROCESS_WriteOut(IDENTITY_Title() + "\n");
-        return true;
-    }
-    return false;
-}
-
 void mainLoop() {
     const Session& session = SESSION_Get();
     while (!session.quit && !RUN_IsInterrupted()) {
@@ -80,8 +67,8 @@ void mainLoop() {
 int SHELL_Run(int argc, char** argv) {
     PROCESS_OpenStandardStreams();
     const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
-    if (answerAtOnce(arguments)) {
-        return 0;
+    if (const std::optional<int> answered = WORDS_Answer(arguments)) {
+        return *answered;
     }
     PROCESS_CatchSignals(SHELL_Interrupt);
     EVENTS_Open();
