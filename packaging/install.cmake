@@ -7,11 +7,14 @@ set(DOC_FOLDER ${CMAKE_INSTALL_DATAROOTDIR}/doc)
 install(TARGETS calvorin calvorin-sim RUNTIME DESTINATION ${PROGRAM_FOLDER} COMPONENT calvorin)
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/devices/Device ${CMAKE_SOURCE_DIR}/devices/RamImage
   DESTINATION ${PROGRAM_FOLDER} COMPONENT calvorin)
-foreach(program calvorin calvorin-sim)
-  set(link ${CMAKE_CURRENT_BINARY_DIR}/links/${program})
+function(install_link name target folder component)
   file(MAKE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/links)
-  file(CREATE_LINK ../${PROGRAM_FOLDER}/${program} ${link} SYMBOLIC)
-  install(FILES ${link} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT calvorin)
+  file(CREATE_LINK ${target} ${CMAKE_CURRENT_BINARY_DIR}/links/${name} SYMBOLIC)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/links/${name} DESTINATION ${folder}
+    COMPONENT ${component})
+endfunction()
+foreach(program calvorin calvorin-sim)
+  install_link(${program} ../${PROGRAM_FOLDER}/${program} ${CMAKE_INSTALL_BINDIR} calvorin)
 endforeach()
 
 foreach(page calvorin calvorin-sim)
@@ -52,9 +55,15 @@ install(PROGRAMS ${CMAKE_SOURCE_DIR}/scripts/demo.sh
 if(NOT TARGET calvorin_desktop)
   return()
 endif()
-install(TARGETS calvorin_desktop LIBRARY DESTINATION ${PROGRAM_FOLDER} COMPONENT desktop)
+# One folder deeper, as the package maker takes a module right below lib/* for a library of the system
+# and has every installation and removal run ldconfig.
+install(TARGETS calvorin_desktop LIBRARY DESTINATION ${PROGRAM_FOLDER}/desktop COMPONENT desktop)
+install_link(calvorin-desktop.so desktop/calvorin-desktop.so ${PROGRAM_FOLDER} desktop)
 install(FILES ${CMAKE_SOURCE_DIR}/src/ui/Calvorin.hlp
   DESTINATION ${PROGRAM_FOLDER} COMPONENT desktop)
+# The same program under a name of its own, so that the package of the desktop has a command.
+install_link(calvorin-desktop ../${PROGRAM_FOLDER}/calvorin ${CMAKE_INSTALL_BINDIR} desktop)
+install_link(calvorin-desktop.1.gz calvorin.1.gz ${CMAKE_INSTALL_MANDIR}/man1 desktop)
 install(FILES org.calvorin.Calvorin.desktop
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/applications COMPONENT desktop)
 configure_file(org.calvorin.Calvorin.metainfo.xml.in

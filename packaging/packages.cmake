@@ -24,20 +24,20 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_CALVORIN_PACKAGE_NAME calvorin)
 set(CPACK_DEBIAN_CALVORIN_PACKAGE_SUGGESTS "calvorin-desktop, srecord, python3")
 set(CPACK_DEBIAN_CALVORIN_DESCRIPTION "program the flash of microcontrollers (command line)
- Calvorin programs the flash of single-chip microcontrollers through their
- serial boot ROM: it loads Intel HEX and Motorola S-record files, and erases,
- programs, verifies, reads back and protects the flash.
- .
- This package holds the command line, which runs unattended on a bench, and a
- virtual chip to try things on. The desktop is in calvorin-desktop.")
+Calvorin programs the flash of single-chip microcontrollers through their
+serial boot ROM: it loads Intel HEX and Motorola S-record files, and erases,
+programs, verifies, reads back and protects the flash.
+
+This package holds the command line, which runs unattended on a bench, and a
+virtual chip to try things on. The desktop is in calvorin-desktop.")
 
 set(CPACK_DEBIAN_DESKTOP_PACKAGE_NAME calvorin-desktop)
 set(CPACK_DEBIAN_DESKTOP_PACKAGE_DEPENDS "calvorin (= ${CALVORIN_VERSION})")
 set(CPACK_DEBIAN_DESKTOP_DESCRIPTION "program the flash of microcontrollers (desktop)
- Calvorin programs the flash of single-chip microcontrollers through their
- serial boot ROM: it loads Intel HEX and Motorola S-record files, and erases,
- programs, verifies, reads back and protects the flash.
- .
- This package adds the desktop to the program of the package calvorin: data,
- device, log and terminal side by side.")
+Calvorin programs the flash of single-chip microcontrollers through their
+serial boot ROM: it loads Intel HEX and Motorola S-record files, and erases,
+programs, verifies, reads back and protects the flash.
+
+This package adds the desktop to the program of the package calvorin: data,
+device, log and terminal side by side.")
 include(CPack)
