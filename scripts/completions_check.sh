@@ -17,23 +17,34 @@ in_bash() { # WORD: what may stand there, a line each
 in_fish() {
   fish --no-config -c 'source $argv[1]; complete -C "calvorin $argv[2]"' "$folder/calvorin.fish" "$*" | cut -f1
 }
-in_zsh() { # what zsh offers on a terminal of its own, control characters and all
+in_zsh() { # what zsh shows on a terminal of its own, control characters and all, once all of EXPECTED is there
   zsh -f -c '
     zmodload zsh/zpty
     zpty z zsh -f -i
     zpty -w z "PS1=; fpath=($1 \$fpath); autoload -Uz compinit; compinit -u -D; zstyle \":completion:*\" list-prompt \"\"; LISTMAX=1000; stty columns 200; print RE\"\"ADY"
-    zpty -r -m z "*READY*"
+    zpty -r -m z line "*READY*"
     zpty -n -w z "calvorin $2"$'"'\\t\\t'"'
-    sleep 2
-    while zpty -r -t z line; do print -rn -- "$line"; done' zsh "$folder" "$*"
+    shown=
+    repeat 300; do
+      while zpty -r -t z line; do shown+=$line; done
+      missing=0
+      for expected in "${@:3}"; do [[ $shown == *$expected* ]] || missing=1; done
+      (( missing )) || break
+      sleep 0.1
+    done
+    print -r -- "$shown"' zsh "$folder" "$*" "${EXPECTED[@]}"
 }
 
 failed=0
 expect() { # SHELL LINE EXPECTED...: each stands among what the shell offers
   local shell=$1 line=$2 offered
   shift 2
+  EXPECTED=("$@")
+  if [ "$shell" = zsh ]; then # shows values without the name in front of them
+    EXPECTED=("${@#"$(grep -oE '^-(OptionsTargetDevice|OptionsPWFillFF|OptionsCOMPort|FileMerge)' <<<"$line" || true)"}")
+  fi
   offered=$("in_$shell" $line || true)
-  for expected in "$@"; do
+  for expected in "${EXPECTED[@]}"; do
     if ! grep -qF -- "$expected" <<<"$offered"; then
       printf 'completions: %s offers for "%s" not "%s" but:\n%s\n' "$shell" "$line" "$expected" "$offered" >&2
       failed=1

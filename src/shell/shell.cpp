@@ -4,6 +4,7 @@
 #include "notice/progress.h"
 #include "notice/run.h"
 #include "platform/event_queue.h"
+#include "platform/files.h"
 #include "platform/format.h"
 #include "platform/process.h"
 #include "shell/cmdline.h"
@@ -23,6 +24,10 @@ bool helpIsAllAsked = false;
 
 // Puts the desktop in place; false, with the reason printed, when it cannot be had.
 bool loadDesktop(int argc, char** argv, std::string& reason) {
+    if (const std::string module = FILES_ProgramFolder() + kDesktopModule; !FILES_Exists(module)) {
+        reason = module + " is not there; the package calvorin-desktop brings it";
+        return false;
+    }
     auto* create = reinterpret_cast<FrontEndFactory>(
         PROCESS_LoadFunction(kDesktopModule, kFrontEndFactoryName, reason));
     FrontEnd frontEnd;
