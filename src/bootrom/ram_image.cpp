@@ -103,8 +103,8 @@ bool _LoadRamImage(const std::string& path, std::string& text) {
     while (filled < text.size()) {
         const ptrdiff_t count = reader.read({text.data() + filled, text.size() - filled});
         if (count <= 0) {
-            return refuseFile(path, {FileStatus::failed, "the file could not be read to its end"},
-                              "Read file failed");
+            const FileResult ended{FileStatus::failed, "the file has become shorter"};
+            return refuseFile(path, count < 0 ? reader.failure() : ended, "Read file failed");
         }
         filled += static_cast<size_t>(count);
     }
@@ -165,8 +165,10 @@ std::string _ParseRamImageB(std::string_view whole, RamImageB& image) {
         if (block->address < end) {
             return "RAM-Image records overlap or are not in ascending order";
         }
-        end = uint64_t{block->address} + block->data.size();
-        image.blocks.push_back(std::move(*block));
+        if (!block->data.empty()) { // a record may say nothing but its address
+            end = uint64_t{block->address} + block->data.size();
+            image.blocks.push_back(std::move(*block));
+        }
     }
     if (image.blocks.empty()) {
         return "RAM-Image contains no data records";

@@ -53,7 +53,8 @@ bool readFile(FileReader& file, const std::filesystem::path& path) {
         return true;
     }
     HEXDATA_Clear(); // no half-read file remains
-    report(formatText("Error in line %d: %s", reader.line(), reader.error()));
+    const std::string error = formatText("Error in line %d: %s", reader.line(), reader.error());
+    report(ERROR_WithReason(error, file.failure().reason));
     return false;
 }
 

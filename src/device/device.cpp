@@ -66,7 +66,7 @@ const char* readDescription(const std::filesystem::path& path, std::string& text
     while (filled < text.size()) {
         const ptrdiff_t count = reader.read(std::span(text).subspan(filled));
         if (count < 0) {
-            reason = "read error";
+            reason = reader.failure().reason;
             return "Device::DEVICE_Init: Read file failed";
         }
         if (count == 0) {
@@ -96,8 +96,9 @@ int DEVICE_Init() {
         }
     }
     if (table.empty()) {
-        ERROR_Out(nullptr, formatText("Can not find device file in directory %s", folder.c_str()),
-                  kExitCode);
+        const std::string text =
+            formatText("Can not find device file in directory %s", folder.c_str());
+        ERROR_Out(nullptr, ERROR_WithReason(text, leftOut), kExitCode);
         return 1;
     }
     if (!leftOut.empty() && !RUN_IsUnattended()) {

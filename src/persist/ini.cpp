@@ -155,7 +155,7 @@ bool readFile(FileReader& file, const std::string& path, std::string& content) {
         return false;
     }
     if (count < 0) {
-        report("Read file failed");
+        report(ERROR_WithReason("Read file failed", path + ": " + file.failure().reason));
     }
     return count >= 0;
 }

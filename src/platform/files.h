@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -34,12 +35,14 @@ public:
     FileReader& operator=(FileReader&& other) noexcept;
     ~FileReader();
     [[nodiscard]] FileResult open(const std::filesystem::path& path);
-    // Bytes read, 0 at the end of the file, -1 on a failure.
+    // Bytes read, 0 at the end of the file, -1 on a failure(), which is that of the last read.
     [[nodiscard]] ptrdiff_t read(std::span<char> buffer);
+    FileResult failure() const;
     uint64_t size() const; // bytes, as the system reported it at open
 
 private:
     int descriptor_ = -1;
+    int error_ = 0;
     uint64_t size_ = 0;
 };
 
@@ -127,6 +130,9 @@ std::string FILES_ProgramBaseName();
 std::string FILES_BesideProgram(std::string_view extension);
 // Lets tests put the program's own file elsewhere; an empty path restores the true one.
 void FILES_SetProgramPath(const std::filesystem::path& path);
+// Lets tests have a say in front of every call to the system on a file: what `hook` returns other
+// than 0 is the errno that the call fails with. Set while no other thread uses files.
+void FILES_SetCallHook(std::function<int()> hook);
 // The user's configuration folder of the program (created on demand by whoever writes there).
 std::filesystem::path FILES_UserConfigFolder();
 

@@ -91,8 +91,12 @@ bool wholeChipAccepted() {
                   "Deselected Blocks");
 }
 
+bool everyBlockSelected() {
+    return DEVICE_SelectedBlocks().size() == DEVICE_Blocks().size();
+}
+
 bool eraseForAuto() {
-    if (DEVICE_SelectedBlocks().size() == DEVICE_Blocks().size()) {
+    if (everyBlockSelected()) {
         return TARGET_EraseChip(false) == 0;
     }
     if (DEVICE_GetSprtErase() != 0) {
@@ -160,7 +164,7 @@ void CHECKS_Auto() {
     }
     const TargetBusy busy;
     if (DEVICE_GetFLASHIsEE() != 0) {
-        if (DEVICE_SelectedBlocks().size() == DEVICE_Blocks().size() || wholeChipAccepted()) {
+        if (everyBlockSelected() || wholeChipAccepted()) {
             TARGET_ProgramTarget();
         }
     } else if (eraseForAuto()) {

@@ -3,6 +3,7 @@
 #include "platform/event_queue.h"
 #include "platform/files.h"
 #include "shell/cmdline_commands.h"
+#include "shell/command_handler.h"
 #include "shell/identity.h"
 #include "shell/shell_world.h"
 #include "shell/startup.h"
@@ -110,6 +111,21 @@ TEST(Startup, SettingsThatCannotBeReadEndAnUnattendedRun) {
     EXPECT_EQ(world.run({"@/app.hex", "-FileSaveAs@/out.mot", "-Exit"}), 1);
     EXPECT_FALSE(SESSION_Get().commandBegun || FILES_Exists(world.folder / "Calvorin.tpu"));
     EXPECT_EQ(world.read("tool.ini"), settings);
+}
+
+TEST(Startup, AnAcceptedSheetIsSavedAtOnce) {
+    for (const int answer : {kDialogCancel, kDialogOk}) {
+        const ShellWorld world;
+        writeFile(world.folder / "tool.ini", "");
+        EVENTS_Open();
+        FRONTEND_Get().optionsSheet = [answer] {
+            DEVPROPS_SetResetByPC(true);
+            return answer;
+        };
+        COMMAND_Options();
+        const std::string saved = readFile(world.folder / "tool.ini");
+        EXPECT_EQ(saved.find("DevProps.ResetByPC = 1") != std::string::npos, answer == kDialogOk);
+    }
 }
 
 TEST(Startup, OpensTheLogBeforeAnythingIsLogged) {

@@ -1,13 +1,12 @@
 #include "platform/linux/descriptor_io.h"
 
 #include "platform/linux/descriptor_wait.h"
+#include "platform/linux/file_calls.h"
 #include "platform/linux/line_limits.h"
 #include "platform/process.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <poll.h>
-#include <unistd.h>
 
 namespace {
 
@@ -42,7 +41,8 @@ FileResult writeAll(int descriptor, std::string_view text, bool waits) {
             return fileFailure(errno);
         }
         const size_t most = waits ? kPipePiece : text.size();
-        const ssize_t written = ::write(descriptor, text.data(), std::min(text.size(), most));
+        const ssize_t written =
+            filecall::write(descriptor, text.data(), std::min(text.size(), most));
         if (written < 0 && errno != EINTR) {
             return fileFailure(errno);
         }

@@ -2,18 +2,16 @@
 //
 // What is written goes to a file without a name in the same folder, which gets one when it is
 // complete and on the disk: whatever ends the program before leaves nothing behind. Only between
-// getting a name of its own and taking the old file's place, two calls on, could it stay.
+// getting a name of its own and taking the old file's place, one call on, could it stay; the next
+// replacement in that folder then removes it. A lock tells a name in use from one left behind.
 #include "platform/clock.h"
 #include "platform/linux/descriptor_io.h"
+#include "platform/linux/file_calls.h"
 #include "platform/process.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <fcntl.h>
 #include <span>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <sys/file.h>
 #include <utility>
 
 namespace {
@@ -22,7 +20,7 @@ namespace fs = std::filesystem;
 
 constexpr int64_t kReaderPollMs = 20; // nothing tells that a pipe has got a reader
 constexpr int kMostLinks = 40;        // in a chain, as the system itself has it
-constexpr int kMostNames = 1000;      // of temporary files left by others
+constexpr int kMostNames = 1000;      // of temporary files at the same time
 
 bool isAnyOf(int error, std::initializer_list<int> errors) {
     return std::find(errors.begin(), errors.end(), error) != errors.end();
@@ -47,7 +45,8 @@ fs::path withoutLinks(fs::path path) {
 int standardStream(const struct stat& file) {
     for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
         struct stat own {};
-        if (::fstat(stream, &own) == 0 && own.st_dev == file.st_dev && own.st_ino == file.st_ino) {
+        if (filecall::fstat(stream, own) == 0 && own.st_dev == file.st_dev &&
+            own.st_ino == file.st_ino) {
             return stream;
         }
     }
@@ -60,7 +59,7 @@ int openDirectly(const fs::path& path, const struct stat& file) {
         return ::fcntl(stream, F_DUPFD_CLOEXEC, 0);
     }
     while (true) {
-        const int descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+        const int descriptor = filecall::open(path.c_str(), O_WRONLY | O_NOCTTY | O_NONBLOCK);
         if (descriptor >= 0) {
             ::fcntl(descriptor, F_SETFL, O_WRONLY);
             return descriptor;
@@ -79,14 +78,31 @@ fs::path folderOf(const fs::path& path) {
     return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
+// Removes a name that a killed process has left. Its lock is held meanwhile, and a name is only
+// given where there is none, so that it is still that file which goes.
+void removeLeft(const fs::path& name) {
+    int left = filecall::open(name.c_str(), O_RDONLY);
+    struct stat opened {};
+    struct stat named {};
+    if (left >= 0 && ::flock(left, LOCK_EX | LOCK_NB) == 0 && filecall::fstat(left, opened) == 0 &&
+        filecall::stat(name.c_str(), named) == 0 && opened.st_ino == named.st_ino) {
+        filecall::unlink(name.c_str());
+    }
+    closeDescriptor(left);
+}
+
 // Calls `make` with names for a temporary file until one is free; what `make` has returned last.
 template <class Make>
 int makeNamed(const fs::path& folder, fs::path& name, Make make) {
     int made = -1;
     for (int number = 0; number < kMostNames; ++number) {
         // Short, so that it fits where the longest name does.
-        name = folder / (".calvorin-" + std::to_string(::getpid()) + "-" + std::to_string(number));
+        name = folder / (".calvorin-" + std::to_string(number));
         made = make(name.c_str());
+        if (made < 0 && errno == EEXIST) {
+            removeLeft(name);
+            made = make(name.c_str());
+        }
         if (made >= 0 || errno != EEXIST) {
             break;
         }
@@ -101,10 +117,10 @@ int makeNamed(const fs::path& folder, fs::path& name, Make make) {
 // touched.
 FileResult reserve(int descriptor, off_t size) {
     struct stat file {};
-    ::fstat(descriptor, &file);
-    const int error = size > 0 ? ::posix_fallocate(descriptor, 0, size) : 0;
+    filecall::fstat(descriptor, file);
+    const int error = size > 0 ? filecall::allocate(descriptor, size) : 0;
     if (isAnyOf(error, {ENOSPC, EDQUOT, EFBIG})) {
-        [[maybe_unused]] const int ignored = ::ftruncate(descriptor, file.st_size);
+        [[maybe_unused]] const int ignored = filecall::truncate(descriptor, file.st_size);
         return fileFailure(error);
     }
     return {};
@@ -116,21 +132,21 @@ FileResult copyContents(int from, int to) {
     ::lseek(from, 0, SEEK_SET);
     char buffer[65536];
     ssize_t count = 1;
-    while (result.ok() && (count = ::read(from, buffer, sizeof buffer)) > 0) {
+    while (result.ok() && (count = filecall::read(from, buffer, sizeof buffer)) > 0) {
         result = writeAll(to, {buffer, static_cast<size_t>(count)}, false);
     }
     if (!result.ok()) {
         return result;
     }
-    const bool written = count == 0 && ::ftruncate(to, size) == 0 && ::fsync(to) == 0;
+    const bool written = count == 0 && filecall::truncate(to, size) == 0 && filecall::sync(to) == 0;
     return written ? FileResult{} : fileFailure(errno);
 }
 
 // A name is on the disk when its folder is. A folder that may not be read, or a file system that
 // has nothing to do for it, is no failure.
 FileResult syncFolder(const fs::path& folder) {
-    int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const bool synced = descriptor < 0 || ::fsync(descriptor) == 0 ||
+    int descriptor = filecall::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
+    const bool synced = descriptor < 0 || filecall::sync(descriptor) == 0 ||
                         isAnyOf(errno, {EINVAL, ENOSYS, EOPNOTSUPP, EROFS});
     const int error = errno;
     closeDescriptor(descriptor);
@@ -151,13 +167,13 @@ FileReplacer::~FileReplacer() {
     closeDescriptor(descriptor_);
     closeDescriptor(inPlace_);
     if (!temporary_.empty()) {
-        ::unlink(temporary_.c_str());
+        filecall::unlink(temporary_.c_str());
     }
 }
 
 FileResult FileReplacer::open(const fs::path& path, FileAccess access) {
     struct stat old {};
-    const bool exists = ::stat(path.c_str(), &old) == 0;
+    const bool exists = filecall::stat(path.c_str(), old) == 0;
     if (path.empty() || (!exists && errno != ENOENT)) {
         return fileFailure(path.empty() ? ENOENT : errno);
     }
@@ -176,7 +192,7 @@ FileResult FileReplacer::open(const fs::path& path, FileAccess access) {
         return error == 0 ? FileResult{} : fileFailure(error);
     }
     permissions_ = old.st_mode & (access == FileAccess::ownerOnly ? 0600 : 07777);
-    if (::faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) {
+    if (filecall::access(target_.c_str()) != 0) {
         return fileFailure(errno); // the folder would let it be replaced, but its owner protects it
     }
     const int error = old.st_nlink > 1 ? 0 : openTemporary();
@@ -189,37 +205,41 @@ FileResult FileReplacer::open(const fs::path& path, FileAccess access) {
 // Opens the file that is to replace the other one; 0 or an errno.
 int FileReplacer::openTemporary() {
     const fs::path folder = folderOf(target_);
-    descriptor_ = ::open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, permissions_);
+    descriptor_ = filecall::open(folder.c_str(), O_TMPFILE | O_RDWR, permissions_);
     if (descriptor_ < 0 && isAnyOf(errno, {EOPNOTSUPP, EISDIR, EINVAL})) {
         descriptor_ = makeNamed(folder, temporary_, [this](const char* name) {
-            return ::open(name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, permissions_);
+            return filecall::open(name, O_RDWR | O_CREAT | O_EXCL, permissions_);
         });
     }
-    return descriptor_ < 0 ? errno : 0;
+    if (descriptor_ < 0) {
+        return errno;
+    }
+    ::flock(descriptor_, LOCK_EX | LOCK_NB); // where the file system has none, so has nobody else
+    return 0;
 }
 
 // Gives the new file the old one's owner and permissions; false when it may not have them.
 bool FileReplacer::passesFor(const struct stat& old) const {
     struct stat own {};
-    ::fstat(descriptor_, &own);
+    filecall::fstat(descriptor_, own);
     const bool sameOwner = own.st_uid == old.st_uid && own.st_gid == old.st_gid;
-    if (!sameOwner && ::fchown(descriptor_, old.st_uid, old.st_gid) != 0) {
+    if (!sameOwner && filecall::chown(descriptor_, old.st_uid, old.st_gid) != 0) {
         return false;
     }
-    ::fchmod(descriptor_, permissions_); // where the file system has such
+    filecall::chmod(descriptor_, permissions_); // where the file system has such
     return true;
 }
 
 // A file that cannot be replaced, or would lose its owner or its other names, keeps its place: it
 // gets the new contents when they are complete.
 FileResult FileReplacer::openInPlace() {
-    inPlace_ = ::open(target_.c_str(), O_WRONLY | O_CLOEXEC);
+    inPlace_ = filecall::open(target_.c_str(), O_WRONLY);
     if (inPlace_ < 0) {
         return fileFailure(errno);
     }
-    ::fchmod(inPlace_, permissions_); // refused for another owner's file
+    filecall::chmod(inPlace_, permissions_); // refused for another owner's file
     if (descriptor_ < 0) {
-        descriptor_ = ::memfd_create("calvorin", MFD_CLOEXEC);
+        descriptor_ = filecall::memfd();
     }
     return descriptor_ < 0 ? fileFailure(errno) : FileResult{};
 }
@@ -231,13 +251,13 @@ FileResult FileReplacer::write(std::string_view text) {
 FileResult FileReplacer::commit() {
     FileResult result;
     if (direct_) {
-        const int closed = ::close(std::exchange(descriptor_, -1));
+        const int closed = filecall::close(std::exchange(descriptor_, -1));
         return closed == 0 ? FileResult{} : fileFailure(errno);
     }
     if (inPlace_ >= 0) {
         result = copyContents(descriptor_, inPlace_);
     } else {
-        result = ::fsync(descriptor_) == 0 ? takePlace() : fileFailure(errno);
+        result = filecall::sync(descriptor_) == 0 ? takePlace() : fileFailure(errno);
     }
     closeDescriptor(descriptor_);
     return result;
@@ -246,9 +266,7 @@ FileResult FileReplacer::commit() {
 // The complete file gets its name, in one step.
 FileResult FileReplacer::takePlace() {
     const std::string own = "/proc/self/fd/" + std::to_string(descriptor_);
-    const auto link = [&own](const char* name) {
-        return ::linkat(AT_FDCWD, own.c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW);
-    };
+    const auto link = [&own](const char* name) { return filecall::link(own.c_str(), name); };
     const fs::path folder = folderOf(target_);
     if (temporary_.empty()) {
         if (link(target_.c_str()) == 0) {
@@ -258,7 +276,7 @@ FileResult FileReplacer::takePlace() {
             return fileFailure(errno);
         }
     }
-    if (::rename(temporary_.c_str(), target_.c_str()) == 0) {
+    if (filecall::rename(temporary_.c_str(), target_.c_str()) == 0) {
         temporary_.clear();
         return syncFolder(folder);
     }
@@ -273,7 +291,7 @@ FileResult FileReplacer::takePlace() {
 FileResult FILES_Replace(const fs::path& path, std::string_view text, FileAccess access) {
     if (holds(path, text)) {
         struct stat file {};
-        if (access == FileAccess::ownerOnly && ::stat(path.c_str(), &file) == 0 &&
+        if (access == FileAccess::ownerOnly && filecall::stat(path.c_str(), file) == 0 &&
             (file.st_mode & 077) != 0) {
             ::chmod(path.c_str(), file.st_mode & 0600);
         }

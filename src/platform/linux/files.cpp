@@ -1,22 +1,20 @@
 #include "platform/files.h"
 
 #include "platform/linux/descriptor_io.h"
+#include "platform/linux/file_calls.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
-#include <fcntl.h>
 #include <map>
 #include <poll.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 namespace {
 
 namespace fs = std::filesystem;
 
-fs::path programPath; // set by tests; empty: ask the system
+fs::path programPath;          // set by tests; empty: ask the system
+std::function<int()> callHook; // set by tests
 
 fs::path ownPath() {
     if (!programPath.empty()) {
@@ -65,12 +63,12 @@ FileReader::~FileReader() {
 FileResult FileReader::open(const fs::path& path) {
     closeDescriptor(descriptor_);
     // Not blocking, so that a pipe without a writer is an empty file and not a wait without end.
-    descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    descriptor_ = filecall::open(path.c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK);
     if (descriptor_ < 0) {
         return fileFailure(errno);
     }
     struct stat information {};
-    if (::fstat(descriptor_, &information) != 0) {
+    if (filecall::fstat(descriptor_, information) != 0) {
         return fileFailure(errno);
     }
     if (S_ISDIR(information.st_mode)) {
@@ -83,12 +81,17 @@ FileResult FileReader::open(const fs::path& path) {
 
 ptrdiff_t FileReader::read(std::span<char> buffer) {
     while (true) {
-        const ssize_t count = ::read(descriptor_, buffer.data(), buffer.size());
+        const ssize_t count = filecall::read(descriptor_, buffer.data(), buffer.size());
         const bool silent = count < 0 && errno == EAGAIN;
         if (silent ? !awaitDescriptor(descriptor_, POLLIN) : count >= 0 || errno != EINTR) {
+            error_ = count < 0 ? errno : 0;
             return count;
         }
     }
+}
+
+FileResult FileReader::failure() const {
+    return error_ != 0 ? fileFailure(error_) : FileResult{};
 }
 
 uint64_t FileReader::size() const {
@@ -102,9 +105,8 @@ AppendFile::~AppendFile() {
 FileResult AppendFile::create(const fs::path& path) {
     close();
     // Not blocking: a pipe that nobody reads costs the line, not the run.
-    descriptor_ =
-        ::open(path.c_str(),
-               O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
+    descriptor_ = filecall::open(
+        path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_NOCTTY | O_NONBLOCK, 0666);
     return descriptor_ < 0 ? fileFailure(errno) : FileResult{};
 }
 
@@ -113,7 +115,7 @@ FileResult AppendFile::write(std::string_view text) {
 }
 
 FileResult AppendFile::flush() {
-    return isOpen() && ::fsync(descriptor_) != 0 ? fileFailure(errno) : FileResult{};
+    return isOpen() && filecall::sync(descriptor_) != 0 ? fileFailure(errno) : FileResult{};
 }
 
 void AppendFile::close() {
@@ -138,7 +140,7 @@ FileResult FILES_ReadAll(const fs::path& path, std::string& text, size_t most) {
         }
         text.append(buffer, static_cast<size_t>(count));
     }
-    return count < 0 ? fileFailure(errno) : FileResult{};
+    return count < 0 ? reader.failure() : FileResult{};
 }
 
 bool FILES_Exists(const fs::path& path) {
@@ -152,12 +154,12 @@ bool FILES_IsStream(const fs::path& path) {
 }
 
 FileResult FILES_Rename(const fs::path& from, const fs::path& to) {
-    return ::rename(from.c_str(), to.c_str()) != 0 ? fileFailure(errno) : FileResult{};
+    return filecall::rename(from.c_str(), to.c_str()) != 0 ? fileFailure(errno) : FileResult{};
 }
 
 std::optional<int64_t> FILES_WriteTime(const fs::path& path) {
     struct stat information {};
-    if (::stat(path.c_str(), &information) != 0) {
+    if (filecall::stat(path.c_str(), information) != 0) {
         return std::nullopt;
     }
     return information.st_mtim.tv_sec * int64_t{1'000'000'000} + information.st_mtim.tv_nsec;
@@ -186,6 +188,14 @@ std::string FILES_ProgramBaseName() {
 
 std::string FILES_BesideProgram(std::string_view extension) {
     return FILES_ProgramFolder() + FILES_ProgramBaseName() + "." + std::string(extension);
+}
+
+void FILES_SetCallHook(std::function<int()> hook) {
+    callHook = std::move(hook);
+}
+
+const std::function<int()>& fileCallHook() {
+    return callHook;
 }
 
 void FILES_SetProgramPath(const fs::path& path) {
