@@ -1,5 +1,5 @@
-// calvorin-icons: paints the program's icon as calvorin-SIZE.png into a folder, for the icon theme of
-// the system. Not part of a usual build; run when the picture has changed.
+// calvorin-icons: paints the program's icon as calvorin-SIZE.png into a folder, for the icon theme
+// of the system. Not part of a usual build; run when the picture has changed.
 #include "ui/artwork.h"
 
 #include <QGuiApplication>
