@@ -2,13 +2,10 @@
 # From a fresh machine to a virtual chip programmed and verified: installs what is missing, builds,
 # starts a virtual chip on a pseudo-terminal, runs Auto, Verify and Get CRC on it with live progress,
 # reads the chip back and compares. Ends with 0 when everything is as it should be.
+#   demo.sh [BIN]   with the folder of an installed program, nothing is built or installed; so it is
+#                   also where the script does not stand in the source
 set -euo pipefail
 cd "$(dirname "$0")/.."
-
-scripts/setup.sh
-echo "demo: building"
-cmake --preset release >/dev/null
-cmake --build --preset release --target calvorin calvorin-sim calvorin_devices >/dev/null
 
 work=$(mktemp -d)
 sim=
@@ -18,9 +15,23 @@ cleanup() {
 }
 trap cleanup EXIT
 
-# A program folder of its own, so that the demo leaves the settings of the build folder alone.
-cp -r build/release/bin/calvorin build/release/bin/Device build/release/bin/RamImage "$work"
-printf '[Settings PORTS]\r\nCOM1 = "%s"\r\n' "$work/port" >"$work/calvorin.ini"
+bin=${1:-}
+if [ -z "$bin" ] && [ ! -e CMakeLists.txt ]; then
+  bin=$(dirname "$(command -v calvorin)")
+fi
+if [ -n "$bin" ]; then
+  # The user's own files are left alone.
+  export XDG_CONFIG_HOME=$work XDG_STATE_HOME=$work XDG_DATA_HOME=$work
+  program=$bin/calvorin sim_program=$bin/calvorin-sim
+else
+  scripts/setup.sh
+  echo "demo: building"
+  cmake --preset release >/dev/null
+  cmake --build --preset release --target calvorin calvorin-sim calvorin_devices >/dev/null
+  # A program folder of its own, so that the demo leaves the settings of the build folder alone.
+  cp -r build/release/bin/calvorin build/release/bin/Device build/release/bin/RamImage "$work"
+  program=$work/calvorin sim_program=build/release/bin/calvorin-sim
+fi
 
 # 20 KiB of a program with a reset vector, as S-records.
 python3 - "$work/app.mot" <<'PY'
@@ -35,7 +46,7 @@ with open(sys.argv[1], "w", newline="") as out:
 PY
 
 echo "demo: starting a virtual chip VT-B128, its line paced at 115200 Bd"
-build/release/bin/calvorin-sim --device VT-B128 --devices "$work/Device" --link "$work/port" \
+"$sim_program" --device VT-B128 --link "$work/port" \
   --pace --flash-out "$work/flash.bin" >"$work/sim.out" 2>&1 &
 sim=$!
 for _ in $(seq 100); do [ -e "$work/port" ] && break; sleep 0.05; done
@@ -43,9 +54,9 @@ for _ in $(seq 100); do [ -e "$work/port" ] && break; sleep 0.05; done
 run() {
   echo
   echo "\$ calvorin $*"
-  "$work/calvorin" "$@"
+  "$program" "$@"
 }
-run "$work/app.mot" -OptionsCOMPort1 -OptionsCOMBaudrate115200 -OptionsTargetDeviceVT-B128 \
+run "$work/app.mot" "-OptionsCOMPort$work/port" -OptionsCOMBaudrate115200 -OptionsTargetDeviceVT-B128 \
   -OptionsSettingsReset1 -TargetAuto -TargetVerify -TargetGetCRC -Exit
 run -OptionsTargetDeviceVT-B128 -OptionsPWFillFF1 -TargetReadBack0,4FFF \
   "-FileSaveAs$work/back.mot" -Exit

@@ -7,6 +7,8 @@ packages=(
   qt6-base-dev                           # desktop
   libgtest-dev libbenchmark-dev          # tests and benchmarks
   clang clang-format clang-tidy python3  # static checks
+  dpkg-dev lintian desktop-file-utils appstream libxml2-utils groff # packages and their checks
+  bash-completion zsh fish               # completions
   srecord binutils time                  # peers that the tests and benchmarks compare with
 )
 

@@ -1,6 +1,7 @@
 // calvorin-sim: a virtual chip on a pseudo-terminal or a TCP port.
 #include "platform/format.h"
 #include "platform/process.h"
+#include "platform/version.h"
 #include "sim/sim_server.h"
 
 int main(int argc, char** argv) {
@@ -17,6 +18,10 @@ int main(int argc, char** argv) {
     }
     if (!options.replay.empty()) {
         return SIM_Replay(options);
+    }
+    if (options.version) {
+        PROCESS_WriteOut(std::string("calvorin-sim V") + kProductVersion + "\n");
+        return 0;
     }
     return options.listDevices ? SIM_ListDevices(options) : SIM_Serve(options);
 }

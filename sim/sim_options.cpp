@@ -134,6 +134,8 @@ std::vector<OptionRow> chipRows() {
              options.chip.resyncByMatch = false;
              return true;
          }},
+        {"--version", nullptr, "the version, which is that of the program",
+         [](SimOptions& options, const std::string&) { return options.version = true; }},
         {"--help", nullptr, "this text",
          [](SimOptions& options, const std::string&) { return options.help = true; }},
     };
@@ -202,7 +204,7 @@ bool SIM_ParseOptions(const std::vector<std::string>& arguments, SimOptions& opt
             return false;
         }
     }
-    const bool needsDevice = !options.help && !options.listDevices && options.replay.empty();
+    const bool needsDevice = !options.help && !options.version && !options.listDevices && options.replay.empty();
     if (options.device.empty() && needsDevice) {
         error = "--device is needed; --list lists the devices, --help the options";
         return false;
@@ -227,4 +229,12 @@ std::string SIM_HelpText() {
             "did what no chip should have to put up with, or differed from the log that is\n"
             "played, 1 when the start failed.\n";
     return help;
+}
+
+std::vector<SimOptionText> SIM_OptionTexts() {
+    std::vector<SimOptionText> texts;
+    for (const OptionRow& row : optionRows()) {
+        texts.push_back({row.name, row.value != nullptr ? row.value : "", row.help});
+    }
+    return texts;
 }

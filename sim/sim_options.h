@@ -18,6 +18,7 @@ struct SimOptions {
     std::string transcript;    // file
     std::string replay;        // communication log to play in a chip's place
     bool help = false;
+    bool version = false;
     bool listDevices = false;
     ChipOptions chip;
 };
@@ -26,3 +27,11 @@ struct SimOptions {
 bool SIM_ParseOptions(const std::vector<std::string>& arguments, SimOptions& options,
                       std::string& error);
 std::string SIM_HelpText();
+
+// The options as documents list them.
+struct SimOptionText {
+    std::string name;
+    std::string value; // empty: takes none
+    std::string help;
+};
+std::vector<SimOptionText> SIM_OptionTexts();

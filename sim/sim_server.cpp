@@ -32,10 +32,15 @@ std::string devicesFolder(const SimOptions& options) {
     return options.devicesFolder.empty() ? FILES_ProgramFolder() + "Device" : options.devicesFolder;
 }
 
+std::vector<std::filesystem::path> descriptions(const SimOptions& options) {
+    return options.devicesFolder.empty() ? FILES_ListShared("Device", ".dev")
+                                         : FILES_List(options.devicesFolder, ".dev");
+}
+
 // All devices whose descriptions can be read; what is wrong with the others in `error`.
 std::vector<DeviceRecord> readDevices(const SimOptions& options, std::string& error) {
     std::vector<DeviceRecord> devices;
-    for (const std::filesystem::path& path : FILES_List(devicesFolder(options), ".dev")) {
+    for (const std::filesystem::path& path : descriptions(options)) {
         std::string text;
         if (const FileResult read = FILES_ReadAll(path, text); !read.ok()) {
             error += formatText("%s: %s\n", path.c_str(), read.reason.c_str());

@@ -24,7 +24,7 @@ Result<> downloadLoader(const BootRomProtocol& family) {
     if (DEVICE_GetRamcodeFile().empty()) {
         return Failure{.reason = "The device description names no RAM-Image"};
     }
-    const std::string path = FILES_ProgramFolder() + "RamImage/" + DEVICE_GetRamcodeFile();
+    const std::string path = FILES_SharedFile("RamImage/" + DEVICE_GetRamcodeFile());
     return _DownloadRamImage(family, path, false);
 }
 

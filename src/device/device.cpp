@@ -103,7 +103,7 @@ const char* readDescription(const std::filesystem::path& path, std::string& text
 int DEVICE_Init() {
     leftOut.clear();
     const std::string folder = FILES_ProgramFolder() + "Device/";
-    const std::vector<std::filesystem::path> paths = FILES_List(folder, ".dev");
+    const std::vector<std::filesystem::path> paths = FILES_ListShared("Device", ".dev");
     for (const std::filesystem::path& path : paths) {
         std::string text;
         std::string reason;

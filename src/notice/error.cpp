@@ -25,7 +25,7 @@ void writeToErrorLog(std::string_view text, const std::string& hint) {
     if (!fileTried) {
         fileTried = true;
         if (!RUN_IsIsolated()) {
-            errorFile.create(FILES_BesideProgram("err"));
+            errorFile.create(FILES_KeptFile(Kept::state, "err"));
         }
         errorFile.write(
             formatText("%s error log file, compiled at ", FILES_ProgramBaseName().c_str()) +

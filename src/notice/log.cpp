@@ -26,7 +26,7 @@ void add(const std::string& text) {
 
 void LOG_Init() {
     const std::lock_guard lock(logMutex);
-    logFile.create(FILES_BesideProgram("log"));
+    logFile.create(FILES_KeptFile(Kept::state, "log"));
     logFile.write(formatText("%s log file, compiled at ", FILES_ProgramBaseName().c_str()) +
                   LOG_BuildTime() + "\r\n" + LOG_HeaderBlock());
 }

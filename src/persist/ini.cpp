@@ -5,6 +5,7 @@
 #include "notice/run.h"
 #include "persist/chars.h"
 #include "persist/hex_text.h"
+#include "persist/ini_check.h"
 #include "persist/parse.h"
 #include "platform/files.h"
 #include "platform/format.h"
@@ -31,24 +32,29 @@ struct Change {
 
 IniText settings; // as this run has read and set them
 IniText known;    // as they stand in the file, as far as this run knows
+IniText common;   // ports for all users of a program folder that is not written
 // The keys that differ between both, in the order in which they were written.
 std::vector<Change> changes;
 // What could not be read is not overwritten either: the user may want to repair it.
 bool savingAllowed = true;
+
+std::string settingsPath() {
+    return FILES_KeptFile(Kept::settings, "ini");
+}
 
 void report(const std::string& message) {
     ERROR_Out(nullptr, message, 1);
 }
 
 // The message, and in the log where it belongs to.
-void reportLine(int line, const std::string& message) {
-    LOG_Add(formatText("%s is faulty in line %d", FILES_BesideProgram("ini").c_str(), line));
+void reportLine(const std::string& path, int line, const std::string& message) {
+    LOG_Add(formatText("%s is faulty in line %d", path.c_str(), line));
     report(message);
 }
 
 void reportNoRoom(const std::string& key) {
     report(formatText("%s: no room for \"%s\", a settings file holds fewer than %zu bytes",
-                      FILES_BesideProgram("ini").c_str(), key.c_str(), kIniCapacity));
+                      settingsPath().c_str(), key.c_str(), kIniCapacity));
 }
 
 void note(std::string_view section, std::string_view key) {
@@ -95,7 +101,7 @@ void readValue(size_t keyAt, std::string_view key, const ValueReader& read) {
     std::string error;
     read(error, cursor);
     if (!error.empty()) {
-        reportLine(settings.lineNumber(keyAt), PARSE_ErrorWords(error));
+        reportLine(settingsPath(), settings.lineNumber(keyAt), PARSE_ErrorWords(error));
     }
 }
 
@@ -156,7 +162,7 @@ bool readFile(FileReader& file, const std::string& path, std::string& content) {
 
 // A missing file is an empty text. False when there is one that could not be read whole.
 bool readSettings(std::string& content) {
-    const std::string path = FILES_BesideProgram("ini");
+    const std::string path = settingsPath();
     FileReader file;
     const FileResult opened = file.open(path);
     if (opened.status == FileStatus::notFound) {
@@ -169,6 +175,50 @@ bool readSettings(std::string& content) {
     const bool whole = readFile(file, path, content);
     content = whole && content.empty() ? kHeader : content;
     return whole;
+}
+
+// One that cannot be read costs its ports; it is not the user's to repair.
+void readCommon() {
+    std::string content;
+    if (FILES_IsPortable() ||
+        !FILES_ReadAll(FILES_BesideProgram("ini"), content, kIniCapacity).ok()) {
+        content.clear();
+    }
+    common = IniText(withoutNulBytes(std::move(content)));
+    common.keepOnly(kPorts);
+}
+
+void tellNearNames(const IniText& text, const std::string& path) {
+    for (const std::string& note : INICHECK_Notes(text)) {
+        LOG_Add("Note: " + path + ", " + note);
+    }
+}
+
+// The position of a key that ends where its name does.
+std::optional<size_t> findWholeKey(const IniText& text, std::string_view section,
+                                   std::string_view key) {
+    std::optional<size_t> at = text.findKey(section, key);
+    while (at) {
+        const char behind = text.text().c_str()[*at + key.size()];
+        if (isBlank(behind) || behind == '=') {
+            break;
+        }
+        at = text.findKeyFrom(text.afterLine(*at), key);
+    }
+    return at;
+}
+
+void readQuoted(const IniText& text, const std::string& path, size_t at, std::string& value) {
+    const char* cursor = text.text().c_str() + at;
+    std::string error;
+    std::string quoted;
+    expect(error, cursor, '=');
+    PARSE_GetString(error, cursor, quoted, kStringLength);
+    if (error.empty()) {
+        value = quoted;
+    } else {
+        reportLine(path, text.lineNumber(at), PARSE_ErrorWords(error));
+    }
 }
 
 // What somebody has edited in the file since this run read it is his.
@@ -191,9 +241,10 @@ void carryOver(const Change& change, IniText& file) {
 void INI_Load() {
     std::string content;
     savingAllowed = readSettings(content);
+    readCommon();
     const IniText whole(content);
     if (const size_t nul = content.find('\0'); nul != std::string::npos) {
-        reportLine(whole.lineNumber(nul), "NUL byte, left out");
+        reportLine(settingsPath(), whole.lineNumber(nul), "NUL byte, left out");
     }
     changes.clear();
     settings = IniText(withoutNulBytes(std::move(content)));
@@ -202,6 +253,8 @@ void INI_Load() {
         savingAllowed = false;
         settings.keepOnly(kPorts);
     }
+    tellNearNames(settings, settingsPath());
+    tellNearNames(common, FILES_BesideProgram("ini"));
 }
 
 void INI_Save() {
@@ -214,7 +267,7 @@ void INI_Save() {
         carryOver(change, file);
     }
     changes.clear();
-    static_cast<void>(FILES_Replace(FILES_BesideProgram("ini"), file.text()));
+    static_cast<void>(FILES_Replace(settingsPath(), file.text()));
 }
 
 void INI_WriteInt(std::string_view section, std::string_view key, int32_t value) {
@@ -279,21 +332,12 @@ void INI_ReadString(std::string_view section, std::string_view key, std::span<ui
 }
 
 void INI_ReadText(std::string_view section, std::string_view key, std::string& value) {
-    for (std::optional<size_t> at = settings.findKey(section, key); at;
-         at = settings.findKeyFrom(settings.afterLine(*at), key)) {
-        const char* const behind = settings.text().c_str() + *at + key.size();
-        if (!isBlank(*behind) && *behind != '=') {
-            continue; // a longer key that begins with these characters
+    for (const auto& [text, path] :
+         {std::pair(&settings, settingsPath()), std::pair(&common, FILES_BesideProgram("ini"))}) {
+        if (const std::optional<size_t> at = findWholeKey(*text, section, key)) {
+            readQuoted(*text, path, *at + key.size(), value);
+            return;
         }
-        readValue(*at, key, [&](std::string& error, const char*& cursor) {
-            std::string quoted;
-            expect(error, cursor, '=');
-            PARSE_GetString(error, cursor, quoted, kStringLength);
-            if (error.empty()) {
-                value = quoted;
-            }
-        });
-        return;
     }
 }
 

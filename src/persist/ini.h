@@ -1,7 +1,7 @@
-// The settings file beside the program: sections of keys, held in memory from start-up on and
-// saved in one step. Lines that were edited in the file meanwhile stay as they are, and so does
-// every line that no write has changed. An isolated run sees only the ports and saves nothing.
-// User-interface thread only.
+// The settings file (of the program folder or of the user, see FILES_IsPortable): sections of keys,
+// held in memory from start-up on and saved in one step. Lines that were edited in the file
+// meanwhile stay as they are, and so does every line that no write has changed. An isolated run
+// sees only the ports and saves nothing. User-interface thread only.
 //
 // A key that is missing leaves the caller's value unchanged. A value that cannot be read is
 // reported (ERROR_Out) with what went wrong; what was read before stays stored.
@@ -35,7 +35,8 @@ void INI_ReadIntArray(std::string_view section, std::string_view key, std::span<
 // The bytes are set to 0 first, also when the key is missing.
 void INI_ReadString(std::string_view section, std::string_view key, std::span<uint8_t> bytes);
 // A plain text in double quotes (the device of a COM port). The key is matched whole; the program
-// never writes this form.
+// never writes this form. Where the settings are the user's, what they lack is looked for in the
+// settings file beside the program.
 void INI_ReadText(std::string_view section, std::string_view key, std::string& value);
 
 // Removes the key's line.

@@ -135,3 +135,27 @@ void FILES_SetProgramPath(const std::filesystem::path& path);
 void FILES_SetCallHook(std::function<int()> hook);
 // The user's configuration folder of the program (created on demand by whoever writes there).
 std::filesystem::path FILES_UserConfigFolder();
+
+// Where the program keeps what it writes, and looks for what the user adds to it: all of it in the
+// program's folder where that can be written and is no installation (a folder lib/calvorin with a
+// link to the program in bin/), else in the user's folders for such things.
+enum class Kept {
+    settings, // calvorin.ini
+    state,    // default project and logs
+    data,     // Device/ and RamImage/ of the user's own
+};
+bool FILES_IsPortable();
+// Ends in a separator; the folder need not be there.
+std::string FILES_KeptFolder(Kept what);
+// Makes the folders of settings and state where they are missing. Failures show when files are
+// written there.
+void FILES_MakeKeptFolders();
+// The path of a settings file or log: in the folder of its kind, named like the program.
+std::string FILES_KeptFile(Kept what, std::string_view extension);
+// The path of a file of the folders Device/ and RamImage/: the user's own where there is one, else
+// the program's.
+std::string FILES_SharedFile(const std::string& name);
+// Those of a folder whose name ends in `extension`, the user's in place of the program's of the
+// same name; sorted by name.
+std::vector<std::filesystem::path> FILES_ListShared(const std::string& folder,
+                                                    std::string_view extension);

@@ -158,13 +158,13 @@ void telnetNegotiate(TelnetNegotiation& negotiation, const TelnetEvent& event,
     state = {false, positive, !positive};
 }
 
-bool rfc2217ParseName(std::string_view name, std::string& host, std::string& port) {
-    static constexpr std::string_view kPrefix = "rfc2217://";
+bool tcpParseName(std::string_view prefix, std::string_view name, std::string& host,
+                  std::string& port) {
     const size_t colon = name.rfind(':');
-    if (!name.starts_with(kPrefix) || colon < kPrefix.size()) {
+    if (!name.starts_with(prefix) || colon < prefix.size()) {
         return false;
     }
-    std::string_view address = name.substr(kPrefix.size(), colon - kPrefix.size());
+    std::string_view address = name.substr(prefix.size(), colon - prefix.size());
     if (address.starts_with('[') && address.ends_with(']')) {
         address = address.substr(1, address.size() - 2);
     } else if (address.find(':') != std::string_view::npos) {

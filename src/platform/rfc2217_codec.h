@@ -87,5 +87,7 @@ void telnetBegin(TelnetNegotiation& negotiation, std::vector<uint8_t>& out);
 void telnetNegotiate(TelnetNegotiation& negotiation, const TelnetEvent& event,
                      std::vector<uint8_t>& out);
 
-// "rfc2217://HOST:PORT" in its two parts; an IPv6 address stands in square brackets.
-bool rfc2217ParseName(std::string_view name, std::string& host, std::string& port);
+// "rfc2217://HOST:PORT" behind its prefix in its two parts; an IPv6 address stands in square
+// brackets.
+bool tcpParseName(std::string_view prefix, std::string_view name, std::string& host,
+                  std::string& port);

@@ -18,6 +18,7 @@ std::mutex mutex; // guards the table
 std::vector<PortKind>& kinds() {
     static std::vector<PortKind> table = {
         {"rfc2217://", RFC2217PORT_Open},
+        {"tcp://", TCPPORT_Open},
         {"faulty://", FAULTYPORT_Open},
     };
     return table;
@@ -44,12 +45,20 @@ SerialPortPtr SERIALPORT_Open(const std::string& device, std::string& error) {
     if (const SerialOpener opener = findOpener(device)) {
         return opener(device, error);
     }
+    error = SERIALPORT_NameProblem(device);
+    return error.empty() ? TTYPORT_Open(device, error) : nullptr;
+}
+
+bool SERIALPORT_IsDeviceName(std::string_view text) {
+    return text.starts_with('/') || text.find("://") != std::string_view::npos;
+}
+
+std::string SERIALPORT_NameProblem(const std::string& device) {
     const size_t scheme = device.find("://");
-    if (scheme != std::string::npos && device.front() != '/') {
-        error = formatText("there is no kind of port called %s", device.substr(0, scheme).c_str());
-        return nullptr;
+    if (scheme == std::string::npos || device.front() == '/' || findOpener(device)) {
+        return {};
     }
-    return TTYPORT_Open(device, error);
+    return formatText("there is no kind of port called %s", device.substr(0, scheme).c_str());
 }
 
 void SERIALPORT_AddKind(std::string_view prefix, SerialOpener opener) {

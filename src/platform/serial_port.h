@@ -1,6 +1,7 @@
 // Serial port kinds. A kind is a record of operations on an open line; the name of a device selects
-// the kind: "rfc2217://host:port" a TCP port server, "faulty://FAULTS@DEVICE" another device whose
-// line is spoilt on purpose, anything else a device file of the system.
+// the kind: "rfc2217://host:port" a TCP port server, "tcp://host:port" one without control,
+// "faulty://FAULTS@DEVICE" another device whose line is spoilt on purpose, anything else a device
+// file of the system.
 #pragma once
 
 #include "platform/clock.h"
@@ -73,9 +74,15 @@ SerialPortPtr SERIALPORT_Open(const std::string& device, std::string& error);
 // whole name.
 void SERIALPORT_AddKind(std::string_view prefix, SerialOpener opener);
 
+// Whether a text names a device (a path or a URL) where a COM number might stand too.
+bool SERIALPORT_IsDeviceName(std::string_view text);
+// What is wrong with the name of a device, whether it is there or not; empty when nothing is.
+std::string SERIALPORT_NameProblem(const std::string& device);
+
 // Openers of the built-in kinds.
 SerialPortPtr TTYPORT_Open(const std::string& device, std::string& error);
 SerialPortPtr RFC2217PORT_Open(const std::string& device, std::string& error);
+SerialPortPtr TCPPORT_Open(const std::string& device, std::string& error);
 SerialPortPtr FAULTYPORT_Open(const std::string& device, std::string& error);
 
 // The device file that stands for COM1 to COM20 where the settings name none: COM1-4 /dev/ttyS0-3,

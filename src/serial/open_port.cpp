@@ -16,10 +16,10 @@ std::atomic<uint32_t> generation{0};
 
 } // namespace
 
-void OPENPORT_Set(SerialPortPtr line, uint32_t number, const std::string& device) {
+void OPENPORT_Set(SerialPortPtr line, const std::string& name, const std::string& device) {
     auto port = std::make_shared<OpenPort>();
     port->line = std::move(line);
-    port->number = number;
+    port->name = name;
     port->device = device;
     {
         const std::lock_guard lock(portMutex);
@@ -58,8 +58,9 @@ uint32_t OPENPORT_Generation() {
     return generation;
 }
 
-std::string OPENPORT_Reason(uint32_t number, const std::string& device, const std::string& reason) {
-    return formatText("COM%u is %s: %s", number, device.c_str(), reason.c_str());
+std::string OPENPORT_Reason(const std::string& name, const std::string& device,
+                            const std::string& reason) {
+    return (name == device ? device : name + " is " + device) + ": " + reason;
 }
 
 PortUse::PortUse() {
@@ -85,7 +86,7 @@ bool PortUse::usable() const {
 
 std::string PortUse::loss() const {
     return port_ && port_->lost
-               ? OPENPORT_Reason(port_->number, port_->device, port_->line->lostReason())
+               ? OPENPORT_Reason(port_->name, port_->device, port_->line->lostReason())
                : std::string();
 }
 
@@ -94,8 +95,8 @@ void PortUse::noteLoss() {
     if (reason.empty() || port_->lost.exchange(true)) {
         return;
     }
-    LOG_Add(
-        formatText("COM%u lost: %s (%s)", port_->number, reason.c_str(), port_->device.c_str()));
+    LOG_Add(port_->name + " lost: " + reason +
+            (port_->name == port_->device ? "" : " (" + port_->device + ")"));
     CLOCK_Notify();
 }
 

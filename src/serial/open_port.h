@@ -11,7 +11,7 @@
 
 struct OpenPort {
     SerialPortPtr line;
-    uint32_t number = 0;
+    std::string name; // "COM1", or the device where it is named in place of a number
     std::string device;
     std::atomic<uint32_t> rate{
         0}; // as it was asked for last; what the device made of it may differ
@@ -22,7 +22,7 @@ struct OpenPort {
 };
 
 // Makes `line` the open port; there is none before. User-interface thread.
-void OPENPORT_Set(SerialPortPtr line, uint32_t number, const std::string& device);
+void OPENPORT_Set(SerialPortPtr line, const std::string& name, const std::string& device);
 // Has every user leave the port, then closes it. User-interface thread.
 void OPENPORT_Close();
 // The open port, for a look from the user-interface thread; null when there is none.
@@ -31,7 +31,8 @@ std::shared_ptr<OpenPort> OPENPORT_Get();
 uint32_t OPENPORT_Generation();
 
 // A reason of a device's as it stands behind the text of an error.
-std::string OPENPORT_Reason(uint32_t number, const std::string& device, const std::string& reason);
+std::string OPENPORT_Reason(const std::string& name, const std::string& device,
+                            const std::string& reason);
 
 // Keeps the port open while it exists. Any thread.
 class PortUse {

@@ -4,6 +4,7 @@
 #include "notice/log.h"
 #include "persist/ini.h"
 #include "platform/format.h"
+#include "platform/port_list.h"
 #include "serial/open_port.h"
 #include "serial/port_hints.h"
 #include "serial/sio_log.h"
@@ -68,6 +69,11 @@ bool acceptsBytes() {
     return use.usable() && !use.port().writeFailed;
 }
 
+// "COM3 (/dev/ttyUSB0)"; a device that is named itself stands alone.
+std::string withDevice(const std::string& name, const std::string& device) {
+    return name == device ? name : name + " (" + device + ")";
+}
+
 std::string refusalOf(const PortUse& use) {
     return use.line().refusal ? use.line().refusal() : std::string();
 }
@@ -80,14 +86,13 @@ std::string whyNot(const PortUse& use) {
     const std::string refusal = refusalOf(use);
     return !use.loss().empty() || refusal.empty()
                ? use.loss()
-               : OPENPORT_Reason(use.port().number, use.port().device, refusal);
+               : OPENPORT_Reason(use.port().name, use.port().device, refusal);
 }
 
 // Says in the log which device refused something, where it gave a reason.
 void logRefusal(const PortUse& use) {
     if (const std::string reason = refusalOf(use); !reason.empty()) {
-        LOG_Add(formatText("COM%u (%s): %s", use.port().number, use.port().device.c_str(),
-                           reason.c_str()));
+        LOG_Add(withDevice(use.port().name, use.port().device) + ": " + reason);
     }
 }
 
@@ -138,19 +143,20 @@ struct OpenFailure {
     Hint hint;
 };
 
-// The line for `port`, or null with the failure.
-SerialPortPtr openLine(uint32_t port, std::string& device, OpenFailure& failure) {
-    if (port > kMaxComPort) {
-        failure.text = failure.reason = formatText("COM%u is not one of COM1 to COM20", port);
+// The line for the configured port, or null with the failure.
+SerialPortPtr openLine(const SioConfig& wanted, std::string& device, OpenFailure& failure) {
+    const std::string name = SIO_PortName();
+    if (wanted.Port > kMaxComPort) {
+        failure.text = failure.reason = name + " is not one of COM1 to COM20";
         failure.hint = PORTHINT_OfFailure(device, failure.reason);
         return nullptr;
     }
-    device = SIO_DeviceOfPort(port);
+    device = wanted.Device.empty() ? SIO_DeviceOfPort(wanted.Port) : wanted.Device;
     std::string reason;
     SerialPortPtr line = SERIALPORT_Open(device, reason);
     if (!line) {
-        failure.text = formatText("COM%u (%s): %s", port, device.c_str(), reason.c_str());
-        failure.reason = OPENPORT_Reason(port, device, reason);
+        failure.text = withDevice(name, device) + ": " + reason;
+        failure.reason = OPENPORT_Reason(name, device, reason);
         failure.hint = PORTHINT_OfFailure(device, reason);
     }
     return line;
@@ -166,11 +172,20 @@ bool isFailureTolerated() {
     return failureTolerated;
 }
 
+// Which plug it is, before what is done with it.
+void logDevice(const std::string& name, const std::string& device) {
+    const std::string adapter = PORTLIST_Adapter(PORTLIST_Find(device));
+    if (name != device || !adapter.empty()) {
+        LOG_Add(name + " is " + (name == device ? adapter : device) +
+                (name == device || adapter.empty() ? "" : " (" + adapter + ")"));
+    }
+}
+
 bool _InitSIO(uint32_t baudrate) {
     const SioConfig wanted = SIO_GetConfig();
     std::string device;
     OpenFailure failure;
-    SerialPortPtr line = openLine(wanted.Port, device, failure);
+    SerialPortPtr line = openLine(wanted, device, failure);
     setOpenFailure(failure.text);
     if (!line) {
         if (!isFailureTolerated()) {
@@ -181,18 +196,20 @@ bool _InitSIO(uint32_t baudrate) {
         }
         return false;
     }
-    OPENPORT_Set(std::move(line), wanted.Port, device);
+    const std::string name = SIO_PortName();
+    OPENPORT_Set(std::move(line), name, device);
+    logDevice(name, device);
     changeRate(baudrate, isFailureTolerated());
     PORTHINT_NoteOpened(device);
-    logOpenState(formatText("COM%d opened with %d Baud", static_cast<int>(wanted.Port),
-                            static_cast<int>(wanted.Baudrate)));
+    logOpenState(
+        formatText("%s opened with %d Baud", name.c_str(), static_cast<int>(wanted.Baudrate)));
     return true;
 }
 
 bool _StartComm(uint32_t baudrate) {
     SIO_CloseAll();
     setOpenFailure({});
-    if (SIO_GetPort() == 0) {
+    if (SIO_PortName().empty()) {
         return true;
     }
     if (!_InitSIO(baudrate)) {
@@ -248,7 +265,7 @@ void SIO_CloseAll() {
     if (!port) {
         return;
     }
-    logOpenState(formatText("Closing COM%d", static_cast<int>(port->number)));
+    logOpenState("Closing " + port->name);
     OPENPORT_Close();
 }
 
@@ -293,6 +310,13 @@ std::string SIO_GetOpenFailure() {
     return openFailure;
 }
 
+std::string SIO_PortName() {
+    const SioConfig now = SIO_GetConfig();
+    return !now.Device.empty() ? now.Device
+           : now.Port != 0     ? formatText("COM%u", now.Port)
+                               : std::string();
+}
+
 std::string SIO_DeviceOfPort(uint32_t port) {
     std::string device;
     INI_ReadText("Settings PORTS", formatText("COM%u", port), device);
@@ -314,6 +338,17 @@ uint32_t SIO_GetLogging() {
 void SIO_SetPort(uint32_t port) {
     const std::lock_guard lock(sioMutex);
     config.Port = port;
+    config.Device.clear();
+}
+
+std::string SIO_GetDevice() {
+    return SIO_GetConfig().Device;
+}
+
+void SIO_SetDevice(const std::string& device) {
+    const std::lock_guard lock(sioMutex);
+    config.Port = 0;
+    config.Device = device;
 }
 
 void SIO_SetBaudrate(uint32_t baudrate) {

@@ -16,9 +16,10 @@ inline constexpr uint32_t kMaxComPort = 20;
 inline constexpr uint32_t kBaudrates[] = {2400, 4800, 9600, 19200, 38400, 57600, 115200};
 
 struct SioConfig {
-    uint32_t Port = 0;     // COM number, 0 none
-    uint32_t Baudrate = 0; // bits per second
-    uint32_t Logging = 0;  // 0 or 1
+    uint32_t Port = 0;       // COM number, 0 none
+    uint32_t Baudrate = 0;   // bits per second
+    uint32_t Logging = 0;    // 0 or 1
+    std::string Device = {}; // a path or URL in place of a COM number, Port is 0 then
     bool operator==(const SioConfig&) const = default;
 };
 
@@ -45,6 +46,9 @@ bool SIO_IsOpen();
 void SIO_TolerateOpenFailure(bool tolerate);
 // "COM3 (/dev/ttyS2): No such file or directory"; empty when the last opening succeeded.
 std::string SIO_GetOpenFailure();
+// The configured port as texts name it: "COM3", or the device in its place; empty when there is
+// none.
+std::string SIO_PortName();
 // The device that stands for a COM number: the settings' [Settings PORTS], else the default.
 std::string SIO_DeviceOfPort(uint32_t port);
 
@@ -69,7 +73,10 @@ bool SIO_EnsureOpen();
 uint32_t SIO_GetPort();
 uint32_t SIO_GetBaudrate();
 uint32_t SIO_GetLogging();
-void SIO_SetPort(uint32_t port);         // takes effect at the next opening
+std::string SIO_GetDevice();
+// The two take effect at the next opening, each in place of the other.
+void SIO_SetPort(uint32_t port);
+void SIO_SetDevice(const std::string& device);
 void SIO_SetBaudrate(uint32_t baudrate); // takes effect at the next opening
 void SIO_SetLogging(uint32_t on);        // starts or stops the communication log when it differs
 

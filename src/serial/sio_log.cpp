@@ -49,7 +49,7 @@ std::string writeOrCount(std::string_view text) {
         return {};
     }
     return formatText("The communication log cannot be written (%s: %s); the run goes on",
-                      FILES_BesideProgram("sio").c_str(), result.reason.c_str());
+                      FILES_KeptFile(Kept::state, "sio").c_str(), result.reason.c_str());
 }
 
 void tell(const std::string& problem) {
@@ -104,7 +104,7 @@ void SIO_EnableLogging() {
         if (logFile) {
             return;
         }
-        cannotCreate = logFile.emplace().create(FILES_BesideProgram("sio")).reason;
+        cannotCreate = logFile.emplace().create(FILES_KeptFile(Kept::state, "sio")).reason;
         startTick = CLOCK_Tick();
         lostEntries = 0;
         polls = {};

@@ -2,9 +2,11 @@
 
 #include "notice/error.h"
 #include "notice/run.h"
+#include "platform/format.h"
 #include "platform/process.h"
 #include "shell/cmdline_line.h"
 #include "shell/cmdline_values.h"
+#include "shell/cmdline_words.h"
 #include "shell/front_end.h"
 
 #include <algorithm>
@@ -20,11 +22,8 @@ With -Exit nothing is shown or asked: errors, questions that were not asked and 
 standard error, and the exit code is 0 or 1. Of a line that is not understood to its last character
 nothing is done. A run that queues no -Target command needs no port; one that does ends with a line
 "Passed: ..." or "Failed: ...". Ctrl-C, SIGTERM and SIGHUP end a run with 1.
---isolated: neither settings nor projects are read or written, the run is its command line alone.
---accept-damaged: a damaged record of a program file does not fail a run with -Exit.
-What a run leaves in Calvorin.tpu beside the program, the next one starts with; a Calvorin.tpu that
-cannot be read to its end ends a run with -Exit.
-Alone: --help prints this text, -? too where there is no desktop, --version prints the version.
+What a run leaves in Calvorin.tpu (--paths tells where), the next one starts with; a Calvorin.tpu
+that cannot be read to its end ends a run with -Exit.
 )";
 
 struct QueuedCommand {
@@ -37,6 +36,18 @@ std::vector<QueuedCommand> queue;
 size_t nextIndex = 0;
 bool exitQueued = false;
 CommandDispatcher dispatcher;
+
+// The words that a run takes, or those that stand alone.
+std::string wordLines(const char* title, bool forRun) {
+    std::string lines = title;
+    for (const CmdlineWord& word : WORDS_Table()) {
+        if ((word.setForRun != nullptr) == forRun) {
+            const std::string left = std::string(word.name) + " " + word.argument;
+            lines += formatText("%-20s  %s\n", left.c_str(), word.help);
+        }
+    }
+    return lines;
+}
 
 void showHelp() {
     if (FRONTEND_Get().hasWindows) {
@@ -163,7 +174,10 @@ void CMDLINE_PrintHelp() {
     std::string text = CMDLINE_HelpText();
     std::erase(text, '\r');
     PROCESS_WriteOut("Usage: calvorin [FILE] [-OPTION...] [-COMMAND...] [-Exit]\n\n" + text +
-                     kRunNotes);
+                     kRunNotes + wordLines("\nBeside options and commands:\n", true) +
+                     wordLines("\nAlone on the line (-? prints this text where there is no "
+                               "desktop):\n",
+                               false));
 }
 
 void CMDLINE_Reset() {

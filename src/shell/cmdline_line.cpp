@@ -5,21 +5,15 @@
 #include "notice/run.h"
 #include "platform/files.h"
 #include "platform/format.h"
+#include "shell/cmdline_hint.h"
 #include "shell/cmdline_options.h"
+#include "shell/cmdline_words.h"
 #include "shell/command_ids.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace {
-
-constexpr struct {
-    const char* word;
-    void (*set)(bool on);
-} kWords[] = {
-    {"--isolated", RUN_SetIsolated},
-    {"--accept-damaged", RUN_SetAcceptDamaged},
-};
 
 // Paths of this platform begin with the character that also begins an option: such an argument is
 // the program file when no option has that name and the file is there.
@@ -31,7 +25,8 @@ bool isProgramFile(const std::string& argument) {
 }
 
 bool isWord(const std::string& argument) {
-    return std::ranges::any_of(kWords, [&](const auto& row) { return argument == row.word; });
+    const CmdlineWord* word = WORDS_Find(argument);
+    return word != nullptr && word->setForRun != nullptr;
 }
 
 void readFile(LineItem& item, CommandLine& line) {
@@ -84,9 +79,20 @@ void readEntry(LineItem& item) {
     item.faults = CMDLINE_Faults(RUN_IsUnattended());
 }
 
+std::string hintFor(const std::string& argument) {
+    if (const CmdlineWord* word = WORDS_Find(argument)) {
+        return std::string(word->name) + " stands alone";
+    }
+    const std::string nearest = HINT_NearestName(argument);
+    return nearest.empty() ? nearest : "did you mean " + nearest + "?";
+}
+
 void readUnknown(LineItem& item) {
-    item.faults.push_back("\"" + item.argument.substr(1) + "\" is not a valid command !");
-    item.remark = item.argument.starts_with('/') ? ", and there is no such file" : "";
+    const std::string text = "\"" + item.argument.substr(1) + "\" is not a valid command !";
+    const std::string hint = hintFor(item.argument);
+    item.faults.push_back(RUN_IsUnattended() ? text : ERROR_WithReason(text, hint));
+    item.remark = hint.empty() ? "" : ", " + hint;
+    item.remark += item.argument.starts_with('/') ? ", and there is no such file" : "";
     item.isKnown = false;
 }
 
@@ -145,8 +151,10 @@ void LINE_SetKindOfRun(const std::vector<std::string>& arguments) {
     RUN_SetUnattended(std::ranges::any_of(arguments, [](const std::string& argument) {
         return LineItem{argument, LINE_EntryOf(argument)}.isExit();
     }));
-    for (const auto& row : kWords) {
-        row.set(std::ranges::find(arguments, row.word) != arguments.end());
+    for (const CmdlineWord& word : WORDS_Table()) {
+        if (word.setForRun != nullptr) {
+            word.setForRun(std::ranges::find(arguments, word.name) != arguments.end());
+        }
     }
 }
 

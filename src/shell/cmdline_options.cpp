@@ -8,6 +8,8 @@
 #include "persist/chars.h"
 #include "persist/hex_text.h"
 #include "platform/format.h"
+#include "platform/serial_port.h"
+#include "serial/sio.h"
 #include "shell/settings.h"
 #include "shell/summary.h"
 
@@ -96,6 +98,15 @@ void selectDevice(int slot) {
     CONFIGURATION_Changed();
 }
 
+ArgumentValue readPortDevice() {
+    const std::string device = CMDLINE_TakeRest();
+    if (const std::string problem = SERIALPORT_NameProblem(device); !problem.empty()) {
+        CMDLINE_Fault(problem);
+        return {};
+    }
+    return {[device] { SIO_SetDevice(device); }};
+}
+
 std::string outOfRange(const Setting& setting, const ValueRange& range) {
     return formatText(setting.number.isHex ? "%s has to be within %llX - %llX"
                                            : "%s has to be within %lld - %lld",
@@ -108,6 +119,9 @@ std::string outOfRange(const Setting& setting, const ValueRange& range) {
 ArgumentValue OPTION_Read(const Setting& setting) {
     if (setting.option.read != nullptr) {
         return setting.option.read();
+    }
+    if (setting.option.takesDevice && SERIALPORT_IsDeviceName(CMDLINE_PeekRest())) {
+        return readPortDevice();
     }
     const SettingNumber& number = setting.number;
     const int32_t value = number.isHex ? CMDLINE_GetHexValue() : CMDLINE_GetDecValue();

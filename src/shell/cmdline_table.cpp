@@ -20,16 +20,16 @@ int rank(const CmdlineEntry& entry) {
 std::vector<CmdlineEntry> makeTable() {
     std::vector<CmdlineEntry> table;
     for (const Setting& row : SETTINGS_Table()) {
-        table.push_back({row.option.name, row.option.help, &row, nullptr});
+        table.push_back({row.option.name, row.option.help, row.option.note, &row, nullptr});
     }
     for (const CommandPopup& popup : COMMAND_Popups()) {
         for (const Command& row : popup.items) {
-            table.push_back({row.line.name, row.line.help, nullptr, &row});
+            table.push_back({row.line.name, row.line.help, row.line.note, nullptr, &row});
         }
     }
     std::erase_if(table, [](const CmdlineEntry& entry) { return entry.name == nullptr; });
     std::ranges::stable_sort(table, {}, rank);
-    table.push_back({"?", "\t\t\tDisplay this box"});
+    table.push_back({"?", "\t\t\tDisplay this box", "without a desktop on standard output"});
     return table;
 }
 

@@ -11,6 +11,7 @@
 struct CmdlineEntry {
     const char* name = nullptr;
     const char* help = nullptr;
+    const char* note = nullptr;       // of the documents
     const Setting* setting = nullptr; // an option
     const Command* command = nullptr; // queued
 };

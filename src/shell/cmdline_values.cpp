@@ -125,6 +125,10 @@ std::string CMDLINE_TakeRest() {
     return rest;
 }
 
+std::string CMDLINE_PeekRest() {
+    return argument.substr(cursor);
+}
+
 char CMDLINE_GetChar() {
     return cursor < argument.size() ? argument[cursor++] : '\0';
 }

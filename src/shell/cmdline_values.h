@@ -35,8 +35,9 @@ int32_t CMDLINE_GetDecValue();
 int64_t CMDLINE_GetTrueValue();
 // Characters up to the end or a "," behind the first one; at most `maximum`.
 std::string CMDLINE_GetString(size_t maximum);
-// All that is left.
+// All that is left; the second leaves it there.
 std::string CMDLINE_TakeRest();
+std::string CMDLINE_PeekRest();
 // The next character, 0 at the end.
 char CMDLINE_GetChar();
 // The character behind the number at the cursor, without reading it; 0 at the end or when no number

@@ -17,6 +17,7 @@ enum class WorksOn { nothing, program, target };
 struct CommandLineForm {
     const char* name = nullptr;        // none: the command line does not have it
     const char* help = nullptr;        // what stands behind the name in the help text
+    const char* note = nullptr;        // what the documents add to that
     ArgumentValue (*read)() = nullptr; // none: takes no argument, does what the menu item does
     const char* withoutData = nullptr; // what is said where it needs an image and there is none
 };

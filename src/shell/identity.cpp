@@ -2,9 +2,10 @@
 
 #include "platform/files.h"
 #include "platform/format.h"
+#include "platform/version.h"
 
 std::string IDENTITY_Version() {
-    return formatText("%01d.%01d%01d", 1, 2, 6) + formatText("%c", 'c');
+    return kProductVersion;
 }
 
 std::string IDENTITY_Title() {
@@ -16,5 +17,5 @@ std::string IDENTITY_HelpFile() {
 }
 
 std::string IDENTITY_DefaultProject() {
-    return FILES_ProgramFolder() + "Calvorin.tpu";
+    return FILES_KeptFolder(Kept::state) + "Calvorin.tpu";
 }

@@ -10,6 +10,7 @@ std::string IDENTITY_Version();
 std::string IDENTITY_Title();
 // "Compile time: ..." of the About box.
 inline constexpr char kCompileTime[] = "Compile time: 10:12:48 on Mar  9 2006";
-// Files in the program folder.
+// In the program folder.
 std::string IDENTITY_HelpFile();
+// Where the program keeps its state.
 std::string IDENTITY_DefaultProject();

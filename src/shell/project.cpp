@@ -116,6 +116,7 @@ std::string lineOf(const Setting& setting, const std::string& programFile) {
         const std::string value = isProgramFile(setting) ? programFile : setting.text.get();
         text = '"' + value + '"';
         isReadable = readsBack(setting.text, value, text) &&
+                     !(setting.text.isOptional && value.empty()) &&
                      !(isProgramFile(setting) && (value.empty() || FILES_IsStream(value)));
     }
     return isReadable ? std::string(setting.line.key) + " = " + text + "\r\n" : "";

@@ -38,7 +38,7 @@ void PROJECT_FillDefaults() {
     if (SIO_GetBaudrate() == 0) {
         SIO_SetBaudrate(kDefaultBaudrate);
     }
-    if (SIO_GetPort() == 0) {
+    if (SIO_PortName().empty()) {
         SIO_SetPort(kDefaultPort);
     }
 }

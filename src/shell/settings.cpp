@@ -6,6 +6,7 @@
 #include "link/password.h"
 #include "persist/hex_text.h"
 #include "persist/ini.h"
+#include "platform/serial_port.h"
 #include "serial/sio.h"
 #include "shell/cmdline_options.h"
 #include "shell/program_files.h"
@@ -35,6 +36,15 @@ bool setDevice(const std::string& name, std::string&) {
     return true;
 }
 
+bool setPortDevice(const std::string& device, std::string& error) {
+    error = SERIALPORT_IsDeviceName(device) ? SERIALPORT_NameProblem(device)
+                                            : "A port is named by its path or URL";
+    if (error.empty()) {
+        SIO_SetDevice(device);
+    }
+    return true;
+}
+
 // A file that cannot be loaded is no fault of the project.
 bool openProgramFile(const std::string& path, std::string&) {
     PROGRAM_Open(path);
@@ -59,36 +69,50 @@ constexpr Setting onOff(SettingOption option, SettingLine line) {
 }
 
 constexpr Setting kSettings[] = {
-    number({"OptionsCOMBaudrate", "\t<BAUDRATE> Sets baudrate"}, {"Baudrate", 2},
-           {1, 1'000'000, SIO_GetBaudrate, SIO_SetBaudrate}),
-    number({"OptionsCOMPort", "\t\t<PORT> Sets COM-port of PC"}, {"Port", 1},
-           {1, kMaxComPort, SIO_GetPort, SIO_SetPort}),
-    number({}, {"Logging", 3}, {0, 1, SIO_GetLogging, SIO_SetLogging}),
-    text({}, {"File", 4}, {499, nullptr, openProgramFile}),
-    number({"OptionsPWAdrCount", "\t<COUNTADR> Sets count address for password comparison"},
-           {"PasswordAdrCount", 6},
+    number({"OptionsCOMBaudrate", "\t<BAUDRATE> Sets baudrate",
+            "bits per second, any rate that the port can do"},
+           {"Baudrate", 3}, {1, 1'000'000, SIO_GetBaudrate, SIO_SetBaudrate}),
+    number({"OptionsCOMPort",
+            "\t\t<PORT> Sets COM-port of PC",
+            "COM number, 1 to 20, or the path or URL of a port, see [ports.md](ports.md)",
+            nullptr,
+            {},
+            true},
+           {"Port", 1}, {1, kMaxComPort, SIO_GetPort, SIO_SetPort}),
+    text({}, {"PortDevice", 2}, {499, SIO_GetDevice, setPortDevice, true}),
+    number({}, {"Logging", 4}, {0, 1, SIO_GetLogging, SIO_SetLogging}),
+    text({}, {"File", 5}, {499, nullptr, openProgramFile}),
+    number({"OptionsPWAdrCount", "\t<COUNTADR> Sets count address for password comparison", "hex"},
+           {"PasswordAdrCount", 7},
            {0, kLastAddress, PASSWORD_GetAdrCount, PASSWORD_SetAdrCount, true}),
-    number({"OptionsPWAdrCompare", "\t<COMPAREADR> Sets compare address for password comparison"},
-           {"PasswordAdrCompare", 7},
+    number({"OptionsPWAdrCompare", "\t<COMPAREADR> Sets compare address for password comparison",
+            "hex, start address"},
+           {"PasswordAdrCompare", 8},
            {0, kLastAddress, PASSWORD_GetAdrCompare, PASSWORD_SetAdrCompare, true}),
-    text({"OptionsPWPassword", "\t<PASSWORD> Sets password", OPTION_Password}, {"Password", 10},
+    text({"OptionsPWPassword", "\t<PASSWORD> Sets password",
+          "pairs of hex digits, at most 257 bytes", OPTION_Password},
+         {"Password", 11},
          {999, [] { return HEXTEXT_FromBytes(PASSWORD_GetBytes()); }, setPassword}),
     onOff<PASSWORD_GetFillFF, PASSWORD_SetFillFF>(
-        {"OptionsPWFillFF", "\t\t<ENABLE> Enables/disables filling password with 0xFF"},
-        {"PasswordFillFF", 8}),
+        {"OptionsPWFillFF", "\t\t<ENABLE> Enables/disables filling password with 0xFF",
+         "1: the password is all 0xFF; 0: it is not"},
+        {"PasswordFillFF", 9}),
     onOff<PASSWORD_GetHexmode, PASSWORD_SetHexmode>(
-        {"OptionsPWHexmode", "\t<ENABLE> Enables/disables hexmode for the password"},
-        {"PasswordHexmode", 9}),
+        {"OptionsPWHexmode", "\t<ENABLE> Enables/disables hexmode for the password",
+         "1: the password dialog shows hex digits"},
+        {"PasswordHexmode", 10}),
     number({"OptionsSettingsReset", "\t<ENABLE> Enables/disables reset handling by Calvorin",
+            "1: the program resets the chip; 0: the user is asked to (never in an unattended run)",
             nullptr, ValueRange{-kMaxInt, kMaxInt}},
            {}, {0, 0, nullptr, [](uint32_t on) { DEVPROPS_SetResetByPC(on != 0); }}),
-    text({"OptionsTargetDevice", "\t<DEVICENAME> Selects the desired device", OPTION_TargetDevice},
-         {"Device", 5}, {99, [] { return DEVICE_GetName(); }, setDevice}),
+    text({"OptionsTargetDevice", "\t<DEVICENAME> Selects the desired device",
+          "and all of its blocks", OPTION_TargetDevice},
+         {"Device", 6}, {99, [] { return DEVICE_GetName(); }, setDevice}),
     number({"OptionsTargetSelBlocks",
             "\t<ENABLE,B1[,B2...][,B2-Bn]> Enables/disables the desired blocks",
-            OPTION_TargetSelBlocks},
+            "1 selects, 0 deselects; blocks count from 0", OPTION_TargetSelBlocks},
            {}, {}),
-    number({"OptionsTargetSpeed", "\t<SPEED> Sets the oscillator frequency in [Hz]", nullptr,
+    number({"OptionsTargetSpeed", "\t<SPEED> Sets the oscillator frequency in [Hz]", "", nullptr,
             ValueRange{0, kMaxInt}},
            {}, {0, 0, nullptr, [](uint32_t hz) { DEVPROPS_SetSpeed(hz); }}),
 };

@@ -18,8 +18,10 @@ struct ValueRange {
 struct SettingOption {
     const char* name = nullptr;           // none: the command line does not have it
     const char* help = nullptr;           // what stands behind the name in the help text
+    const char* note = nullptr;           // what the documents add to that
     ArgumentValue (*read)() = nullptr;    // none: a number
     std::optional<ValueRange> range = {}; // of the number; none: that of a project
+    bool takesDevice = false;             // the path or URL of a port may stand for the number
 };
 
 struct SettingLine {
@@ -41,6 +43,7 @@ struct SettingText {
     std::string (*get)() = nullptr; // none: the program file that is saved with the project
     // False when it was refused and reported, and there is no `error` that ends the reading.
     bool (*set)(const std::string& text, std::string& error) = nullptr;
+    bool isOptional = false; // a project has no line for an empty one
 };
 
 struct Setting {

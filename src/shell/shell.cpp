@@ -4,13 +4,14 @@
 #include "notice/progress.h"
 #include "notice/run.h"
 #include "platform/event_queue.h"
+#include "platform/files.h"
 #include "platform/format.h"
 #include "platform/process.h"
 #include "shell/cmdline.h"
+#include "shell/cmdline_words.h"
 #include "shell/command_ids.h"
 #include "shell/console.h"
 #include "shell/front_end.h"
-#include "shell/identity.h"
 #include "shell/session.h"
 #include "shell/startup.h"
 #include "shell/verdict.h"
@@ -23,6 +24,10 @@ bool helpIsAllAsked = false;
 
 // Puts the desktop in place; false, with the reason printed, when it cannot be had.
 bool loadDesktop(int argc, char** argv, std::string& reason) {
+    if (const std::string module = FILES_ProgramFolder() + kDesktopModule; !FILES_Exists(module)) {
+        reason = module + " is not there; the package calvorin-desktop brings it";
+        return false;
+    }
     auto* create = reinterpret_cast<FrontEndFactory>(
         PROCESS_LoadFunction(kDesktopModule, kFrontEndFactoryName, reason));
     FrontEnd frontEnd;
@@ -47,19 +52,6 @@ bool chooseFrontEnd(int argc, char** argv, const std::vector<std::string>& argum
     return false;
 }
 
-// The arguments that are answered before anything starts.
-bool answerAtOnce(const std::vector<std::string>& arguments) {
-    if (arguments == std::vector<std::string>{"--help"}) {
-        CMDLINE_PrintHelp();
-        return true;
-    }
-    if (arguments == std::vector<std::string>{"--version"}) {
-        PROCESS_WriteOut(IDENTITY_Title() + "\n");
-        return true;
-    }
-    return false;
-}
-
 void mainLoop() {
     const Session& session = SESSION_Get();
     while (!session.quit && !RUN_IsInterrupted()) {
@@ -80,8 +72,8 @@ void mainLoop() {
 int SHELL_Run(int argc, char** argv) {
     PROCESS_OpenStandardStreams();
     const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
-    if (answerAtOnce(arguments)) {
-        return 0;
+    if (const std::optional<int> answered = WORDS_Answer(arguments)) {
+        return *answered;
     }
     PROCESS_CatchSignals(SHELL_Interrupt);
     EVENTS_Open();

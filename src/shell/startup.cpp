@@ -51,6 +51,7 @@ void readFrameSettings() {
 
 void prepareModules() {
     if (!RUN_IsIsolated()) {
+        FILES_MakeKeptFolders();
         LOG_Init();
     }
     STATUS_Init();

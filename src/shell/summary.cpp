@@ -22,7 +22,9 @@ void CONFIGURATION_Changed() {
     SUMMARY_Refresh();
     FRONTEND_Get().refreshView(View::device);
     STATUS_SetText(formatText("MCU: %s", DEVICE_GetName().c_str()), STATUS_DEVICE);
-    STATUS_SetText(formatText("COM%d, %d Baud", static_cast<int>(SIO_GetPort()),
-                              static_cast<int>(SIO_GetBaudrate())),
+    const std::string port = SIO_GetDevice().empty()
+                                 ? formatText("COM%d", static_cast<int>(SIO_GetPort()))
+                                 : SIO_GetDevice().substr(SIO_GetDevice().rfind('/') + 1);
+    STATUS_SetText(formatText("%s, %d Baud", port.c_str(), static_cast<int>(SIO_GetBaudrate())),
                    STATUS_SERIAL);
 }

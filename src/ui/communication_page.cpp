@@ -1,6 +1,9 @@
 // The communication page: port, rate, communication log.
 
 #include "link/target_link.h"
+#include "notice/error.h"
+#include "platform/port_list.h"
+#include "platform/serial_port.h"
 #include "serial/sio.h"
 #include "ui/pages.h"
 #include "ui/port_text.h"
@@ -15,6 +18,7 @@
 namespace {
 
 constexpr int kRateWhenUnknown = 5; // index of 57600
+constexpr int kShownOfPort = 24;    // characters
 
 struct CommPage {
     SioConfig working;
@@ -24,19 +28,53 @@ struct CommPage {
     QLabel* device = nullptr;
 };
 
-void showDevice(const CommPage& page) {
-    const auto port = static_cast<uint32_t>(page.port->currentIndex() + 1);
-    page.device->setText(QString::fromStdString(PORTTEXT_DeviceOf(port)));
+// Reads a COM number, with or without "COM", or the path or URL of a device; what is wrong with the
+// text, empty when nothing is.
+std::string readPort(const QString& text, SioConfig& config) {
+    const QString trimmed = text.trimmed();
+    const std::string device = trimmed.toStdString();
+    if (SERIALPORT_IsDeviceName(device)) {
+        config.Port = 0;
+        config.Device = device;
+        return SERIALPORT_NameProblem(device);
+    }
+    const bool isNamed = trimmed.startsWith("COM", Qt::CaseInsensitive);
+    bool isNumber = false;
+    const uint32_t port = (isNamed ? trimmed.mid(3) : trimmed).toUInt(&isNumber);
+    if (!isNumber || port < 1 || port > kMaxComPort) {
+        return "The port is a number from 1 to 20, a path as /dev/ttyUSB0 or a URL as "
+               "rfc2217://host:port";
+    }
+    config.Port = port;
+    config.Device.clear();
+    return {};
 }
 
-void readControls(CommPage& page) {
+void showDevice(const CommPage& page) {
+    SioConfig typed;
+    const std::string problem = readPort(page.port->currentText(), typed);
+    const std::string text = !problem.empty()       ? problem
+                             : typed.Device.empty() ? PORTTEXT_DeviceOf(typed.Port)
+                                                    : PORTTEXT_State(typed.Device);
+    page.device->setText(QString::fromStdString(text));
+}
+
+// False, reported and nothing changed, where no port is named.
+bool readControls(CommPage& page) {
+    if (const std::string problem = readPort(page.port->currentText(), page.working);
+        !problem.empty()) {
+        ERROR_Out(page.port->window(), problem, 1);
+        return false;
+    }
     page.working.Logging = page.logging->isChecked() ? 1 : 0;
     page.working.Baudrate = kBaudrates[page.rate->currentIndex()];
-    page.working.Port = static_cast<uint32_t>(page.port->currentIndex() + 1);
+    return true;
 }
 
-void apply(CommPage& page) {
-    readControls(page);
+bool apply(CommPage& page) {
+    if (!readControls(page)) {
+        return false;
+    }
     if (page.working.Logging != SIO_GetLogging()) {
         SIO_SetLogging(page.working.Logging);
     }
@@ -44,6 +82,7 @@ void apply(CommPage& page) {
         TARGET_Disconnect();
         SIO_SetConfig(page.working);
     }
+    return true;
 }
 
 void fillRates(const CommPage& page) {
@@ -60,9 +99,21 @@ void fillRates(const CommPage& page) {
 void fillPorts(const CommPage& page) {
     for (uint32_t port = 1; port <= kMaxComPort; ++port) {
         page.port->addItem(QString::number(port));
+        page.port->setItemData(page.port->count() - 1,
+                               QString::fromStdString(PORTTEXT_DeviceOf(port)), Qt::ToolTipRole);
+    }
+    for (const PresentPort& present : PORTLIST_Present()) {
+        page.port->addItem(
+            QString::fromStdString(present.stableName.empty() ? present.path : present.stableName));
+        page.port->setItemData(page.port->count() - 1,
+                               QString::fromStdString(PORTTEXT_State(present.path)),
+                               Qt::ToolTipRole);
     }
     const bool known = page.working.Port >= 1 && page.working.Port <= kMaxComPort;
     page.port->setCurrentIndex(known ? static_cast<int>(page.working.Port) - 1 : 0);
+    if (!page.working.Device.empty()) {
+        page.port->setCurrentText(QString::fromStdString(page.working.Device));
+    }
 }
 
 void addControls(CommPage& page, QWidget* widget) {
@@ -71,6 +122,11 @@ void addControls(CommPage& page, QWidget* widget) {
     page.rate->setObjectName("801");
     page.port = new QComboBox(widget);
     page.port->setObjectName("802");
+    page.port->setEditable(true);
+    page.port->setInsertPolicy(QComboBox::NoInsert);
+    page.port->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    page.port->setMinimumContentsLength(kShownOfPort);
+    page.port->setToolTip("A number, the path of a device or the URL of a port server");
     page.device = new QLabel(widget);
     page.device->setObjectName("device");
     page.device->setTextFormat(Qt::PlainText);
@@ -106,17 +162,14 @@ SheetPage COMMPAGE_Create(QWidget* parent) {
         page->working.Baudrate = kBaudrates[index];
         SHEET_NotifyChange();
     });
-    QObject::connect(page->port, &QComboBox::currentIndexChanged, widget, [page](int index) {
-        page->working.Port = static_cast<uint32_t>(index + 1);
+    QObject::connect(page->port, &QComboBox::editTextChanged, widget, [page](const QString& text) {
+        readPort(text, page->working);
         showDevice(*page);
         SHEET_NotifyChange();
     });
     SheetPage made;
     made.title = "&Communication";
     made.widget = widget;
-    made.apply = [page] {
-        apply(*page);
-        return true;
-    };
+    made.apply = [page] { return apply(*page); };
     return made;
 }

@@ -154,6 +154,7 @@ void createApplication(char** argv) {
     qInstallMessageHandler(before);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setApplicationName("Calvorin");
+    QApplication::setDesktopFileName("org.calvorin.Calvorin"); // by which a desktop finds the icon
     completeDarkColours();
 }
 

@@ -1,14 +1,21 @@
 #include "ui/port_text.h"
 
 #include "platform/files.h"
-#include "platform/format.h"
+#include "platform/port_list.h"
 #include "serial/sio.h"
 
 std::string PORTTEXT_DeviceOf(uint32_t port) {
     const std::string device = SIO_DeviceOfPort(port);
-    const bool remote = device.find("://") != std::string::npos;
-    const char* state = remote                 ? "a port server on the network"
-                        : FILES_Exists(device) ? "present"
-                                               : "not present";
-    return formatText("%s (%s)", device.c_str(), state);
+    return device + " (" + PORTTEXT_State(device) + ")";
+}
+
+std::string PORTTEXT_State(const std::string& device) {
+    if (device.find("://") != std::string::npos) {
+        return "a port server on the network";
+    }
+    if (!FILES_Exists(device)) {
+        return "not present";
+    }
+    const std::string adapter = PORTLIST_Adapter(PORTLIST_Find(device));
+    return adapter.empty() ? "present" : "present: " + adapter;
 }

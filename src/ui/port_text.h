@@ -4,5 +4,7 @@
 #include <cstdint>
 #include <string>
 
-// "/dev/ttyUSB0 (present)"
+// "/dev/ttyUSB0 (present: FTDI FT232R USB UART, A50285BI)"
 std::string PORTTEXT_DeviceOf(uint32_t port);
+// "present", of a device that is named itself.
+std::string PORTTEXT_State(const std::string& device);

@@ -2,7 +2,6 @@
 
 #include "notice/status.h"
 #include "platform/event_queue.h"
-#include "platform/format.h"
 #include "serial/sio.h"
 #include "ui/port_text.h"
 
@@ -99,9 +98,11 @@ void STATUSBAR_Detach() {
 }
 
 std::string STATUSBAR_PortText() {
-    const uint32_t port = SIO_GetPort();
-    if (port == 0) {
+    const std::string name = SIO_PortName();
+    if (name.empty()) {
         return "No port is selected";
     }
-    return formatText("COM%u is %s", port, PORTTEXT_DeviceOf(port).c_str());
+    const std::string device = SIO_GetDevice();
+    return name + " is " +
+           (device.empty() ? PORTTEXT_DeviceOf(SIO_GetPort()) : PORTTEXT_State(device));
 }

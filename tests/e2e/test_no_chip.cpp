@@ -38,7 +38,9 @@ TEST(WithoutChip, AnswersHelpAndVersionWithoutTouchingAnything) {
         const char* part;
     } cases[] = {{"--help", "\n-OptionsCOMPort\t\t<PORT> Sets COM-port of PC\n"},
                  {"-?", "Usage: calvorin [FILE]"},
-                 {"--version", "Calvorin V1.26c\n"}};
+                 {"--version", "Calvorin V1.26c\n"},
+                 {"--paths", "/Calvorin.tpu\n"},
+                 {"--list-devices", "\nVT-B128  "}};
     for (const auto& c : cases) {
         const RunResult result = world.run({c.argument}, noSuchDisplay);
         EXPECT_EQ(result.exitCode, 0);
@@ -308,8 +310,18 @@ TEST(WithoutChip, WorksInAFolderThatCannotBeWritten) {
     std::filesystem::permissions(world.folder.path(), std::filesystem::perms(0555));
     const std::string out = writable / "out.mot";
     Process process(world.command({world.folder / "a.hex", "-FileSaveAs" + out, "-Exit"}),
-                    writable / "run", becomeNobody);
+                    writable / "run", [&] {
+                        unsetenv("XDG_CONFIG_HOME");
+                        unsetenv("XDG_STATE_HOME");
+                        setenv("HOME", writable.path().c_str(), 1);
+                        becomeNobody();
+                    });
     EXPECT_EQ(process.wait(), 0) << process.err();
+    for (const char* kept :
+         {".local/state/calvorin/calvorin.log", ".local/state/calvorin/Calvorin.tpu",
+          ".config/calvorin/calvorin.ini"}) {
+        EXPECT_TRUE(std::filesystem::exists(writable / kept)) << kept;
+    }
     EXPECT_EQ(ProgramFolder::lines(readFile(out)).size(), 2U);
     EXPECT_FALSE(std::filesystem::exists(world.folder / "calvorin.log"));
     std::filesystem::permissions(world.folder.path(), std::filesystem::perms(0755));

@@ -222,3 +222,55 @@ TEST_F(Ini, FilesThatAreNoSettingsAreReportedAndKept) {
     INI_WriteInt("S", "B", 3); // nowhere to go, and no message
     EXPECT_EQ(reports.take(), inFile(": Is a directory"));
 }
+
+// What is a slip of a name is noted; what is a name of another kind, or matches, is not.
+TEST_F(Ini, NotesNamesThatAreNearlyOurs) {
+    load(
+        "[PORTS]\ncom1 = \"a\"\n[Settings PORTS]\r\n  com2= \"b\"\nCOM 3 = \"c\"\nCOM04 = \"d\"\n"
+        "COM5 = \"e\"\nCOM16 = \"f\"\nNAME1 = \"g\"\n// com7\n[Settings PORT]\n[Settings LOGVIEW]\n"
+        "rect = 1\n[Settings DEVICEPROPS]\nDevProps.speed = 1\nDevProps.aBlockSelect[1] = 1\n");
+    const std::string path = "Note: " + inFile(", line ");
+    EXPECT_EQ(log, path + "1: [PORTS] is not read, the section is [Settings PORTS]" + path +
+                       "4: com2 is not read, the key is COM2" + path +
+                       "5: COM 3 is not read, the key is COM3" + path +
+                       "6: COM04 is not read, the key is COM4" + path +
+                       "11: [Settings PORT] is not read, the section is [Settings PORTS]" + path +
+                       "15: DevProps.speed is not read, the key is DevProps.Speed");
+}
+
+// The settings of an installed program are the user's, the ports beside it those of all users.
+TEST_F(Ini, LooksForPortsBesideAnInstalledProgram) {
+    namespace fs = std::filesystem;
+    fs::create_directories(folder / "lib/calvorin");
+    fs::create_directories(folder / "bin");
+    writeFile(folder / "lib/calvorin/tool", "");
+    fs::create_symlink("../lib/calvorin/tool", folder / "bin/tool");
+    FILES_SetProgramPath(folder / "lib/calvorin/tool");
+    setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+    setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1);
+    const fs::path common = folder / "lib/calvorin/tool.ini";
+    writeFile(common, "[Settings PORTS]\nCOM1 = \"common\"\nCOM2 = \"common\"\n[S]\nKey = 3\n");
+    fs::create_directories(folder / "calvorin");
+    writeFile(folder / "calvorin/tool.ini", "[Settings PORTS]\nCOM1 = \"own\"\n");
+    INI_Load();
+    std::string ports;
+    for (const char* key : {"COM1", "COM2", "COM3"}) {
+        std::string device = "none";
+        INI_ReadText("Settings PORTS", key, device);
+        ports += device + " ";
+    }
+    EXPECT_EQ(ports, "own common none ");
+    EXPECT_EQ(read("S", "Key"), 77);
+    const std::string before = readFile(common);
+    INI_WriteInt("S", "Key", 4);
+    INI_Save();
+    EXPECT_NE(readFile(folder / "calvorin/tool.ini").find("Key = 4"), std::string::npos);
+    EXPECT_EQ(readFile(common), before);
+    FILES_MakeKeptFolders();
+    EXPECT_TRUE(fs::is_directory(folder / "state/calvorin"));
+    EXPECT_EQ(FILES_KeptFile(Kept::state, "log"), folder / "state/calvorin/tool.log");
+    // A copied folder is portable, whatever it is called.
+    FILES_SetProgramPath(folder / "lib/other/tool");
+    fs::copy(folder / "lib/calvorin", folder / "lib/other");
+    EXPECT_EQ(FILES_KeptFile(Kept::state, "log"), folder / "lib/other/tool.log");
+}

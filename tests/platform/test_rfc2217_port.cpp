@@ -87,13 +87,13 @@ TEST(Rfc2217Codec, AnswersOnlyChanges) {
 TEST(Rfc2217Codec, ReadsNames) {
     std::string host;
     std::string port;
-    EXPECT_TRUE(rfc2217ParseName("rfc2217://bench-3:2001", host, port));
+    EXPECT_TRUE(tcpParseName("rfc2217://", "rfc2217://bench-3:2001", host, port));
     EXPECT_EQ(host + " " + port, "bench-3 2001");
-    EXPECT_TRUE(rfc2217ParseName("rfc2217://[::1]:7", host, port));
+    EXPECT_TRUE(tcpParseName("rfc2217://", "rfc2217://[::1]:7", host, port));
     EXPECT_EQ(host + " " + port, "::1 7");
     for (const char* bad : {"rfc2217://", "rfc2217://host", "rfc2217://:1", "rfc2217://host:",
                             "rfc2217://::1:7", "rfc2217://host:1x", "rfc2217://host:123456"}) {
-        EXPECT_FALSE(rfc2217ParseName(bad, host, port)) << bad;
+        EXPECT_FALSE(tcpParseName("rfc2217://", bad, host, port)) << bad;
     }
 }
 

@@ -57,14 +57,15 @@ bool writeText(std::string_view text) {
 TEST(Sio, OpensClosesAndReopensWithItsLogLines) {
     World world;
     SIO_SetConfig({1, 38400, 0});
-    EXPECT_EQ(world.log(), (Texts{"COM1 opened with 38400 Baud", "Communication started"}));
+    EXPECT_EQ(world.log(),
+              (Texts{"COM1 is test://a", "COM1 opened with 38400 Baud", "Communication started"}));
     EXPECT_EQ(world.lines["a"].calls, Texts{"rate 38400"});
     SIO_SetPort(2);
     SIO_SetBaudrate(9600);
     EXPECT_TRUE(world.log().empty());
     EXPECT_TRUE(SIO_Restart());
-    EXPECT_EQ(world.log(),
-              (Texts{"Closing COM1", "COM2 opened with 9600 Baud", "Communication started"}));
+    EXPECT_EQ(world.log(), (Texts{"Closing COM1", "COM2 is test://b", "COM2 opened with 9600 Baud",
+                                  "Communication started"}));
     EXPECT_FALSE(world.lines["a"].isOpen);
     SIO_SetPort(0);
     EXPECT_TRUE(SIO_Restart());
@@ -193,8 +194,8 @@ TEST(Sio, ALostPortIsNamedOnceAndCanBeReopened) {
     EXPECT_EQ(world.log(), Texts{"COM1 lost: the device has gone (test://a)"});
     EXPECT_EQ(failureText({TERR_TIMEOUT}), "Timeout error (COM1 is test://a: the device has gone)");
     EXPECT_TRUE(SIO_EnsureOpen());
-    EXPECT_EQ(world.log(),
-              (Texts{"Closing COM1", "COM1 opened with 38400 Baud", "Communication started"}));
+    EXPECT_EQ(world.log(), (Texts{"Closing COM1", "COM1 is test://a", "COM1 opened with 38400 Baud",
+                                  "Communication started"}));
     EXPECT_FALSE(SIO_IsLost());
 }
 

@@ -150,6 +150,12 @@ TEST(Project, RestoresWhatItSaved) {
     SIO_SetPort(0);
     PROJECT_Save(path, "");
     EXPECT_EQ(PROJECT_Load(path), ProjectRead::whole) << "a port that was never chosen";
+    SIO_SetDevice("tcp://host:1");
+    PROJECT_Save(path, "");
+    SIO_SetPort(3);
+    EXPECT_EQ(PROJECT_Load(path), ProjectRead::whole);
+    EXPECT_EQ(SIO_GetDevice(), "tcp://host:1") << readFile(path);
+    SIO_SetPort(0);
     for (const uint32_t rate : {0U, 1'000'001U, 0x80000000U, 0xFFFFFFF6U}) {
         SIO_SetBaudrate(rate);
         PROJECT_Save(path, "");

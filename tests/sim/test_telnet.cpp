@@ -4,12 +4,14 @@
 
 #include <gtest/gtest.h>
 
-// The modem lines are told of where the host has asked for it, with what it asked for.
-TEST(Telnet, NotifiesOfModemLinesWhenAsked) {
+// The modem lines are told of from the beginning, and of what the host wants once it has said so.
+TEST(Telnet, NotifiesOfModemLines) {
     Telnet telnet;
     const std::pair<const char*, const char*> cases[] = {
-        {"FFFA2C0508FFF0", "FFFA2C6908FFF0"}, // DTR on, nobody asked
-        {"FFFA2C0509FFF0", "FFFA2C6909FFF0"},
+        {"FFFB2C", "FFFD2CFFFA2C6B30FFF0"}, // the option is agreed on: DSR and CTS
+        {"FFFD2C", "FFFB2C"},
+        {"FFFA2C0508FFF0", "FFFA2C6B21FFF0FFFA2C6908FFF0"}, // nobody has said otherwise
+        {"FFFA2C0509FFF0", "FFFA2C6B31FFF0FFFA2C6909FFF0"},
         {"FFFA2C0BFFFFFFF0", "FFFA2C6FFFFFFFF0FFFA2C6B30FFF0"}, // all: DSR and CTS
         {"FFFA2C0508FFF0", "FFFA2C6B21FFF0FFFA2C6908FFF0"},     // reset: CTS goes
         {"FFFA2C0508FFF0", "FFFA2C6908FFF0"},                   // no change

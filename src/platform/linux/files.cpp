@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <poll.h>
 #include <utility>
 
@@ -21,6 +22,26 @@ fs::path ownPath() {
     }
     static const fs::path path = fs::read_symlink("/proc/self/exe");
     return path;
+}
+
+// Whether the program is a system's or a user's installation: lib/calvorin/calvorin, with a link
+// to it in bin/.
+bool isInstalled() {
+    const fs::path folder = ownPath().parent_path();
+    const fs::path lib = folder.parent_path();
+    std::error_code none;
+    return folder.filename() == "calvorin" && lib.filename() == "lib" &&
+           fs::equivalent(lib.parent_path() / "bin" / ownPath().filename(), ownPath(), none);
+}
+
+// A folder of the program's among the user's: below the one that the variable names, else below
+// `usual` of his home; empty when he has none.
+fs::path userFolder(const char* variable, const char* usual) {
+    if (const char* folder = std::getenv(variable); folder != nullptr && *folder == '/') {
+        return fs::path(folder) / "calvorin";
+    }
+    const char* home = std::getenv("HOME");
+    return home != nullptr ? fs::path(home) / usual / "calvorin" : fs::path();
 }
 
 } // namespace
@@ -182,9 +203,49 @@ void FILES_SetProgramPath(const fs::path& path) {
 }
 
 fs::path FILES_UserConfigFolder() {
-    if (const char* folder = std::getenv("XDG_CONFIG_HOME"); folder != nullptr && *folder == '/') {
-        return fs::path(folder) / "calvorin";
+    return userFolder("XDG_CONFIG_HOME", ".config");
+}
+
+bool FILES_IsPortable() {
+    return !isInstalled() && ::access(FILES_ProgramFolder().c_str(), W_OK) == 0;
+}
+
+std::string FILES_KeptFolder(Kept what) {
+    if (FILES_IsPortable()) {
+        return FILES_ProgramFolder();
     }
-    const char* home = std::getenv("HOME");
-    return home != nullptr ? fs::path(home) / ".config" / "calvorin" : fs::path();
+    const fs::path folder = what == Kept::settings ? FILES_UserConfigFolder()
+                            : what == Kept::state  ? userFolder("XDG_STATE_HOME", ".local/state")
+                                                   : userFolder("XDG_DATA_HOME", ".local/share");
+    return folder.empty() ? FILES_ProgramFolder() : folder.string() + "/";
+}
+
+void FILES_MakeKeptFolders() {
+    for (const Kept what : {Kept::settings, Kept::state}) {
+        std::error_code ignored;
+        fs::create_directories(FILES_KeptFolder(what), ignored);
+    }
+}
+
+std::string FILES_KeptFile(Kept what, std::string_view extension) {
+    return FILES_KeptFolder(what) + FILES_ProgramBaseName() + "." + std::string(extension);
+}
+
+std::string FILES_SharedFile(const std::string& name) {
+    const std::string own = FILES_KeptFolder(Kept::data) + name;
+    return FILES_Exists(own) ? own : FILES_ProgramFolder() + name;
+}
+
+std::vector<fs::path> FILES_ListShared(const std::string& folder, std::string_view extension) {
+    std::map<std::string, fs::path> found;
+    for (const std::string& place : {FILES_KeptFolder(Kept::data), FILES_ProgramFolder()}) {
+        for (const fs::path& path : FILES_List(place + folder, extension)) {
+            found.emplace(path.filename(), path);
+        }
+    }
+    std::vector<fs::path> paths;
+    for (const auto& [name, path] : found) {
+        paths.push_back(path);
+    }
+    return paths;
 }

@@ -389,7 +389,7 @@ SerialPortPtr makePort(const std::shared_ptr<Session>& session) {
 SerialPortPtr RFC2217PORT_Open(const std::string& device, std::string& error) {
     std::string host;
     std::string port;
-    if (!rfc2217ParseName(device, host, port)) {
+    if (!tcpParseName("rfc2217://", device, host, port)) {
         error = "a port server is named rfc2217://HOST:PORT";
         return nullptr;
     }

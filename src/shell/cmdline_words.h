@@ -1,0 +1,26 @@
+// The words of the command line that begin with two dashes: those that a run takes beside its
+// options and commands, and those that ask for something and end.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct CmdlineWord {
+    const char* name;     // "--check-device"
+    const char* argument; // that follows as an argument of its own, "FILE"; none: empty
+    const char* help;     // one line
+    void (*setForRun)(bool on) = nullptr; // of a word that a run takes; none: it stands alone
+};
+
+std::span<const CmdlineWord> WORDS_Table();
+// The word that an argument is; none for others.
+const CmdlineWord* WORDS_Find(std::string_view argument);
+
+// Whether an argument asks for the help, wherever it stands.
+bool WORDS_AsksForHelp(const std::vector<std::string>& arguments);
+// Answers a line that only asks for something; the exit code, none for any other line. Before
+// anything has started.
+std::optional<int> WORDS_Answer(const std::vector<std::string>& arguments);
