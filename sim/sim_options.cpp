@@ -204,7 +204,8 @@ bool SIM_ParseOptions(const std::vector<std::string>& arguments, SimOptions& opt
             return false;
         }
     }
-    const bool needsDevice = !options.help && !options.version && !options.listDevices && options.replay.empty();
+    const bool needsDevice =
+        !options.help && !options.version && !options.listDevices && options.replay.empty();
     if (options.device.empty() && needsDevice) {
         error = "--device is needed; --list lists the devices, --help the options";
         return false;

@@ -32,8 +32,9 @@ void complain(const std::string& text) {
 void readWhatARunReads() {
     RUN_SetUnattended(true);
     RUN_SetIsolated(true); // no file is written
-    ERROR_SetHandlers(
-        [](WindowHandle, const std::string& text, int) { complain("Error: " + text); }, {}, {});
+    ERROR_SetHandlers([](WindowHandle, const std::string& text, const std::string&,
+                         int) { complain("Error: " + text); },
+                      {}, {});
     LOG_SetObserver([](const std::string&, const std::string& text) { complain(text); });
     INI_Load();
 }
