@@ -14,9 +14,9 @@ namespace {
 // Processes events until the first byte comes.
 size_t readBefore(Moment deadline, std::span<uint8_t> buffer) {
     EVENTS_WaitBeside(deadline, [](Moment step) {
-        return SIO_WaitReadable(_BootIsHopeless, step) || _BootIsHopeless();
+        return SIO_WaitReadable(bootIsHopeless, step) || bootIsHopeless();
     });
-    return SIO_ReadUntil(buffer.data(), buffer.size(), deadline, _BootIsHopeless);
+    return SIO_ReadUntil(buffer.data(), buffer.size(), deadline, bootIsHopeless);
 }
 
 Failure silence(size_t arrived, size_t awaited, uint32_t timeoutMs) {
@@ -27,11 +27,11 @@ Failure silence(size_t arrived, size_t awaited, uint32_t timeoutMs) {
 
 } // namespace
 
-bool _BootIsHopeless() {
+bool bootIsHopeless() {
     return RUN_IsInterrupted() || SIO_IsLost() || !SIO_IsOpen();
 }
 
-Result<> _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs) {
+Result<> bootRead(std::span<uint8_t> buffer, uint32_t timeoutMs) {
     const Moment deadline = SIO_AnswerDeadline(timeoutMs, buffer.size());
     const size_t arrived = buffer.empty() ? 0 : readBefore(deadline, buffer);
     return arrived == buffer.size() ? Result<>() : silence(arrived, buffer.size(), timeoutMs);
@@ -51,9 +51,9 @@ void _BootFail(const Failure& failure, std::string_view otherwise) {
     BOOT_SetState(BOOT_UNSYNCED);
 }
 
-Result<> _BootSilence(const Result<>& step, std::string_view text) {
+Result<> bootSilence(const Result<>& step, std::string_view text) {
     const bool isSilence = !step && step.error().code == TERR_TIMEOUT &&
-                           step.error().reason.empty() && !_BootIsHopeless();
+                           step.error().reason.empty() && !bootIsHopeless();
     return isSilence ? Failure{.code = TERR_SAYS_ALL,
                                .reason = std::string(text),
                                .hint = step.error().hint}
@@ -64,24 +64,24 @@ Result<> _BootCheck(bool condition, std::string_view text) {
     return condition ? Result<>() : Failure{.reason = std::string(text)};
 }
 
-Result<> _BootAwait(uint8_t answer, std::string_view text, uint32_t timeoutMs) {
+Result<> bootAwait(uint8_t answer, std::string_view text, uint32_t timeoutMs) {
     uint8_t received = 0;
-    Result<> read = _BootRead({&received, 1}, timeoutMs);
-    return read ? _BootMatches(received, answer, text) : read;
+    Result<> read = bootRead({&received, 1}, timeoutMs);
+    return read ? bootMatches(received, answer, text) : read;
 }
 
-Result<> _BootMatches(uint8_t received, uint8_t answer, std::string_view text) {
+Result<> bootMatches(uint8_t received, uint8_t answer, std::string_view text) {
     return withHint(_BootCheck(received == answer, text),
                     {Cause::wrongAnswer, formatText("%02X where %02X belongs", received, answer)});
 }
 
-Result<> _BootAwaitAmong(uint8_t answer, std::string_view text, uint32_t timeoutMs,
-                         std::string* others) {
+Result<> bootAwaitAmong(uint8_t answer, std::string_view text, uint32_t timeoutMs,
+                        std::string* others) {
     const Moment deadline = SIO_AnswerDeadline(timeoutMs, 1);
     Result<> result = silence(0, 1, timeoutMs);
     uint8_t received = 0;
     while (readBefore(deadline, {&received, 1}) == 1) {
-        result = _BootMatches(received, answer, text);
+        result = bootMatches(received, answer, text);
         if (!result && others != nullptr) {
             others->push_back(static_cast<char>(received));
         }
@@ -92,15 +92,15 @@ Result<> _BootAwaitAmong(uint8_t answer, std::string_view text, uint32_t timeout
     return result;
 }
 
-Result<> _BootExchange(uint8_t sent, uint8_t answer, std::string_view text) {
+Result<> bootExchange(uint8_t sent, uint8_t answer, std::string_view text) {
     SIO_WriteByte(sent);
-    return _BootAwait(answer, text);
+    return bootAwait(answer, text);
 }
 
-Result<> _BootCommand(uint8_t command, std::string_view text) {
-    return _BootExchange(command, command, text);
+Result<> bootCommand(uint8_t command, std::string_view text) {
+    return bootExchange(command, command, text);
 }
 
-uint8_t _BootChecksum(std::span<const uint8_t> bytes) {
+uint8_t bootChecksum(std::span<const uint8_t> bytes) {
     return static_cast<uint8_t>(0 - std::accumulate(bytes.begin(), bytes.end(), 0U));
 }

@@ -13,11 +13,11 @@ inline constexpr uint32_t kReplyMs = 1000;
 
 // Whether waiting for the boot ROM has become pointless: the run was interrupted, or the port is
 // lost or closed.
-bool _BootIsHopeless();
+bool bootIsHopeless();
 // Reads the whole buffer, processing events until its first byte comes. TERR_TIMEOUT when fewer
 // bytes came in `timeoutMs`, beside the time that command and answer take on the line, or waiting
 // is pointless.
-Result<> _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs);
+Result<> bootRead(std::span<uint8_t> buffer, uint32_t timeoutMs);
 
 // Reports why a conversation failed and leaves the boot ROM unsynchronised: whatever it waits for
 // now, a reset ends it. A failure that has no reason and needs one is reported as `otherwise`,
@@ -26,23 +26,23 @@ Result<> _BootRead(std::span<uint8_t> buffer, uint32_t timeoutMs);
 void _BootFail(const Failure& failure, std::string_view otherwise = "");
 // The result of a step, with this text as all that is to be said where a chip that is there did not
 // answer in it: for silences whose cause is known not to be the password.
-Result<> _BootSilence(const Result<>& step, std::string_view text);
+Result<> bootSilence(const Result<>& step, std::string_view text);
 // A failure for this reason unless the condition holds.
 Result<> _BootCheck(bool condition, std::string_view text);
 
 // Sends a byte that the boot ROM answers with `answer`.
-Result<> _BootExchange(uint8_t sent, uint8_t answer, std::string_view text);
+Result<> bootExchange(uint8_t sent, uint8_t answer, std::string_view text);
 // Sends a command byte that the boot ROM echoes.
-Result<> _BootCommand(uint8_t command, std::string_view text);
+Result<> bootCommand(uint8_t command, std::string_view text);
 // Awaits one byte that must be `answer`.
-Result<> _BootAwait(uint8_t answer, std::string_view text, uint32_t timeoutMs = kReplyMs);
+Result<> bootAwait(uint8_t answer, std::string_view text, uint32_t timeoutMs = kReplyMs);
 
 // Awaits `answer` among other bytes, which are passed over: late or stray ones. TERR_TIMEOUT when
 // nothing came at all, else a failure for this reason. What was passed over is added to `others`.
-Result<> _BootAwaitAmong(uint8_t answer, std::string_view text, uint32_t timeoutMs,
-                         std::string* others = nullptr);
+Result<> bootAwaitAmong(uint8_t answer, std::string_view text, uint32_t timeoutMs,
+                        std::string* others = nullptr);
 // A failure for this reason unless what was received is the answer.
-Result<> _BootMatches(uint8_t received, uint8_t answer, std::string_view text);
+Result<> bootMatches(uint8_t received, uint8_t answer, std::string_view text);
 
 // The two's complement of the sum of the bytes: a block and this byte add up to 0.
-uint8_t _BootChecksum(std::span<const uint8_t> bytes);
+uint8_t bootChecksum(std::span<const uint8_t> bytes);

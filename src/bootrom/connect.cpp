@@ -38,10 +38,10 @@ void summarize(const Failure& failure) {
         return;
     }
     if (isFirst) {
-        TARGET_ReportError(ERROR_WithReason(_DownloadFailure(), SIO_GetLoss()), 1,
+        TARGET_ReportError(ERROR_WithReason(downloadFailure(), SIO_GetLoss()), 1,
                            failureHint(failure));
     } else {
-        TARGET_ReportError(_DownloadFailure(), 1);
+        TARGET_ReportError(downloadFailure(), 1);
     }
 }
 
@@ -83,7 +83,7 @@ int TARGET_Connect() {
     return 0;
 }
 
-int _RunBootCommand(Result<> (*BootRomProtocol::*slot)(), const char* name) {
+int runBootCommand(Result<> (*BootRomProtocol::*slot)(), const char* name) {
     const BootRomProtocol* family = _SelectProtocol();
     if (family == nullptr) {
         return 1;
@@ -109,9 +109,9 @@ int _RunBootCommand(Result<> (*BootRomProtocol::*slot)(), const char* name) {
 }
 
 int TARGET_ReadProtect() {
-    const BootRomProtocol* family = _CurrentProtocol();
+    const BootRomProtocol* family = currentProtocol();
     if (family != nullptr && family->ReadProtect != nullptr && !confirmReadProtect()) {
         return 1;
     }
-    return _RunBootCommand(&BootRomProtocol::ReadProtect, "Read Protect Chip");
+    return runBootCommand(&BootRomProtocol::ReadProtect, "Read Protect Chip");
 }

@@ -11,7 +11,7 @@ int TARGET_Connect();
 // Runs a slot of the current family on an idle link, as every direct boot-ROM command does: 0 done,
 // 1 failed. A slot that the family lacks is reported with the `name` of the command and nothing is
 // sent.
-int _RunBootCommand(Result<> (*BootRomProtocol::*slot)(), const char* name);
+int runBootCommand(Result<> (*BootRomProtocol::*slot)(), const char* name);
 
 // Read Protect Chip: 0 done, 1 failed.
 int TARGET_ReadProtect();

@@ -43,7 +43,7 @@ Result<> transferWith(const BootRomProtocol& family, const LoaderTransfer& trans
     Result<> sent = Failure{TERR_TIMEOUT};
     for (const BootPassword& password : passwords) {
         if (&password != &passwords.front()) {
-            if (!mayBeRefusal(sent.error()) || TARGET_State().Cancel != 0 || _BootIsHopeless()) {
+            if (!mayBeRefusal(sent.error()) || TARGET_State().Cancel != 0 || bootIsHopeless()) {
                 break;
             }
             BOOT_SetState(BOOT_UNSYNCED);
@@ -82,12 +82,12 @@ void noteSent(const std::string& path, uint64_t bytes) {
 } // namespace
 
 // Where the port is lost, the password has nothing to do with it.
-std::string _DownloadFailure() {
+std::string downloadFailure() {
     return std::string("Could not download RAM image") +
            (SIO_IsLost() ? "" : ". Please check password");
 }
 
-std::string _LoaderSent() {
+std::string loaderSentText() {
     const std::lock_guard lock(loaderMutex);
     return loaderSent;
 }

@@ -10,6 +10,6 @@
 Result<> _DownloadRamImage(const BootRomProtocol& family, const std::string& path,
                            bool showProgress);
 // What is said of a download that failed without a reason of its own.
-std::string _DownloadFailure();
+std::string downloadFailure();
 // What the chip was sent last: "vt-b.s, 1312 bytes sent". Any thread.
-std::string _LoaderSent();
+std::string loaderSentText();

@@ -20,19 +20,19 @@ std::map<int, const BootRomProtocol*>& families() {
 
 } // namespace
 
-const BootRomProtocol* _CurrentProtocol() {
+const BootRomProtocol* currentProtocol() {
     const auto found = families().find(DEVICE_GetRamcodeType());
     return found == families().end() ? nullptr : found->second;
 }
 
 const BootRomProtocol* _SelectProtocol() {
-    const BootRomProtocol* family = _CurrentProtocol();
+    const BootRomProtocol* family = currentProtocol();
     if (family == nullptr) {
         TARGET_ReportError("Target::Unsuported RAM-Code protocoll", 1);
     }
     return family;
 }
 
-void _AddProtocol(int ramcodeType, const BootRomProtocol& family) {
+void addProtocol(int ramcodeType, const BootRomProtocol& family) {
     families()[ramcodeType] = &family;
 }

@@ -20,7 +20,7 @@ struct BootRomProtocol {
     // Synchronising with a chip that was just reset.
     uint32_t matchBaudrate = 0;                     // Bd; 0: at the user's rate
     Result<> (*Match)(uint32_t baudrate) = nullptr; // `baudrate`: the user's, from then on in force
-    Result<> (*GetSum)() = nullptr;                 // the flash checksum into _GetBootSum
+    Result<> (*GetSum)() = nullptr;                 // the flash checksum into getBootSum
     // Downloading the RAM loader: takes the text of the image apart; a failure sends nothing.
     Result<LoaderTransfer> (*PrepareImage)(const std::string& text) = nullptr;
     // Erases the flash of a chip that awaits a command.
@@ -36,7 +36,7 @@ struct BootRomProtocol {
 };
 
 // The family of the selected device; null when nobody knows it, which _SelectProtocol reports.
-const BootRomProtocol* _CurrentProtocol();
+const BootRomProtocol* currentProtocol();
 const BootRomProtocol* _SelectProtocol();
 // Adds a family that is not built in; `family` stays the caller's and must outlive its use.
-void _AddProtocol(int ramcodeType, const BootRomProtocol& family);
+void addProtocol(int ramcodeType, const BootRomProtocol& family);

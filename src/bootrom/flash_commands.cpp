@@ -17,8 +17,8 @@ constexpr uint32_t kEraseStepMs = 50;
 
 // The step begins again with the first byte, so that an answer is not torn by a step's end.
 bool readAnswer(std::span<uint8_t> answer) {
-    return _BootRead(answer.first(1), kEraseStepMs) &&
-           (answer.size() == 1 || _BootRead(answer.subspan(1), kEraseStepMs));
+    return bootRead(answer.first(1), kEraseStepMs) &&
+           (answer.size() == 1 || bootRead(answer.subspan(1), kEraseStepMs));
 }
 
 } // namespace
@@ -30,7 +30,7 @@ Result<> _EraseWait(std::span<uint8_t> answer) {
     PROGRESS_SetBarText(formatText("Maximum time: %d sec", static_cast<int>(timeout / 1000)));
     const Moment deadline = SIO_AnswerDeadline(timeout, answer.size());
     while (!readAnswer(answer)) {
-        if (CLOCK_Now() > deadline || _BootIsHopeless()) {
+        if (CLOCK_Now() > deadline || bootIsHopeless()) {
             return Failure{.code = TERR_TIMEOUT,
                            .hint = {Cause::fellSilent,
                                     formatText("no answer to the erase in %u ms", timeout)}};

@@ -110,7 +110,7 @@ Result<> compareProduct(const std::vector<uint8_t>& reply) {
 void passOnWhatCameBefore() {
     const Moment deadline = CLOCK_After(SIO_RoundTripMs());
     uint8_t byte = 0;
-    while (SIO_ReadUntil(&byte, 1, deadline, _BootIsHopeless) == 1) {
+    while (SIO_ReadUntil(&byte, 1, deadline, bootIsHopeless) == 1) {
         TERMINAL_ReceiveByte(byte);
     }
 }
@@ -119,7 +119,7 @@ void passOnWhatCameBefore() {
 Hint matchHint(uint8_t value, std::string& others) {
     constexpr const char* failure = "";
     const Moment given = CLOCK_Now();
-    if (_BootAwaitAmong(value, failure, kLateMs, &others)) {
+    if (bootAwaitAmong(value, failure, kLateMs, &others)) {
         const auto lateMs = static_cast<int>((CLOCK_Now().us - given.us) / 1000);
         return {Cause::lateAnswer, formatText("%d ms after %d tries", lateMs, kMatchAttempts)};
     }
@@ -164,7 +164,7 @@ Result<> handshakeOnce(const BootRomProtocol& family) {
     } steps[] = {{family.GetSum, "The chip does not send its checksum"},
                  {_ProductInfo, "The chip does not send its product info"}};
     for (const auto& step : steps) {
-        if (Result<> done = _BootSilence(step.run(), step.silence); !done) {
+        if (Result<> done = bootSilence(step.run(), step.silence); !done) {
             return done;
         }
         if (BOOT_GetState() != BOOT_SYNCED) {
@@ -179,7 +179,7 @@ Result<> handshakeOnce(const BootRomProtocol& family) {
 Result<> _BootHandshake(const BootRomProtocol& family) {
     const bool wasSynced = BOOT_GetState() == BOOT_SYNCED;
     Result<> done = handshakeOnce(family);
-    if (done || !wasSynced || _BootIsHopeless() || TARGET_State().Cancel != 0) {
+    if (done || !wasSynced || bootIsHopeless() || TARGET_State().Cancel != 0) {
         return done;
     }
     BOOT_SetState(BOOT_UNSYNCED); // somebody may have reset the chip by hand meanwhile
@@ -206,7 +206,7 @@ Result<> _ResetAndMatch(const BootRomProtocol& family) {
 }
 
 // A stray byte costs nothing but its time: the echo may stand behind it, or answer the next try.
-Result<> _MatchByte(uint8_t value) {
+Result<> familyMatchByte(uint8_t value) {
     constexpr const char* failure = "Matching data failed";
     std::string others;
     for (int attempt = 0; attempt < kMatchAttempts; ++attempt) {
@@ -214,7 +214,7 @@ Result<> _MatchByte(uint8_t value) {
             return Failure{TERR_CANCELLED};
         }
         SIO_WriteByte(value);
-        if (_BootAwaitAmong(value, failure, kMatchMs, &others)) {
+        if (bootAwaitAmong(value, failure, kMatchMs, &others)) {
             return {};
         }
     }
@@ -227,7 +227,7 @@ Result<> _ProductInfo() {
     }
     SIO_WriteByte(DEVICE_GetPICode());
     std::vector<uint8_t> reply(std::min<size_t>(DEVICE_GetPIValue1(), kMaxProductInfo));
-    if (Result<> read = _BootRead(reply, kReplyMs); !read) {
+    if (Result<> read = bootRead(reply, kReplyMs); !read) {
         return read;
     }
     LOG_Add("Product info:");
@@ -237,36 +237,36 @@ Result<> _ProductInfo() {
     return matched;
 }
 
-uint32_t _GetBootSum() {
+uint32_t getBootSum() {
     return bootSum;
 }
 
-void _SetBootSum(uint32_t sum) {
+void setBootSum(uint32_t sum) {
     bootSum = sum;
     bootSumForgotten = false;
 }
 
-void _ForgetBootSum() {
+void forgetBootSum() {
     bootSumForgotten = true;
 }
 
-bool _BootSumIsForgotten() {
+bool bootSumIsForgotten() {
     return bootSumForgotten;
 }
 
-Result<> _LoaderAnswer(const Result<>& answered) {
+Result<> loaderAnswer(const Result<>& answered) {
     return DEVICE_GetTimeoutGetSUM() != 0
                ? answered
-               : withHint(_BootSilence(answered, "The device description gives the chip no time to "
-                                                 "answer the download (TimeoutGetSUM)"),
+               : withHint(bootSilence(answered, "The device description gives the chip no time to "
+                                                "answer the download (TimeoutGetSUM)"),
                           {});
 }
 
-Result<> _ReadBootSum(uint32_t timeoutMs) {
+Result<> readBootSum(uint32_t timeoutMs) {
     uint8_t sum[2] = {};
-    Result<> read = _BootRead(sum, timeoutMs);
+    Result<> read = bootRead(sum, timeoutMs);
     if (read) {
-        _SetBootSum(sum[0] * 256U + sum[1]);
+        setBootSum(sum[0] * 256U + sum[1]);
     }
     return read;
 }

@@ -11,23 +11,23 @@
 Result<> _BootHandshake(const BootRomProtocol& family);
 Result<> _ResetAndMatch(const BootRomProtocol& family);
 // Sends the byte by which a boot ROM measures the rate until it is echoed.
-Result<> _MatchByte(uint8_t value);
+Result<> familyMatchByte(uint8_t value);
 Result<> _ProductInfo();
 
 inline constexpr uint32_t kMatchMs = 30;
 inline constexpr uint32_t kSumMs = 5000;
 
 // The flash checksum that the boot ROM reported last.
-uint32_t _GetBootSum();
-void _SetBootSum(uint32_t sum);
+uint32_t getBootSum();
+void setBootSum(uint32_t sum);
 // The flash was or may have been written since: what would tell a blank chip from it asks again.
 // Any thread.
-void _ForgetBootSum();
-bool _BootSumIsForgotten();
+void forgetBootSum();
+bool bootSumIsForgotten();
 // Reads a checksum, high byte first, as the last reported one.
-Result<> _ReadBootSum(uint32_t timeoutMs);
+Result<> readBootSum(uint32_t timeoutMs);
 // The result of awaiting the chip's answer to a loader, for which the description gives the time.
-Result<> _LoaderAnswer(const Result<>& answered);
+Result<> loaderAnswer(const Result<>& answered);
 // Whether that is the checksum of an erased flash: of 0xFF from the first block's start to the last
 // block's end.
 bool _IsBlank();

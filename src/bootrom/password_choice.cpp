@@ -73,7 +73,7 @@ std::optional<BootPassword> imagesPassword(const BootRomProtocol& family) {
 
 // "12 bytes at 1FFF4 - 1FFFF", as far as the description and the settings tell.
 std::string whatIsAsked() {
-    const BootRomProtocol* family = _CurrentProtocol();
+    const BootRomProtocol* family = currentProtocol();
     const auto places = family != nullptr ? passwordPlaces(*family) : std::vector<uint32_t>();
     if (!places.empty()) {
         return formatText("%zu bytes at %s", places.size(), spanOf(places).c_str());

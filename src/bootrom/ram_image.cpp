@@ -111,7 +111,7 @@ bool _LoadRamImage(const std::string& path, std::string& text) {
     return true;
 }
 
-RamImageA _ParseRamImageA(std::string_view whole) {
+RamImageA parseRamImageA(std::string_view whole) {
     const std::string_view text = untilNul(whole);
     RamImageA image;
     image.length = text.size();
@@ -150,7 +150,7 @@ bool _RamImageFits(std::string_view whole) {
     return lowest >= DEVICE_GetRamStart() && lowest < ramEnd && highest <= ramEnd;
 }
 
-std::string _ParseRamImageB(std::string_view whole, RamImageB& image) {
+std::string parseRamImageB(std::string_view whole, RamImageB& image) {
     std::string_view text = untilNul(whole);
     uint64_t end = 0; // one past the last block
     while (!text.empty()) {

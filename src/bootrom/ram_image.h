@@ -38,8 +38,8 @@ struct RamImageB {
 // Reads the file; false when that failed, reported.
 bool _LoadRamImage(const std::string& path, std::string& text);
 
-RamImageA _ParseRamImageA(std::string_view text);
+RamImageA parseRamImageA(std::string_view text);
 // Whether a TYPE_A image has data and all of it lies inside the device's RAM range.
 bool _RamImageFits(std::string_view text);
 // The error text, or empty: a TYPE_B image that cannot be sent whole and in order is not begun.
-std::string _ParseRamImageB(std::string_view text, RamImageB& image);
+std::string parseRamImageB(std::string_view text, RamImageB& image);

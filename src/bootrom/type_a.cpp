@@ -52,13 +52,13 @@ uint8_t _BaudCode(uint32_t rate) {
 }
 
 Result<> _MatchTypeA(uint32_t baudrate) {
-    if (Result<> matched = _MatchByte(0x5A); !matched) {
+    if (Result<> matched = familyMatchByte(0x5A); !matched) {
         return matched;
     }
     const uint8_t code = _BaudCode(baudrate);
     SIO_WriteByte(code);
     // Late echoes of the match may come first.
-    Result<> set = _BootAwaitAmong(code, "Setting baudrate failed", kMatchMs);
+    Result<> set = bootAwaitAmong(code, "Setting baudrate failed", kMatchMs);
     if (set) {
         if (SIO_ChangeBaudrate(baudrate) == 0) {
             return Failure{TERR_REPORTED};
@@ -68,8 +68,8 @@ Result<> _MatchTypeA(uint32_t baudrate) {
 }
 
 Result<> _GetSumTypeA() {
-    Result<> sent = _BootCommand(0x90, "SUM command failed");
-    return sent ? _ReadBootSum(kSumMs) : sent;
+    Result<> sent = bootCommand(0x90, "SUM command failed");
+    return sent ? readBootSum(kSumMs) : sent;
 }
 
 void appendAddress(std::vector<uint8_t>& frame, uint32_t address) {
@@ -102,7 +102,7 @@ std::vector<uint8_t> timerRecord(uint16_t address) {
     std::vector<uint8_t> record = {
         2, static_cast<uint8_t>(address >> 8), static_cast<uint8_t>(address),
         0, static_cast<uint8_t>(timer),        0};
-    record.push_back(_BootChecksum(record));
+    record.push_back(bootChecksum(record));
     record.insert(record.begin(), ':');
     return record;
 }
@@ -130,7 +130,7 @@ Result<> sendRecords(const RamImageA& image) {
 }
 
 Result<> transferTypeA(const RamImageA& image, bool showProgress) {
-    if (Result<> sent = _BootCommand(0x60, "Echoback RAM loader command failed"); !sent) {
+    if (Result<> sent = bootCommand(0x60, "Echoback RAM loader command failed"); !sent) {
         return sent;
     }
     PROGRESS_SetText(showProgress ? "Downloading RAM Image..."
@@ -139,8 +139,8 @@ Result<> transferTypeA(const RamImageA& image, bool showProgress) {
     if (Result<> sent = sendRecords(image); !sent) {
         return sent;
     }
-    _SetBootSum(0);
-    Result<> summed = _LoaderAnswer(afterPassword(_ReadBootSum(DEVICE_GetTimeoutGetSUM())));
+    setBootSum(0);
+    Result<> summed = loaderAnswer(afterPassword(readBootSum(DEVICE_GetTimeoutGetSUM())));
     if (image.malformed) { // what a boot ROM says of half an image is no success
         return Failure{.reason = "Error parsing RAM-image"};
     }
@@ -155,7 +155,7 @@ Result<LoaderTransfer> prepareTypeA(const std::string& text) {
     if (!fits) {
         return fits.error();
     }
-    return LoaderTransfer([image = _ParseRamImageA(text)](bool showProgress) {
+    return LoaderTransfer([image = parseRamImageA(text)](bool showProgress) {
         return transferTypeA(image, showProgress);
     });
 }
@@ -163,30 +163,30 @@ Result<LoaderTransfer> prepareTypeA(const std::string& text) {
 // Runs the handshake and a command that the boot ROM echoes.
 Result<> beginCommand(uint8_t command, const char* failure) {
     Result<> begun = _BootHandshake(kBootRomTypeA);
-    return begun ? _BootCommand(command, failure) : begun;
+    return begun ? bootCommand(command, failure) : begun;
 }
 
 // Rewriting the flash with an empty program.
 Result<> eraseByRewriteCommand() {
-    Result<> sent = _BootCommand(0x30, "Echoback flash memory rewrite command failed");
+    Result<> sent = bootCommand(0x30, "Echoback flash memory rewrite command failed");
     if (!sent) {
         return sent;
     }
-    _SetBootSum(0);
+    setBootSum(0);
     uint8_t answer[1] = {};
     if (Result<> answered = _EraseWait(answer); !answered) {
         return answered;
     }
-    Result<> cleared = _BootMatches(answer[0], kFlashCleared, "Clearing flash memory failed");
+    Result<> cleared = bootMatches(answer[0], kFlashCleared, "Clearing flash memory failed");
     if (!cleared) {
         return cleared;
     }
     PROGRESS_SetPos(2);
     SIO_Write(kEndRecord);
     PROGRESS_SetText("Waiting for SUM...");
-    Result<> summed = _ReadBootSum(kReplyMs);
+    Result<> summed = readBootSum(kReplyMs);
     if (summed) {
-        LOG_Add(formatText("By its checksum %04X the chip is %s", _GetBootSum(),
+        LOG_Add(formatText("By its checksum %04X the chip is %s", getBootSum(),
                            _IsBlank() ? "blank" : "not blank"));
         PROGRESS_Done();
     }
@@ -194,18 +194,18 @@ Result<> eraseByRewriteCommand() {
 }
 
 Result<> eraseByEraseCommand() {
-    Result<> sent = _BootCommand(0xF0, "Echoback flash memory erase command failed");
+    Result<> sent = bootCommand(0xF0, "Echoback flash memory erase command failed");
     if (!sent) {
         return sent;
     }
     _SendPasswordTypeA();
     SIO_WriteByte(0xF1);
-    _SetBootSum(0);
+    setBootSum(0);
     uint8_t answer[2] = {};
     if (Result<> answered = _EraseWait(answer); !answered) {
         return answered;
     }
-    _SetBootSum(answer[0] * 256U + answer[1]);
+    setBootSum(answer[0] * 256U + answer[1]);
     PROGRESS_Done();
     return _IsBlank() ? Result<>() : Failure{};
 }
@@ -220,7 +220,7 @@ Result<> _FlashStatusTypeA() {
         return begun;
     }
     uint8_t status[7] = {};
-    if (Result<> read = _BootRead(status, kReplyMs); !read) {
+    if (Result<> read = bootRead(status, kReplyMs); !read) {
         return read;
     }
     std::string line;
@@ -238,7 +238,7 @@ Result<> _ReadProtectTypeA() {
         return begun;
     }
     _SendPasswordTypeA();
-    Result<> done = afterPassword(_BootAwait(0xFB, failure));
+    Result<> done = afterPassword(bootAwait(0xFB, failure));
     if (done) {
         LOG_Add("Flash memory read protection command executed");
     }

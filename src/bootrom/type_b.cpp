@@ -32,19 +32,19 @@ constexpr uint32_t kFillPerStep = 32; // bytes
 constexpr size_t kPasswordTypeB = 12; // bytes
 
 Result<> _MatchTypeB(uint32_t) {
-    return _MatchByte(0x86);
+    return familyMatchByte(0x86);
 }
 
 Result<> _GetSumTypeB() {
-    if (Result<> sent = _BootCommand(0x20, "Get SUM Command failed"); !sent) {
+    if (Result<> sent = bootCommand(0x20, "Get SUM Command failed"); !sent) {
         return sent;
     }
-    if (Result<> read = _ReadBootSum(kSumMs); !read) {
+    if (Result<> read = readBootSum(kSumMs); !read) {
         return read;
     }
-    const uint8_t sum[] = {static_cast<uint8_t>(_GetBootSum() >> 8),
-                           static_cast<uint8_t>(_GetBootSum())};
-    return _BootAwait(_BootChecksum(sum), "Checksum of checksum failed");
+    const uint8_t sum[] = {static_cast<uint8_t>(getBootSum() >> 8),
+                           static_cast<uint8_t>(getBootSum())};
+    return bootAwait(bootChecksum(sum), "Checksum of checksum failed");
 }
 
 // Twelve bytes and their checksum.
@@ -58,7 +58,7 @@ void _SendPasswordTypeB() {
     }
     const SioFrame together;
     SIO_Write(frame);
-    SIO_WriteByte(_BootChecksum(frame));
+    SIO_WriteByte(bootChecksum(frame));
 }
 
 // What the data step has sent so far.
@@ -75,7 +75,7 @@ void sendHeader(const RamImageB& image) {
                         static_cast<uint8_t>(image.size >> 8),
                         static_cast<uint8_t>(image.size),
                         0};
-    header[6] = _BootChecksum(std::span(header).first(6));
+    header[6] = bootChecksum(std::span(header).first(6));
     PROGRESS_SetMax(static_cast<int32_t>(image.size));
     const SioFrame together;
     for (const uint8_t byte : header) {
@@ -118,7 +118,7 @@ Result<> sendData(const RamImageB& image) {
         sendFill(stream, block.address - image.start - stream.sent);
         SIO_Write(block.data);
         stream.sent += static_cast<uint32_t>(block.data.size());
-        stream.sum = static_cast<uint8_t>(stream.sum - _BootChecksum(block.data));
+        stream.sum = static_cast<uint8_t>(stream.sum - bootChecksum(block.data));
         finishStep(stream);
     }
     SIO_WriteByte(static_cast<uint8_t>(0 - stream.sum));
@@ -126,27 +126,26 @@ Result<> sendData(const RamImageB& image) {
 }
 
 Result<> transferTypeB(const RamImageB& image) {
-    if (Result<> sent = _BootCommand(0x10, "Echoback RAM loader command failed"); !sent) {
+    if (Result<> sent = bootCommand(0x10, "Echoback RAM loader command failed"); !sent) {
         return sent;
     }
     _SendPasswordTypeB();
-    if (Result<> taken = afterPassword(_BootAwait(kAcknowledge, kPasswordRefused)); !taken) {
+    if (Result<> taken = afterPassword(bootAwait(kAcknowledge, kPasswordRefused)); !taken) {
         return taken;
     }
     sendHeader(image);
-    if (Result<> taken = afterPassword(_BootAwait(kAcknowledge, kPasswordRefused)); !taken) {
+    if (Result<> taken = afterPassword(bootAwait(kAcknowledge, kPasswordRefused)); !taken) {
         return taken;
     }
     if (Result<> sent = sendData(image); !sent) {
         return sent;
     }
-    return _LoaderAnswer(
-        _BootAwait(kAcknowledge, "Data checksum failed", DEVICE_GetTimeoutGetSUM()));
+    return loaderAnswer(bootAwait(kAcknowledge, "Data checksum failed", DEVICE_GetTimeoutGetSUM()));
 }
 
 Result<LoaderTransfer> prepareTypeB(const std::string& text) {
     RamImageB image;
-    if (const std::string error = _ParseRamImageB(text, image); !error.empty()) {
+    if (const std::string error = parseRamImageB(text, image); !error.empty()) {
         return Failure{.reason = error};
     }
     return LoaderTransfer([image = std::move(image)](bool) { return transferTypeB(image); });
@@ -159,12 +158,12 @@ Result<> eraseResult(const std::vector<uint8_t>& covered) {
     if (Result<> answered = _EraseWait(answer); !answered) {
         return answered;
     }
-    if (Result<> erased = _BootMatches(answer[0], kErased, failure); !erased) {
+    if (Result<> erased = bootMatches(answer[0], kErased, failure); !erased) {
         return erased;
     }
-    Result<> checked = _BootAwait(_BootChecksum(covered), failure);
+    Result<> checked = bootAwait(bootChecksum(covered), failure);
     if (checked) {
-        _SetBootSum(0);
+        setBootSum(0);
         LOG_Add("Compared nothing: the boot ROM reported the erase (Blankcheck reads the chip)");
         PROGRESS_Done();
     }
@@ -175,14 +174,14 @@ Result<> _EraseChipTypeB() {
     if (DEVICE_GetRewriteVersion() > 1) {
         return Failure{}; // nobody knows how
     }
-    Result<> sent = _BootCommand(0x40, "Echoback flash memory rewrite command failed");
+    Result<> sent = bootCommand(0x40, "Echoback flash memory rewrite command failed");
     if (!sent) {
         return sent;
     }
     if (DEVICE_GetRewriteVersion() == 0) {
         return eraseResult({kErased});
     }
-    Result<> enabled = _BootCommand(kEraseEnable, "Echoback erase enable command failed");
+    Result<> enabled = bootCommand(kEraseEnable, "Echoback erase enable command failed");
     return enabled ? eraseResult({kErased, kEraseEnable}) : enabled;
 }
 
@@ -190,17 +189,17 @@ Result<> _ProtectChipTypeB() {
     if (Result<> matched = _ResetAndMatch(kBootRomTypeB); !matched) {
         return matched;
     }
-    if (_BootSumIsForgotten()) { // else the password of a blank chip would be sent to a programmed
-                                 // one
+    if (bootSumIsForgotten()) { // else the password of a blank chip would be sent to a programmed
+                                // one
         if (Result<> summed = _GetSumTypeB(); !summed) {
             return summed;
         }
     }
-    if (Result<> sent = _BootCommand(0x60, "Echoback protect command failed"); !sent) {
+    if (Result<> sent = bootCommand(0x60, "Echoback protect command failed"); !sent) {
         return sent;
     }
     _SendPasswordTypeB();
-    return afterPassword(_BootAwait(0x60, kPasswordRefused));
+    return afterPassword(bootAwait(0x60, kPasswordRefused));
 }
 
 } // namespace

@@ -13,8 +13,8 @@
 
 inline constexpr int kMaxDevices = 200;
 
-// Reads every description in the folders Device of program and user. One that cannot be used is left
-// out: the log says why, and in a run that is not unattended one box names them all. 0 when a
+// Reads every description in the folders Device of program and user. One that cannot be used is
+// left out: the log says why, and in a run that is not unattended one box names them all. 0 when a
 // device is left, 1 when none is, reported.
 int DEVICE_Init();
 // Parses one description and adds its device. 0 when it was accepted, 1 when refused, which the log

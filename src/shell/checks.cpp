@@ -136,7 +136,7 @@ ResetVectorVerdict CHECKS_ResetVector() {
 }
 
 PasswordVerdict CHECKS_Password() {
-    const BootRomProtocol* family = _CurrentProtocol();
+    const BootRomProtocol* family = currentProtocol();
     if (family == nullptr || !family->passwordInProgram) {
         return PASSWORD_PLAUSIBLE;
     }

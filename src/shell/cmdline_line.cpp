@@ -189,8 +189,8 @@ void LINE_Report(const LineItem& item) {
         const Hint hint = &fault == &item.faults.front() ? item.value.hint : Hint{};
         if (RUN_IsUnattended()) {
             const std::string text = fault.substr(0, fault.find_last_not_of('\n') + 1);
-            ERROR_Out(nullptr, text + " (argument \"" + item.argument + "\"" + item.remark + ")",
-                      1, hint);
+            ERROR_Out(nullptr, text + " (argument \"" + item.argument + "\"" + item.remark + ")", 1,
+                      hint);
         } else {
             ERROR_Out(nullptr, fault, 1, hint);
         }

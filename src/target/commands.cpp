@@ -222,7 +222,7 @@ void TARGET_DownloadRamImage(const std::string& path) {
     if (done) {
         inform("All bytes\nwritten successfully", "Download RAM-Image");
     } else {
-        _BootFail(done.error(), _DownloadFailure());
+        _BootFail(done.error(), downloadFailure());
     }
     TARGET_SetLinkState(LINK_IDLE);
     CLOCK_Sleep(kCommandPauseMs);
@@ -310,11 +310,11 @@ void TARGET_BlankCheckBlocks() {
 
 void TARGET_ProtectChip() {
     if (DEVICE_GetSprtProtectBlock() == 0) {
-        const BootRomProtocol* family = _CurrentProtocol();
+        const BootRomProtocol* family = currentProtocol();
         if (family != nullptr && family->ProtectChip != nullptr && !confirmProtect()) {
             return;
         }
-        const bool done = _RunBootCommand(&BootRomProtocol::ProtectChip, "Protect Chip") == 0;
+        const bool done = runBootCommand(&BootRomProtocol::ProtectChip, "Protect Chip") == 0;
         showResult(kProtectChip, done);
     } else if (confirmProtect()) {
         runCommand(kProtectChip, "Protecting Chip started", {}, DEVICE_Blocks());
@@ -328,5 +328,5 @@ void TARGET_ProtectBlocks() {
 }
 
 int TARGET_FlashStatus() {
-    return _RunBootCommand(&BootRomProtocol::FlashStatus, "Flash Memory Status");
+    return runBootCommand(&BootRomProtocol::FlashStatus, "Flash Memory Status");
 }

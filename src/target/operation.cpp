@@ -82,7 +82,7 @@ Result<uint16_t> runOperation(const Operation& operation) {
     }
     dropPage();
     if (row->flash == Flash::changes) {
-        _ForgetBootSum();
+        forgetBootSum();
     }
     if (row->shows == Shows::blocks) {
         PROGRESS_HideByteCount();

@@ -154,7 +154,7 @@ void identify() {
     {
         const std::lock_guard lock(control);
         if (state.Identified.exchange(0) == 0) { // from here on nothing is posted any more
-            failure.hint = {Cause::loaderSilent, _LoaderSent()};
+            failure.hint = {Cause::loaderSilent, loaderSentText()};
         }
     }
     reportAndRelease(failure, true, false);

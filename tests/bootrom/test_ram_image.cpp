@@ -44,11 +44,11 @@ TEST(RamImageA, GivesItsRecordsUpToTheFirstFault) {
         {"nothing", 0, false},
     };
     for (const Case& c : cases) {
-        const RamImageA image = _ParseRamImageA(c.text);
+        const RamImageA image = parseRamImageA(c.text);
         EXPECT_EQ(image.records.size(), c.records) << c.text;
         EXPECT_EQ(image.malformed, c.malformed) << c.text;
     }
-    EXPECT_EQ(_ParseRamImageA(cases[0].text).records[0].bytes, bytesOfHex("3A0102000055A8"));
+    EXPECT_EQ(parseRamImageA(cases[0].text).records[0].bytes, bytesOfHex("3A0102000055A8"));
 }
 
 TEST(RamImageB, IsTakenWholeOrNotAtAll) {
@@ -76,7 +76,7 @@ TEST(RamImageB, IsTakenWholeOrNotAtAll) {
     };
     for (const Case& c : cases) {
         RamImageB image;
-        EXPECT_EQ(_ParseRamImageB(c.text, image), c.error) << c.text;
+        EXPECT_EQ(parseRamImageB(c.text, image), c.error) << c.text;
         if (c.error.empty()) {
             EXPECT_EQ(image.start, c.start) << c.text;
             EXPECT_EQ(image.size, c.size) << c.text;

@@ -145,13 +145,13 @@ std::string fuzzCommandLine(Bytes bytes) {
 std::string fuzzRamImage(Bytes bytes) {
     const std::string text = textOf(bytes);
     static_cast<void>(_RamImageFits(text));
-    for (const RamRecord& record : _ParseRamImageA(text).records) {
+    for (const RamRecord& record : parseRamImageA(text).records) {
         if (record.bytes.size() != record.count() + 6U) {
             return "a record of another length than it says";
         }
     }
     RamImageB image;
-    if (!_ParseRamImageB(text, image).empty()) {
+    if (!parseRamImageB(text, image).empty()) {
         return "";
     }
     uint64_t end = image.start;

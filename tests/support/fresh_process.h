@@ -40,7 +40,7 @@ inline void freshProcess() {
     TARGET_State().LinkState = LINK_IDLE;
     BOOT_SetState(BOOT_UNSYNCED);
     BOOT_SetChipInRom(false);
-    _SetBootSum(0);
+    setBootSum(0);
     PASSWORD_Reset();
     PASSWORD_SetLimits(0, 0, 0, 0);
     PASSWORD_SetDialog({});

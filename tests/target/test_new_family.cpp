@@ -15,7 +15,7 @@ constexpr uint8_t kMatch = 0xA5;
 // The program's side.
 
 Result<> matchToy(uint32_t baudrate) {
-    Result<> matched = _MatchByte(kMatch);
+    Result<> matched = familyMatchByte(kMatch);
     if (matched) {
         SIO_ChangeBaudrate(baudrate);
     }
@@ -24,7 +24,7 @@ Result<> matchToy(uint32_t baudrate) {
 
 Result<> getSumToy() {
     SIO_WriteByte(0x01);
-    return _ReadBootSum(kSumMs);
+    return readBootSum(kSumMs);
 }
 
 // The count, the bytes of the image's text, answered with their sum's complement.
@@ -33,7 +33,7 @@ Result<LoaderTransfer> prepareToy(const std::string& text) {
         SIO_WriteByte(0x02);
         SIO_WriteByte(static_cast<uint8_t>(bytes.size()));
         SIO_Write(bytes);
-        return _BootAwait(_BootChecksum(bytes), "Loader not taken");
+        return bootAwait(bootChecksum(bytes), "Loader not taken");
     });
 }
 
@@ -93,7 +93,7 @@ const BootFamily kToyChip = {
 
 TEST(NewFamily, WorksFromItsRecordsAlone) {
     addRamcodeType("TYPE_TOY", kToyType);
-    _AddProtocol(kToyType, kToy);
+    addProtocol(kToyType, kToy);
     SIM_AddFamily(kToyType, kToyChip);
     WorldOptions options;
     options.device = "TOY";
