@@ -44,7 +44,7 @@ TEST(Closing, StoresTheViewsThatAreOpenAndThePlace) {
 
 namespace {
 
-enum class When { loaderSentText, operationRuns, questionIsOpen };
+enum class When { loaderIsSent, operationRuns, questionIsOpen };
 
 // Closes the frame at that moment of a blank check, which the user has cancelled just before or
 // not.
@@ -62,7 +62,7 @@ void closeDuringCommand(When when, bool cancelled) {
         if (asks) {
             return QApplication::activeModalWidget() != nullptr;
         }
-        return when == When::loaderSentText ? SIMPORT_BytesToChip(world.line) > 100
+        return when == When::loaderIsSent ? SIMPORT_BytesToChip(world.line) > 100
                                           : TARGET_State().Operation == OP_BLANK_CHECK;
     };
     QTimer watch;
@@ -87,12 +87,12 @@ void closeDuringCommand(When when, bool cancelled) {
 } // namespace
 
 TEST(Closing, EndsACommandAtAnyMoment) {
-    closeDuringCommand(When::loaderSentText, false);
+    closeDuringCommand(When::loaderIsSent, false);
     closeDuringCommand(When::operationRuns, false);
     closeDuringCommand(When::questionIsOpen, false);
 }
 
 TEST(Closing, EndsACancelledCommand) {
-    closeDuringCommand(When::loaderSentText, true);
+    closeDuringCommand(When::loaderIsSent, true);
     closeDuringCommand(When::operationRuns, true);
 }
