@@ -165,7 +165,7 @@ def main():
     drawn = sorted(random.sample(possible, min(count, len(possible))))
     assert all(passes(suite, 0) for suite in SUITES), "the tests fail without a mistake"
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        where = pool.map(finder(n, planted[n][0].split("/")[1]), drawn)
+        where = pool.map(lambda n: finder(n, planted[n][0].split("/")[1]), drawn)
         report(planted, drawn, dict(zip(drawn, where)))
 
 
