@@ -163,7 +163,10 @@ def main():
     build()
     possible = [n for n in planted if not folders or planted[n][0].split("/")[1] in folders]
     drawn = sorted(random.sample(possible, min(count, len(possible))))
-    assert all(passes(suite, 0) for suite in SUITES), "the tests fail without a mistake"
+    needed = {suite for n in drawn for suite in suites_of(planted[n][0].split("/")[1])}
+    for suite in sorted(needed):
+        if not passes(suite, 0):
+            sys.exit(f"test_{suite} fails without a mistake")
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         where = pool.map(lambda n: finder(n, planted[n][0].split("/")[1]), drawn)
         report(planted, drawn, dict(zip(drawn, where)))

@@ -1,5 +1,6 @@
 #include "device/image_checksum.h"
 #include "notice/status.h"
+#include "persist/ini.h"
 #include "platform/event_queue.h"
 #include "platform/files.h"
 #include "shell/cmdline_commands.h"
@@ -117,6 +118,7 @@ TEST(Startup, AnAcceptedSheetIsSavedAtOnce) {
     for (const int answer : {kDialogCancel, kDialogOk}) {
         const ShellWorld world;
         writeFile(world.folder / "tool.ini", "");
+        INI_Load();
         EVENTS_Open();
         FRONTEND_Get().optionsSheet = [answer] {
             DEVPROPS_SetResetByPC(true);
