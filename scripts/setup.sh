@@ -4,6 +4,7 @@ set -euo pipefail
 
 packages=(
   g++ cmake ninja-build ccache           # build
+  nlohmann-json3-dev                     # the result of a run
   qt6-base-dev                           # desktop
   libgtest-dev libbenchmark-dev          # tests and benchmarks
   clang clang-format clang-tidy python3  # static checks

@@ -4,6 +4,7 @@
 #include "data/program_format.h"
 #include "notice/error.h"
 #include "notice/run.h"
+#include "shell/account.h"
 #include "shell/cmdline.h"
 #include "shell/cmdline_values.h"
 #include "shell/command_handler.h"
@@ -123,6 +124,9 @@ void CMDLINE_RunCommand(int command) {
     const Command* row = COMMAND_Find(command);
     if (row != nullptr && (RUN_GetExitCode() == 0 || command == CMD_EXIT)) {
         VERDICT_CommandStarts(*row);
+        if (command != CMD_EXIT) {
+            ACCOUNT_CommandStarts(*row);
+        }
         SESSION_Get().commandBegun |= command != CMD_EXIT;
         if (row->line.read == nullptr) {
             MAINFRAME_Command(command);
@@ -133,5 +137,8 @@ void CMDLINE_RunCommand(int command) {
         }
     }
     VERDICT_CommandEnds(command);
+    if (row != nullptr && command != CMD_EXIT) {
+        ACCOUNT_CommandEnds(*row);
+    }
     CMDLINE_Next();
 }

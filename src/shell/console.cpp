@@ -5,6 +5,7 @@
 #include "platform/event_queue.h"
 #include "platform/format.h"
 #include "platform/process.h"
+#include "shell/account.h"
 #include "shell/progress_line.h"
 
 #include <mutex>
@@ -20,6 +21,10 @@ ProgressRate rate;
 bool isTerminal = false;
 
 void print(const std::string& text) {
+    constexpr std::string_view kNote = "Note: ";
+    if (text.starts_with(kNote)) {
+        ACCOUNT_Note(text.substr(kNote.size()));
+    }
     const std::lock_guard lock(consoleMutex);
     const std::string erase = liveLine.empty() ? "" : kEraseLine;
     if (!PROGRESS_IsOpen()) {

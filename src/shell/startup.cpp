@@ -14,6 +14,7 @@
 #include "serial/sio.h"
 #include "serial/sio_log.h"
 #include "serial/terminal_buffer.h"
+#include "shell/account.h"
 #include "shell/cmdline.h"
 #include "shell/cmdline_commands.h"
 #include "shell/cmdline_line.h"
@@ -135,21 +136,30 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
         return false;
     }
     CMDLINE_SetDispatcher(CMDLINE_RunCommand);
+    ACCOUNT_Stage("command line");
     if (!CMDLINE_Read(arguments)) {
         return false;
     }
+    ACCOUNT_Stage("project");
     TARGET_Init(nullptr, TERMINAL_ReceiveByte);
     const bool isComplete = loadRemembered();
     CONFIGURATION_Changed(); // an option may fill the password before it names a device
-    if (!isComplete || !CMDLINE_Apply()) {
+    if (!isComplete) {
         return false;
     }
+    ACCOUNT_Stage("command line");
+    if (!CMDLINE_Apply()) {
+        return false;
+    }
+    ACCOUNT_Stage("file");
     if (const auto programFile = CMDLINE_ProgramFile()) {
         PROGRAM_Open(*programFile);
     }
     openRememberedViews();
     CONFIGURATION_Changed();
+    ACCOUNT_Stage("port");
     openPort();
+    ACCOUNT_Stage("end");
     return true;
 }
 

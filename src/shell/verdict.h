@@ -14,3 +14,5 @@ void VERDICT_CommandStarts(const Command& command);
 void VERDICT_CommandEnds(int command);
 // "Passed: ..." or "Failed: ..." by the exit code as it is now. `refused`: nothing was begun.
 std::string VERDICT_Line(bool refused);
+// The four digits that the chip said last of what it holds now, "----" when it was not asked.
+std::string VERDICT_ChipChecksum();
