@@ -35,6 +35,7 @@ struct AccountedFile {
 
 struct AccountedPatch {
     uint32_t address = 0;
+    std::string path; // of the file that held the bytes; empty: the line held them
     std::vector<uint8_t> bytes;
 };
 

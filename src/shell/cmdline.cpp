@@ -158,6 +158,10 @@ void CMDLINE_Next() {
     ++nextIndex;
 }
 
+void CMDLINE_Rewind() {
+    nextIndex = 0;
+}
+
 bool CMDLINE_IsRunning() {
     return nextIndex < queue.size();
 }

@@ -37,6 +37,8 @@ std::vector<std::string> CMDLINE_CommandNames();
 
 // Runs at most one queued command.
 void CMDLINE_Poll();
+// The queue begins anew with its first command, in place of CMDLINE_Next.
+void CMDLINE_Rewind();
 // Marks the running command as done.
 void CMDLINE_Next();
 bool CMDLINE_IsRunning(); // a queued command has not run yet

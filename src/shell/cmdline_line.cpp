@@ -72,7 +72,9 @@ void readEntry(LineItem& item) {
     }
     CMDLINE_SetArgument(item.text);
     ArgumentValue value = readValue(item);
-    if (!item.isCommand()) { // which reads it again when its turn comes
+    if (item.isCommand()) { // reads it again when its turn comes
+        item.value.misfit = std::move(value.misfit);
+    } else {
         item.value = std::move(value);
     }
     CMDLINE_DoubtRest();

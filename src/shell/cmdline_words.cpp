@@ -8,13 +8,27 @@
 #include "shell/run_words.h"
 
 #include <algorithm>
+#include <charconv>
 
 namespace {
+
+constexpr int kMostRetries = 100;
 
 template <std::string RunWords::*path>
 bool setPath(const std::string& value) {
     RUNWORDS_Get().*path = value;
     return !value.empty();
+}
+
+void setPatchAdds(bool on) {
+    RUNWORDS_Get().patchAdds = on;
+}
+
+bool setRetries(const std::string& value) {
+    int& retries = RUNWORDS_Get().retries;
+    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), retries);
+    return error == std::errc() && end == value.data() + value.size() && retries >= 0 &&
+           retries <= kMostRetries;
 }
 
 constexpr CmdlineWord kWords[] = {
@@ -27,6 +41,15 @@ constexpr CmdlineWord kWords[] = {
      "writes what became of a run with -Exit as one JSON object; - for "
      "standard output",
      nullptr, setPath<&RunWords::resultPath>},
+    {"--log", "FILE", "writes the log of this run there", nullptr, setPath<&RunWords::logPath>},
+    {"--transcript", "FILE", "writes there what passes on the line in this run", nullptr,
+     setPath<&RunWords::transcriptPath>},
+    {"--retries", "N", "walks through the commands up to N times more when the board fails",
+     nullptr, setRetries},
+    {"--patch-adds", "", "lets -FilePatch add what the image does not hold", setPatchAdds},
+    {"--yes", "",
+     "lets a run with -Exit protect the chip or its blocks, which cannot be taken back",
+     RUN_SetConfirmed},
     {"--paths", "", "prints where settings, projects, logs and devices are"},
     {"--list-ports", "", "prints the serial ports that are present"},
     {"--list-devices", "", "prints the devices that can be selected"},

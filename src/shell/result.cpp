@@ -1,10 +1,12 @@
 #include "shell/result.h"
 
 #include "data/hexdata.h"
+#include "data/sha256.h"
 #include "device/device.h"
 #include "device/devprops.h"
 #include "device/image_checksum.h"
 #include "notice/run.h"
+#include "persist/hex_text.h"
 #include "platform/files.h"
 #include "platform/format.h"
 #include "platform/port_list.h"
@@ -88,11 +90,14 @@ Json files(const Account& account) {
 Json patches(const Account& account) {
     Json list = Json::array();
     for (const AccountedPatch& patch : account.patches) {
-        std::string digits;
-        for (const uint8_t byte : patch.bytes) {
-            digits += formatText("%02X", byte);
-        }
-        list.push_back({{"address", formatText("%X", patch.address)}, {"bytes", digits}});
+        Sha256 digest; // what a file holds may be a secret
+        digest.add({reinterpret_cast<const char*>(patch.bytes.data()), patch.bytes.size()});
+        list.push_back(
+            {{"address", formatText("%X", patch.address)},
+             {"bytes", patch.bytes.size()},
+             {"data", patch.path.empty() ? Json(HEXTEXT_FromBytes(patch.bytes)) : Json()},
+             {"path", textOrNull(patch.path)},
+             {"sha256", digest.finish()}});
     }
     return list;
 }

@@ -9,7 +9,6 @@ struct RunWords {
     std::string logPath;        // empty: the usual place
     std::string transcriptPath; // empty: none but the one that the settings ask for
     int retries = 0;
-    bool yes = false;       // what cannot be taken back may be done
     bool patchAdds = false; // a patch may add to the image
 };
 

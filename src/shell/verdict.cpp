@@ -65,6 +65,10 @@ std::string blocks() {
 
 void VERDICT_Begin() {
     begun = CLOCK_Now();
+    VERDICT_NextTry();
+}
+
+void VERDICT_NextTry() {
     done.clear();
     stoppedAt.clear();
     isRunning = false;

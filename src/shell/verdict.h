@@ -8,6 +8,8 @@
 
 // Begins the account of a run.
 void VERDICT_Begin();
+// Another try begins; the time counts on.
+void VERDICT_NextTry();
 // A queued command runs next.
 void VERDICT_CommandStarts(const Command& command);
 // A queued command was run, or left out because something had failed before.
