@@ -190,7 +190,7 @@ void readCommon() {
 
 void tellNearNames(const IniText& text, const std::string& path) {
     for (const std::string& note : INICHECK_Notes(text)) {
-        LOG_Add("Note: " + path + ", " + note);
+        LOG_Add(formatText("Note: %s, %s", path.c_str(), note.c_str()));
     }
 }
 

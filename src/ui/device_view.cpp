@@ -15,7 +15,8 @@ constexpr std::array<TextColumn, 2> kPropertyColumns = {{{"Name", 69, ""}, {"Val
 class DeviceView final : public ViewWidget {
 public:
     explicit DeviceView(QWidget* parent)
-        : ViewWidget(parent), table_(TEXTTABLE_Create(kPropertyColumns, font(), this)) {
+        : ViewWidget(parent),
+          table_(TEXTTABLE_Create(kPropertyColumns, "Device properties", font(), this)) {
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->addWidget(table_);

@@ -29,6 +29,7 @@ public:
         layout_->addLayout(buttons);
         layout_->addWidget(message_);
         addKind(entry);
+        edit_->setAccessibleName("What to find");
         entry->addWidget(edit_, 1);
         addButton(buttons, "&Next", "findNext", true);
         addButton(buttons, "Previo&us", "findPrevious", false);

@@ -45,11 +45,14 @@ public:
         contents_ = new QTreeWidget(this);
         contents_->setObjectName("HelpContents");
         contents_->setHeaderLabel("Contents");
+        contents_->setAccessibleName("Contents");
         page_ = new QTextBrowser(this);
         page_->setObjectName("HelpPage");
+        page_->setAccessibleName("Help");
         page_->setOpenExternalLinks(true);
         find_ = new QLineEdit(this);
         find_->setObjectName("HelpFind");
+        find_->setAccessibleName("Find in the help");
         find_->setPlaceholderText("Find in the help (Ctrl+F), Enter for the next place");
         find_->setClearButtonEnabled(true);
         auto* splitter = new QSplitter(this);

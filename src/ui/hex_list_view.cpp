@@ -47,7 +47,8 @@ QString cellText(Rows& rows, int row, int column) {
 class HexListView final : public ViewWidget {
 public:
     explicit HexListView(QWidget* parent)
-        : ViewWidget(parent), table_(TEXTTABLE_Create(kAreaColumns, LOOK_FixedFont(), this)) {
+        : ViewWidget(parent),
+          table_(TEXTTABLE_Create(kAreaColumns, "Areas of the image", LOOK_FixedFont(), this)) {
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->setSpacing(0);

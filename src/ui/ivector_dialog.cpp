@@ -32,7 +32,8 @@ QString cellText(const IVectorRow& row, int column) {
 }
 
 QTableView* addTable(QDialog& dialog, const std::vector<IVectorRow>& rows) {
-    QTableView* table = TEXTTABLE_Create(kVectorColumns, dialog.font(), &dialog);
+    QTableView* table =
+        TEXTTABLE_Create(kVectorColumns, "Interrupt vectors", dialog.font(), &dialog);
     table->setObjectName("vectors");
     TEXTTABLE_SetRows(table, static_cast<int>(rows.size()), [&rows](int row, int column) {
         return cellText(rows[static_cast<size_t>(row)], column);

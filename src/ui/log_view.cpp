@@ -101,6 +101,7 @@ public:
         layout->setContentsMargins(0, 0, 0, 0);
         list_ = new QListView(this);
         list_->setObjectName("LogList");
+        list_->setAccessibleName("Log");
         list_->setModel(&model_);
         list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
         list_->setUniformItemSizes(true);

@@ -172,6 +172,7 @@ QLabel* label(const QString& text, QWidget* parent, QWidget* buddy) {
 void addBlockControls(const TargetPagePtr& page, QWidget* widget, QVBoxLayout* layout) {
     page->blocks = new BlockList(widget, [page] { toggleCurrentBlock(*page); });
     page->blocks->setObjectName("603");
+    page->blocks->setAccessibleName("Blocks");
     layout->addWidget(label("&Select Blocks", widget, page->blocks));
     layout->addWidget(page->blocks, 1);
     auto* row = new QHBoxLayout;

@@ -131,9 +131,10 @@ QVariant TextTableModel::headerData(int section, Qt::Orientation orientation, in
                                    : QVariant();
 }
 
-QTableView* TEXTTABLE_Create(std::span<const TextColumn> columns, const QFont& font,
-                             QWidget* parent) {
+QTableView* TEXTTABLE_Create(std::span<const TextColumn> columns, const char* name,
+                             const QFont& font, QWidget* parent) {
     auto* view = new TextTable(parent);
+    view->setAccessibleName(name);
     view->setModel(new TextTableModel(columns, view));
     view->setFont(font);
     view->setShowGrid(false);

@@ -35,10 +35,11 @@ private:
     CellText text_;
 };
 
+// `name`: for who hears the table instead of seeing it.
 // The parent owns the view, the view its model; `columns` stays where it is. One row can be
 // selected, and copied with Ctrl+C.
-QTableView* TEXTTABLE_Create(std::span<const TextColumn> columns, const QFont& font,
-                             QWidget* parent);
+QTableView* TEXTTABLE_Create(std::span<const TextColumn> columns, const char* name,
+                             const QFont& font, QWidget* parent);
 // Has long texts broken between words, for a table of few rows in a narrow window.
 void TEXTTABLE_WrapTexts(QTableView* view);
 // Shows new rows at the place where the view was.

@@ -129,9 +129,10 @@ std::string halves(const Contents& found, const Contents& before, const Contents
         const bool old = before.contains(name) && before.at(name) == text;
         const bool fresh = after.contains(name) && after.at(name) == text;
         const bool goesWithTheNext = killed && name.find(".calvorin-") != std::string::npos;
-        wrong += old || fresh || goesWithTheNext
-                     ? ""
-                     : name + (known ? " is neither\n" + text : " is left\n");
+        if (!old && !fresh && !goesWithTheNext) {
+            wrong += name;
+            wrong += known ? " is neither\n" + text : " is left\n";
+        }
     }
     for (const auto& [name, text] : before) {
         wrong += found.contains(name) ? "" : name + " is gone\n";

@@ -89,6 +89,7 @@ void expectReachable(const QDialog& dialog) {
     for (int index = 0; tabs != nullptr && index < tabs->count(); ++index) {
         take(tabs->tabText(index));
     }
+    expectNamed(dialog);
     bool hasDefault = false;
     QPoint before(-1, -1);
     for (QWidget* widget = dialog.nextInFocusChain(); widget != &dialog;

@@ -287,6 +287,17 @@ TEST(TerminalView, IsReadyToTypeWheneverItIsActivated) {
     EXPECT_EQ(focusIn(View::terminal)->objectName(), "Send");
 }
 
+TEST(Views, SayWhatTheyAre) {
+    DesktopWorld world;
+    world.show();
+    for (const View view :
+         {View::terminal, View::log, View::hexList, View::hexDump, View::device}) {
+        FRONTEND_Get().openView(view);
+    }
+    QApplication::processEvents();
+    expectNamed(world.frame());
+}
+
 TEST(LogView, StartsAgainWithTheDefaultPlacement) {
     DesktopWorld world;
     world.show();

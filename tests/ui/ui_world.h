@@ -14,6 +14,8 @@
 #include "support/fresh_process.h"
 #include "support/temp_folder.h"
 
+#include <QAbstractScrollArea>
+#include <QAccessible>
 #include <QApplication>
 #include <QDialog>
 #include <QKeyEvent>
@@ -123,4 +125,18 @@ inline void pressKey(QWidget& widget, int key, Qt::KeyboardModifiers modifiers =
     const QString text = key == Qt::Key_Space ? " " : "";
     QKeyEvent press(QEvent::KeyPress, key, modifiers, text);
     QApplication::sendEvent(&widget, &press);
+}
+
+// What can be reached by Tab says what it is to who hears it.
+inline void expectNamed(const QWidget& within) {
+    for (QWidget* widget : within.findChildren<QWidget*>()) {
+        const bool inside = qobject_cast<QAbstractScrollArea*>(widget->parentWidget()) != nullptr ||
+                            widget->window() != within.window();
+        if ((widget->focusPolicy() & Qt::TabFocus) != 0 && widget->focusProxy() == nullptr &&
+            !inside) {
+            QAccessibleInterface* heard = QAccessible::queryAccessibleInterface(widget);
+            EXPECT_TRUE(heard != nullptr && !heard->text(QAccessible::Name).isEmpty())
+                << widget->metaObject()->className() << " " << widget->objectName().toStdString();
+        }
+    }
 }

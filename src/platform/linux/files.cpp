@@ -244,6 +244,7 @@ std::vector<fs::path> FILES_ListShared(const std::string& folder, std::string_vi
         }
     }
     std::vector<fs::path> paths;
+    paths.reserve(found.size());
     for (const auto& [name, path] : found) {
         paths.push_back(path);
     }
