@@ -11,6 +11,7 @@ packages=(
   dpkg-dev lintian desktop-file-utils appstream libxml2-utils groff # packages and their checks
   bash-completion zsh fish               # completions
   srecord binutils time                  # peers that the tests and benchmarks compare with
+  parallel                               # the recipes of the bench
   ser2net python3-serial                 # port servers of others that the tests go through
 )
 

@@ -69,10 +69,32 @@ TEST(Result, OfAPassedRun) {
 
 TEST(Result, OfARefusedLine) {
     const ResultRun run;
-    EXPECT_EQ(run.bench.run(run.arguments({"-TargetAuto", "-TargetVerfy"})).exitCode, 1);
-    EXPECT_EQ(run.result()["stage"], "command line");
-    EXPECT_EQ(run.outcomes(), "TargetAuto skipped, ");
-    EXPECT_EQ(run.result()["errors"].size(), 1);
+    const struct {
+        Strings arguments;
+        const char* outcomes;
+        const char* error;
+    } cases[] = {
+        {{"-TargetAuto", "-TargetVerfy"},
+         "TargetAuto skipped, ",
+         "\"TargetVerfy\" is not a valid command ! (argument \"-TargetVerfy\", did you mean "
+         "-TargetVerify?)"},
+        {{"-OptionsTargetDeviceVT-A96", "-TargetReadProtect"},
+         "TargetReadProtect skipped, ",
+         "TargetReadProtect cannot be taken back and needs --yes (argument "
+         "\"-TargetReadProtect\")"},
+        {{"-TargetFlashStatus", "--retries", "101"},
+         "TargetFlashStatus skipped, ",
+         "101 cannot be N of --retries (argument \"--retries\")"},
+        {{"-FilePatch10=0"},
+         "FilePatch skipped, ",
+         "Odd length is illegal (argument \"-FilePatch10=0\")"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(run.bench.run(run.arguments(c.arguments)).exitCode, 1) << c.error;
+        EXPECT_EQ(run.result()["stage"], "command line");
+        EXPECT_EQ(run.outcomes(), c.outcomes);
+        EXPECT_EQ(run.result()["errors"][0], c.error);
+    }
 }
 
 TEST(Result, OfAnInterruptedRun) {
