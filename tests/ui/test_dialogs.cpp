@@ -117,6 +117,7 @@ TEST(Dialogs, CanBeUsedByKeyboard) {
     selectVtB();
     SESSION_Get().loaded = true;
     ValueRequest request;
+    request.label0 = "First:";
     request.label1 = "Second:";
     for (const Dialog dialog : {DIALOG_Target, DIALOG_Settings, DIALOG_Communication,
                                 DIALOG_Password, DIALOG_InterruptVectors}) {
@@ -151,7 +152,8 @@ TEST(ValueDialog, ShowsAndReadsHexNumbers) {
         UiWorld world;
         ValueRequest request;
         request.sign = c.sign;
-        request.label1 = "Second:";
+        request.label0 = "First:";
+    request.label1 = "Second:";
         request.value0 = c.before[0];
         request.value1 = c.before[1];
         const auto edit = [&] { return DIALOG_EditValue(nullptr, request); };
