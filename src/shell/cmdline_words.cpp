@@ -103,7 +103,7 @@ void WORDS_SetForRun(const std::vector<std::string>& arguments) {
         const auto found = std::ranges::find(arguments, word.name);
         if (word.setForRun != nullptr) {
             word.setForRun(found != arguments.end());
-        } else if (word.setValue != nullptr && found != arguments.end() &&
+        } else if (word.setValue != nullptr && RUN_IsUnattended() && found != arguments.end() &&
                    found + 1 != arguments.end() && WORDS_IsValue(found[1])) {
             word.setValue(found[1]);
         }

@@ -27,7 +27,8 @@ const CmdlineWord* WORDS_Find(std::string_view argument);
 bool WORDS_IsValue(std::string_view value);
 // The arguments without those that are the values of words in front of them.
 std::vector<std::string> WORDS_WithoutValues(const std::vector<std::string>& arguments);
-// Sets what the words ask for: those of notice/run.h, and shell/run_words.h.
+// Sets what the words ask for, values in an unattended run alone: those of notice/run.h, and
+// shell/run_words.h.
 void WORDS_SetForRun(const std::vector<std::string>& arguments);
 
 // Whether an argument asks for the help, wherever it stands.

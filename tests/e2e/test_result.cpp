@@ -82,8 +82,8 @@ TEST(Result, OfARefusedLine) {
          "TargetReadProtect skipped, ",
          "TargetReadProtect cannot be taken back and needs --yes (argument "
          "\"-TargetReadProtect\")"},
-        {{"-TargetFlashStatus", "--retries", "101"},
-         "TargetFlashStatus skipped, ",
+        {{"-TargetGetCRC", "--retries", "101"},
+         "TargetGetCRC skipped, ",
          "101 cannot be N of --retries (argument \"--retries\")"},
         {{"-FilePatch10=0"},
          "FilePatch skipped, ",
