@@ -45,7 +45,7 @@ std::vector<ReferenceRow> REFERENCE_Commands() {
 std::vector<ReferenceRow> REFERENCE_Words() {
     std::vector<ReferenceRow> rows;
     for (const CmdlineWord& word : WORDS_Table()) {
-        rows.push_back({word.name, word.argument, word.help, "", false, word.setForRun == nullptr});
+        rows.push_back({word.name, word.argument, word.help, "", false, !word.isForRun()});
     }
     return rows;
 }

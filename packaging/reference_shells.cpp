@@ -109,6 +109,17 @@ std::string bareNames(bool withArgument) {
     return text;
 }
 
+// The words behind which a file stands as an argument of its own, as a pattern.
+std::string wordsWithFile() {
+    std::string text;
+    for (const ReferenceRow& row : REFERENCE_Words()) {
+        if (row.argument == "FILE") {
+            text += (text.empty() ? "" : "|") + row.name;
+        }
+    }
+    return text;
+}
+
 constexpr char kBash[] = R"(# bash completion for calvorin, made from the program's table of options
 _calvorin_values() { # NAME VALUE...
     local name=$1 value
@@ -130,10 +141,12 @@ _calvorin() {
     local cur=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} name
     COMPREPLY=()
     compopt -o nospace 2>/dev/null
-    if [[ $previous == --check-device ]]; then
-        _calvorin_files ''
-        return
-    fi
+    case $previous in
+        WORDS)
+            _calvorin_files ''
+            return
+            ;;
+    esac
     case $cur in
 BRANCHES        -*)
             for name in GLUED; do
@@ -165,10 +178,16 @@ glued=(
 GLUED)
 plain=(
 PLAIN)
-if [[ ${words[CURRENT-1]} == --check-device ]]; then
-    _files -g '*.dev(-.)'
-    return
-fi
+case ${words[CURRENT-1]} in
+    --check-device)
+        _files -g '*.dev(-.)'
+        return
+        ;;
+    WORDS)
+        _files
+        return
+        ;;
+esac
 case $PREFIX in
 BRANCHES    -*)
         _describe -o option glued -S ''
@@ -218,12 +237,14 @@ constexpr ValueForms kFishForms = {
 std::string REFERENCE_Bash() {
     std::string text = replaced(kBash, "BRANCHES", branches(kBashForms));
     text = replaced(text, "GLUED", bareNames(true));
+    text = replaced(text, "WORDS", wordsWithFile());
     return replaced(text, "PLAIN", bareNames(false));
 }
 
 std::string REFERENCE_Zsh() {
     std::string text = replaced(kZsh, "BRANCHES", branches(kZshForms));
     text = replaced(text, "GLUED", names(true, ":", "    ", true));
+    text = replaced(text, "WORDS", wordsWithFile());
     return replaced(text, "PLAIN", names(false, ":", "    ", true));
 }
 

@@ -4,12 +4,14 @@ set -euo pipefail
 
 packages=(
   g++ cmake ninja-build ccache           # build
+  nlohmann-json3-dev                     # the result of a run
   qt6-base-dev                           # desktop
   libgtest-dev libbenchmark-dev          # tests and benchmarks
   clang clang-format clang-tidy python3  # static checks
   dpkg-dev lintian desktop-file-utils appstream libxml2-utils groff # packages and their checks
   bash-completion zsh fish               # completions
   srecord binutils time                  # peers that the tests and benchmarks compare with
+  parallel                               # the recipes of the bench
   ser2net python3-serial                 # port servers of others that the tests go through
 )
 

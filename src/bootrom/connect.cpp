@@ -46,7 +46,8 @@ void summarize(const Failure& failure) {
 }
 
 bool confirmReadProtect() {
-    return ERROR_Ask(
+    return RUN_IsConfirmed() ||
+           ERROR_Ask(
                nullptr,
                "AFTER THIS COMMAND THE CHIP CAN NOT BE READ ANY MORE\nUNTIL IT IS ERASED.\n\nARE "
                "YOU SURE YOU WANT TO EXECUTE THE READ PROTECT COMMAND?",

@@ -24,11 +24,12 @@ void add(const std::string& text) {
 
 } // namespace
 
-void LOG_Init() {
+FileResult LOG_Init(const std::string& path) {
     const std::lock_guard lock(logMutex);
-    logFile.create(FILES_KeptFile(Kept::state, "log"));
+    FileResult created = logFile.create(path.empty() ? FILES_KeptFile(Kept::state, "log") : path);
     logFile.write(formatText("%s log file, compiled at ", FILES_ProgramBaseName().c_str()) +
                   LOG_BuildTime() + "\r\n" + LOG_HeaderBlock());
+    return created;
 }
 
 void LOG_Exit() {

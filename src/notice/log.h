@@ -3,6 +3,7 @@
 #pragma once
 
 #include "notice/log_text.h"
+#include "platform/files.h"
 
 #include <functional>
 #include <string>
@@ -12,8 +13,9 @@
 // that added it, one call at a time.
 using LogObserver = std::function<void(const std::string& line, const std::string& text)>;
 
-// Creates the log file afresh and writes its header. A file that cannot be created is not missed.
-void LOG_Init();
+// Creates the log file afresh and writes its header, at `path` or, where that is empty, in its
+// usual place. Who did not ask for a file may ignore that it cannot be created.
+FileResult LOG_Init(const std::string& path = {});
 // Writes the closing line and closes the file.
 void LOG_Exit();
 // Makes now the time base of the stamps; before the first call they count from the system's start.

@@ -9,6 +9,7 @@ std::atomic<bool> failureReported{false};
 std::atomic<bool> unattended{false};
 std::atomic<bool> isolated{false};
 std::atomic<bool> acceptDamaged{false};
+std::atomic<bool> confirmed{false};
 std::atomic<bool> interrupted{false};
 
 } // namespace
@@ -23,6 +24,11 @@ int RUN_GetExitCode() {
 
 void RUN_NoteFailure() {
     failureReported = true;
+}
+
+void RUN_ForgetFailure() {
+    failureReported = false;
+    exitCode = 0;
 }
 
 void RUN_SetUnattended(bool on) {
@@ -49,6 +55,14 @@ bool RUN_AcceptsDamaged() {
     return acceptDamaged;
 }
 
+void RUN_SetConfirmed(bool on) {
+    confirmed = on;
+}
+
+bool RUN_IsConfirmed() {
+    return confirmed;
+}
+
 void RUN_Interrupt() {
     interrupted = true;
 }
@@ -63,5 +77,6 @@ void RUN_Reset() {
     unattended = false;
     isolated = false;
     acceptDamaged = false;
+    confirmed = false;
     interrupted = false;
 }

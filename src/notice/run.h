@@ -9,6 +9,8 @@ void RUN_SetExitCode(int code);
 int RUN_GetExitCode();
 // A failure was reported.
 void RUN_NoteFailure();
+// Another try begins: the exit code is 0 until something is reported again.
+void RUN_ForgetFailure();
 
 // Unattended: Exit is queued on the command line, nothing may be shown or asked.
 void RUN_SetUnattended(bool unattended);
@@ -21,6 +23,10 @@ bool RUN_IsIsolated();
 // Program files with damaged records may be loaded in an unattended run.
 void RUN_SetAcceptDamaged(bool accept);
 bool RUN_AcceptsDamaged();
+
+// What cannot be taken back was agreed to before the run (--yes).
+void RUN_SetConfirmed(bool confirmed);
+bool RUN_IsConfirmed();
 
 // The user ended the run (Ctrl-C): the exit code is 1 from here on, long waits end.
 void RUN_Interrupt();

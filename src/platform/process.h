@@ -16,6 +16,8 @@ void PROCESS_WriteError(std::string_view text);
 // Whether standard error is a terminal, and its width in columns (80 when it does not say).
 bool PROCESS_ErrorIsTerminal();
 int PROCESS_TerminalWidth();
+// Whether the terminal only takes lines one below the other (TERM is "dumb", or not set).
+bool PROCESS_TerminalIsDumb();
 // Whether NO_COLOR is set to anything but an empty text.
 bool PROCESS_NoColour();
 

@@ -240,7 +240,7 @@ void SIO_Init(uint32_t port, uint32_t baudrate, uint32_t logging, uint8_t byteSi
 
 void SIO_Exit() {
     SIO_CloseAll();
-    SIO_DisableLogging();
+    SIO_EndTranscript();
 }
 
 SioConfig SIO_GetConfig() {

@@ -22,10 +22,16 @@ std::mutex logMutex;
 std::optional<AppendFile> logFile; // there while logging is on, even when it could not be created
 std::atomic<bool> loggingOn{false};
 uint32_t startTick = 0;
+std::string transcript;   // the path of a log of this run alone
 std::string cannotCreate; // why there is no file
 uint64_t lostEntries = 0; // since logging was started
 PollFold polls;
 thread_local bool polling = false; // the calling thread's entries belong to a poll
+
+// With the lock held.
+std::string logPath() {
+    return transcript.empty() ? FILES_KeptFile(Kept::state, "sio") : transcript;
+}
 
 std::string ruleLine() {
     return std::string(56, '-') + "\r\n";
@@ -49,7 +55,7 @@ std::string writeOrCount(std::string_view text) {
         return {};
     }
     return formatText("The communication log cannot be written (%s: %s); the run goes on",
-                      FILES_KeptFile(Kept::state, "sio").c_str(), result.reason.c_str());
+                      logPath().c_str(), result.reason.c_str());
 }
 
 void tell(const std::string& problem) {
@@ -104,7 +110,7 @@ void SIO_EnableLogging() {
         if (logFile) {
             return;
         }
-        cannotCreate = logFile.emplace().create(FILES_KeptFile(Kept::state, "sio")).reason;
+        cannotCreate = logFile.emplace().create(logPath()).reason;
         startTick = CLOCK_Tick();
         lostEntries = 0;
         polls = {};
@@ -115,7 +121,31 @@ void SIO_EnableLogging() {
     tell(problem);
 }
 
+FileResult SIO_StartTranscript(const std::string& path) {
+    {
+        const std::lock_guard lock(logMutex);
+        transcript = path;
+    }
+    SIO_EnableLogging();
+    const std::lock_guard lock(logMutex);
+    return {cannotCreate.empty() ? FileStatus::ok : FileStatus::failed, cannotCreate};
+}
+
+void SIO_EndTranscript() {
+    {
+        const std::lock_guard lock(logMutex);
+        transcript.clear();
+    }
+    SIO_DisableLogging();
+}
+
 void SIO_DisableLogging() {
+    {
+        const std::lock_guard lock(logMutex);
+        if (!transcript.empty()) {
+            return;
+        }
+    }
     if (!loggingOn.exchange(false)) {
         return;
     }

@@ -4,12 +4,19 @@
 // that go like the one before are counted in one line, written after 10 s at the latest.
 #pragma once
 
+#include "platform/files.h"
+
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 
 void SIO_EnableLogging();
-void SIO_DisableLogging();
+// Logs to a file of its own from here on, whatever the settings say of logging; the failure to
+// create it. To be called before logging is on.
+FileResult SIO_StartTranscript(const std::string& path);
+void SIO_DisableLogging(); // nothing while there is a transcript
+void SIO_EndTranscript();
 // Where a run ends with logging on: says what the log has lost, if anything, and counts anew.
 void SIO_TellLostEntries();
 

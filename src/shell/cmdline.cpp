@@ -41,7 +41,7 @@ CommandDispatcher dispatcher;
 std::string wordLines(const char* title, bool forRun) {
     std::string lines = title;
     for (const CmdlineWord& word : WORDS_Table()) {
-        if ((word.setForRun != nullptr) == forRun) {
+        if (word.isForRun() == forRun) {
             const std::string left = std::string(word.name) + " " + word.argument;
             lines += formatText("%-20s  %s\n", left.c_str(), word.help);
         }
@@ -121,18 +121,28 @@ std::optional<std::string> CMDLINE_ProgramFile() {
 }
 
 bool CMDLINE_Contains(const std::vector<std::string>& arguments, int id) {
-    return std::ranges::any_of(arguments, [id](const std::string& argument) {
+    return std::ranges::any_of(WORDS_WithoutValues(arguments), [id](const std::string& argument) {
         const CmdlineEntry* entry = LINE_EntryOf(argument);
         return entry != nullptr && entry->command != nullptr && entry->command->id == id;
     });
 }
 
 bool CMDLINE_ContainsTarget(const std::vector<std::string>& arguments) {
-    return std::ranges::any_of(arguments, [](const std::string& argument) {
+    return std::ranges::any_of(WORDS_WithoutValues(arguments), [](const std::string& argument) {
         const CmdlineEntry* entry = LINE_EntryOf(argument);
         return entry != nullptr && entry->command != nullptr &&
                entry->command->worksOn == WorksOn::target;
     });
+}
+
+std::vector<std::string> CMDLINE_CommandNames() {
+    std::vector<std::string> names;
+    for (const LineItem& item : commandLine.items) {
+        if (item.isCommand() && !item.isExit()) {
+            names.emplace_back(item.entry->name);
+        }
+    }
+    return names;
 }
 
 void CMDLINE_Poll() {
@@ -146,6 +156,10 @@ void CMDLINE_Poll() {
 
 void CMDLINE_Next() {
     ++nextIndex;
+}
+
+void CMDLINE_Rewind() {
+    nextIndex = 0;
 }
 
 bool CMDLINE_IsRunning() {

@@ -32,8 +32,13 @@ std::optional<std::string> CMDLINE_ProgramFile();
 bool CMDLINE_Contains(const std::vector<std::string>& arguments, int id);
 bool CMDLINE_ContainsTarget(const std::vector<std::string>& arguments);
 
+// The commands of the line in their order, without Exit, also of a line that was refused.
+std::vector<std::string> CMDLINE_CommandNames();
+
 // Runs at most one queued command.
 void CMDLINE_Poll();
+// The queue begins anew with its first command, in place of CMDLINE_Next.
+void CMDLINE_Rewind();
 // Marks the running command as done.
 void CMDLINE_Next();
 bool CMDLINE_IsRunning(); // a queued command has not run yet

@@ -2,8 +2,11 @@
 
 #include "data/hexdata.h"
 #include "data/program_format.h"
+#include "device/device.h"
 #include "notice/error.h"
 #include "notice/run.h"
+#include "platform/format.h"
+#include "shell/account.h"
 #include "shell/cmdline.h"
 #include "shell/cmdline_values.h"
 #include "shell/command_handler.h"
@@ -11,6 +14,7 @@
 #include "shell/command_table.h"
 #include "shell/edit_operations.h"
 #include "shell/program_files.h"
+#include "shell/retry.h"
 #include "shell/session.h"
 #include "shell/verdict.h"
 
@@ -71,7 +75,48 @@ void run(const ArgumentValue& value) {
     }
 }
 
+// A command of the menu that not every device offers.
+ArgumentValue offered(int id, bool isFinal, bool (*offers)(const DeviceRecord&)) {
+    const Command* row = COMMAND_Find(id);
+    if (isFinal && !RUN_IsConfirmed()) {
+        CMDLINE_Doubt(formatText("%s cannot be taken back and needs --yes", row->line.name));
+    }
+    const auto misfit = [name = row->line.name, offers](const DeviceRecord& device) {
+        return offers(device) ? ""
+                              : formatText("%s does not offer %s", device.Device.c_str(), name);
+    };
+    return {[misfit, run = row->run] {
+                if (const std::string problem = misfit(DEVICE_Selected()); !problem.empty()) {
+                    ERROR_Out(nullptr, problem, 1);
+                } else {
+                    run();
+                }
+            },
+            misfit};
+}
+
 } // namespace
+
+ArgumentValue CMDLINE_ProtectChip() {
+    return offered(CMD_TARGET_PROTECT_CHIP, true, [](const DeviceRecord& device) {
+        return device.SprtProtectBlock != 0 || device.SprtProtectChip != 0;
+    });
+}
+
+ArgumentValue CMDLINE_ProtectBlocks() {
+    return offered(CMD_TARGET_PROTECT_BLOCKS, true,
+                   [](const DeviceRecord& device) { return device.SprtProtectBlock != 0; });
+}
+
+ArgumentValue CMDLINE_ReadProtect() {
+    return offered(CMD_TARGET_READ_PROTECT, true,
+                   [](const DeviceRecord& device) { return device.SprtReadProtect != 0; });
+}
+
+ArgumentValue CMDLINE_FlashStatus() {
+    return offered(CMD_TARGET_FLASH_STATUS, false,
+                   [](const DeviceRecord& device) { return device.SprtFlashMemStatus != 0; });
+}
 
 ArgumentValue CMDLINE_MergeFile() {
     const std::string path = CMDLINE_TakeRest();
@@ -121,8 +166,16 @@ ArgumentValue CMDLINE_ReadBack() {
 
 void CMDLINE_RunCommand(int command) {
     const Command* row = COMMAND_Find(command);
+    if (command == CMD_EXIT && RETRY_IsDue() && RETRY_Begin()) {
+        CMDLINE_Rewind();
+        return;
+    }
     if (row != nullptr && (RUN_GetExitCode() == 0 || command == CMD_EXIT)) {
         VERDICT_CommandStarts(*row);
+        if (command != CMD_EXIT) {
+            ACCOUNT_CommandStarts(*row);
+            RETRY_CommandStarts(*row);
+        }
         SESSION_Get().commandBegun |= command != CMD_EXIT;
         if (row->line.read == nullptr) {
             MAINFRAME_Command(command);
@@ -133,5 +186,8 @@ void CMDLINE_RunCommand(int command) {
         }
     }
     VERDICT_CommandEnds(command);
+    if (row != nullptr && command != CMD_EXIT) {
+        ACCOUNT_CommandEnds(*row);
+    }
     CMDLINE_Next();
 }

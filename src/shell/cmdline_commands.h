@@ -14,3 +14,10 @@ ArgumentValue CMDLINE_SaveAs();
 ArgumentValue CMDLINE_DeleteRange();
 ArgumentValue CMDLINE_Relocate();
 ArgumentValue CMDLINE_ReadBack();
+
+// Commands without one, which the device has to offer; what cannot be taken back has to be
+// confirmed (--yes) where nobody is asked.
+ArgumentValue CMDLINE_ProtectChip();
+ArgumentValue CMDLINE_ProtectBlocks();
+ArgumentValue CMDLINE_ReadProtect();
+ArgumentValue CMDLINE_FlashStatus();

@@ -26,7 +26,7 @@ bool isProgramFile(const std::string& argument) {
 
 bool isWord(const std::string& argument) {
     const CmdlineWord* word = WORDS_Find(argument);
-    return word != nullptr && word->setForRun != nullptr;
+    return word != nullptr && word->isForRun();
 }
 
 void readFile(LineItem& item, CommandLine& line) {
@@ -72,7 +72,9 @@ void readEntry(LineItem& item) {
     }
     CMDLINE_SetArgument(item.text);
     ArgumentValue value = readValue(item);
-    if (!item.isCommand()) { // which reads it again when its turn comes
+    if (item.isCommand()) { // reads it again when its turn comes
+        item.value.misfit = std::move(value.misfit);
+    } else {
         item.value = std::move(value);
     }
     CMDLINE_DoubtRest();
@@ -129,6 +131,18 @@ void readItem(LineItem& item, CommandLine& line) {
     }
 }
 
+// A word of which the value is an argument of its own.
+void readWordValue(LineItem& item, const CmdlineWord& word, const std::string* value) {
+    if (!RUN_IsUnattended()) {
+        item.faults.push_back(formatText("%s is for a run with -Exit", word.name));
+    } else if (value == nullptr) {
+        item.faults.push_back(formatText("%s needs %s behind it", word.name, word.argument));
+    } else if (!word.setValue(*value)) {
+        item.faults.push_back(
+            formatText("%s cannot be %s of %s", value->c_str(), word.argument, word.name));
+    }
+}
+
 bool selectsDevice(const LineItem& item) {
     return item.value.device.has_value();
 }
@@ -148,21 +162,24 @@ const CmdlineEntry* LINE_EntryOf(const std::string& argument) {
 }
 
 void LINE_SetKindOfRun(const std::vector<std::string>& arguments) {
-    RUN_SetUnattended(std::ranges::any_of(arguments, [](const std::string& argument) {
+    const std::vector<std::string> others = WORDS_WithoutValues(arguments);
+    RUN_SetUnattended(std::ranges::any_of(others, [](const std::string& argument) {
         return LineItem{argument, LINE_EntryOf(argument)}.isExit();
     }));
-    for (const CmdlineWord& word : WORDS_Table()) {
-        if (word.setForRun != nullptr) {
-            word.setForRun(std::ranges::find(arguments, word.name) != arguments.end());
-        }
-    }
+    WORDS_SetForRun(arguments);
 }
 
 CommandLine LINE_Read(const std::vector<std::string>& arguments) {
     CommandLine line;
-    for (const std::string& argument : arguments) {
-        LineItem item{argument};
-        readItem(item, line);
+    for (size_t i = 0; i < arguments.size(); ++i) {
+        LineItem item{arguments[i]};
+        const CmdlineWord* word = WORDS_Find(item.argument);
+        if (word != nullptr && word->setValue != nullptr) {
+            const bool hasValue = i + 1 < arguments.size() && WORDS_IsValue(arguments[i + 1]);
+            readWordValue(item, *word, hasValue ? &arguments[++i] : nullptr);
+        } else {
+            readItem(item, line);
+        }
         line.items.push_back(std::move(item));
     }
     return line;

@@ -27,6 +27,9 @@ std::vector<CmdlineEntry> makeTable() {
             table.push_back({row.line.name, row.line.help, row.line.note, nullptr, &row});
         }
     }
+    for (const Command& row : COMMAND_LineOnly()) {
+        table.push_back({row.line.name, row.line.help, row.line.note, nullptr, &row});
+    }
     std::erase_if(table, [](const CmdlineEntry& entry) { return entry.name == nullptr; });
     std::ranges::stable_sort(table, {}, rank);
     table.push_back({"?", "\t\t\tDisplay this box", "without a desktop on standard output"});

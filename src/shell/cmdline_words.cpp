@@ -5,10 +5,31 @@
 #include "shell/cmdline.h"
 #include "shell/identity.h"
 #include "shell/inquiries.h"
+#include "shell/run_words.h"
 
 #include <algorithm>
+#include <charconv>
 
 namespace {
+
+constexpr int kMostRetries = 100;
+
+template <std::string RunWords::*path>
+bool setPath(const std::string& value) {
+    RUNWORDS_Get().*path = value;
+    return !value.empty();
+}
+
+void setPatchAdds(bool on) {
+    RUNWORDS_Get().patchAdds = on;
+}
+
+bool setRetries(const std::string& value) {
+    int& retries = RUNWORDS_Get().retries;
+    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), retries);
+    return error == std::errc() && end == value.data() + value.size() && retries >= 0 &&
+           retries <= kMostRetries;
+}
 
 constexpr CmdlineWord kWords[] = {
     {"--isolated", "",
@@ -16,6 +37,19 @@ constexpr CmdlineWord kWords[] = {
      RUN_SetIsolated},
     {"--accept-damaged", "", "a damaged record of a program file does not fail a run with -Exit",
      RUN_SetAcceptDamaged},
+    {"--result", "FILE",
+     "writes what became of a run with -Exit as one JSON object; - for "
+     "standard output",
+     nullptr, setPath<&RunWords::resultPath>},
+    {"--log", "FILE", "writes the log of this run there", nullptr, setPath<&RunWords::logPath>},
+    {"--transcript", "FILE", "writes there what passes on the line in this run", nullptr,
+     setPath<&RunWords::transcriptPath>},
+    {"--retries", "N", "walks through the commands up to N times more when the board fails",
+     nullptr, setRetries},
+    {"--patch-adds", "", "lets -FilePatch add what the image does not hold", setPatchAdds},
+    {"--yes", "",
+     "lets a run with -Exit protect the chip or its blocks, which cannot be taken back",
+     RUN_SetConfirmed},
     {"--paths", "", "prints where settings, projects, logs and devices are"},
     {"--list-ports", "", "prints the serial ports that are present"},
     {"--list-devices", "", "prints the devices that can be selected"},
@@ -44,6 +78,36 @@ const CmdlineWord* WORDS_Find(std::string_view argument) {
     const auto found = std::ranges::find_if(
         kWords, [argument](const CmdlineWord& word) { return argument == word.name; });
     return found == std::end(kWords) ? nullptr : found;
+}
+
+bool WORDS_IsValue(std::string_view value) {
+    return value == "-" || !value.starts_with('-');
+}
+
+std::vector<std::string> WORDS_WithoutValues(const std::vector<std::string>& arguments) {
+    std::vector<std::string> others;
+    bool isValue = false;
+    for (const std::string& argument : arguments) {
+        if (!isValue || !WORDS_IsValue(argument)) {
+            others.push_back(argument);
+        }
+        const CmdlineWord* word = WORDS_Find(argument);
+        isValue = !isValue && word != nullptr && word->setValue != nullptr;
+    }
+    return others;
+}
+
+void WORDS_SetForRun(const std::vector<std::string>& arguments) {
+    RUNWORDS_Get() = {};
+    for (const CmdlineWord& word : kWords) {
+        const auto found = std::ranges::find(arguments, word.name);
+        if (word.setForRun != nullptr) {
+            word.setForRun(found != arguments.end());
+        } else if (word.setValue != nullptr && RUN_IsUnattended() && found != arguments.end() &&
+                   found + 1 != arguments.end() && WORDS_IsValue(found[1])) {
+            word.setValue(found[1]);
+        }
+    }
 }
 
 bool WORDS_AsksForHelp(const std::vector<std::string>& arguments) {

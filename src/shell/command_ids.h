@@ -3,6 +3,7 @@
 #pragma once
 
 enum CommandId : int {
+    CMD_FILE_PATCH = 199, // of the command line alone
     CMD_FILE_OPEN = 200,
     CMD_FILE_MERGE = 201,
     CMD_FILE_SAVE = 202,

@@ -7,6 +7,7 @@
 #include "persist/mru.h"
 #include "shell/checks.h"
 #include "shell/cmdline_commands.h"
+#include "shell/cmdline_patch.h"
 #include "shell/command_handler.h"
 #include "shell/command_ids.h"
 #include "shell/edit_operations.h"
@@ -162,13 +163,19 @@ constexpr Command kTarget[] = {
     target(CMD_TARGET_BLANK_CHECK_BLOCKS, "Blankcheck B&locks", "", idle,
            busy<TARGET_BlankCheckBlocks>,
            {"TargetCheckBlankBlocks", "\tChecks if selected blocks are blank"}),
-    target(CMD_TARGET_PROTECT_CHIP, "Protect C&hip", "", canProtectChip, busy<TARGET_ProtectChip>),
+    target(CMD_TARGET_PROTECT_CHIP, "Protect C&hip", "", canProtectChip, busy<TARGET_ProtectChip>,
+           {"TargetProtectChip", "\tProtects the chip", "only with `--yes`", CMDLINE_ProtectChip}),
     target(CMD_TARGET_PROTECT_BLOCKS, "Protect B&locks", "",
-           deviceOffers<DEVICE_GetSprtProtectBlock>, busy<TARGET_ProtectBlocks>),
+           deviceOffers<DEVICE_GetSprtProtectBlock>, busy<TARGET_ProtectBlocks>,
+           {"TargetProtectBlocks", "\tProtects selected blocks", "only with `--yes`",
+            CMDLINE_ProtectBlocks}),
     target(CMD_TARGET_READ_PROTECT, "R&ead Protect Chip", "",
-           deviceOffers<DEVICE_GetSprtReadProtect>, busy<TARGET_ReadProtect>),
+           deviceOffers<DEVICE_GetSprtReadProtect>, busy<TARGET_ReadProtect>,
+           {"TargetReadProtect", "\tProtects the chip against reading", "only with `--yes`",
+            CMDLINE_ReadProtect}),
     target(CMD_TARGET_FLASH_STATUS, "F&lash Memory Status", "",
-           deviceOffers<DEVICE_GetSprtFlashMemStatus>, busy<TARGET_FlashStatus>),
+           deviceOffers<DEVICE_GetSprtFlashMemStatus>, busy<TARGET_FlashStatus>,
+           {"TargetFlashStatus", "\tShows the status of the flash", nullptr, CMDLINE_FlashStatus}),
 };
 constexpr Command kOptions[] = {
     program(CMD_OPTIONS, "&Options", "", always, COMMAND_Options),
@@ -187,6 +194,13 @@ constexpr Command kHelp[] = {
     window(CMD_HELP_ABOUT, "&About ...", always, ask<&FrontEnd::aboutDialog>),
 };
 
+// Without a menu item.
+constexpr Command kLineOnly[] = {
+    program(CMD_FILE_PATCH, "", "", always, nullptr,
+            {"FilePatch", "\t\t<ADDRESS=HEXBYTES> Puts bytes, or those of @FILE, into the image",
+             "hexadecimal address; see [bench.md](bench.md)", CMDLINE_Patch}),
+};
+
 constexpr CommandPopup kPopups[] = {
     {"&File", kFile},     {"&Project", kProject},       {"&Edit", kEdit},     {"&View", kView},
     {"&Target", kTarget}, {"&Options", kOptions, true}, {"&Window", kWindow}, {"&Help", kHelp},
@@ -198,7 +212,14 @@ std::span<const CommandPopup> COMMAND_Popups() {
     return kPopups;
 }
 
+std::span<const Command> COMMAND_LineOnly() {
+    return kLineOnly;
+}
+
 const Command* COMMAND_Find(int id) {
+    if (id == kLineOnly[0].id) {
+        return &kLineOnly[0];
+    }
     for (const CommandPopup& popup : kPopups) {
         for (const Command& row : popup.items) {
             if (row.id != 0 && id >= row.id && id <= std::max(row.id, row.recent.lastId)) {

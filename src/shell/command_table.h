@@ -49,6 +49,8 @@ struct CommandPopup {
 
 // The menu in its order.
 std::span<const CommandPopup> COMMAND_Popups();
+// The commands that the command line alone has.
+std::span<const Command> COMMAND_LineOnly();
 // The row of an identifier, also of an entry of a recent list; none for an unknown one.
 const Command* COMMAND_Find(int id);
 

@@ -5,6 +5,7 @@
 #include "platform/event_queue.h"
 #include "platform/format.h"
 #include "platform/process.h"
+#include "shell/account.h"
 #include "shell/progress_line.h"
 
 #include <mutex>
@@ -12,14 +13,20 @@
 namespace {
 
 constexpr int kTickMs = 100;
+constexpr int kPlainTickMs = 1000;
 constexpr char kEraseLine[] = "\r\x1b[K";
 
 std::mutex consoleMutex;
 std::string liveLine; // what the terminal shows now, without a line end
 ProgressRate rate;
+ProgressSteps steps;
 bool isTerminal = false;
 
 void print(const std::string& text) {
+    constexpr std::string_view kNote = "Note: ";
+    if (text.starts_with(kNote)) {
+        ACCOUNT_Note(text.substr(kNote.size()));
+    }
     const std::lock_guard lock(consoleMutex);
     const std::string erase = liveLine.empty() ? "" : kEraseLine;
     if (!PROGRESS_IsOpen()) {
@@ -47,6 +54,20 @@ void tick() {
     showLiveLine(PROGRESSLINE_Format(view, bytesPerSecond, PROCESS_TerminalWidth()));
 }
 
+// Where lines only follow each other.
+void plainTick() {
+    if (!PROGRESS_IsOpen()) {
+        rate = {};
+        steps = {};
+        return;
+    }
+    const ProgressView view = PROGRESS_GetView();
+    const double bytesPerSecond = PROGRESSLINE_Rate(rate, view);
+    if (PROGRESSLINE_IsDue(steps, view)) {
+        print(view.caption + PROGRESSLINE_Figures(view, bytesPerSecond));
+    }
+}
+
 // Every line but the errors, which the notifier prints; the log has made it fit to be shown.
 void showLogLine(const std::string&, const std::string& text) {
     if (!text.starts_with("Error: ")) {
@@ -56,10 +77,8 @@ void showLogLine(const std::string&, const std::string& text) {
 
 void start() {
     LOG_SetObserver(showLogLine);
-    isTerminal = PROCESS_ErrorIsTerminal();
-    if (isTerminal) {
-        EVENTS_SetTicker(kTickMs, tick);
-    }
+    isTerminal = PROCESS_ErrorIsTerminal() && !PROCESS_TerminalIsDumb();
+    EVENTS_SetTicker(isTerminal ? kTickMs : kPlainTickMs, isTerminal ? tick : plainTick);
 }
 
 void stop() {

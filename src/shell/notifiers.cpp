@@ -4,6 +4,7 @@
 #include "notice/log.h"
 #include "notice/run.h"
 #include "platform/format.h"
+#include "shell/account.h"
 #include "shell/console.h"
 #include "shell/front_end.h"
 
@@ -43,6 +44,7 @@ void notifyError(WindowHandle window, const std::string& text, const std::string
     }
     if (RUN_IsUnattended() || !FRONTEND_Get().hasWindows) {
         CONSOLE_PrintError(onOneLine(text));
+        ACCOUNT_Error(onOneLine(text), hint);
         logHint(hint);
     } else {
         logHint(hint);
@@ -53,7 +55,11 @@ void notifyError(WindowHandle window, const std::string& text, const std::string
 int notifyQuestion(WindowHandle window, const std::string& text, const std::string& caption,
                    unsigned boxType) {
     if (RUN_IsUnattended() || !FRONTEND_Get().hasWindows) {
-        CONSOLE_PrintLine(NOTIFIERS_UnattendedLine(text, caption, boxType));
+        const std::string line = NOTIFIERS_UnattendedLine(text, caption, boxType);
+        CONSOLE_PrintLine(line);
+        if ((boxType & kButtonsMask) != BOX_OK) {
+            ACCOUNT_Note(line);
+        }
         return ANSWER_NONE;
     }
     return FRONTEND_Get().ask(window, text, caption, boxType);

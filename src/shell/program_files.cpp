@@ -9,6 +9,7 @@
 #include "persist/mru.h"
 #include "platform/files.h"
 #include "platform/format.h"
+#include "shell/account.h"
 #include "shell/front_end.h"
 #include "shell/image_origin.h"
 #include "shell/session.h"
@@ -86,6 +87,7 @@ bool PROGRAM_Open(const std::string& path) {
         return false;
     }
     SESSION_Get().loaded = true;
+    ACCOUNT_File(path);
     imageIsOfFile(path, HEXDATA_GetFileType());
     SUMMARY_Refresh();
     FRONTEND_Get().openView(View::hexDump);
@@ -102,6 +104,9 @@ bool PROGRAM_Merge(const std::string& path) {
     const bool found = FILES_Exists(path);
     session.loaded = PROGRAMFILE_Merge(path);
     const bool merged = session.loaded && found;
+    if (merged) {
+        ACCOUNT_File(path);
+    }
     if (!merged) {
         forgetLostImage();
     } else if (wasEmpty) {

@@ -6,18 +6,21 @@
 
 namespace {
 
-constexpr int kBarWidth = 24; // columns
+constexpr size_t kWidestBar = 24; // columns
+constexpr size_t kNarrowestBar = 6;
+constexpr size_t kBarFrame = 3; // brackets and the blank in front
+constexpr uint32_t kStepMs = 10'000;
 
 std::string minutes(uint32_t ms) {
     return formatText("%u:%02u", ms / 60'000, ms / 1000 % 60);
 }
 
-std::string bar(int percent) {
-    const int filled = std::clamp(percent, 0, 100) * kBarWidth / 100;
+std::string bar(int percent, int width) {
+    const int filled = std::clamp(percent, 0, 100) * width / 100;
     std::string text(static_cast<size_t>(filled), '=');
-    if (filled < kBarWidth) {
+    if (filled < width) {
         text += '>';
-        text.resize(kBarWidth, ' ');
+        text.resize(static_cast<size_t>(width), ' ');
     }
     return "[" + text + "]";
 }
@@ -46,11 +49,10 @@ double PROGRESSLINE_Rate(ProgressRate& rate, const ProgressView& view) {
     return elapsed == 0 ? 0 : (static_cast<double>(view.pos) - rate.startPos) * 1000 / elapsed;
 }
 
-std::string PROGRESSLINE_Format(const ProgressView& view, double bytesPerSecond, int width) {
-    std::string line = view.caption;
+std::string PROGRESSLINE_Figures(const ProgressView& view, double bytesPerSecond) {
+    std::string line;
     if (view.hasRange && !view.barTextMode) {
-        const int percent = PROGRESS_Percent(view);
-        line += " " + bar(percent) + formatText(" %3d %%", percent);
+        line += formatText(" %3d %%", PROGRESS_Percent(view));
         line += view.line2.empty() ? "" : "  " + view.line2;
         if (bytesPerSecond > 0) {
             line += formatText("  %.1f kB/s", bytesPerSecond / 1000);
@@ -66,6 +68,36 @@ std::string PROGRESSLINE_Format(const ProgressView& view, double bytesPerSecond,
     if (view.hasRange && view.byteCount && !view.barTextMode) {
         line += remaining(view, bytesPerSecond);
     }
+    return line;
+}
+
+std::string PROGRESSLINE_Format(const ProgressView& view, double bytesPerSecond, int width) {
+    const std::string figures = PROGRESSLINE_Figures(view, bytesPerSecond);
     // The last column stays free, where some terminals would wrap.
-    return line.substr(0, static_cast<size_t>(std::max(0, width - 1)));
+    const auto columns = static_cast<size_t>(std::max(0, width - 1));
+    std::string line = view.caption;
+    if (view.hasRange && !view.barTextMode) {
+        const size_t others = line.size() + figures.size() + kBarFrame;
+        const size_t room = columns - std::min(columns, others);
+        if (room >= kNarrowestBar) {
+            line += " " + bar(PROGRESS_Percent(view), static_cast<int>(std::min(room, kWidestBar)));
+        }
+    }
+    return (line + figures).substr(0, columns);
+}
+
+bool PROGRESSLINE_IsDue(ProgressSteps& steps, const ProgressView& view) {
+    if (!view.hasRange || view.barTextMode) {
+        return false;
+    }
+    const int tenth = PROGRESS_Percent(view) / 10;
+    const bool begins = view.elapsedMs < steps.toldMs;
+    if (begins) {
+        steps = {};
+    }
+    if (tenth == steps.tenth || view.elapsedMs - steps.toldMs < kStepMs) {
+        return false;
+    }
+    steps = {view.elapsedMs, tenth};
+    return true;
 }

@@ -16,6 +16,18 @@ struct ProgressRate {
 // Bytes a second since the first call for this range; 0 while it cannot be told.
 double PROGRESSLINE_Rate(ProgressRate& rate, const ProgressView& view);
 
-// "Programming [=====>    ] 48 %  63488 of 131072 bytes  10.6 kB/s  0:06 elapsed  0:06 left", cut
-// to `width` columns.
+// "Programming [=====>    ] 48 %  63488 of 131072 bytes  10.6 kB/s  0:06 elapsed  0:06 left". Where
+// that is wider than `width` columns the bar is narrower or left out; figures are cut last.
 std::string PROGRESSLINE_Format(const ProgressView& view, double bytesPerSecond, int width);
+// The same without caption and bar.
+std::string PROGRESSLINE_Figures(const ProgressView& view, double bytesPerSecond);
+
+// What was told last of an operation where no live line can be shown.
+struct ProgressSteps {
+    uint32_t toldMs = 0; // by the operation's clock
+    int tenth = 0;
+};
+
+// Whether a line of its own is due: another tenth is done, and 10 s have passed since the last
+// line.
+bool PROGRESSLINE_IsDue(ProgressSteps& steps, const ProgressView& view);

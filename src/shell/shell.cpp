@@ -7,11 +7,13 @@
 #include "platform/files.h"
 #include "platform/format.h"
 #include "platform/process.h"
+#include "shell/account.h"
 #include "shell/cmdline.h"
 #include "shell/cmdline_words.h"
 #include "shell/command_ids.h"
 #include "shell/console.h"
 #include "shell/front_end.h"
+#include "shell/result.h"
 #include "shell/session.h"
 #include "shell/startup.h"
 #include "shell/verdict.h"
@@ -81,6 +83,7 @@ int SHELL_Run(int argc, char** argv) {
         return RUN_GetExitCode();
     }
     VERDICT_Begin();
+    ACCOUNT_Begin();
     const bool started = STARTUP_Run(arguments);
     if (started) {
         mainLoop();
@@ -90,6 +93,7 @@ int SHELL_Run(int argc, char** argv) {
         CONSOLE_PrintLine("Interrupted");
     }
     STARTUP_Close();
+    RESULT_Write();
     if (RUN_IsUnattended() && CMDLINE_ContainsTarget(arguments)) {
         CONSOLE_PrintLine(VERDICT_Line(!started));
     }

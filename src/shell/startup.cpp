@@ -11,9 +11,11 @@
 #include "persist/mru.h"
 #include "platform/event_queue.h"
 #include "platform/files.h"
+#include "platform/format.h"
 #include "serial/sio.h"
 #include "serial/sio_log.h"
 #include "serial/terminal_buffer.h"
+#include "shell/account.h"
 #include "shell/cmdline.h"
 #include "shell/cmdline_commands.h"
 #include "shell/cmdline_line.h"
@@ -24,6 +26,7 @@
 #include "shell/notifiers.h"
 #include "shell/program_files.h"
 #include "shell/project.h"
+#include "shell/run_words.h"
 #include "shell/session.h"
 #include "shell/settings.h"
 #include "shell/summary.h"
@@ -49,11 +52,40 @@ void readFrameSettings() {
     bottom = bottom == 0 ? kDefaultBottom : bottom;
 }
 
-void prepareModules() {
+FileResult logOpened;
+
+void openLog() {
+    const std::string& path = RUNWORDS_Get().logPath;
     if (!RUN_IsIsolated()) {
         FILES_MakeKeptFolders();
-        LOG_Init();
     }
+    if (!RUN_IsIsolated() || !path.empty()) {
+        logOpened = LOG_Init(path);
+    }
+}
+
+// Whether what the line wants the run to be recorded in could be created, else reported.
+bool isRecorded() {
+    const auto isKept = [](const char* what, const std::string& path, const FileResult& created) {
+        if (!path.empty() && !created.ok()) {
+            ERROR_Out(nullptr,
+                      formatText("The %s cannot be written (%s: %s)", what, path.c_str(),
+                                 created.reason.c_str()),
+                      1);
+            return false;
+        }
+        return true;
+    };
+    const RunWords& words = RUNWORDS_Get();
+    if (!isKept("log", words.logPath, logOpened)) {
+        return false;
+    }
+    return words.transcriptPath.empty() ||
+           isKept("transcript", words.transcriptPath, SIO_StartTranscript(words.transcriptPath));
+}
+
+void prepareModules() {
+    openLog();
     STATUS_Init();
     STATUS_SetText("Disconnected", STATUS_CONNECTION);
     STATUS_SetText("Target CRC: ----", STATUS_CHECKSUM);
@@ -135,21 +167,30 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
         return false;
     }
     CMDLINE_SetDispatcher(CMDLINE_RunCommand);
-    if (!CMDLINE_Read(arguments)) {
+    ACCOUNT_Stage("command line");
+    if (!CMDLINE_Read(arguments) || !isRecorded()) {
         return false;
     }
+    ACCOUNT_Stage("project");
     TARGET_Init(nullptr, TERMINAL_ReceiveByte);
     const bool isComplete = loadRemembered();
     CONFIGURATION_Changed(); // an option may fill the password before it names a device
-    if (!isComplete || !CMDLINE_Apply()) {
+    if (!isComplete) {
         return false;
     }
+    ACCOUNT_Stage("command line");
+    if (!CMDLINE_Apply()) {
+        return false;
+    }
+    ACCOUNT_Stage("file");
     if (const auto programFile = CMDLINE_ProgramFile()) {
         PROGRAM_Open(*programFile);
     }
     openRememberedViews();
     CONFIGURATION_Changed();
+    ACCOUNT_Stage("port");
     openPort();
+    ACCOUNT_Stage("end");
     return true;
 }
 

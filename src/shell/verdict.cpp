@@ -61,16 +61,14 @@ std::string blocks() {
            formatText(" of %zu", DEVICE_Blocks().size());
 }
 
-// What the chip said last of what it holds now, "----" when it was not asked.
-std::string chipChecksum() {
-    const std::string text = STATUS_GetText(STATUS_CHECKSUM);
-    return text.substr(text.size() - std::min(text.size(), kChecksumDigits));
-}
-
 } // namespace
 
 void VERDICT_Begin() {
     begun = CLOCK_Now();
+    VERDICT_NextTry();
+}
+
+void VERDICT_NextTry() {
     done.clear();
     stoppedAt.clear();
     isRunning = false;
@@ -105,6 +103,12 @@ std::string VERDICT_Line(bool refused) {
     const bool crc = DEVICE_GetSprtCRC() != 0;
     return verdict + DEVICE_GetName() + ", " + whatWasDone() + ", " + blocks() +
            formatText(", %u bytes, %s of image %04X, of chip %s, %.1f s", HEXDATA_GetNumBytes(),
-                      crc ? "CRC" : "SUM", DEVICE_CalcImageChecksum(crc), chipChecksum().c_str(),
+                      crc ? "CRC" : "SUM", DEVICE_CalcImageChecksum(crc),
+                      VERDICT_ChipChecksum().c_str(),
                       static_cast<double>(CLOCK_Now().us - begun.us) / 1e6);
+}
+
+std::string VERDICT_ChipChecksum() {
+    const std::string text = STATUS_GetText(STATUS_CHECKSUM);
+    return text.substr(text.size() - std::min(text.size(), kChecksumDigits));
 }

@@ -191,7 +191,8 @@ bool checksumsAgree() {
 }
 
 bool confirmProtect() {
-    return ERROR_Ask(nullptr,
+    return RUN_IsConfirmed() ||
+           ERROR_Ask(nullptr,
                      "WHEN PROTECTING BLOCKS YOU CAN NOT PROGRAM\nOR ERASE THESE BLOCKS AFTER THIS "
                      "COMMAND.\n\nARE YOU SURE YOU WANT TO EXECUTE THE PROTECT COMMAND?",
                      "WARNING", BOX_OK_CANCEL) == ANSWER_OK;

@@ -44,9 +44,10 @@ TEST(PortServers, Ser2net) {
     VirtualTarget target(bench.folder, "VT-B128");
     const std::string port = std::to_string(20000 + getpid() % 10000);
     const std::string configuration = bench.folder / "ser2net.yaml";
-    writeFile(configuration, "connection: &chip\n  accepter: telnet(rfc2217),tcp,127.0.0.1," +
-                                 port + "\n  connector: serialdev," +
-                                 (bench.folder / "port").string() + ",38400n81,local\n");
+    std::string example = readFile(builtFolder() / "examples" / "ser2net.yaml");
+    example = std::regex_replace(example, std::regex(",3001"), ",127.0.0.1," + port);
+    writeFile(configuration, std::regex_replace(example, std::regex("/dev/ttyUSB0"),
+                                                (bench.folder / "port").string()));
     const Process server({"/usr/bin/env", "ser2net", "-n", "-d", "-u", "-c", configuration, "-P",
                           bench.folder / "pid"},
                          bench.folder / "server");

@@ -22,6 +22,11 @@ TEST(ProgressLine, ShowsBarBytesRateAndTimes) {
     EXPECT_EQ(PROGRESSLINE_Format(view, 1000, 200),
               "Programming [======>                 ]  25 %  25000 of 100000 bytes  1.0 kB/s  "
               "1:05 elapsed  1:15 left");
+    EXPECT_EQ(PROGRESSLINE_Format(view, 1000, 87),
+              "Programming [==>     ]  25 %  25000 of 100000 bytes  "
+              "1.0 kB/s  1:05 elapsed  1:15 left");
+    EXPECT_EQ(PROGRESSLINE_Format(view, 1000, 80), "Programming  25 %  25000 of 100000 bytes  1.0 "
+                                                   "kB/s  1:05 elapsed  1:15 left");
     EXPECT_EQ(PROGRESSLINE_Format(view, 1000, 12).size(), 11U);
     view.barTextMode = true;
     view.barText = "Maximum time: 30 sec";
@@ -42,5 +47,23 @@ TEST(ProgressLine, MeasuresTheRateFromTheFirstLookOn) {
         view.pos = look.pos;
         view.elapsedMs = look.elapsedMs;
         EXPECT_DOUBLE_EQ(PROGRESSLINE_Rate(rate, view), look.bytesPerSecond);
+    }
+}
+
+TEST(ProgressLine, TellsEachTenthButNotMoreThanEveryTenSeconds) {
+    ProgressSteps steps;
+    ProgressView view;
+    view.hasRange = true;
+    view.max = 100;
+    const struct {
+        int32_t pos;
+        uint32_t elapsedMs;
+        bool isDue;
+    } looks[] = {{9, 20000, false},  {10, 21000, true}, {30, 30000, false}, {30, 31000, true},
+                 {39, 99000, false}, {40, 99000, true}, {10, 1000, false},  {10, 10000, true}};
+    for (const auto& look : looks) {
+        view.pos = look.pos;
+        view.elapsedMs = look.elapsedMs;
+        EXPECT_EQ(PROGRESSLINE_IsDue(steps, view), look.isDue) << look.elapsedMs;
     }
 }

@@ -101,6 +101,11 @@ int PROCESS_TerminalWidth() {
     return known ? size.ws_col : kDefaultWidth;
 }
 
+bool PROCESS_TerminalIsDumb() {
+    const char* const kind = std::getenv("TERM");
+    return kind == nullptr || *kind == '\0' || std::string_view(kind) == "dumb";
+}
+
 bool PROCESS_NoColour() {
     const char* value = std::getenv("NO_COLOR");
     return value != nullptr && *value != '\0';

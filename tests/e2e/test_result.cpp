@@ -1,0 +1,106 @@
+// The result that machines read, of runs that end in every way.
+#include "e2e/bench_world.h"
+#include "e2e/hex_files.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using Json = nlohmann::json;
+
+constexpr char kPath[] = "result.json";
+
+struct ResultRun {
+    ProgramFolder bench;
+
+    Strings arguments(Strings more) const {
+        writeFile(bench.folder / "app.mot", srecords(0, randomBytes(700, 1)));
+        Strings all = {bench.folder / "app.mot", "-OptionsCOMPort1", "-OptionsTargetDeviceVT-B128",
+                       "-OptionsSettingsReset1"};
+        all.insert(all.end(), more.begin(), more.end());
+        all.insert(all.end(), {"-Exit", "--isolated", "--result", bench.folder / kPath});
+        return all;
+    }
+    Json result() const { return Json::parse(readFile(bench.folder / kPath)); }
+    std::string outcomes() const {
+        std::string text;
+        const Json all = result();
+        for (const Json& command : all["commands"]) {
+            text += command["name"].get<std::string>() + " " +
+                    command["outcome"].get<std::string>() + ", ";
+        }
+        return text;
+    }
+    // The program in the middle of an Auto of a chip that takes its time.
+    void whileItPrograms(const std::function<void(Process&, VirtualTarget&)>& happens) {
+        VirtualTarget target(bench.folder, "VT-B128", {"--erase-chip-us", "30000000"});
+        Process run(bench.command(arguments({"-TargetAuto", "-TargetVerify"})),
+                    bench.folder / "run");
+        ASSERT_TRUE(waitFor([&] { return run.err().find("Erasing Chip") != std::string::npos; }))
+            << run.err();
+        happens(run, target);
+        EXPECT_EQ(run.wait(), 1);
+        EXPECT_EQ(result()["verdict"], "failed");
+        EXPECT_EQ(result()["stage"], "TargetAuto") << result();
+        EXPECT_EQ(outcomes(), "TargetAuto failed, TargetVerify skipped, ");
+    }
+};
+
+} // namespace
+
+TEST(Result, OfAPassedRun) {
+    const ResultRun run;
+    VirtualTarget target(run.bench.folder, "VT-B128");
+    const RunResult ended =
+        run.bench.run(run.arguments({"-TargetAuto", "-TargetVerify", "-TargetGetCRC"}));
+    ASSERT_EQ(ended.exitCode, 0) << ended.err;
+    const Json result = run.result();
+    EXPECT_EQ(result["verdict"], "passed");
+    EXPECT_EQ(run.outcomes(), "TargetAuto passed, TargetVerify passed, TargetGetCRC passed, ");
+    EXPECT_EQ(result["port"]["path"], (run.bench.folder / "port").string());
+    EXPECT_EQ(result["bytes"], 700);
+    EXPECT_EQ(result["checksum"]["image"], result["checksum"]["chip"]);
+    const std::string peer = run.bench.folder / "sum";
+    const std::string file = result["files"][0]["path"];
+    ASSERT_EQ(std::system(("sha256sum '" + file + "' >'" + peer + "'").c_str()), 0);
+    EXPECT_EQ(result["files"][0]["sha256"], readFile(peer).substr(0, 64));
+}
+
+TEST(Result, OfARefusedLine) {
+    const ResultRun run;
+    const struct {
+        Strings arguments;
+        const char* outcomes;
+        const char* error;
+    } cases[] = {
+        {{"-TargetAuto", "-TargetVerfy"},
+         "TargetAuto skipped, ",
+         "\"TargetVerfy\" is not a valid command ! (argument \"-TargetVerfy\", did you mean "
+         "-TargetVerify?)"},
+        {{"-OptionsTargetDeviceVT-A96", "-TargetReadProtect"},
+         "TargetReadProtect skipped, ",
+         "TargetReadProtect cannot be taken back and needs --yes (argument "
+         "\"-TargetReadProtect\")"},
+        {{"-TargetGetCRC", "--retries", "101"},
+         "TargetGetCRC skipped, ",
+         "101 cannot be N of --retries (argument \"--retries\")"},
+        {{"-FilePatch10=0"},
+         "FilePatch skipped, ",
+         "Odd length is illegal (argument \"-FilePatch10=0\")"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(run.bench.run(run.arguments(c.arguments)).exitCode, 1) << c.error;
+        EXPECT_EQ(run.result()["stage"], "command line");
+        EXPECT_EQ(run.outcomes(), c.outcomes);
+        EXPECT_EQ(run.result()["errors"][0], c.error);
+    }
+}
+
+TEST(Result, OfAnInterruptedRun) {
+    ResultRun().whileItPrograms([](Process& run, VirtualTarget&) { run.signal(SIGINT); });
+}
+
+TEST(Result, OfALostPort) {
+    ResultRun().whileItPrograms([](Process&, VirtualTarget& target) { target.kill(); });
+}
