@@ -153,7 +153,7 @@ TEST(ValueDialog, ShowsAndReadsHexNumbers) {
         ValueRequest request;
         request.sign = c.sign;
         request.label0 = "First:";
-    request.label1 = "Second:";
+        request.label1 = "Second:";
         request.value0 = c.before[0];
         request.value1 = c.before[1];
         const auto edit = [&] { return DIALOG_EditValue(nullptr, request); };
