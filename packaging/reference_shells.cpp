@@ -142,7 +142,7 @@ _calvorin() {
     COMPREPLY=()
     compopt -o nospace 2>/dev/null
     case $previous in
-        WORDS)
+        FILES_BEHIND)
             _calvorin_files ''
             return
             ;;
@@ -183,7 +183,7 @@ case ${words[CURRENT-1]} in
         _files -g '*.dev(-.)'
         return
         ;;
-    WORDS)
+    FILES_BEHIND)
         _files
         return
         ;;
@@ -237,14 +237,14 @@ constexpr ValueForms kFishForms = {
 std::string REFERENCE_Bash() {
     std::string text = replaced(kBash, "BRANCHES", branches(kBashForms));
     text = replaced(text, "GLUED", bareNames(true));
-    text = replaced(text, "WORDS", wordsWithFile());
+    text = replaced(text, "FILES_BEHIND", wordsWithFile());
     return replaced(text, "PLAIN", bareNames(false));
 }
 
 std::string REFERENCE_Zsh() {
     std::string text = replaced(kZsh, "BRANCHES", branches(kZshForms));
     text = replaced(text, "GLUED", names(true, ":", "    ", true));
-    text = replaced(text, "WORDS", wordsWithFile());
+    text = replaced(text, "FILES_BEHIND", wordsWithFile());
     return replaced(text, "PLAIN", names(false, ":", "    ", true));
 }
 
