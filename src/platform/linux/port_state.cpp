@@ -112,7 +112,7 @@ fs::path ttyFolder(const std::string& device) {
 }
 
 // A built-in port that is not fitted has a device file all the same, of the type 0.
-bool hasHardware(const fs::path& tty) {
+bool isKnownHardware(const fs::path& tty) {
     std::error_code error;
     return fs::exists(tty / "device", error) && numberIn(smallFile(tty / "type")) != 0;
 }
@@ -168,7 +168,7 @@ std::optional<AdapterLatency> PORTSTATE_Latency(const std::string& device) {
 std::vector<std::string> PORTSTATE_Devices() {
     std::vector<std::string> devices;
     for (const fs::path& tty : entriesOf(folders().ttyClass)) {
-        if (hasHardware(tty)) {
+        if (isKnownHardware(tty)) {
             devices.push_back(kDeviceFolder + tty.filename().string());
         }
     }

@@ -82,7 +82,7 @@ bool waitTcp(TcpLine& line, Moment deadline, const Condition& stop) {
 bool writeTcp(TcpLine& line, std::span<const uint8_t> bytes) {
     while (!bytes.empty() && lossOf(line).empty()) {
         const ssize_t count =
-            send(line.descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+            ::send(line.descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
         if (count > 0) {
             bytes = bytes.subspan(static_cast<size_t>(count));
         } else if (!mayGoOn(line, count) ||
