@@ -46,7 +46,7 @@ std::string whatWasDone() {
 }
 
 // "blocks 0-2 5 of 8": those that are selected.
-std::string blocks() {
+std::string selectedBlocksText() {
     const std::vector<DeviceBlock> selected = DEVICE_SelectedBlocks();
     std::string list;
     for (size_t i = 0; i < selected.size(); ++i) {
@@ -101,7 +101,7 @@ std::string VERDICT_Line(bool refused) {
         return verdict + "refused before anything was begun";
     }
     const bool crc = DEVICE_GetSprtCRC() != 0;
-    return verdict + DEVICE_GetName() + ", " + whatWasDone() + ", " + blocks() +
+    return verdict + DEVICE_GetName() + ", " + whatWasDone() + ", " + selectedBlocksText() +
            formatText(", %u bytes, %s of image %04X, of chip %s, %.1f s", HEXDATA_GetNumBytes(),
                       crc ? "CRC" : "SUM", DEVICE_CalcImageChecksum(crc),
                       VERDICT_ChipChecksum().c_str(),
