@@ -9,6 +9,7 @@ constexpr uint8_t kRefusedPassword = 0x11;
 constexpr uint8_t kBadChecksum = 0x18;
 // The longest that the host may send without a pause: filling up to a record, and the record.
 constexpr size_t kLongestPiece = 31 + 250;
+constexpr int64_t kOneMomentUs = 5000;
 
 std::vector<uint8_t> expectedPassword(const Chip& chip) {
     std::vector<uint8_t> expected(kPasswordLength, 0xFF);
@@ -76,14 +77,14 @@ std::string headerFault(const Chip& chip) {
     return {};
 }
 
-// Pieces are what is handed over at one moment. Where that is not known exactly, one may have been
-// read as several.
+// Pieces are what is handed over at one moment, be it in two calls one behind the other. Where the
+// moment is not known exactly, one may have been read as several.
 void watchPieces(Chip& chip, Moment) {
     BootRom& boot = chip.boot;
     const PendingByte& byte = chip.byte;
     const bool exact = byte.earliest == byte.handed;
-    const bool begins =
-        exact ? byte.handed != boot.piece : byte.handed.us - boot.pieceEarliest.us >= kPieceUs;
+    const int64_t gap = byte.handed.us - boot.piece.us;
+    const bool begins = gap >= (exact ? kOneMomentUs : kPieceUs);
     if (boot.pieceBytes == 0 || begins) {
         SIM_PieceBegins(chip);
     }

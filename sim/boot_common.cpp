@@ -56,15 +56,14 @@ void SIM_Want(Chip& chip, size_t count, BootStep step) {
 void SIM_PieceBegins(Chip& chip) {
     BootRom& boot = chip.boot;
     const PendingByte& byte = chip.byte;
-    const int64_t pause = byte.handed.us - boot.pieceEarliest.us;
+    const int64_t pause = byte.handed.us - boot.piece.us;
     if (chip.options.strict && boot.pieceBytes > 0 && pause < kPieceUs) {
         SIM_Violation(chip,
                       formatText("loader data sent %lld.%lld ms after the piece before, 10 are due",
                                  static_cast<long long>(pause / 1000),
                                  static_cast<long long>(pause / 100 % 10)));
     }
-    boot.piece = byte.handed;
-    boot.pieceEarliest = byte.earliest;
+    boot.piece = byte.earliest;
     boot.pieceBytes = 0;
 }
 

@@ -64,9 +64,8 @@ struct BootRom {
     uint32_t blockSize = 0;
     bool recordFault = false;
     bool rewriting = false; // the records are flash data, not the loader
-    // The last hand-over of loader data: when, and how much came with it.
+    // The last hand-over of loader data: when, at the earliest, and how much came with it.
     Moment piece;
-    Moment pieceEarliest;
     size_t pieceBytes = 0; // 0: none yet
 };
 

@@ -120,17 +120,17 @@ void serve(const Peer& peer, SimServerLine& line) {
         }
         const SimSignal signal =
             SIMWAIT_Wait(line.descriptors(), peer.nextOutput().value_or(kNever));
-        const Moment now = CLOCK_Now();
+        const Moment woken = CLOCK_Now();
         size_t count = 0;
         const HostSink sink = [&](const HostEvent& event) {
             count += event.bytes.size();
-            peer.take(event, now, looked);
+            peer.take(event, CLOCK_Now(), looked); // some may have come since it woke
         };
         if (signal == SimSignal::end || !line.receive(sink)) {
             return;
         }
         if (count < kMayBeMore) {
-            looked = now;
+            looked = woken;
         }
         if (signal == SimSignal::saveFlash && peer.save) {
             peer.save();
