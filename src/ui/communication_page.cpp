@@ -14,11 +14,12 @@
 #include <QLabel>
 #include <array>
 #include <iterator>
+#include <set>
 
 namespace {
 
-constexpr int kRateWhenUnknown = 5; // index of 57600
-constexpr int kShownOfPort = 24;    // characters
+constexpr uint32_t kRateWhenUnknown = 57600;
+constexpr int kShownOfPort = 24; // characters
 
 struct CommPage {
     SioConfig working;
@@ -59,22 +60,16 @@ void showDevice(const CommPage& page) {
     page.device->setText(QString::fromStdString(text));
 }
 
-// False, reported and nothing changed, where no port is named.
-bool readControls(CommPage& page) {
-    if (const std::string problem = readPort(page.port->currentText(), page.working);
-        !problem.empty()) {
-        ERROR_Out(page.port->window(), problem, 1);
-        return false;
+bool check(CommPage& page, QWidget* widget) {
+    const std::string problem = readPort(page.port->currentText(), page.working);
+    if (!problem.empty()) {
+        SHEET_ShowPage(widget); // the message is about what stands there
+        ERROR_Out(widget->window(), problem, 1);
     }
-    page.working.Logging = page.logging->isChecked() ? 1 : 0;
-    page.working.Baudrate = kBaudrates[page.rate->currentIndex()];
-    return true;
+    return problem.empty();
 }
 
-bool apply(CommPage& page) {
-    if (!readControls(page)) {
-        return false;
-    }
+void apply(const CommPage& page) {
     if (page.working.Logging != SIO_GetLogging()) {
         SIO_SetLogging(page.working.Logging);
     }
@@ -82,18 +77,19 @@ bool apply(CommPage& page) {
         TARGET_Disconnect();
         SIO_SetConfig(page.working);
     }
-    return true;
 }
 
-void fillRates(const CommPage& page) {
-    int selected = kRateWhenUnknown;
-    for (const uint32_t rate : kBaudrates) {
-        if (rate == page.working.Baudrate) {
-            selected = page.rate->count();
-        }
-        page.rate->addItem(QString::number(rate));
+// The usual rates and, in its place between them, the one that is set.
+void fillRates(CommPage& page) {
+    std::set<uint32_t> rates(std::begin(kBaudrates), std::end(kBaudrates));
+    if (page.working.Baudrate == 0) {
+        page.working.Baudrate = kRateWhenUnknown;
     }
-    page.rate->setCurrentIndex(selected);
+    rates.insert(page.working.Baudrate);
+    for (const uint32_t rate : rates) {
+        page.rate->addItem(QString::number(rate), rate);
+    }
+    page.rate->setCurrentIndex(page.rate->findData(page.working.Baudrate));
 }
 
 void fillPorts(const CommPage& page) {
@@ -159,7 +155,7 @@ SheetPage COMMPAGE_Create(QWidget* parent) {
         SHEET_NotifyChange();
     });
     QObject::connect(page->rate, &QComboBox::currentIndexChanged, widget, [page](int index) {
-        page->working.Baudrate = kBaudrates[index];
+        page->working.Baudrate = page->rate->itemData(index).toUInt();
         SHEET_NotifyChange();
     });
     QObject::connect(page->port, &QComboBox::editTextChanged, widget, [page](const QString& text) {
@@ -170,6 +166,7 @@ SheetPage COMMPAGE_Create(QWidget* parent) {
     SheetPage made;
     made.title = "&Communication";
     made.widget = widget;
-    made.apply = [page] { return apply(*page); };
+    made.check = [page, widget] { return check(*page, widget); };
+    made.apply = [page] { apply(*page); };
     return made;
 }

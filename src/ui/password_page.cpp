@@ -21,7 +21,9 @@ struct PasswordPage {
     std::function<PasswordLimits()> limits;
     PasswordSettings working; // its bytes are formed when it is applied
     QString committedText;    // the committed bytes as the page shows them
-    uint32_t areaStart = 0;   // of the limits that missing addresses were taken from last
+    uint32_t areaStart = 0;   // of the limits that the addresses were last held against
+    bool countTyped = false;
+    bool compareTyped = false;
     QWidget* widget = nullptr;
     QLineEdit* count = nullptr;
     QLineEdit* compare = nullptr;
@@ -41,33 +43,47 @@ QString shownText(const PasswordSettings& settings) {
                             : QString::fromLatin1(QByteArrayView(settings.Password));
 }
 
-bool differs(const PasswordPage& page) {
+bool differs(const PasswordPage& page, const PasswordSettings& working) {
     const PasswordSettings committed = PASSWORD_Get();
-    return page.working.AdrCount != committed.AdrCount ||
-           page.working.AdrCompare != committed.AdrCompare ||
-           page.working.FillFF != committed.FillFF || page.working.Hexmode != committed.Hexmode ||
-           (!page.working.FillFF && page.password->text() != page.committedText);
+    return working.AdrCount != committed.AdrCount || working.AdrCompare != committed.AdrCompare ||
+           working.FillFF != committed.FillFF || working.Hexmode != committed.Hexmode ||
+           (!working.FillFF && page.password->text() != page.committedText);
 }
 
 // An address that was never given is the start of the device's password area.
-void fillMissing(uint32_t& count, uint32_t& compare, uint32_t areaStart) {
-    count = count == 0 ? areaStart : count;
-    compare = compare == 0 ? areaStart : compare;
-}
-
 void fillMissingAddresses(PasswordPage& page) {
     const PasswordLimits limits = page.limits();
     page.areaStart = limits.AreaStart;
-    if (limits.AreaSize != 0 && limits.AreaStart != 0) {
-        fillMissing(page.working.AdrCount, page.working.AdrCompare, limits.AreaStart);
+    for (uint32_t* address : {&page.working.AdrCount, &page.working.AdrCompare}) {
+        if (*address == 0 && limits.AreaSize != 0) {
+            *address = limits.AreaStart;
+        }
     }
 }
 
-// The target page may have chosen a device with another password area since.
+// The target page may have chosen a device with another password area since. An address that was
+// the start of the area before, or lies outside the new one, is its start unless it was typed here.
 void followDevice(PasswordPage& page) {
-    if (page.areaStart != page.limits().AreaStart) {
-        fillMissingAddresses(page);
+    const PasswordLimits limits = page.limits();
+    const uint32_t before = std::exchange(page.areaStart, limits.AreaStart);
+    const auto follow = [&](uint32_t& address, bool isTyped) {
+        const bool isInside = address - limits.AreaStart < limits.AreaSize;
+        if (!isTyped && (!isInside || address == before)) {
+            address = limits.AreaStart;
+        }
+    };
+    if (limits.AreaSize != 0 && limits.AreaStart != 0) {
+        follow(page.working.AdrCount, page.countTyped);
+        follow(page.working.AdrCompare, page.compareTyped);
     }
+}
+
+bool isTouched(const PasswordPage& page) {
+    PasswordSettings ofDevice = page.working;
+    const PasswordSettings committed = PASSWORD_Get();
+    ofDevice.AdrCount = page.countTyped ? ofDevice.AdrCount : committed.AdrCount;
+    ofDevice.AdrCompare = page.compareTyped ? ofDevice.AdrCompare : committed.AdrCompare;
+    return differs(page, ofDevice);
 }
 
 void showAddress(QLineEdit* edit, uint32_t address) {
@@ -131,22 +147,30 @@ std::optional<std::string> checkEntered(const PasswordPage& page, PasswordSettin
     return PASSWORD_Validate(entered, page.limits());
 }
 
-bool apply(PasswordPage& page) {
+bool check(PasswordPage& page) {
     followDevice(page);
     PasswordSettings entered = page.working;
-    if (const auto message = checkEntered(page, entered)) {
+    const auto message = checkEntered(page, entered);
+    if (message) {
         report(page, *message);
-        return false;
     }
-    page.working = entered;
-    page.committedText = shownText(entered);
-    PASSWORD_Set(entered);
-    return true;
+    return !message;
+}
+
+void apply(PasswordPage& page) {
+    followDevice(page);
+    if (isTouched(page)) {
+        checkEntered(page, page.working);
+    } else if (page.working.FillFF) {
+        PASSWORD_FillFF(page.working, page.limits());
+    }
+    page.committedText = shownText(page.working);
+    PASSWORD_Set(page.working);
 }
 
 void addAddress(const PasswordPagePtr& page, QFormLayout* layout, QLineEdit*& edit, QLabel*& label,
-                uint32_t PasswordSettings::*address, std::pair<const char*, const char*> names,
-                const QString& text) {
+                uint32_t PasswordSettings::*address, bool PasswordPage::*isTyped,
+                std::pair<const char*, const char*> names, const QString& text) {
     edit = new QLineEdit(page->widget);
     edit->setObjectName(names.first);
     edit->setMaxLength(kMaxAddressText);
@@ -155,7 +179,8 @@ void addAddress(const PasswordPagePtr& page, QFormLayout* layout, QLineEdit*& ed
     label->setBuddy(edit);
     layout->addRow(label, edit);
     QObject::connect(edit, &QLineEdit::textChanged, page->widget,
-                     [page, address](const QString& entered) {
+                     [page, address, isTyped](const QString& entered) {
+                         (*page).*isTyped = true;
                          readAddress(*page, entered, page->working.*address);
                      });
 }
@@ -210,17 +235,19 @@ SheetPage PASSWORDPAGE_Create(QWidget* parent, std::function<PasswordLimits()> l
     page->widget->setObjectName("page1001");
     auto* layout = new QFormLayout(page->widget);
     addAddress(page, layout, page->count, page->countLabel, &PasswordSettings::AdrCount,
-               {"1001", "1006"}, "&Count Address");
+               &PasswordPage::countTyped, {"1001", "1006"}, "&Count Address");
     addAddress(page, layout, page->compare, page->compareLabel, &PasswordSettings::AdrCompare,
-               {"1002", "1007"}, "Compare &Start Address");
+               &PasswordPage::compareTyped, {"1002", "1007"}, "Compare &Start Address");
     addPassword(page, layout);
     fillControls(*page);
     connectControls(page);
-    SHEET_TrackPair([page] { return differs(*page); });
+    SHEET_TrackPair([page] { return differs(*page, page->working); });
     SheetPage made;
     made.title = "&Password";
     made.widget = page->widget;
-    made.apply = [page] { return apply(*page); };
+    made.isTouched = [page] { return isTouched(*page); };
+    made.check = [page] { return check(*page); };
+    made.apply = [page] { apply(*page); };
     made.activated = [page] {
         followDevice(*page);
         showAddresses(*page);

@@ -21,9 +21,6 @@ SheetPage SETTINGSPAGE_Create(QWidget* parent, const SharedProps& working) {
     SheetPage page;
     page.title = "&Settings";
     page.widget = widget;
-    page.apply = [working] {
-        DEVPROPS_Set(*working); // in the sheet the target page has done so already
-        return true;
-    };
+    page.apply = [working] { DEVPROPS_Set(*working); }; // in the sheet for the second time
     return page;
 }

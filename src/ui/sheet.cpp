@@ -46,10 +46,16 @@ QDialogButtonBox* addButtons(QDialog& dialog, QDialogButtonBox::StandardButtons 
 
 using Pages = std::array<SheetPage, kPages>;
 
-// Each page commits, up to one that refuses. The number that did.
-size_t applyAll(const Pages& pages) {
-    const auto refuses = [](const SheetPage& page) { return !page.apply(); };
-    return static_cast<size_t>(std::ranges::find_if(pages, refuses) - pages.begin());
+// All pages commit, or none when one of them refuses.
+bool applyAll(const Pages& pages) {
+    const auto refuses = [](const SheetPage& page) { return page.isTouched() && !page.check(); };
+    if (std::ranges::any_of(pages, refuses)) {
+        return false;
+    }
+    for (const SheetPage& page : pages) {
+        page.apply();
+    }
+    return true;
 }
 
 // Ctrl+Tab goes to the next page from wherever the focus is; some controls would keep it.
@@ -115,10 +121,10 @@ int runSheet(QWidget* parent) {
 
     bool applied = false;
     const auto apply = [&] {
-        const size_t count = applyAll(pages);
-        applied = applied || count > 0;
+        const bool accepted = applyAll(pages);
+        applied = applied || accepted;
         SHEET_NotifyChange();
-        return count == kPages;
+        return accepted;
     };
     QObject::connect(tabs, &QTabWidget::currentChanged, &dialog,
                      [&pages](int index) { pages[static_cast<size_t>(index)].activated(); });
@@ -167,7 +173,8 @@ int SHEET_RunPage(QWidget* parent, const QString& objectName, const QString& cap
     layout->addLayout(row);
     MNEMONICS_Settle(dialog, {});
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, [&] {
-        if (page.apply()) {
+        if (page.check()) {
+            page.apply();
             dialog.accept();
         }
     });

@@ -5,12 +5,17 @@
 #include <QWidget>
 #include <functional>
 
-// A page of settings. It edits a working copy that it fills when it is made.
+// A page of settings. It edits a working copy that it fills when it is made. The sheet checks every
+// page that was touched before it applies any.
 struct SheetPage {
     QString title; // with the mnemonic of its tab
     QWidget* widget = nullptr;
-    // Commits the working copy; false when it was refused, which has been reported.
-    std::function<bool()> apply = [] { return true; };
+    // Whether the user changed something. What he did not change he is not to be blamed for.
+    std::function<bool()> isTouched = [] { return true; };
+    // Whether the working copy can be committed; false has been reported.
+    std::function<bool()> check = [] { return true; };
+    // Commits the working copy, which was checked or not touched.
+    std::function<void()> apply = [] {};
     // The page comes to the front.
     std::function<void()> activated = [] {};
 };

@@ -227,10 +227,9 @@ SheetPage TARGETPAGE_Create(QWidget* parent, SharedProps working) {
     QObject::connect(page->device, &QComboBox::currentIndexChanged, widget,
                      [page] { chooseDevice(*page); });
     SHEET_TrackPair([page] { return differs(*page); });
-    return {"&Target", widget,
-            [page] {
-                apply(*page);
-                return true;
-            },
-            [] {}};
+    SheetPage made;
+    made.title = "&Target";
+    made.widget = widget;
+    made.apply = [page] { apply(*page); };
+    return made;
 }

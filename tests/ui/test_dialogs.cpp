@@ -280,7 +280,7 @@ TEST(CommunicationDialog, AppliesWhatTheControlsShow) {
     const Case cases[] = {
         {{2, 38400, 0}, "1", false, {2, 38400, 0}, {}},
         {{0, 38400, 0}, "1", false, {1, 38400, 0}, {"test://one"}},
-        {{2, 31250, 0}, "1", false, {2, 57600, 0}, {"test://two"}},
+        {{2, 31250, 0}, "1", false, {2, 31250, 0}, {}}, // a rate that the list lacks
         {{1, 38400, 0}, "1", true, {2, 2400, 1}, {"test://two"}},
         {{1, 38400, 0}, "2", true, {1, 38400, 0}, {}},
     };
@@ -410,7 +410,7 @@ TEST(OptionsSheet, ARefusingPageKeepsItOpenOnThatPage) {
         EXPECT_TRUE(dialog.isVisible());
         EXPECT_EQ(control<QTabWidget>(dialog, "pages").currentIndex(), 3);
         EXPECT_EQ(world.reports, (Texts{"Password too short. Minimum 2 bytes"}));
-        EXPECT_TRUE(DEVPROPS_GetResetByPC()) << "the pages before it have committed";
+        EXPECT_FALSE(DEVPROPS_GetResetByPC()) << "no page commits before all are checked";
         type(dialog, "1003", "xy");
         EXPECT_TRUE(applyEnabled(dialog));
         click(dialog, "apply");
@@ -420,6 +420,28 @@ TEST(OptionsSheet, ARefusingPageKeepsItOpenOnThatPage) {
     EXPECT_EQ(result, kDialogOk) << "settings were applied before it was cancelled";
     EXPECT_EQ(PASSWORD_GetBytes(), (std::vector<uint8_t>{'x', 'y'}));
     EXPECT_EQ(DEVICE_GetName(), "VT-B") << "the device applied last";
+}
+
+TEST(OptionsSheet, UntouchedPagesAreNotCheckedButFollowTheDevice) {
+    UiWorld world;
+    addDevices();
+    DeviceRecord other = makeDevice("VT-D", {{0, 0x400}});
+    other.IDLenMin = 5;
+    other.PWAreaStart = 0x100;
+    other.PWAreaLen = 8;
+    _AddDevice(other);
+    SIO_Init(1, 9600, 0, 8, 0, 0);
+    for (const auto& [device, count] : {std::pair("VT-B", 0xFFDFU), std::pair("VT-D", 0x100U)}) {
+        const int result = drive(DIALOG_Options, [device = device](QDialog& dialog) {
+            chooseDevice(dialog, device); // which wants a password that nobody gave
+            click(dialog, "1");
+        });
+        EXPECT_EQ(result, kDialogOk) << device;
+        EXPECT_EQ(DEVICE_GetName(), device);
+        EXPECT_EQ(PASSWORD_GetAdrCount(), count);
+        EXPECT_EQ(PASSWORD_GetAdrCompare(), count);
+    }
+    EXPECT_TRUE(world.reports.empty());
 }
 
 TEST(InterruptVectors, ShowsRowsWarnsAndKeepsWidths) {
