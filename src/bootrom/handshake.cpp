@@ -254,6 +254,11 @@ bool bootSumIsForgotten() {
     return bootSumForgotten;
 }
 
+void showDownload(bool isAskedFor) {
+    PROGRESS_SetText(isAskedFor ? "Downloading RAM Image..."
+                                : "Downloading internal used RAM image...");
+}
+
 Result<> loaderAnswer(const Result<>& answered) {
     return DEVICE_GetTimeoutGetSUM() != 0
                ? answered

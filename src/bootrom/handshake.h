@@ -26,6 +26,8 @@ void forgetBootSum();
 bool bootSumIsForgotten();
 // Reads a checksum, high byte first, as the last reported one.
 Result<> readBootSum(uint32_t timeoutMs);
+// The progress's first line while a loader is sent, one that the user asked for or one in between.
+void showDownload(bool isAskedFor);
 // The result of awaiting the chip's answer to a loader, for which the description gives the time.
 Result<> loaderAnswer(const Result<>& answered);
 // Whether that is the checksum of an erased flash: of 0xFF from the first block's start to the last

@@ -133,8 +133,7 @@ Result<> transferTypeA(const RamImageA& image, bool showProgress) {
     if (Result<> sent = bootCommand(0x60, "Echoback RAM loader command failed"); !sent) {
         return sent;
     }
-    PROGRESS_SetText(showProgress ? "Downloading RAM Image..."
-                                  : "Downloading internal used RAM image...");
+    showDownload(showProgress);
     _SendPasswordTypeA();
     if (Result<> sent = sendRecords(image); !sent) {
         return sent;

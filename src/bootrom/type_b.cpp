@@ -125,10 +125,11 @@ Result<> sendData(const RamImageB& image) {
     return {};
 }
 
-Result<> transferTypeB(const RamImageB& image) {
+Result<> transferTypeB(const RamImageB& image, bool showProgress) {
     if (Result<> sent = bootCommand(0x10, "Echoback RAM loader command failed"); !sent) {
         return sent;
     }
+    showDownload(showProgress);
     _SendPasswordTypeB();
     if (Result<> taken = afterPassword(bootAwait(kAcknowledge, kPasswordRefused)); !taken) {
         return taken;
@@ -148,7 +149,8 @@ Result<LoaderTransfer> prepareTypeB(const std::string& text) {
     if (const std::string error = parseRamImageB(text, image); !error.empty()) {
         return Failure{.reason = error};
     }
-    return LoaderTransfer([image = std::move(image)](bool) { return transferTypeB(image); });
+    return LoaderTransfer(
+        [image = std::move(image)](bool show) { return transferTypeB(image, show); });
 }
 
 // The erase result and its check byte, which covers `covered`.

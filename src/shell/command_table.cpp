@@ -82,6 +82,11 @@ constexpr Command target(int id, const char* text, const char* key, bool (*isOff
     return {id, text, key, WorksOn::target, isOffered, std::nullopt, run, line};
 }
 
+constexpr Command changing(Command row) {
+    row.changesChip = true;
+    return row;
+}
+
 constexpr Command window(int id, const char* text, bool (*isOffered)(), void (*run)()) {
     return {id, text, "", WorksOn::nothing, isOffered, std::nullopt, run};
 }
@@ -142,20 +147,21 @@ constexpr Command kTarget[] = {
     target(CMD_TARGET_START_APPLICATION, "&Start Application", "F2", canReset,
            TARGET_StartApplication,
            {"TargetStartApplication", "\tStarts target application", "by a reset"}),
-    target(CMD_TARGET_ERASE_CHIP, "Erase &Chip", "F3", idle, busy<eraseChip>,
-           {"TargetEraseChip", "\t\tErases complete chip"}),
-    target(CMD_TARGET_ERASE_BLOCKS, "Erase &Blocks", "", idle, busy<TARGET_EraseBlocks>,
-           {"TargetEraseBlocks", "\t\tErases selected blocks"}),
-    target(CMD_TARGET_PROGRAM, "&Program", "F4", idleAndLoaded, CHECKS_Program,
-           {"TargetProgram", "\t\tPrograms loaded data into target",
-            "and compares the chip's checksum"}),
+    changing(target(CMD_TARGET_ERASE_CHIP, "Erase &Chip", "F3", idle, busy<eraseChip>,
+                    {"TargetEraseChip", "\t\tErases complete chip"})),
+    changing(target(CMD_TARGET_ERASE_BLOCKS, "Erase &Blocks", "", idle, busy<TARGET_EraseBlocks>,
+                    {"TargetEraseBlocks", "\t\tErases selected blocks"})),
+    changing(target(CMD_TARGET_PROGRAM, "&Program", "F4", idleAndLoaded, CHECKS_Program,
+                    {"TargetProgram", "\t\tPrograms loaded data into target",
+                     "and compares the chip's checksum"})),
     target(CMD_TARGET_READ_BACK, "&Read Back...", "F5", idle, EDIT_ReadBackDialog,
            {"TargetReadBack", "\t\t<StartAdr,EndAdr> Read back target data",
             "hex, both inclusive; replaces what is loaded", CMDLINE_ReadBack}),
     target(CMD_TARGET_GET_CRC, "&Get CRC/SUM...", "F6", idle, COMMAND_GetCrc,
            {"TargetGetCRC", "\t\tGets CRC of target", "of the selected blocks"}),
-    target(CMD_TARGET_AUTO, "&Auto", "F7", idleAndLoaded, CHECKS_Auto,
-           {"TargetAuto", "\t\tErases complete chip and programs loaded data into target"}),
+    changing(
+        target(CMD_TARGET_AUTO, "&Auto", "F7", idleAndLoaded, CHECKS_Auto,
+               {"TargetAuto", "\t\tErases complete chip and programs loaded data into target"})),
     target(CMD_TARGET_VERIFY, "&Verify loaded Program", "F8", idleAndLoaded, CHECKS_Verify,
            {"TargetVerify", "\t\tVerifys loaded data with target", "byte by byte"}),
     target(CMD_TARGET_BLANK_CHECK_CHIP, "Blankcheck C&hip", "F9", idle, busy<TARGET_BlankCheckChip>,
@@ -163,16 +169,17 @@ constexpr Command kTarget[] = {
     target(CMD_TARGET_BLANK_CHECK_BLOCKS, "Blankcheck B&locks", "", idle,
            busy<TARGET_BlankCheckBlocks>,
            {"TargetCheckBlankBlocks", "\tChecks if selected blocks are blank"}),
-    target(CMD_TARGET_PROTECT_CHIP, "Protect C&hip", "", canProtectChip, busy<TARGET_ProtectChip>,
-           {"TargetProtectChip", "\tProtects the chip", "only with `--yes`", CMDLINE_ProtectChip}),
-    target(CMD_TARGET_PROTECT_BLOCKS, "Protect B&locks", "",
-           deviceOffers<DEVICE_GetSprtProtectBlock>, busy<TARGET_ProtectBlocks>,
-           {"TargetProtectBlocks", "\tProtects selected blocks", "only with `--yes`",
-            CMDLINE_ProtectBlocks}),
-    target(CMD_TARGET_READ_PROTECT, "R&ead Protect Chip", "",
-           deviceOffers<DEVICE_GetSprtReadProtect>, busy<TARGET_ReadProtect>,
-           {"TargetReadProtect", "\tProtects the chip against reading", "only with `--yes`",
-            CMDLINE_ReadProtect}),
+    changing(target(
+        CMD_TARGET_PROTECT_CHIP, "Protect C&hip", "", canProtectChip, busy<TARGET_ProtectChip>,
+        {"TargetProtectChip", "\tProtects the chip", "only with `--yes`", CMDLINE_ProtectChip})),
+    changing(target(CMD_TARGET_PROTECT_BLOCKS, "Protect B&locks", "",
+                    deviceOffers<DEVICE_GetSprtProtectBlock>, busy<TARGET_ProtectBlocks>,
+                    {"TargetProtectBlocks", "\tProtects selected blocks", "only with `--yes`",
+                     CMDLINE_ProtectBlocks})),
+    changing(target(CMD_TARGET_READ_PROTECT, "R&ead Protect Chip", "",
+                    deviceOffers<DEVICE_GetSprtReadProtect>, busy<TARGET_ReadProtect>,
+                    {"TargetReadProtect", "\tProtects the chip against reading",
+                     "only with `--yes`", CMDLINE_ReadProtect})),
     target(CMD_TARGET_FLASH_STATUS, "F&lash Memory Status", "",
            deviceOffers<DEVICE_GetSprtFlashMemStatus>, busy<TARGET_FlashStatus>,
            {"TargetFlashStatus", "\tShows the status of the flash", nullptr, CMDLINE_FlashStatus}),
@@ -228,6 +235,11 @@ const Command* COMMAND_Find(int id) {
         }
     }
     return nullptr;
+}
+
+bool COMMAND_ChangesChip(int id) {
+    const Command* row = COMMAND_Find(id);
+    return row != nullptr && row->changesChip;
 }
 
 bool COMMAND_IsEnabled(int id) {

@@ -39,6 +39,7 @@ struct Command {
     void (*run)() = nullptr;       // what it does where it opens no view
     CommandLineForm line = {};
     RecentFiles recent = {};
+    bool changesChip = false; // ended in the middle it leaves a chip that is of no use
 };
 
 struct CommandPopup {
@@ -60,3 +61,5 @@ bool COMMAND_IsEnabled(int id);
 bool COMMAND_IsChecked(int id);
 // Whether it may be chosen while another command is under way.
 bool COMMAND_IsHarmless(int id);
+// Whether it changes what the chip holds.
+bool COMMAND_ChangesChip(int id);

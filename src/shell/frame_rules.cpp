@@ -1,5 +1,6 @@
 #include "shell/frame_rules.h"
 
+#include "notice/error.h"
 #include "platform/event_queue.h"
 #include "shell/cmdline.h"
 #include "shell/command_handler.h"
@@ -13,6 +14,7 @@
 namespace {
 
 int commandsRunning = 0;
+int chipChanges = 0; // of those
 bool unloadWanted = false;
 bool checkWanted = false;
 
@@ -39,9 +41,20 @@ bool FRAMERULES_MayRun(int id) {
 }
 
 void FRAMERULES_Run(int id) {
-    if (FRAMERULES_MayRun(id)) {
-        runAsCommand([id] { MAINFRAME_Command(id); });
+    if (!FRAMERULES_MayRun(id)) {
+        return;
     }
+    const int changes = COMMAND_ChangesChip(id) ? 1 : 0;
+    chipChanges += changes;
+    runAsCommand([id] { MAINFRAME_Command(id); });
+    chipChanges -= changes;
+}
+
+bool FRAMERULES_MayClose() {
+    return chipChanges == 0 ||
+           ERROR_Ask(nullptr,
+                     "The chip is being changed and would be left half done.\nEnd all the same?",
+                     "Exit", BOX_OK_CANCEL | BOX_DEFAULT_SECOND) != ANSWER_CANCEL;
 }
 
 bool FRAMERULES_MayOpenFile() {
@@ -96,6 +109,7 @@ void FRAMERULES_CatchUp() {
 
 void FRAMERULES_Reset() {
     commandsRunning = 0;
+    chipChanges = 0;
     unloadWanted = false;
     checkWanted = false;
 }

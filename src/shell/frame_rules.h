@@ -10,6 +10,9 @@ bool FRAMERULES_MayRun(int id);
 // Runs it if it may.
 void FRAMERULES_Run(int id);
 
+// Whether the frame may be closed now: the user is asked while a command changes the chip.
+bool FRAMERULES_MayClose();
+
 bool FRAMERULES_MayOpenFile();
 // Opens a file that the user has brought, a project or a program file, if it may be opened.
 void FRAMERULES_OpenFile(const std::string& path);

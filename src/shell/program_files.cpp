@@ -54,10 +54,11 @@ std::optional<FileChoice> askForProgramFile() {
 // With the dump open meanwhile: closing the last view of the data would unload it.
 void reopenHexList() {
     FrontEnd& frontEnd = FRONTEND_Get();
-    if (frontEnd.isViewOpen(View::hexList)) {
+    const bool wasOpen = frontEnd.isViewOpen(View::hexList);
+    if (wasOpen) {
         frontEnd.closeView(View::hexList);
     }
-    if (SESSION_Get().showHexListView != 0) {
+    if (wasOpen || SESSION_Get().showHexListView != 0) {
         frontEnd.openView(View::hexList);
     }
 }

@@ -81,6 +81,10 @@ protected:
             event->ignore();
             return;
         }
+        if (!FRAMERULES_MayClose()) {
+            event->ignore();
+            return;
+        }
         storePlace();
         STARTUP_FrameClosed();
         VIEWS_StoreAll();

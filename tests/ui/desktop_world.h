@@ -77,7 +77,8 @@ struct DesktopWorld : UiWorld {
     }
 };
 
-// The frame over a virtual chip on COM1. Every box is answered, with Yes or OK, and kept.
+// The frame over a virtual chip on COM1. Every box is answered, with Yes or OK but
+// for the question whether to end, and kept.
 struct ChipWorld : DesktopWorld {
     explicit ChipWorld(const ChipOptions& options = {})
         : DesktopWorld("[Settings PORTS]\nCOM1 = \"sim://desktop\"\n") {
@@ -93,6 +94,9 @@ struct ChipWorld : DesktopWorld {
         NOTIFIERS_Register();
         BOX_SetResponder([this](const BoxRequest& request) {
             boxes.push_back(request.caption + ": " + request.text);
+            if (request.caption == "Exit") {
+                return exitAnswer;
+            }
             return (request.boxType & BOX_YES_NO) == BOX_YES_NO ? ANSWER_YES : ANSWER_OK;
         });
         TARGET_Init(nullptr, TERMINAL_ReceiveByte);
@@ -105,6 +109,7 @@ struct ChipWorld : DesktopWorld {
     const std::vector<uint8_t> data = std::vector<uint8_t>(20000, 0x5A);
     SimLinePtr line;
     std::vector<std::string> boxes;
+    BoxAnswer exitAnswer = ANSWER_CANCEL;
 };
 
 // Runs the program's loop until `done` holds; false when it does not within a minute.

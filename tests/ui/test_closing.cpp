@@ -92,6 +92,26 @@ TEST(Closing, EndsACommandAtAnyMoment) {
     closeDuringCommand(When::questionIsOpen, false);
 }
 
+TEST(Closing, AsksFirstWhileTheChipIsChanged) {
+    ChipOptions slow;
+    slow.programUs = 5000;
+    ChipWorld world(slow);
+    world.exitAnswer = ANSWER_OK;
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, [&] {
+        if (TARGET_State().Operation != 0) {
+            watch.stop();
+            world.frame().close();
+        }
+    });
+    watch.start(5);
+    EXPECT_TRUE(world.isEnabled(CMD_TARGET_PROGRAM));
+    world.item(CMD_TARGET_PROGRAM).trigger();
+    ASSERT_FALSE(world.boxes.empty());
+    EXPECT_TRUE(world.boxes.back().starts_with("Exit: ")) << world.boxes.back();
+    EXPECT_TRUE(runUntil([] { return SESSION_Get().quit; }));
+}
+
 TEST(Closing, EndsACancelledCommand) {
     closeDuringCommand(When::loaderIsSent, true);
     closeDuringCommand(When::operationRuns, true);
