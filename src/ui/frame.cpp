@@ -213,6 +213,10 @@ void FRAME_Show(bool visible) {
     frame->setVisible(visible);
 }
 
+bool FRAME_Close() {
+    return !frame->isVisible() || frame->close();
+}
+
 void FRAME_SetTitle(const std::string& title) {
     if (frame) {
         frame->setWindowTitle(QString::fromStdString(title));

@@ -4,8 +4,10 @@
 
 namespace {
 
-constexpr int kGrip = 40;        // pixels of a title bar's width that must be within reach
-constexpr int kTitleHeight = 20; // pixels
+constexpr int kGrip = 40;         // pixels of a title bar's width that must be within reach
+constexpr int kTitleHeight = 20;  // pixels
+constexpr int kLeastHeight = 100; // of a tile, pixels
+constexpr int kLeastWidth = 200;
 
 } // namespace
 
@@ -22,13 +24,15 @@ QRect PLACEMENT_BroughtBack(const QRect& wanted, const QRect& area) {
 }
 
 std::vector<QRect> PLACEMENT_Tiles(int count, QSize area, bool wide) {
-    // Lines run along the short side of the tiles: columns of wide tiles, rows of high ones.
-    int lines = 1;
-    while ((lines + 1) * (lines + 1) <= count) {
-        ++lines;
-    }
+    // Lines run along the short side of the tiles: columns of wide tiles, rows of high ones. One
+    // line serves while its tiles are large enough, and there are never more than in a square.
     const int across = wide ? area.width() : area.height();
     const int along = wide ? area.height() : area.width();
+    const int least = wide ? kLeastHeight : kLeastWidth;
+    int lines = 1;
+    while ((lines + 1) * (lines + 1) <= count && along * lines < count * least) {
+        ++lines;
+    }
     std::vector<QRect> tiles;
     for (int line = 0; line < lines; ++line) {
         const int inLine = count / lines + (line >= lines - count % lines ? 1 : 0);

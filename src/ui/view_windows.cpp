@@ -9,6 +9,7 @@
 
 #include <QCloseEvent>
 #include <QMdiSubWindow>
+#include <QMenu>
 #include <QStyle>
 #include <algorithm>
 #include <array>
@@ -99,12 +100,22 @@ std::vector<int> storedWidths(const ViewSpec& spec) {
     return {widths.begin(), widths.begin() + static_cast<ptrdiff_t>(spec.columns)};
 }
 
+// Ctrl+F4 closes a view on every desktop, and Ctrl+W is a character for the target.
+void setCloseKey(const QMenu& menu) {
+    for (QAction* action : menu.actions()) {
+        if (action->shortcuts() == QKeySequence::keyBindings(QKeySequence::Close)) {
+            action->setShortcut(QKeySequence("Ctrl+F4"));
+        }
+    }
+}
+
 class ViewWindow : public QMdiSubWindow {
 public:
     explicit ViewWindow(const ViewSpec& spec) : spec_(spec) {
         setWindowIcon(ART_Icon(spec.icon));
         setWindowTitle(spec.title);
         setAttribute(Qt::WA_DeleteOnClose);
+        setCloseKey(*systemMenu());
         widget_ = spec.create(this);
         setWidget(widget_);
         if (spec.columns > 0) {

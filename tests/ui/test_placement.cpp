@@ -37,6 +37,8 @@ TEST(Placement, TilesFillTheArea) {
     }
     EXPECT_EQ(PLACEMENT_Tiles(2, {100, 80}, true)[1], QRect(0, 40, 100, 40));
     EXPECT_EQ(PLACEMENT_Tiles(2, {100, 80}, false)[1], QRect(50, 0, 50, 80));
+    EXPECT_EQ(PLACEMENT_Tiles(5, {900, 500}, true)[4], QRect(0, 400, 900, 100)) << "one column";
+    EXPECT_EQ(PLACEMENT_Tiles(5, {900, 400}, true)[4].width(), 450) << "else too low";
 }
 
 TEST(Placement, CascadeShowsEveryTitleBar) {
