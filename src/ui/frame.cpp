@@ -31,12 +31,19 @@ public:
     using QMdiArea::QMdiArea;
 
 protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QMdiArea::resizeEvent(event);
+        VIEWS_FollowArea();
+    }
+
     void paintEvent(QPaintEvent* event) override {
         QMdiArea::paintEvent(event);
         QPainter painter(viewport());
         ART_PaintLogo(painter, viewport()->rect(), palette());
     }
 };
+
+constexpr QSize kUsualSize(800, 600); // which the settings start with
 
 bool placed = false;
 bool closeWanted = false; // the frame was closed over an open box
@@ -99,7 +106,10 @@ protected:
 
     void showEvent(QShowEvent* event) override {
         QMainWindow::showEvent(event);
-        EVENTS_Post([] { VIEWS_BringBack(); });
+        EVENTS_Post([] {
+            VIEWS_FollowArea();
+            VIEWS_BringBack();
+        });
     }
 
     void dragEnterEvent(QDragEnterEvent* event) override {
@@ -161,6 +171,12 @@ void dialogOpens() {
     }
 }
 
+// Two thirds of the screen, in its middle, but no less than the usual size.
+QRect firstPlace(const QRect& screen) {
+    const QSize size = (screen.size() * 2 / 3).expandedTo(kUsualSize).boundedTo(screen.size());
+    return {screen.center() - QPoint(size.width() / 2, size.height() / 2), size};
+}
+
 QRect screenFor(const QRect& wanted) {
     const QScreen* screen = QGuiApplication::screenAt(wanted.center());
     screen = screen != nullptr ? screen : QGuiApplication::primaryScreen();
@@ -199,8 +215,11 @@ void FRAME_Place() {
     const QRect wanted(rect[0], rect[1], std::max(rect[2] - rect[0], 1),
                        std::max(rect[3] - rect[1], 1));
     const QRect screen = screenFor(wanted);
-    const QRect back = PLACEMENT_BroughtBack(
-        QRect(wanted.topLeft(), wanted.size().boundedTo(screen.size())), screen);
+    const QRect back =
+        wanted == QRect(QPoint(), kUsualSize) // never placed
+            ? firstPlace(screen)
+            : PLACEMENT_BroughtBack(QRect(wanted.topLeft(), wanted.size().boundedTo(screen.size())),
+                                    screen);
     frame->move(back.topLeft());
     frame->resize(back.size());
 }

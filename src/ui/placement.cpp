@@ -23,6 +23,19 @@ QRect PLACEMENT_BroughtBack(const QRect& wanted, const QRect& area) {
     return QRect(QPoint(left, top), size);
 }
 
+QRectF PLACEMENT_Share(const QRect& place, QSize area) {
+    const double width = std::max(area.width(), 1);
+    const double height = std::max(area.height(), 1);
+    return {place.x() / width, place.y() / height, place.width() / width, place.height() / height};
+}
+
+// By its edges, so that neighbours stay neighbours.
+QRect PLACEMENT_OfShare(const QRectF& share, QSize area) {
+    const QPoint from(qRound(share.left() * area.width()), qRound(share.top() * area.height()));
+    const QPoint to(qRound(share.right() * area.width()), qRound(share.bottom() * area.height()));
+    return {from, QSize(to.x() - from.x(), to.y() - from.y())};
+}
+
 std::vector<QRect> PLACEMENT_Tiles(int count, QSize area, bool wide) {
     // Lines run along the short side of the tiles: columns of wide tiles, rows of high ones. One
     // line serves while its tiles are large enough, and there are never more than in a square.
