@@ -12,6 +12,7 @@
 #include "ui/modal.h"
 #include "ui/placement.h"
 #include "ui/status_bar.h"
+#include "ui/tool_bar.h"
 #include "ui/view_windows.h"
 
 #include <QCloseEvent>
@@ -21,6 +22,7 @@
 #include <QPainter>
 #include <QScreen>
 #include <QShortcut>
+#include <QTimer>
 #include <memory>
 
 namespace {
@@ -44,6 +46,8 @@ protected:
 };
 
 constexpr QSize kUsualSize(800, 600); // which the settings start with
+
+constexpr int kGlanceMs = 250;
 
 bool placed = false;
 bool closeWanted = false; // the frame was closed over an open box
@@ -72,7 +76,13 @@ public:
         setStatusBar(STATUSBAR_Create(this));
         VIEWS_Init(area_, FRAMERULES_DataViewsClosed);
         FRAMEMENU_Build(menuBar(), area_, FRAMERULES_Run, FRAMERULES_MayRun);
+        addToolBar();
         addShortcuts();
+        connect(&glance_, &QTimer::timeout, this, [] {
+            TOOLBAR_Refresh();
+            STATUSBAR_ShowLink();
+        });
+        glance_.start(kGlanceMs);
     }
 
 protected:
@@ -126,6 +136,15 @@ protected:
     }
 
 private:
+    void addToolBar() {
+        QToolBar* bar = TOOLBAR_Create(this);
+        QMainWindow::addToolBar(bar);
+        bar->setVisible(SESSION_Get().showToolBar != 0);
+        FRAMEMENU_AddToggle(bar->toggleViewAction());
+        connect(bar->toggleViewAction(), &QAction::triggered,
+                [](bool shown) { SESSION_Get().showToolBar = shown ? 1 : 0; });
+    }
+
     void addShortcuts() {
         const auto add = [this](const char* key, const std::function<void()>& action) {
             auto* shortcut = new QShortcut(QKeySequence(key), this);
@@ -148,6 +167,7 @@ private:
     }
 
     QMdiArea* area_ = nullptr;
+    QTimer glance_; // of the eye, at what tool bar and status bar tell of the state
 };
 
 std::unique_ptr<MainFrame> frame;
@@ -197,6 +217,7 @@ void FRAME_Create() {
 void FRAME_Destroy() {
     MODAL_Init(nullptr, {}, {});
     STATUSBAR_Detach();
+    TOOLBAR_Detach();
     FRAMEMENU_Exit();
     VIEWS_Exit();
     frame.reset();
