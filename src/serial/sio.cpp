@@ -21,6 +21,7 @@ std::mutex sioMutex; // guards the words below
 SioConfig config;
 LineSettings lineFormat;
 std::string openFailure;
+Hint openHint; // behind it
 bool failureTolerated = false;
 std::atomic<uint64_t> bytesWritten{0};
 
@@ -162,9 +163,10 @@ SerialPortPtr openLine(const SioConfig& wanted, std::string& device, OpenFailure
     return line;
 }
 
-void setOpenFailure(const std::string& text) {
+void setOpenFailure(const OpenFailure& failure) {
     const std::lock_guard lock(sioMutex);
-    openFailure = text;
+    openFailure = failure.text;
+    openHint = failure.hint;
 }
 
 bool isFailureTolerated() {
@@ -186,7 +188,7 @@ bool _InitSIO(uint32_t baudrate) {
     std::string device;
     OpenFailure failure;
     SerialPortPtr line = openLine(wanted, device, failure);
-    setOpenFailure(failure.text);
+    setOpenFailure(failure);
     if (!line) {
         if (!isFailureTolerated()) {
             LOG_Add(failure.text);
@@ -308,6 +310,11 @@ void SIO_TolerateOpenFailure(bool tolerate) {
 std::string SIO_GetOpenFailure() {
     const std::lock_guard lock(sioMutex);
     return openFailure;
+}
+
+Hint SIO_GetOpenHint() {
+    const std::lock_guard lock(sioMutex);
+    return openHint;
 }
 
 std::string SIO_PortName() {

@@ -46,6 +46,7 @@ bool SIO_IsOpen();
 void SIO_TolerateOpenFailure(bool tolerate);
 // "COM3 (/dev/ttyS2): No such file or directory"; empty when the last opening succeeded.
 std::string SIO_GetOpenFailure();
+Hint SIO_GetOpenHint(); // what to do about it
 // The configured port as texts name it: "COM3", or the device in its place; empty when there is
 // none.
 std::string SIO_PortName();

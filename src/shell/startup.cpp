@@ -122,15 +122,18 @@ bool loadRemembered() {
     return !RUN_IsUnattended() || RUN_GetExitCode() == 0;
 }
 
-// A conversion needs no port: a run that nobody watches and that queues no target command goes on
-// without one and says so.
+// A conversion needs no port: a run that queues no target command goes on without one. It says so;
+// the desktop shows it as long as it lasts.
 void openPort() {
-    const bool needless = RUN_IsUnattended() && !CMDLINE_NeedsTarget();
+    const bool needless = !CMDLINE_NeedsTarget();
     SIO_TolerateOpenFailure(needless);
     SIO_Restart();
-    if (needless && !SIO_GetOpenFailure().empty()) {
-        CONSOLE_PrintLine("Note: the port is not available, " + SIO_GetOpenFailure() +
+    const std::string failure = needless ? SIO_GetOpenFailure() : "";
+    if (!failure.empty() && RUN_IsUnattended()) {
+        CONSOLE_PrintLine("Note: the port is not available, " + failure +
                           "; no command of this run needs it");
+    } else if (!failure.empty()) {
+        LOG_Add(failure);
     }
     SIO_TolerateOpenFailure(false);
 }

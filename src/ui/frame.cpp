@@ -5,11 +5,13 @@
 #include "shell/command_ids.h"
 #include "shell/frame_rules.h"
 #include "shell/identity.h"
+#include "shell/port_notice.h"
 #include "shell/session.h"
 #include "shell/startup.h"
 #include "ui/artwork.h"
 #include "ui/frame_menu.h"
 #include "ui/modal.h"
+#include "ui/notice_bar.h"
 #include "ui/placement.h"
 #include "ui/status_bar.h"
 #include "ui/tool_bar.h"
@@ -23,6 +25,7 @@
 #include <QScreen>
 #include <QShortcut>
 #include <QTimer>
+#include <QVBoxLayout>
 #include <memory>
 
 namespace {
@@ -72,13 +75,15 @@ public:
         area_->setObjectName("140");
         area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
         area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-        setCentralWidget(area_);
+        addArea();
         setStatusBar(STATUSBAR_Create(this));
         VIEWS_Init(area_, FRAMERULES_DataViewsClosed);
         FRAMEMENU_Build(menuBar(), area_, FRAMERULES_Run, FRAMERULES_MayRun);
         addToolBar();
         addShortcuts();
         connect(&glance_, &QTimer::timeout, this, [] {
+            PORTNOTICE_Watch();
+            NOTICEBAR_Refresh();
             TOOLBAR_Refresh();
             STATUSBAR_ShowLink();
         });
@@ -136,6 +141,16 @@ protected:
     }
 
 private:
+    void addArea() {
+        auto* centre = new QWidget(this);
+        auto* layout = new QVBoxLayout(centre);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setSpacing(0);
+        layout->addWidget(NOTICEBAR_Create(centre));
+        layout->addWidget(area_, 1);
+        setCentralWidget(centre);
+    }
+
     void addToolBar() {
         QToolBar* bar = TOOLBAR_Create(this);
         QMainWindow::addToolBar(bar);
@@ -218,6 +233,7 @@ void FRAME_Destroy() {
     MODAL_Init(nullptr, {}, {});
     STATUSBAR_Detach();
     TOOLBAR_Detach();
+    NOTICEBAR_Detach();
     FRAMEMENU_Exit();
     VIEWS_Exit();
     frame.reset();

@@ -152,9 +152,20 @@ TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
     world.item(CMD_TARGET_BLANK_CHECK_CHIP).trigger();
     EXPECT_TRUE(seen.contains("Busy, Cancel"));
     EXPECT_TRUE(tells("Loader runs"));
+    const auto& notice = control<QWidget>(world.frame(), "notice");
+    EXPECT_FALSE(notice.isVisible());
     SIMPORT_Unplug(world.line);
     EXPECT_TRUE(tells("Port lost"));
+    EXPECT_TRUE(notice.isVisible());
+    EXPECT_TRUE(textIn(notice, "noticeText").startsWith("The port is lost: COM1 is sim://desktop"));
+    click(notice, "Try again");
+    EXPECT_TRUE(tells("No port"));
+    EXPECT_TRUE(textIn(notice, "noticeText").startsWith("The port is not available: COM1 "));
+    EXPECT_EQ(world.boxes, Texts{}) << "nobody asked for the port";
     SIMPORT_Plug(world.line);
+    click(notice, "Try again");
+    EXPECT_TRUE(tells("Port open"));
+    EXPECT_FALSE(notice.isVisible());
 
     auto& device = control<QComboBox>(world.frame(), "Device");
     device.setCurrentIndex(device.findText("VT-A32"));
