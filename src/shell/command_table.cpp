@@ -67,7 +67,9 @@ void eraseChip() {
 }
 
 void quit() {
-    SESSION_Get().quit = true;
+    if (FRONTEND_Get().closeFrame()) {
+        SESSION_Get().quit = true;
+    }
 }
 
 constexpr Command kSeparator;

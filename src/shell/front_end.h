@@ -62,6 +62,8 @@ struct FrontEnd {
 
     // The frame. `showFrame` is called with the wanted state before every turn of the main loop.
     std::function<void(bool visible)> showFrame = [](bool) {};
+    // As the user closes it, keeping what is open and where; false when it stays open.
+    std::function<bool()> closeFrame = [] { return true; };
     std::function<void(const std::string& title)> setTitle = [](const std::string&) {};
     std::function<void()> updateMenu = [] {};
     std::function<bool()> isDialogOpen = [] { return false; }; // or a box that blocks the frame

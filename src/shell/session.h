@@ -22,6 +22,7 @@ struct Session {
     int32_t showLog = 0;
     int32_t showHexListView = 0;
     int32_t showDevice = 0;
+    int32_t showToolBar = 1;
 };
 
 Session& SESSION_Get();

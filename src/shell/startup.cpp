@@ -46,6 +46,7 @@ void readFrameSettings() {
     INI_ReadInt(kSection, "ShowLog", session.showLog);
     INI_ReadInt(kSection, "ShowHexListView", session.showHexListView);
     INI_ReadInt(kSection, "ShowDevice", session.showDevice);
+    INI_ReadInt(kSection, "ShowToolBar", session.showToolBar);
     int32_t& right = session.frameRect[2];
     int32_t& bottom = session.frameRect[3];
     right = right == 0 ? kDefaultRight : right;
@@ -150,6 +151,7 @@ void writeOpenViews() {
     INI_WriteInt(kSection, "ShowLog", frontEnd.isViewOpen(View::log) ? 1 : 0);
     INI_WriteInt(kSection, "ShowHexListView", frontEnd.isViewOpen(View::hexList) ? 1 : 0);
     INI_WriteInt(kSection, "ShowDevice", frontEnd.isViewOpen(View::device) ? 1 : 0);
+    INI_WriteInt(kSection, "ShowToolBar", SESSION_Get().showToolBar);
 }
 
 // It has done nothing, so there is nothing to start the next one with.

@@ -130,6 +130,14 @@ void catchFatal(QtMsgType type, const QMessageLogContext&, const QString& text) 
     reason = reason.isEmpty() ? text : reason;
 }
 
+// The toolkit ends the process from within its event loop when the display is lost. Objects that
+// other threads still use must not be destroyed under them then.
+void leaveWithoutDisplay() {
+    if (application) {
+        std::_Exit(1);
+    }
+}
+
 // Some desktops' dark colours come without those of hints and disabled texts, which then are dark
 // on dark.
 void completeDarkColours() {
@@ -156,6 +164,7 @@ void createApplication(char** argv) {
     QApplication::setApplicationName("Calvorin");
     QApplication::setDesktopFileName("org.calvorin.Calvorin"); // by which a desktop finds the icon
     completeDarkColours();
+    std::atexit(leaveWithoutDisplay);
 }
 
 } // namespace
@@ -166,6 +175,7 @@ FrontEnd DESKTOP_Create() {
     frontEnd.start = start;
     frontEnd.stop = stop;
     frontEnd.showFrame = FRAME_Show;
+    frontEnd.closeFrame = FRAME_Close;
     frontEnd.setTitle = FRAME_SetTitle;
     frontEnd.updateMenu = FRAME_UpdateMenu;
     frontEnd.isDialogOpen = MODAL_IsOpen;

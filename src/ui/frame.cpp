@@ -12,6 +12,7 @@
 #include "ui/modal.h"
 #include "ui/placement.h"
 #include "ui/status_bar.h"
+#include "ui/tool_bar.h"
 #include "ui/view_windows.h"
 
 #include <QCloseEvent>
@@ -21,6 +22,7 @@
 #include <QPainter>
 #include <QScreen>
 #include <QShortcut>
+#include <QTimer>
 #include <memory>
 
 namespace {
@@ -31,12 +33,21 @@ public:
     using QMdiArea::QMdiArea;
 
 protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QMdiArea::resizeEvent(event);
+        VIEWS_FollowArea();
+    }
+
     void paintEvent(QPaintEvent* event) override {
         QMdiArea::paintEvent(event);
         QPainter painter(viewport());
         ART_PaintLogo(painter, viewport()->rect(), palette());
     }
 };
+
+constexpr QSize kUsualSize(800, 600); // which the settings start with
+
+constexpr int kGlanceMs = 250;
 
 bool placed = false;
 bool closeWanted = false; // the frame was closed over an open box
@@ -65,7 +76,13 @@ public:
         setStatusBar(STATUSBAR_Create(this));
         VIEWS_Init(area_, FRAMERULES_DataViewsClosed);
         FRAMEMENU_Build(menuBar(), area_, FRAMERULES_Run, FRAMERULES_MayRun);
+        addToolBar();
         addShortcuts();
+        connect(&glance_, &QTimer::timeout, this, [] {
+            TOOLBAR_Refresh();
+            STATUSBAR_ShowLink();
+        });
+        glance_.start(kGlanceMs);
     }
 
 protected:
@@ -99,7 +116,10 @@ protected:
 
     void showEvent(QShowEvent* event) override {
         QMainWindow::showEvent(event);
-        EVENTS_Post([] { VIEWS_BringBack(); });
+        EVENTS_Post([] {
+            VIEWS_FollowArea();
+            VIEWS_BringBack();
+        });
     }
 
     void dragEnterEvent(QDragEnterEvent* event) override {
@@ -116,6 +136,15 @@ protected:
     }
 
 private:
+    void addToolBar() {
+        QToolBar* bar = TOOLBAR_Create(this);
+        QMainWindow::addToolBar(bar);
+        bar->setVisible(SESSION_Get().showToolBar != 0);
+        FRAMEMENU_AddToggle(bar->toggleViewAction());
+        connect(bar->toggleViewAction(), &QAction::triggered,
+                [](bool shown) { SESSION_Get().showToolBar = shown ? 1 : 0; });
+    }
+
     void addShortcuts() {
         const auto add = [this](const char* key, const std::function<void()>& action) {
             auto* shortcut = new QShortcut(QKeySequence(key), this);
@@ -138,6 +167,7 @@ private:
     }
 
     QMdiArea* area_ = nullptr;
+    QTimer glance_; // of the eye, at what tool bar and status bar tell of the state
 };
 
 std::unique_ptr<MainFrame> frame;
@@ -161,6 +191,12 @@ void dialogOpens() {
     }
 }
 
+// Two thirds of the screen, in its middle, but no less than the usual size.
+QRect firstPlace(const QRect& screen) {
+    const QSize size = (screen.size() * 2 / 3).expandedTo(kUsualSize).boundedTo(screen.size());
+    return {screen.center() - QPoint(size.width() / 2, size.height() / 2), size};
+}
+
 QRect screenFor(const QRect& wanted) {
     const QScreen* screen = QGuiApplication::screenAt(wanted.center());
     screen = screen != nullptr ? screen : QGuiApplication::primaryScreen();
@@ -181,6 +217,7 @@ void FRAME_Create() {
 void FRAME_Destroy() {
     MODAL_Init(nullptr, {}, {});
     STATUSBAR_Detach();
+    TOOLBAR_Detach();
     FRAMEMENU_Exit();
     VIEWS_Exit();
     frame.reset();
@@ -199,8 +236,11 @@ void FRAME_Place() {
     const QRect wanted(rect[0], rect[1], std::max(rect[2] - rect[0], 1),
                        std::max(rect[3] - rect[1], 1));
     const QRect screen = screenFor(wanted);
-    const QRect back = PLACEMENT_BroughtBack(
-        QRect(wanted.topLeft(), wanted.size().boundedTo(screen.size())), screen);
+    const QRect back =
+        wanted == QRect(QPoint(), kUsualSize) // never placed
+            ? firstPlace(screen)
+            : PLACEMENT_BroughtBack(QRect(wanted.topLeft(), wanted.size().boundedTo(screen.size())),
+                                    screen);
     frame->move(back.topLeft());
     frame->resize(back.size());
 }
@@ -211,6 +251,10 @@ void FRAME_Show(bool visible) {
     }
     FRAME_Place();
     frame->setVisible(visible);
+}
+
+bool FRAME_Close() {
+    return !frame->isVisible() || frame->close();
 }
 
 void FRAME_SetTitle(const std::string& title) {

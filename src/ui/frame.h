@@ -11,6 +11,8 @@ void FRAME_Destroy();
 QMainWindow* FRAME_Get(); // nullptr when there is none
 
 void FRAME_Show(bool visible);
+// Closes the frame as the user does; false when he wants to stay.
+bool FRAME_Close();
 void FRAME_SetTitle(const std::string& title);
 // Applies the menu's rules; also what has been put off while a command ran.
 void FRAME_UpdateMenu();

@@ -4,6 +4,7 @@
 #include "shell/command_table.h"
 
 #include <QMdiSubWindow>
+#include <algorithm>
 #include <string_view>
 #include <vector>
 
@@ -161,6 +162,17 @@ void FRAMEMENU_Exit() {
     windowEntries.clear();
     windowMenu = nullptr;
     windowArea = nullptr;
+}
+
+QAction* FRAMEMENU_Item(int id) {
+    const auto found =
+        std::ranges::find_if(commands, [id](const QAction* item) { return item->data() == id; });
+    return found == commands.end() ? nullptr : *found;
+}
+
+void FRAMEMENU_AddToggle(QAction* toggle) {
+    windowMenu->addSeparator();
+    windowMenu->addAction(toggle);
 }
 
 bool FRAMEMENU_IsAccelerator(int key, Qt::KeyboardModifiers modifiers) {

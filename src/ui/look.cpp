@@ -15,9 +15,8 @@ QFont LOOK_FixedFont() {
 }
 
 QString LOOK_Characters(const std::string& characters) {
-    constexpr char kDelete = '\x7F';
-    constexpr char16_t kDeleteSign = 0x2421;
-    return QString::fromLatin1(characters).replace(QLatin1Char(kDelete), QChar(kDeleteSign));
+    constexpr char kDelete = '\x7F'; // has no picture in most fonts
+    return QString::fromLatin1(characters).replace(QLatin1Char(kDelete), QLatin1Char('.'));
 }
 
 QColor LOOK_GoodColour(const QPalette& palette) {

@@ -8,7 +8,7 @@
 
 QFont LOOK_FixedFont();
 // Characters of the data as they are drawn: for 0x7F, which stands for itself among them, a font
-// draws nothing, so a sign takes its place.
+// draws a box or nothing, so a dot takes its place.
 QString LOOK_Characters(const std::string& characters);
 // Green and red for text on the palette's window colour.
 QColor LOOK_GoodColour(const QPalette& palette);

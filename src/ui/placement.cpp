@@ -4,8 +4,10 @@
 
 namespace {
 
-constexpr int kGrip = 40;        // pixels of a title bar's width that must be within reach
-constexpr int kTitleHeight = 20; // pixels
+constexpr int kGrip = 40;         // pixels of a title bar's width that must be within reach
+constexpr int kTitleHeight = 20;  // pixels
+constexpr int kLeastHeight = 100; // of a tile, pixels
+constexpr int kLeastWidth = 200;
 
 } // namespace
 
@@ -21,14 +23,29 @@ QRect PLACEMENT_BroughtBack(const QRect& wanted, const QRect& area) {
     return QRect(QPoint(left, top), size);
 }
 
+QRectF PLACEMENT_Share(const QRect& place, QSize area) {
+    const double width = std::max(area.width(), 1);
+    const double height = std::max(area.height(), 1);
+    return {place.x() / width, place.y() / height, place.width() / width, place.height() / height};
+}
+
+// By its edges, so that neighbours stay neighbours.
+QRect PLACEMENT_OfShare(const QRectF& share, QSize area) {
+    const QPoint from(qRound(share.left() * area.width()), qRound(share.top() * area.height()));
+    const QPoint to(qRound(share.right() * area.width()), qRound(share.bottom() * area.height()));
+    return {from, QSize(to.x() - from.x(), to.y() - from.y())};
+}
+
 std::vector<QRect> PLACEMENT_Tiles(int count, QSize area, bool wide) {
-    // Lines run along the short side of the tiles: columns of wide tiles, rows of high ones.
-    int lines = 1;
-    while ((lines + 1) * (lines + 1) <= count) {
-        ++lines;
-    }
+    // Lines run along the short side of the tiles: columns of wide tiles, rows of high ones. One
+    // line serves while its tiles are large enough, and there are never more than in a square.
     const int across = wide ? area.width() : area.height();
     const int along = wide ? area.height() : area.width();
+    const int least = wide ? kLeastHeight : kLeastWidth;
+    int lines = 1;
+    while ((lines + 1) * (lines + 1) <= count && along * lines < count * least) {
+        ++lines;
+    }
     std::vector<QRect> tiles;
     for (int line = 0; line < lines; ++line) {
         const int inLine = count / lines + (line >= lines - count % lines ? 1 : 0);

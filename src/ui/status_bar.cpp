@@ -3,6 +3,8 @@
 #include "notice/status.h"
 #include "platform/event_queue.h"
 #include "serial/sio.h"
+#include "shell/link_shown.h"
+#include "ui/look.h"
 #include "ui/port_text.h"
 
 #include <QHelpEvent>
@@ -10,6 +12,7 @@
 #include <QToolTip>
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace {
 
@@ -29,6 +32,10 @@ public:
             label->setText(QString::fromStdString(STATUS_GetText(part)));
             labels_[static_cast<size_t>(part)] = label;
         }
+        link_ = new QLabel(labels_[0]);
+        link_->setObjectName("link");
+        link_->setTextFormat(Qt::PlainText);
+        link_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         setMinimumHeight(labels_[0]->sizeHint().height() + kPartMargin);
     }
 
@@ -37,10 +44,35 @@ public:
         layOut();
     }
 
+    void showLink(LinkShown state) {
+        if (shown_ == state) {
+            return;
+        }
+        shown_ = state;
+        const QPalette colours = palette();
+        const bool isBad = state == LinkShown::lost || state == LinkShown::noPort;
+        const bool isGood = state == LinkShown::loader || state == LinkShown::bootRom;
+        QPalette own = colours;
+        own.setColor(QPalette::WindowText, isBad    ? LOOK_BadColour(colours)
+                                           : isGood ? LOOK_GoodColour(colours)
+                                                    : colours.color(QPalette::WindowText));
+        link_->setPalette(own);
+        link_->setText(LINKSHOWN_Text(state));
+        link_->setAccessibleName(QString("Link: ") + LINKSHOWN_Text(state));
+        layOut();
+    }
+
 protected:
     void resizeEvent(QResizeEvent* event) override {
         QStatusBar::resizeEvent(event);
         layOut();
+    }
+
+    void changeEvent(QEvent* event) override {
+        QStatusBar::changeEvent(event);
+        if (event->type() == QEvent::PaletteChange) {
+            shown_.reset();
+        }
     }
 
     bool event(QEvent* event) override {
@@ -71,9 +103,14 @@ private:
             label->setGeometry(right - widthOfPart, 1, widthOfPart - 1, height() - 2);
             right -= widthOfPart;
         }
+        const int width = link_->sizeHint().width() + 2 * kPartMargin;
+        link_->setGeometry(labels_[0]->width() - width, 0, width - kPartMargin,
+                           labels_[0]->height());
     }
 
     std::array<QLabel*, kStatusParts> labels_{};
+    QLabel* link_ = nullptr; // at the end of the first part
+    std::optional<LinkShown> shown_;
 };
 
 StatusBar* bar = nullptr;
@@ -90,6 +127,12 @@ QStatusBar* STATUSBAR_Create(QWidget* parent) {
         });
     });
     return bar;
+}
+
+void STATUSBAR_ShowLink() {
+    if (bar != nullptr) {
+        bar->showLink(LINKSHOWN_Get());
+    }
 }
 
 void STATUSBAR_Detach() {

@@ -11,3 +11,5 @@ QStatusBar* STATUSBAR_Create(QWidget* parent);
 void STATUSBAR_Detach();
 // What is behind the COM number of the port in use: device file and whether it is there.
 std::string STATUSBAR_PortText();
+// Shows the present state of the link; cheap while it has not changed.
+void STATUSBAR_ShowLink();

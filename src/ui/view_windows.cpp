@@ -9,9 +9,11 @@
 
 #include <QCloseEvent>
 #include <QMdiSubWindow>
+#include <QMenu>
 #include <QStyle>
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <span>
 
 namespace {
@@ -20,13 +22,14 @@ struct ViewSpec {
     View view;
     const char* section;
     const char* title;
-    QRect placement; // default, in coordinates of the area
+    QRect placement; // standard, in an area of kStandardArea
     size_t columns;
     bool showsData;
     Art icon;
     ViewWidget* (*create)(QWidget*);
 };
 
+constexpr QSize kStandardArea(792, 534); // pixels
 constexpr size_t kViews = 5;
 constexpr size_t kMaxColumns = 6;
 constexpr char kRectKey[] = "Rect";
@@ -73,12 +76,12 @@ const ViewSpec& specOf(View view) {
     return kSpecs[static_cast<size_t>(view)];
 }
 
-void storeWindow(const ViewSpec& spec, const QMdiSubWindow& window, const ViewWidget& widget) {
-    if (!window.isMaximized() && !window.isMinimized()) {
-        const QRect place = window.geometry();
-        const int32_t rect[4] = {place.x(), place.y(), place.width(), place.height()};
-        INI_WriteRect(spec.section, kRectKey, rect);
-    }
+void storePlace(const ViewSpec& spec, const QRect& place) {
+    const int32_t rect[4] = {place.x(), place.y(), place.width(), place.height()};
+    INI_WriteRect(spec.section, kRectKey, rect);
+}
+
+void storeColumns(const ViewSpec& spec, const ViewWidget& widget) {
     const std::vector<int> widths = widget.columnWidths();
     if (!widths.empty()) {
         INI_WriteIntArray(spec.section, kHeaderKey,
@@ -86,11 +89,12 @@ void storeWindow(const ViewSpec& spec, const QMdiSubWindow& window, const ViewWi
     }
 }
 
-QRect storedPlacement(const ViewSpec& spec) {
+// None: the view stands at its standard place.
+std::optional<QRect> storedPlacement(const ViewSpec& spec) {
     int32_t rect[4] = {0, 0, 0, 0};
     INI_ReadRect(spec.section, kRectKey, rect);
     const bool stored = std::any_of(rect, rect + 4, [](int32_t value) { return value != 0; });
-    return stored ? QRect(rect[0], rect[1], rect[2], rect[3]) : spec.placement;
+    return stored ? std::optional(QRect(rect[0], rect[1], rect[2], rect[3])) : std::nullopt;
 }
 
 std::vector<int> storedWidths(const ViewSpec& spec) {
@@ -99,12 +103,22 @@ std::vector<int> storedWidths(const ViewSpec& spec) {
     return {widths.begin(), widths.begin() + static_cast<ptrdiff_t>(spec.columns)};
 }
 
+// Ctrl+F4 closes a view on every desktop, and Ctrl+W is a character for the target.
+void setCloseKey(const QMenu& menu) {
+    for (QAction* action : menu.actions()) {
+        if (action->shortcuts() == QKeySequence::keyBindings(QKeySequence::Close)) {
+            action->setShortcut(QKeySequence("Ctrl+F4"));
+        }
+    }
+}
+
 class ViewWindow : public QMdiSubWindow {
 public:
     explicit ViewWindow(const ViewSpec& spec) : spec_(spec) {
         setWindowIcon(ART_Icon(spec.icon));
         setWindowTitle(spec.title);
         setAttribute(Qt::WA_DeleteOnClose);
+        setCloseKey(*systemMenu());
         widget_ = spec.create(this);
         setWidget(widget_);
         if (spec.columns > 0) {
@@ -119,17 +133,80 @@ public:
     }
 
     ViewWidget& view() { return *widget_; }
-    void store() const { storeWindow(spec_, *this, *widget_); }
+
+    void store() const {
+        if (isPlaced_ && isNormal()) {
+            storePlace(spec_, geometry());
+        }
+        storeColumns(spec_, *widget_);
+    }
+
+    // Takes the stored place or else the standard one.
+    void placeFirst();
+    void followArea();
 
 protected:
     void closeEvent(QCloseEvent* event) override; // the user closes it
 
+    void moveEvent(QMoveEvent* event) override {
+        QMdiSubWindow::moveEvent(event);
+        noteShare();
+    }
+
+    void resizeEvent(QResizeEvent* event) override {
+        QMdiSubWindow::resizeEvent(event);
+        noteShare();
+    }
+
 private:
+    bool isNormal() const { return !isMaximized() && !isMinimized(); }
+    void noteShare();
+
     const ViewSpec& spec_;
     ViewWidget* widget_ = nullptr;
+    QRectF share_;          // of the area
+    bool isPlaced_ = false; // by the user, not at its standard place
+    bool follows_ = false;  // its place is being set
 };
 
 QMdiArea* area = nullptr;
+
+// Before it is laid out the area tells no size of its own.
+bool isLaidOut() {
+    return area != nullptr && area->isVisible();
+}
+
+// A place that the user, or an arrangement that he chose, gives.
+void ViewWindow::noteShare() {
+    if (!follows_ && isLaidOut() && isNormal()) {
+        share_ = PLACEMENT_Share(geometry(), area->viewport()->size());
+        isPlaced_ = true;
+    }
+}
+
+void ViewWindow::placeFirst() {
+    const std::optional<QRect> stored = storedPlacement(spec_);
+    isPlaced_ = stored.has_value();
+    share_ = isPlaced_ ? QRectF() : PLACEMENT_Share(spec_.placement, kStandardArea);
+    follows_ = true;
+    if (stored) {
+        setGeometry(isLaidOut() ? PLACEMENT_BroughtBack(*stored, area->viewport()->rect())
+                                : *stored);
+    } else {
+        setGeometry(PLACEMENT_OfShare(share_, area->viewport()->size()));
+    }
+    follows_ = false;
+}
+
+void ViewWindow::followArea() {
+    if (share_.isNull()) { // stored when the area was as large as it is now
+        share_ = PLACEMENT_Share(geometry(), area->viewport()->size());
+    } else if (isNormal()) {
+        follows_ = true;
+        setGeometry(PLACEMENT_OfShare(share_, area->viewport()->size()));
+        follows_ = false;
+    }
+}
 std::array<ViewWindow*, kViews> windows{};
 std::function<void()> whenDataViewsClosed;
 
@@ -168,9 +245,7 @@ QMdiSubWindow* createWindow(const ViewSpec& spec) {
     auto* window = new ViewWindow(spec);
     windowOf(spec.view) = window;
     area->addSubWindow(window);
-    const QRect place = storedPlacement(spec);
-    const bool laidOut = area->isVisible();
-    window->setGeometry(laidOut ? PLACEMENT_BroughtBack(place, area->viewport()->rect()) : place);
+    window->placeFirst();
     window->view().refresh();
     window->view().setFocus(); // else the first child gets it, which may be a label
     window->show();
@@ -267,6 +342,14 @@ void VIEWS_BringBack() {
             if (back != place) {
                 window->setGeometry(back);
             }
+        }
+    }
+}
+
+void VIEWS_FollowArea() {
+    for (ViewWindow* window : windows) {
+        if (window != nullptr && isLaidOut()) {
+            window->followArea();
         }
     }
 }

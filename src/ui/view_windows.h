@@ -26,5 +26,8 @@ void VIEWS_StoreAll();
 void VIEWS_BringBack();
 
 void VIEWS_Cascade();
+// The area has another size: views at their standard places, and those that the user placed, keep
+// their shares of it.
+void VIEWS_FollowArea();
 void VIEWS_Tile(bool wide); // wide: one below the other
 void VIEWS_RestoreDefault();

@@ -25,14 +25,18 @@ TEST(Closing, EndsDialogsWhenTheProgramIsToldToEnd) {
     EXPECT_EQ(BOX_Ask(nullptr, "Go on?", "Question", BOX_YES_NO), ANSWER_NONE);
 }
 
-TEST(Closing, StoresTheViewsThatAreOpenAndThePlace) {
+namespace {
+
+void closeWithViews(bool byMenu) {
+    SCOPED_TRACE(byMenu);
     DesktopWorld world;
     world.show();
     FRONTEND_Get().openView(View::log);
     FRONTEND_Get().openView(View::terminal);
     world.frame().move(30, 40);
     world.frame().resize(700, 500);
-    world.frame().close();
+    byMenu ? world.item(CMD_EXIT).trigger() : static_cast<void>(world.frame().close());
+    EXPECT_TRUE(SESSION_Get().quit);
     STARTUP_Finish();
     const std::string kept = readFile(world.folder / "tool.ini");
     for (const char* flag : {"ShowLog = 1", "ShowTerminal = 1", "ShowDevice = 0"}) {
@@ -40,6 +44,13 @@ TEST(Closing, StoresTheViewsThatAreOpenAndThePlace) {
     }
     const int32_t* rect = SESSION_Get().frameRect;
     EXPECT_EQ(std::vector<int32_t>(rect, rect + 4), (std::vector<int32_t>{30, 40, 730, 540}));
+}
+
+} // namespace
+
+TEST(Closing, StoresTheViewsThatAreOpenAndThePlace) {
+    closeWithViews(false);
+    closeWithViews(true);
 }
 
 namespace {

@@ -4,6 +4,7 @@
 #include "shell/startup.h"
 #include "ui/status_bar.h"
 
+#include <QComboBox>
 #include <QDropEvent>
 #include <QLabel>
 #include <QMenuBar>
@@ -128,6 +129,43 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
     EXPECT_EQ(flash(), world.data);
     EXPECT_FALSE(SESSION_Get().quit);
     EXPECT_GT(percents.size(), 3U);
+}
+
+TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
+    ChipOptions slow;
+    slow.faults = {{FaultKind::slow, ChipStep::blankCheck, 0, 0, 400}};
+    ChipWorld world(slow);
+    const auto& link = control<QLabel>(world.frame(), "link");
+    const auto& cancel = control<QAction>(world.frame(), "toolCancel");
+    const auto tells = [&link](const char* text) {
+        return runUntil([&link, text] { return link.text() == text; });
+    };
+    EXPECT_TRUE(tells("Port open"));
+    EXPECT_FALSE(cancel.isEnabled());
+    EXPECT_EQ(control<QComboBox>(world.frame(), "Port").currentText(), "COM1: sim://desktop");
+    std::set<std::string> seen;
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, [&] {
+        seen.insert(link.text().toStdString() + (cancel.isEnabled() ? ", Cancel" : ""));
+    });
+    watch.start(5);
+    world.item(CMD_TARGET_BLANK_CHECK_CHIP).trigger();
+    EXPECT_TRUE(seen.contains("Busy, Cancel"));
+    EXPECT_TRUE(tells("Loader runs"));
+    SIMPORT_Unplug(world.line);
+    EXPECT_TRUE(tells("Port lost"));
+    SIMPORT_Plug(world.line);
+
+    auto& device = control<QComboBox>(world.frame(), "Device");
+    device.setCurrentIndex(device.findText("VT-A32"));
+    emit device.activated(device.currentIndex());
+    EXPECT_EQ(DEVICE_GetName(), "VT-A32");
+    EXPECT_TRUE(control<QAction>(world.frame(), "tool273").isEnabled());
+    HEXDATA_Clear();
+    FRONTEND_Get().updateMenu();
+    EXPECT_FALSE(control<QAction>(world.frame(), "tool273").isEnabled()) << "nothing to program";
+    SIO_SetConfig({0, 9600, 0});
+    EXPECT_TRUE(tells("No port"));
 }
 
 TEST(StatusBar, FollowsTheTextsAndNamesTheDevice) {

@@ -37,6 +37,8 @@ TEST(Placement, TilesFillTheArea) {
     }
     EXPECT_EQ(PLACEMENT_Tiles(2, {100, 80}, true)[1], QRect(0, 40, 100, 40));
     EXPECT_EQ(PLACEMENT_Tiles(2, {100, 80}, false)[1], QRect(50, 0, 50, 80));
+    EXPECT_EQ(PLACEMENT_Tiles(5, {900, 500}, true)[4], QRect(0, 400, 900, 100)) << "one column";
+    EXPECT_EQ(PLACEMENT_Tiles(5, {900, 400}, true)[4].width(), 450) << "else too low";
 }
 
 TEST(Placement, CascadeShowsEveryTitleBar) {
@@ -61,8 +63,9 @@ TEST(Placement, CascadeShowsEveryTitleBar) {
 TEST(Placement, IsKeptAndRestored) {
     DesktopWorld world("[Settings TERMINAL]\nRect = 5000,5000,300,100\n");
     world.show();
+    const QRect area = world.frame().findChild<QMdiArea*>()->viewport()->rect();
     FRONTEND_Get().openView(View::log);
-    EXPECT_EQ(world.window("Log")->geometry(), QRect(450, 420, 342, 114));
+    EXPECT_EQ(world.window("Log")->geometry().bottomRight(), area.bottomRight());
     world.window("Log")->setGeometry(20, 30, 400, 200);
     world.window("Log")->close();
     FRONTEND_Get().openView(View::log);
@@ -74,14 +77,32 @@ TEST(Placement, IsKeptAndRestored) {
     EXPECT_EQ(world.window("Log")->geometry(), QRect(20, 30, 400, 200));
 
     FRONTEND_Get().openView(View::terminal);
-    const QRect area = world.frame().findChild<QMdiArea*>()->viewport()->rect();
     EXPECT_TRUE(area.contains(world.window("Terminal I/O")->geometry()));
 
     world.item(CMD_WINDOW_RESTORE_DEFAULT).trigger();
-    EXPECT_EQ(world.window("Log")->geometry(), QRect(450, 420, 342, 114));
-    EXPECT_EQ(world.window("Terminal I/O")->geometry(), QRect(0, 420, 449, 114));
+    EXPECT_EQ(world.window("Log")->geometry().bottomRight(), area.bottomRight());
+    EXPECT_EQ(world.window("Terminal I/O")->geometry().bottomLeft(), area.bottomLeft());
     INI_Save();
     EXPECT_EQ(readFile(world.folder / "tool.ini").find("Rect"), std::string::npos);
+}
+
+TEST(Placement, KeepsTheSharesOfTheArea) {
+    DesktopWorld world;
+    world.show();
+    const auto* viewport = world.frame().findChild<QMdiArea*>()->viewport();
+    FRONTEND_Get().openView(View::log);
+    FRONTEND_Get().openView(View::device);
+    const QSize before = viewport->size();
+    world.window("Device")->setGeometry(0, 0, before.width() / 2, before.height() / 4);
+    for (const QSize size : {QSize(1600, 1000), QSize(700, 500), QSize(1600, 1000)}) {
+        world.frame().resize(size);
+        QApplication::processEvents();
+        const QSize half = viewport->size() / 2;
+        EXPECT_NEAR(world.window("Device")->width(), half.width(), 2);
+        EXPECT_NEAR(world.window("Device")->height(), half.height() / 2, 2);
+        EXPECT_EQ(world.window("Log")->geometry().bottomRight(), viewport->rect().bottomRight());
+        EXPECT_GT(world.window("Log")->x(), half.width());
+    }
 }
 
 TEST(DataViews, UnloadWhenTheLastIsClosedByTheUser) {
