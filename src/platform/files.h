@@ -26,6 +26,16 @@ struct FileResult {
 // this is another file, taken for one by mistake.
 inline constexpr size_t kLargestText = 1 << 20; // bytes
 
+// What changes when a file gets other contents, whether it is written to or replaced.
+struct FileStamp {
+    uint64_t size = 0; // bytes
+    int64_t modifiedNs = 0;
+    uint64_t number = 0; // of the file in its file system
+    bool operator==(const FileStamp&) const = default;
+};
+// None where there is no regular file.
+std::optional<FileStamp> FILES_Stamp(const std::filesystem::path& path);
+
 // A file open for reading in pieces. Move-only; closes itself. A directory counts as a failure. A
 // pipe whose writer is silent is waited for until the program is to end (PROCESS_IsEnding).
 class FileReader {
@@ -73,7 +83,10 @@ private:
     FileResult openInPlace();
     bool passesFor(const struct stat& old) const;
     FileResult takePlace();
+    void beginWriteBack(size_t count);
 
+    uint64_t written_ = 0;
+    uint64_t onItsWay_ = 0; // to the disk
     int descriptor_ = -1;             // what is written to
     int inPlace_ = -1;                // the file that gets it all at the commit
     bool direct_ = false;             // there is no commit

@@ -202,7 +202,9 @@ bool _InitSIO(uint32_t baudrate) {
     OPENPORT_Set(std::move(line), name, device);
     logDevice(name, device);
     changeRate(baudrate, isFailureTolerated());
-    PORTHINT_NoteOpened(device);
+    if (!isFailureTolerated()) { // to see who else has the port takes longer than a conversion
+        PORTHINT_NoteOpened(device);
+    }
     logOpenState(
         formatText("%s opened with %d Baud", name.c_str(), static_cast<int>(wanted.Baudrate)));
     return true;

@@ -91,12 +91,15 @@ ArgumentValue CMDLINE_Patch() {
         return {};
     }
     const std::string contents = text.substr(equals + 1);
+    uint64_t size = contents.size() / 2;
     if (contents.starts_with('@')) {
         patch.path = contents.substr(1);
         if (!FILES_Exists(patch.path)) {
             CMDLINE_Fault("File not found (" + patch.path + ")");
             return {};
         }
+        size =
+            FILES_Stamp(patch.path).value_or(FileStamp()).size; // a pipe is judged once it is read
     } else {
         std::string error;
         patch.bytes = HEXTEXT_ToBytes(contents, kMostDigits, error);
@@ -106,6 +109,11 @@ ArgumentValue CMDLINE_Patch() {
             CMDLINE_Fault(error.empty() ? "Not a hex value" : error);
             return {};
         }
+    }
+    if (patch.address + size > kAddresses) {
+        CMDLINE_Fault(formatText("A patch of %ju bytes at %X would end behind FFFFFFFF",
+                                 static_cast<uintmax_t>(size), patch.address));
+        return {};
     }
     return {[patch] { applyPatch(patch); }};
 }

@@ -27,6 +27,9 @@ namespace {
 using Json = nlohmann::ordered_json; // the fields in the order of the document
 
 constexpr int kSchema = 1;
+constexpr char kFaultStage[] = "fault";
+
+bool isWritten = false;
 
 Json textOrNull(const std::string& text) {
     return text.empty() ? Json() : Json(text);
@@ -144,26 +147,44 @@ void addWork(Json& result, const Account& account) {
     result["checksum"] = hasDevice ? checksum() : Json();
 }
 
+Json head(int exitCode, const Json& commands, const Json& stage, const Json& errors,
+          const Json& hints, const Json& notes) {
+    return {{"schema", kSchema},
+            {"version", kProductVersion},
+            {"verdict", exitCode == 0 ? "passed" : "failed"},
+            {"exit_code", exitCode},
+            {"commands", commands},
+            {"stage", stage},
+            {"errors", errors},
+            {"hints", hints},
+            {"notes", notes}};
+}
+
+// Paths need not be UTF-8, JSON has to be.
+std::string textOf(const Json& result) {
+    return result.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+FileResult put(const std::string& path, const std::string& text) {
+    if (path == "-") {
+        PROCESS_WriteOut(text);
+        return {};
+    }
+    return FILES_Replace(path, text);
+}
+
 } // namespace
 
 std::string RESULT_Text() {
     const int exitCode = RUN_GetExitCode();
     const Account account = ACCOUNT_Get();
     const AccountedTry& last = account.tries.back();
-    Json result = {{"schema", kSchema},
-                   {"version", kProductVersion},
-                   {"verdict", exitCode == 0 ? "passed" : "failed"},
-                   {"exit_code", exitCode},
-                   {"commands", commands(last)},
-                   {"stage", textOrNull(last.stage)},
-                   {"errors", last.errors},
-                   {"hints", last.hints},
-                   {"notes", account.notes}};
+    Json result = head(exitCode, commands(last), textOrNull(last.stage), last.errors, last.hints,
+                       account.notes);
     addWork(result, account);
     result["tries"] = tries(account);
     result["seconds"] = rounded(account.seconds);
-    // Paths need not be UTF-8, JSON has to be.
-    return result.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    return textOf(result);
 }
 
 void RESULT_Write() {
@@ -171,13 +192,36 @@ void RESULT_Write() {
     if (path.empty()) {
         return;
     }
-    const std::string text = RESULT_Text();
-    if (path == "-") {
-        PROCESS_WriteOut(text);
+    const FileResult result = put(path, RESULT_Text());
+    isWritten = true;
+    if (!result.ok()) {
+        RUN_SetExitCode(1);
+        CONSOLE_PrintError("The result cannot be written (" + path + ": " + result.reason + ")");
+    }
+}
+
+// All fields are there, but none that only the modules know: their locks may be held for good.
+void RESULT_WriteFault(const char* reason) {
+    const std::string& path = RUNWORDS_Get().resultPath;
+    if (path.empty() || isWritten) {
         return;
     }
-    if (const FileResult written = FILES_Replace(path, text); !written.ok()) {
-        RUN_SetExitCode(1);
-        CONSOLE_PrintError("The result cannot be written (" + path + ": " + written.reason + ")");
+    const Json none = Json::array();
+    const Json errors = Json::array({reason});
+    Json result = head(1, none, kFaultStage, errors, none, none);
+    for (const char* field : {"port", "baudrate", "device", "checksum"}) {
+        result[field] = nullptr;
     }
+    for (const char* field : {"files", "patches", "blocks"}) {
+        result[field] = none;
+    }
+    result["bytes"] = 0;
+    result["tries"] = Json::array({{{"verdict", "failed"},
+                                    {"commands", none},
+                                    {"stage", kFaultStage},
+                                    {"errors", errors},
+                                    {"hints", none},
+                                    {"seconds", 0}}});
+    result["seconds"] = 0;
+    static_cast<void>(put(path, textOf(result)));
 }

@@ -1,6 +1,7 @@
 // The result that machines read, of runs that end in every way.
 #include "e2e/bench_world.h"
 #include "e2e/hex_files.h"
+#include "support/result_schema.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -22,7 +23,8 @@ struct ResultRun {
         all.insert(all.end(), {"-Exit", "--isolated", "--result", bench.folder / kPath});
         return all;
     }
-    Json result() const { return Json::parse(readFile(bench.folder / kPath)); }
+    // Each result is held against its schema.
+    Json result() const { return validResult(readFile(bench.folder / kPath)); }
     std::string outcomes() const {
         std::string text;
         const Json all = result();
@@ -85,6 +87,10 @@ TEST(Result, OfARefusedLine) {
         {{"-TargetGetCRC", "--retries", "101"},
          "TargetGetCRC skipped, ",
          "101 cannot be N of --retries (argument \"--retries\")"},
+        {{"-FilePatchFFFFFFFE=000102"},
+         "FilePatch skipped, ",
+         "A patch of 3 bytes at FFFFFFFE would end behind FFFFFFFF (argument "
+         "\"-FilePatchFFFFFFFE=000102\")"},
         {{"-FilePatch10=0"},
          "FilePatch skipped, ",
          "Odd length is illegal (argument \"-FilePatch10=0\")"},

@@ -1,9 +1,13 @@
-// The last line of an unattended run.
+// The last line of an unattended run, and the result of one that a fault of its own ends.
 
 #include "notice/status.h"
+#include "platform/process.h"
 #include "shell/command_ids.h"
+#include "shell/result.h"
+#include "shell/run_words.h"
 #include "shell/shell_world.h"
 #include "shell/verdict.h"
+#include "support/result_schema.h"
 
 #include <gtest/gtest.h>
 #include <regex>
@@ -76,4 +80,18 @@ TEST(Verdict, SaysWhatWasDoneAndWhereItStopped) {
     RUN_SetExitCode(1);
     EXPECT_EQ(VERDICT_Line(true), "Failed: refused before anything was begun");
     RUN_Reset();
+}
+
+TEST(Verdict, StandsInTheResultOfARunThatAnExceptionEnds) {
+    const TempFolder folder;
+    const auto run = [&folder] {
+        RUNWORDS_Get().resultPath = folder / "result.json";
+        PROCESS_ReportExceptions(RESULT_WriteFault);
+        std::thread([] { throw std::bad_alloc(); }).join();
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(1), "the memory does not suffice");
+    const nlohmann::json result = validResult(readFile(folder / "result.json"));
+    EXPECT_EQ(result["verdict"], "failed");
+    EXPECT_EQ(result["stage"], "fault");
+    EXPECT_EQ(result["errors"][0], "the memory does not suffice");
 }

@@ -20,7 +20,8 @@ namespace fs = std::filesystem;
 
 constexpr int64_t kReaderPollMs = 20; // nothing tells that a pipe has got a reader
 constexpr int kMostLinks = 40;        // in a chain, as the system itself has it
-constexpr int kMostNames = 1000;      // of temporary files at the same time
+constexpr uint64_t kWriteBackPiece = 1U << 20;
+constexpr int kMostNames = 1000; // of temporary files at the same time
 
 bool isAnyOf(int error, std::initializer_list<int> errors) {
     return std::find(errors.begin(), errors.end(), error) != errors.end();
@@ -245,7 +246,22 @@ FileResult FileReplacer::openInPlace() {
 }
 
 FileResult FileReplacer::write(std::string_view text) {
-    return writeAll(descriptor_, text, direct_);
+    const FileResult result = writeAll(descriptor_, text, direct_);
+    if (result.ok() && !direct_ && inPlace_ < 0) {
+        beginWriteBack(text.size());
+    }
+    return result;
+}
+
+// The disk begins while the rest is being made, so that the commit waits for less of it. What goes
+// wrong shows there.
+void FileReplacer::beginWriteBack(size_t count) {
+    written_ += count;
+    if (written_ - onItsWay_ >= kWriteBackPiece) {
+        ::sync_file_range(descriptor_, static_cast<off_t>(onItsWay_),
+                          static_cast<off_t>(written_ - onItsWay_), SYNC_FILE_RANGE_WRITE);
+        onItsWay_ = written_;
+    }
 }
 
 FileResult FileReplacer::commit() {

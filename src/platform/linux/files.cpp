@@ -143,6 +143,16 @@ FileResult FILES_ReadAll(const fs::path& path, std::string& text, size_t most) {
     return count < 0 ? reader.failure() : FileResult{};
 }
 
+std::optional<FileStamp> FILES_Stamp(const fs::path& path) {
+    struct stat file {};
+    if (filecall::stat(path.c_str(), file) != 0 || !S_ISREG(file.st_mode)) {
+        return std::nullopt;
+    }
+    constexpr int64_t kNsPerSecond = 1'000'000'000;
+    return FileStamp{static_cast<uint64_t>(file.st_size),
+                     file.st_mtim.tv_sec * kNsPerSecond + file.st_mtim.tv_nsec, file.st_ino};
+}
+
 bool FILES_Exists(const fs::path& path) {
     std::error_code none;
     return fs::exists(path, none);

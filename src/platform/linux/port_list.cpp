@@ -59,6 +59,17 @@ void readAdapter(const fs::path& port, PresentPort& found) {
     }
 }
 
+PresentPort portAt(const fs::path& folder, const std::map<std::string, std::string>& names) {
+    const std::string name = folder.filename();
+    PresentPort port;
+    port.path = "/dev/" + name;
+    if (const auto found = names.find(name); found != names.end()) {
+        port.stableName = found->second;
+    }
+    readAdapter(folder, port);
+    return port;
+}
+
 // "ttyUSB10" behind "ttyUSB9".
 bool comesBefore(const PresentPort& one, const PresentPort& other) {
     const auto split = [](const std::string& path) {
@@ -73,19 +84,13 @@ bool comesBefore(const PresentPort& one, const PresentPort& other) {
 
 std::vector<PresentPort> PORTLIST_Present() {
     std::vector<PresentPort> ports;
-    std::map<std::string, std::string> names = stableNames();
+    const std::map<std::string, std::string> names = stableNames();
     std::error_code error;
     for (fs::directory_iterator entry(portRoot / "sys/class/tty", error), end;
          !error && entry != end; entry.increment(error)) {
-        if (!hasHardware(entry->path())) {
-            continue;
+        if (hasHardware(entry->path())) {
+            ports.push_back(portAt(entry->path(), names));
         }
-        const std::string name = entry->path().filename();
-        PresentPort port;
-        port.path = "/dev/" + name;
-        port.stableName = names[name];
-        readAdapter(entry->path(), port);
-        ports.push_back(std::move(port));
     }
     std::ranges::sort(ports, comesBefore);
     return ports;
@@ -104,12 +109,8 @@ PresentPort PORTLIST_Find(const std::string& device) {
     std::error_code none;
     const fs::path target = fs::read_symlink(portRoot / device.substr(1), none);
     const std::string name = (target.empty() ? fs::path(device) : target).filename();
-    for (PresentPort& port : PORTLIST_Present()) {
-        if (port.path == "/dev/" + name) {
-            return std::move(port);
-        }
-    }
-    return wanted;
+    const fs::path folder = portRoot / "sys/class/tty" / name;
+    return hasHardware(folder) ? portAt(folder, stableNames()) : wanted;
 }
 
 std::string PORTLIST_Adapter(const PresentPort& port) {

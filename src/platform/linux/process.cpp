@@ -32,6 +32,17 @@ void printAll(int descriptor, std::string_view text) {
     }
 }
 
+void (*lastWordOfProcess)(const char* reason) = nullptr;
+
+void sayLastWord(const char* reason) noexcept {
+    try {
+        if (lastWordOfProcess != nullptr) {
+            lastWordOfProcess(reason);
+        }
+    } catch (...) { // the memory may not suffice for it either
+    }
+}
+
 // Without memory of its own: there may be none.
 void printException(const char* reason) {
     static constexpr std::string_view kEraseLine = "\r\x1b[K"; // a live line may stand there
@@ -41,6 +52,7 @@ void printException(const char* reason) {
         {const_cast<char*>(reason), std::char_traits<char>::length(reason)},
         {const_cast<char*>("\n"), 1}};
     [[maybe_unused]] const ssize_t written = ::writev(STDERR_FILENO, parts, std::size(parts));
+    sayLastWord(reason);
 }
 
 // The run's other threads go on meanwhile and its state may be half changed: nothing is tidied up.
@@ -139,7 +151,8 @@ bool PROCESS_IsEnding() {
     return ending;
 }
 
-void PROCESS_ReportExceptions() {
+void PROCESS_ReportExceptions(void (*lastWord)(const char* reason)) {
+    lastWordOfProcess = lastWord;
     std::set_terminate(endByException);
 }
 
