@@ -1,7 +1,7 @@
 #include "data/hexdata.h"
 
-#include "data/area_map.h"
 #include "data/checksum.h"
+#include "data/image_store.h"
 #include "notice/error.h"
 
 #include <algorithm>
@@ -42,28 +42,23 @@ void askWhetherToOverwrite(std::unique_lock<std::mutex>& lock) {
     }
 }
 
-// Calls `held`(bytes) and `gap`(count) for the pieces of a range in ascending order.
 template <class Held, class Gap>
 void walkRange(uint32_t address, uint64_t count, const Held& held, const Gap& gap) {
-    const uint64_t end = address + count;
-    uint64_t at = address;
-    const AreaMap::Index& index = areas.index();
-    for (auto area = areas.findFrom(address); area != index.end() && area->first < end; ++area) {
-        if (area->first > at) {
-            gap(area->first - at);
-            at = area->first;
-        }
-        const uint64_t stop = std::min(end, AreaMap::endOf(area));
-        held(area->second.bytes().subspan(static_cast<size_t>(at - area->first),
-                                          static_cast<size_t>(stop - at)));
-        at = stop;
-    }
-    if (at < end) {
-        gap(end - at);
-    }
+    IMAGESTORE_Walk(
+        areas, AddressRange::of(address, count),
+        [&](uint64_t, std::span<const uint8_t> run) { held(run); },
+        [&](uint64_t at, uint64_t end) { gap(end - at); });
 }
 
 } // namespace
+
+ImageLock::ImageLock() : lock_(imageMutex) {
+}
+
+// Not of the lock's own state, but only whoever holds one gets at them.
+AreaMap& ImageLock::areas() const { // NOLINT(readability-convert-member-functions-to-static)
+    return ::areas;
+}
 
 const char* HEXDATA_AddData(uint32_t address, std::span<const uint8_t> bytes) {
     if (bytes.empty()) {

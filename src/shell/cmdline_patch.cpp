@@ -7,6 +7,7 @@
 #include "platform/files.h"
 #include "platform/format.h"
 #include "shell/account.h"
+#include "shell/edit_history.h"
 #include "shell/image_origin.h"
 #include "shell/run_words.h"
 #include "shell/session.h"
@@ -65,8 +66,11 @@ void applyPatch(AccountedPatch patch) {
         ERROR_Out(nullptr, problem, 1);
         return;
     }
-    HEXDATA_DeleteRange(patch.address, patch.bytes.size());
-    HEXDATA_AddData(patch.address, patch.bytes); // cannot overlap any more
+    {
+        const EditStep step("Patch", AddressRange::of(patch.address, patch.bytes.size()));
+        HEXDATA_DeleteRange(patch.address, patch.bytes.size());
+        HEXDATA_AddData(patch.address, patch.bytes); // cannot overlap any more
+    }
     SESSION_Get().loaded = true;
     ORIGIN_MarkChanged();
     ACCOUNT_Patch(std::move(patch));

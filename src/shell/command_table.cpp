@@ -10,6 +10,7 @@
 #include "shell/cmdline_patch.h"
 #include "shell/command_handler.h"
 #include "shell/command_ids.h"
+#include "shell/edit_history.h"
 #include "shell/edit_operations.h"
 #include "shell/program_files.h"
 #include "shell/project.h"
@@ -35,6 +36,14 @@ bool loaded() {
 
 bool idleAndLoaded() {
     return idle() && loaded();
+}
+
+bool canUndo() {
+    return idle() && HISTORY_CanUndo();
+}
+
+bool canRedo() {
+    return idle() && HISTORY_CanRedo();
 }
 
 bool canReset() {
@@ -111,7 +120,7 @@ constexpr Command kFile[] = {
             {"FileSaveAs", "\t\t<FILE.EXT> Saves data to MOT- or HEX-file",
              "`.hex` Intel HEX, `.mot` S-record; pipes and devices too, see [files.md](files.md)",
              CMDLINE_SaveAs, "Nothing to save"}),
-    program(CMD_FILE_CLOSE, "&Close", "", idleAndLoaded, PROGRAM_Close),
+    program(CMD_FILE_CLOSE, "&Close", "", idleAndLoaded, PROGRAM_CloseCurrent),
     kSeparator,
     recent(CMD_RECENT_PROGRAM_FIRST, {CMD_RECENT_PROGRAM_LAST, MRU_PROGRAMS, PROGRAM_OpenRecent}),
     kSeparator,
@@ -133,6 +142,9 @@ constexpr Command kEdit[] = {
     program(CMD_EDIT_RELOCATE, "&Relocate...", "", idleAndLoaded, EDIT_RelocateDialog,
             {"EditRelocate", "\t\t<VALUE> Relocates loaded data", "hex offset, may be negative",
              CMDLINE_Relocate, "Nothing to relocate"}),
+    kSeparator,
+    program(CMD_EDIT_UNDO, "&Undo", "Ctrl+Z", canUndo, HISTORY_Undo),
+    program(CMD_EDIT_REDO, "Red&o", "Ctrl+Y", canRedo, HISTORY_Redo),
 };
 constexpr Command kView[] = {
     view(CMD_VIEW_HEX_LIST, "Hex &List", loaded, View::hexList),

@@ -4,6 +4,7 @@
 #include "device/device.h"
 #include "notice/error.h"
 #include "persist/ini.h"
+#include "shell/edit_history.h"
 #include "shell/front_end.h"
 #include "shell/image_origin.h"
 #include "shell/session.h"
@@ -77,17 +78,22 @@ void openIfClosed(View view) {
 } // namespace
 
 void EDIT_Relocate(int32_t offset) {
+    const ImageOrigin before = SESSION_Get().image;
     if (!HEXDATA_Relocate(offset)) {
         ERROR_Out(nullptr, "Relocation would move data beyond the end of the address space", 1);
     } else if (offset != 0) {
         ORIGIN_MarkChanged();
+        HISTORY_Relocated(offset, before);
     }
     SUMMARY_Refresh();
 }
 
 void EDIT_DeleteRange(uint32_t start, uint32_t end) {
     const uint32_t before = HEXDATA_GetNumBytes();
-    HEXDATA_DeleteRange(start, uint64_t{end} - start + 1);
+    {
+        const EditStep step("Delete Range", AddressRange::upTo(start, end));
+        HEXDATA_DeleteRange(start, uint64_t{end} - start + 1);
+    }
     if (HEXDATA_GetNumBytes() != before) {
         ORIGIN_MarkChanged();
     }
@@ -97,6 +103,7 @@ void EDIT_DeleteRange(uint32_t start, uint32_t end) {
 void EDIT_ReadBack(uint32_t start, uint32_t end) {
     {
         const TargetBusy busy;
+        const EditStep step("Read Back");
         if (TARGET_ReadBack(start, end)) {
             ImageOrigin origin;
             origin.kind = ImageKind::readBack;

@@ -51,10 +51,12 @@ void FRAMERULES_Run(int id) {
 }
 
 bool FRAMERULES_MayClose() {
-    return chipChanges == 0 ||
-           ERROR_Ask(nullptr,
-                     "The chip is being changed and would be left half done.\nEnd all the same?",
-                     "Exit", BOX_OK_CANCEL | BOX_DEFAULT_SECOND) != ANSWER_CANCEL;
+    const bool mayLeaveChip =
+        chipChanges == 0 ||
+        ERROR_Ask(nullptr,
+                  "The chip is being changed and would be left half done.\nEnd all the same?",
+                  "Exit", BOX_OK_CANCEL | BOX_DEFAULT_SECOND) != ANSWER_CANCEL;
+    return mayLeaveChip && PROGRAM_MayLoseChanges();
 }
 
 bool FRAMERULES_MayOpenFile() {

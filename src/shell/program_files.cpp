@@ -10,6 +10,7 @@
 #include "platform/files.h"
 #include "platform/format.h"
 #include "shell/account.h"
+#include "shell/edit_history.h"
 #include "shell/front_end.h"
 #include "shell/image_origin.h"
 #include "shell/session.h"
@@ -77,16 +78,27 @@ void forgetLostImage() {
     }
 }
 
+// A file that could not be read to its end leaves an empty image: what was there before can be had
+// back.
+bool load(const std::string& path) {
+    const EditStep step("Open");
+    if (PROGRAMFILE_Load(path)) {
+        return true;
+    }
+    forgetLostImage();
+    return false;
+}
+
 } // namespace
 
 bool PROGRAM_Open(const std::string& path) {
     LOG_Add(formatText("Opening %s", path.c_str()));
-    if (!PROGRAMFILE_Load(path)) {
-        forgetLostImage();
+    if (!load(path)) {
         SUMMARY_Refresh();
         FRONTEND_Get().updateMenu();
         return false;
     }
+    HISTORY_Clear();
     SESSION_Get().loaded = true;
     ACCOUNT_File(path);
     imageIsOfFile(path, HEXDATA_GetFileType());
@@ -103,6 +115,7 @@ bool PROGRAM_Merge(const std::string& path) {
     Session& session = SESSION_Get();
     const bool wasEmpty = HEXDATA_IsEmpty();
     const bool found = FILES_Exists(path);
+    const EditStep step("Merge");
     session.loaded = PROGRAMFILE_Merge(path);
     const bool merged = session.loaded && found;
     if (merged) {
@@ -130,7 +143,9 @@ bool PROGRAM_Save(const std::string& path, int type) {
     if (!PROGRAMFILE_Save(path, type)) {
         return false;
     }
+    const ImageOrigin before = SESSION_Get().image;
     imageIsOfFile(path, type);
+    HISTORY_Saved(before);
     return true;
 }
 
@@ -142,14 +157,23 @@ void PROGRAM_Close() {
 
 void PROGRAM_Unload() {
     HEXDATA_Clear();
+    HISTORY_Clear();
     SESSION_Get().loaded = false;
     ORIGIN_Set({});
     SUMMARY_Refresh();
     FRONTEND_Get().updateMenu();
 }
 
+bool PROGRAM_MayLoseChanges() {
+    if (!SESSION_Get().image.changed || RUN_IsUnattended() || !FRONTEND_Get().hasWindows) {
+        return true;
+    }
+    return ERROR_Ask(nullptr, "The program has changes that are not saved.\nGo on and lose them?",
+                     "Unsaved changes", BOX_OK_CANCEL | BOX_DEFAULT_SECOND) == ANSWER_OK;
+}
+
 void PROGRAM_OpenRecent(const std::string& path) {
-    if (PROGRAM_Open(path)) {
+    if (PROGRAM_MayLoseChanges() && PROGRAM_Open(path)) {
         MRU_Add(MRU_PROGRAMS, path);
     }
 }
@@ -157,6 +181,12 @@ void PROGRAM_OpenRecent(const std::string& path) {
 void PROGRAM_OpenDialog() {
     if (const auto choice = askForProgramFile()) {
         PROGRAM_OpenRecent(choice->path);
+    }
+}
+
+void PROGRAM_CloseCurrent() {
+    if (PROGRAM_MayLoseChanges()) {
+        PROGRAM_Close();
     }
 }
 
@@ -199,7 +229,7 @@ void PROGRAM_CheckChanged() {
     image.time = time; // the question comes once a change, whatever the answer
     const int answer =
         ERROR_Ask(nullptr, "File has changed. Reload?", "Reload request", BOX_YES_NO);
-    if (answer == ANSWER_YES) {
+    if (answer == ANSWER_YES && PROGRAM_MayLoseChanges()) {
         PROGRAM_Open(std::string(image.path));
     }
 }

@@ -12,8 +12,13 @@ bool PROGRAM_Save(const std::string& path, int type);
 void PROGRAM_Unload(); // empties the image
 void PROGRAM_Close();  // its views too
 
-// The file commands with their dialogs.
+// Whether the image may be given up: asked where it holds changes that are saved nowhere, but never
+// in an unattended run or without windows.
+bool PROGRAM_MayLoseChanges();
+
+// The file commands with their dialogs and questions.
 void PROGRAM_OpenDialog();
+void PROGRAM_CloseCurrent();
 void PROGRAM_MergeDialog();
 void PROGRAM_OpenRecent(const std::string& path);
 void PROGRAM_SaveCurrent(); // Save As unless the image is that of one file

@@ -63,6 +63,9 @@ void PROJECT_FirstStart() {
 }
 
 void PROJECT_New() {
+    if (!PROGRAM_MayLoseChanges()) {
+        return;
+    }
     TARGET_Disconnect();
     SIO_CloseAll();
     PASSWORD_Reset();
@@ -82,6 +85,9 @@ void PROJECT_OpenDialog() {
 }
 
 void PROJECT_Open(const std::string& path) {
+    if (!PROGRAM_MayLoseChanges()) {
+        return;
+    }
     TARGET_Disconnect();
     const ProjectRead read = PROJECT_Load(path); // which reports; what was read before holds
     if (read != ProjectRead::failed) {

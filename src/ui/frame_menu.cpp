@@ -1,6 +1,7 @@
 #include "ui/frame_menu.h"
 
 #include "persist/mru.h"
+#include "shell/command_ids.h"
 #include "shell/command_table.h"
 
 #include <QMdiSubWindow>
@@ -113,6 +114,21 @@ void applyRules() {
     }
 }
 
+bool editsImage(const QAction& action) {
+    const int id = action.data().toInt();
+    return id == CMD_EDIT_UNDO || id == CMD_EDIT_REDO;
+}
+
+// Whether an item whose keys edit, or one of the others, has this key.
+bool isKeyOf(bool editing, int key, Qt::KeyboardModifiers modifiers) {
+    const QKeySequence pressed(
+        QKeyCombination(modifiers & ~Qt::KeypadModifier, static_cast<Qt::Key>(key)));
+    return std::ranges::any_of(commands, [&](const QAction* action) {
+        return editsImage(*action) == editing && !action->shortcut().isEmpty() &&
+               action->shortcut() == pressed;
+    });
+}
+
 // When a popup opens; the entries of a recent list must not go while one of them is being chosen.
 void popupOpens() {
     FRAMEMENU_Update();
@@ -176,12 +192,9 @@ void FRAMEMENU_AddToggle(QAction* toggle) {
 }
 
 bool FRAMEMENU_IsAccelerator(int key, Qt::KeyboardModifiers modifiers) {
-    const QKeySequence pressed(
-        QKeyCombination(modifiers & ~Qt::KeypadModifier, static_cast<Qt::Key>(key)));
-    for (const QAction* action : commands) {
-        if (!action->shortcut().isEmpty() && action->shortcut() == pressed) {
-            return true;
-        }
-    }
-    return false;
+    return isKeyOf(false, key, modifiers);
+}
+
+bool FRAMEMENU_IsEditKey(int key, Qt::KeyboardModifiers modifiers) {
+    return isKeyOf(true, key, modifiers);
 }

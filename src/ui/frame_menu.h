@@ -18,3 +18,6 @@ QAction* FRAMEMENU_Item(int id);
 void FRAMEMENU_AddToggle(QAction* toggle);
 // Whether a key press with these modifiers is an accelerator of the menu, enabled or not.
 bool FRAMEMENU_IsAccelerator(int key, Qt::KeyboardModifiers modifiers);
+// Whether a key is one that edits (Ctrl+Z): in the terminal it is no accelerator but the target's,
+// as a control character.
+bool FRAMEMENU_IsEditKey(int key, Qt::KeyboardModifiers modifiers);

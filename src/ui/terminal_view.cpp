@@ -40,6 +40,17 @@ public:
     }
 
 protected:
+    bool event(QEvent* event) override {
+        if (event->type() == QEvent::ShortcutOverride) {
+            const auto* key = static_cast<QKeyEvent*>(event);
+            if (FRAMEMENU_IsEditKey(key->key(), key->modifiers())) {
+                event->accept(); // comes here and not to the menu
+                return true;
+            }
+        }
+        return QPlainTextEdit::event(event);
+    }
+
     void keyPressEvent(QKeyEvent* event) override {
         // The menu's keys are the menu's also while their items are disabled.
         if (FRAMEMENU_IsAccelerator(event->key(), event->modifiers())) {

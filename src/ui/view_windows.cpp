@@ -3,6 +3,7 @@
 #include "notice/log.h"
 #include "persist/ini.h"
 #include "shell/image_origin.h"
+#include "shell/program_files.h"
 #include "ui/artwork.h"
 #include "ui/placement.h"
 #include "ui/view_widget.h"
@@ -220,7 +221,17 @@ void reportClosed(const ViewSpec& spec) {
     }
 }
 
+// The last view of the data takes the data with it.
+bool mayClose(const ViewSpec& spec) {
+    const bool isLast = !VIEWS_IsOpen(View::hexList) || !VIEWS_IsOpen(View::hexDump);
+    return !spec.showsData || !isLast || PROGRAM_MayLoseChanges();
+}
+
 void ViewWindow::closeEvent(QCloseEvent* event) {
+    if (!mayClose(spec_)) {
+        event->ignore();
+        return;
+    }
     store();
     windowOf(spec_.view) = nullptr;
     QMdiSubWindow::closeEvent(event);

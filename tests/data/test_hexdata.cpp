@@ -1,12 +1,14 @@
 #include "data/area_map.h"
 #include "data/checksum.h"
 #include "data/hexdata.h"
+#include "data/image_copy.h"
 #include "support/reports.h"
 #include "support/seed.h"
 
 #include <array>
 #include <gtest/gtest.h>
 #include <map>
+#include <set>
 
 namespace {
 
@@ -130,6 +132,53 @@ TEST_F(HexData, AgreesWithAMapOfBytes) {
             ASSERT_EQ(held[i], byte != model.end()) << "step " << step;
             ASSERT_EQ(copy[i], held[i] ? byte->second : 0) << "step " << step;
         }
+    }
+}
+
+// Copies of random parts, put back after random changes, and the list of what those changed.
+TEST_F(HexData, CopiesPutBackWhatTheDifferencesTell) {
+    reports.answer = ANSWER_OK;
+    TestRandom random;
+    const auto change = [&random] {
+        const uint32_t start =
+            (random() % 2 == 0 ? 0 : 0xFFFFFF00) + static_cast<uint32_t>(random() % 0x100);
+        const uint64_t length = std::min<uint64_t>(1 + random() % 24, kAddressSpace - start);
+        if (random() % 3 == 0) {
+            HEXDATA_DeleteRange(start, length);
+        } else {
+            HEXDATA_AddData(start, randomBytes(random, static_cast<size_t>(length)));
+        }
+    };
+    for (int round = 0; round < 1500; ++round) {
+        const Model before = bytesOfImage();
+        const ImageCopy whole = HEXDATA_TakeCopy({IMAGECOPY_Everything()});
+        for (uint64_t count = random() % 4; count > 0; --count) {
+            change();
+        }
+        const Model after = bytesOfImage();
+        std::set<uint32_t> expected;
+        const auto list = [&expected](const Model& left, const Model& right) {
+            for (const auto& [address, byte] : left) {
+                const auto other = right.find(address);
+                if (other == right.end() || other->second != byte) {
+                    expected.insert(address);
+                }
+            }
+        };
+        list(before, after);
+        list(after, before);
+        std::set<uint32_t> found;
+        for (const AddressRange& range : HEXDATA_Differences(whole, 0)) {
+            for (uint64_t at = range.start; at < range.end; ++at) {
+                ASSERT_TRUE(found.insert(static_cast<uint32_t>(at)).second);
+            }
+        }
+        ASSERT_EQ(found, expected) << "round " << round;
+        ImageCopy part = IMAGECOPY_Reduce(whole, HEXDATA_Differences(whole, round % 40));
+        HEXDATA_Exchange(part);
+        ASSERT_EQ(bytesOfImage(), before) << "round " << round;
+        HEXDATA_Exchange(part);
+        ASSERT_EQ(bytesOfImage(), after) << "round " << round;
     }
 }
 

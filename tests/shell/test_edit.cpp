@@ -1,7 +1,13 @@
-// The dialogs of Relocate, Delete Range and Read Back, driven by a front end that types.
+// Undo of what changes the image, and the dialogs of Relocate, Delete Range and Read Back, driven
+// by a front end that types.
+#include "data/program_format.h"
 #include "persist/ini.h"
 #include "platform/format.h"
+#include "shell/edit_history.h"
 #include "shell/edit_operations.h"
+#include "shell/frame_rules.h"
+#include "shell/program_files.h"
+#include "shell/project.h"
 #include "shell_world.h"
 
 #include <gtest/gtest.h>
@@ -34,7 +40,135 @@ std::string shownBy(void (*dialog)(), std::vector<std::pair<Value, Value>> typed
     return shown;
 }
 
+using Areas = std::vector<AddressRange>;
+
+void typeByte(uint32_t address, uint8_t byte) {
+    EditStep step("Typing", AddressRange::of(address, 1));
+    HEXDATA_DeleteRange(address, 1);
+    HEXDATA_AddData(address, std::vector{byte});
+    step.setTyped(address);
+}
+
+int stepsUndone() {
+    int count = 0;
+    for (; HISTORY_CanUndo(); ++count) {
+        HISTORY_Undo();
+    }
+    return count;
+}
+
 } // namespace
+
+// Every way of changing the image is taken back and done again, with the origin that the title
+// shows.
+TEST(EditHistory, TakesBackAndDoesAgain) {
+    ShellWorld world;
+    const std::string app = world.folder / "app.hex";
+    const std::string boot = world.folder / "boot.hex";
+    const std::string cut = world.folder / "cut.hex";
+    writeFile(app, ":0400000001020304F2\n:00000001FF\n");
+    writeFile(boot, ":0100200034AB\n:00000001FF\n");
+    writeFile(cut, ":0100300034");
+    const std::vector<std::function<void()>> edits = {
+        [] { EDIT_Relocate(0x10); },
+        [] { EDIT_Relocate(INT32_MIN); },
+        [] { EDIT_DeleteRange(0x80000011, 0x80000012); },
+        [&] { PROGRAM_Merge(boot); },
+        [&] { PROGRAM_Open(cut); },     // fails and leaves nothing
+        [] { EDIT_DeleteRange(0, 5); }, // changes nothing
+    };
+    ASSERT_TRUE(PROGRAM_Open(app));
+    std::vector<std::pair<std::string, Areas>> states;
+    const auto state = [] { return std::pair(ORIGIN_Text(), HEXDATA_GetAreas()); };
+    for (const auto& edit : edits) {
+        if (const auto now = state(); states.empty() || states.back() != now) {
+            states.push_back(now);
+        }
+        edit();
+    }
+    ASSERT_EQ(states.back(), std::pair(std::string(), Areas()));
+    for (size_t i = states.size() - 1; i-- > 0;) {
+        HISTORY_Undo();
+        EXPECT_EQ(state(), states[i]) << i;
+    }
+    EXPECT_FALSE(HISTORY_CanUndo());
+    for (size_t i = 1; i < states.size(); ++i) {
+        HISTORY_Redo();
+        EXPECT_EQ(state(), states[i]) << i;
+    }
+    EXPECT_FALSE(HISTORY_CanRedo());
+    HISTORY_Undo();
+    EDIT_Relocate(1);
+    EXPECT_FALSE(HISTORY_CanRedo()) << "another way was taken";
+    ASSERT_TRUE(PROGRAM_Open(app));
+    EXPECT_FALSE(HISTORY_CanUndo());
+}
+
+TEST(EditHistory, KnowsWhichStateIsSavedAndWhatTypingIsOne) {
+    ShellWorld world;
+    const std::string app = world.folder / "app.hex";
+    const std::string copy = world.folder / "copy.hex";
+    writeFile(app, ":0400000001020304F2\n:00000001FF\n");
+    ASSERT_TRUE(PROGRAM_Open(app));
+    typeByte(1, 0x50);
+    typeByte(1, 0x56);
+    typeByte(2, 3); // as it was
+    typeByte(3, 9);
+    ORIGIN_MarkChanged();
+    EXPECT_EQ(stepsUndone(), 1);
+    EXPECT_EQ(ORIGIN_Text(), app);
+    HISTORY_Redo();
+    EXPECT_EQ(ORIGIN_Text(), app + " *");
+    ASSERT_TRUE(PROGRAM_Save(copy, FILETYPE_INTEL));
+    EXPECT_NE(readFile(copy).find("01560309"), std::string::npos);
+    HISTORY_Undo();
+    EXPECT_EQ(ORIGIN_Text(), copy + " *");
+    HISTORY_Redo();
+    EXPECT_EQ(ORIGIN_Text(), copy);
+    typeByte(0, 7); // elsewhere
+    typeByte(1, 7);
+    HISTORY_EndTyping();
+    typeByte(2, 7);
+    EXPECT_EQ(stepsUndone(), 3);
+}
+
+// What a step keeps is counted, and the oldest steps go first.
+TEST(EditHistory, KeepsNoMoreThanItsLimit) {
+    const ShellWorld world;
+    constexpr uint32_t kSize = 48 * 1024 * 1024;
+    const std::vector<uint8_t> other(kSize, 2);
+    HISTORY_Clear();
+    for (uint32_t i = 0; i < 7; ++i) {
+        HEXDATA_AddData(0, other);
+        EDIT_DeleteRange(0, kSize - 1);
+    }
+    EXPECT_EQ(stepsUndone(), 5);
+}
+
+// Where the image would be given up, the user is asked first, with windows alone.
+TEST(EditHistory, ChangesAreNotLostWithoutAQuestion) {
+    ShellWorld world;
+    const std::string app = world.folder / "app.hex";
+    writeFile(app, ":0400000001020304F2\n:00000001FF\n");
+    FRONTEND_Get().hasWindows = true;
+    FRONTEND_Get().chooseFile = [&](const FileRequest&) { return FileChoice{app, 0}; };
+    const std::function<void()> losses[] = {PROGRAM_OpenDialog,   [&] { PROGRAM_OpenRecent(app); },
+                                            PROGRAM_CloseCurrent, [&] { PROJECT_Open(app); },
+                                            PROJECT_New,          [] { FRAMERULES_MayClose(); }};
+    for (const auto& lose : losses) {
+        ASSERT_TRUE(PROGRAM_Open(app));
+        EDIT_Relocate(0x10);
+        lose();
+        EXPECT_EQ(ORIGIN_Text(), app + " *");
+        EXPECT_EQ(world.screen.takeAll(world.screen.questions).size(), 1U);
+        RUN_SetUnattended(true);
+        EXPECT_TRUE(PROGRAM_MayLoseChanges());
+        RUN_SetUnattended(false);
+        HISTORY_Undo();
+        EXPECT_TRUE(PROGRAM_MayLoseChanges()) << "nothing to lose";
+        EXPECT_EQ(world.screen.takeAll(world.screen.questions).size(), 0U);
+    }
+}
 
 TEST(EditDialogs, AskUntilTheValuesAreGoodAndKeepThem) {
     ShellWorld world;
