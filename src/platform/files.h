@@ -86,7 +86,7 @@ private:
     void beginWriteBack(size_t count);
 
     uint64_t written_ = 0;
-    uint64_t onItsWay_ = 0; // to the disk
+    uint64_t onItsWay_ = 0;           // to the disk
     int descriptor_ = -1;             // what is written to
     int inPlace_ = -1;                // the file that gets it all at the commit
     bool direct_ = false;             // there is no commit

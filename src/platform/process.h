@@ -33,8 +33,8 @@ void PROCESS_CatchSignals(std::function<void()> handler);
 bool PROCESS_IsEnding();
 
 // From here on an exception that nobody catches, on any thread, ends the process with one line
-// "Error: REASON" on standard error and exit code 1. `lastWord` is called before with the reason; it
-// may use nothing that the run could have locked or half changed, and what it throws is dropped.
+// "Error: REASON" on standard error and exit code 1. `lastWord` is called before with the reason;
+// it may use nothing that the run could have locked or half changed, and what it throws is dropped.
 void PROCESS_ReportExceptions(void (*lastWord)(const char* reason) = nullptr);
 
 // Loads a module that stands beside the executable and finds a function of it; nullptr with the

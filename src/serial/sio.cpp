@@ -2,6 +2,7 @@
 
 #include "notice/error.h"
 #include "notice/log.h"
+#include "notice/run.h"
 #include "persist/ini.h"
 #include "platform/format.h"
 #include "platform/port_list.h"
@@ -202,7 +203,8 @@ bool _InitSIO(uint32_t baudrate) {
     OPENPORT_Set(std::move(line), name, device);
     logDevice(name, device);
     changeRate(baudrate, isFailureTolerated());
-    if (!isFailureTolerated()) { // to see who else has the port takes longer than a conversion
+    // To see who else has the port takes longer than a conversion.
+    if (!isFailureTolerated() || !RUN_IsUnattended()) {
         PORTHINT_NoteOpened(device);
     }
     logOpenState(

@@ -18,6 +18,7 @@
 #include "serial/sio.h"
 #include "serial/terminal_buffer.h"
 #include "shell/cmdline.h"
+#include "shell/edit_history.h"
 #include "shell/front_end.h"
 #include "shell/session.h"
 #include "target/worker.h"
@@ -45,6 +46,7 @@ inline void freshProcess() {
     PASSWORD_SetLimits(0, 0, 0, 0);
     PASSWORD_SetDialog({});
     HEXDATA_Reset();
+    HISTORY_Clear();
     DEVICE_Clear();
     DEVPROPS_Set(DevProps{});
     RUN_Reset();

@@ -157,10 +157,15 @@ TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
     SIMPORT_Unplug(world.line);
     EXPECT_TRUE(tells("Port lost"));
     EXPECT_TRUE(notice.isVisible());
-    EXPECT_TRUE(textIn(notice, "noticeText").startsWith("The port is lost: COM1 is sim://desktop"));
+    EXPECT_TRUE(control<QLabel>(notice, "noticeText")
+                    .text()
+                    .startsWith("The port is lost: COM1 is sim://desktop"));
+    world.boxes.clear();
     click(notice, "Try again");
     EXPECT_TRUE(tells("No port"));
-    EXPECT_TRUE(textIn(notice, "noticeText").startsWith("The port is not available: COM1 "));
+    EXPECT_TRUE(control<QLabel>(notice, "noticeText")
+                    .text()
+                    .startsWith("The port is not available: COM1 "));
     EXPECT_EQ(world.boxes, Texts{}) << "nobody asked for the port";
     SIMPORT_Plug(world.line);
     click(notice, "Try again");
