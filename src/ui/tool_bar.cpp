@@ -28,6 +28,9 @@ constexpr ToolButton kButtons[] = {
     {CMD_TARGET_READ_BACK, "Read Back", QStyle::SP_ArrowUp},
     {CMD_TARGET_ERASE_CHIP, "Erase", QStyle::SP_TrashIcon},
 };
+// So all of the bar is seen in a frame of the usual size, and more where there is room.
+constexpr int kLeastCharacters = 6;
+constexpr int kMostCharacters = 30;
 constexpr ToolButton kOpen = {CMD_FILE_OPEN, "Open", QStyle::SP_DialogOpenButton};
 
 // Asks for its entries when it is opened.
@@ -80,13 +83,15 @@ void addButton(QToolBar* bar, const ToolButton& button) {
     follow();
 }
 
-ChoiceBox* addChoice(QToolBar* bar, const char* name, int characters,
-                     std::function<void(QComboBox&)> fill, void (*take)(const std::string&)) {
+ChoiceBox* addChoice(QToolBar* bar, const char* name, std::function<void(QComboBox&)> fill,
+                     void (*take)(const std::string&)) {
     auto* box = new ChoiceBox(bar, std::move(fill));
     box->setObjectName(name);
     box->setAccessibleName(name);
     box->setToolTip(name);
-    box->setMinimumContentsLength(characters);
+    box->setMinimumContentsLength(kLeastCharacters);
+    box->setMaximumWidth(kMostCharacters * bar->fontMetrics().averageCharWidth());
+    box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     bar->addWidget(box);
     QObject::connect(box, &QComboBox::activated, box,
                      [box, take] { take(box->currentData().toString().toStdString()); });
@@ -113,11 +118,13 @@ QToolBar* TOOLBAR_Create(QWidget* parent) {
     auto* bar = new QToolBar("&Tool Bar", parent);
     bar->setObjectName("toolBar");
     bar->setMovable(false);
+    const int small = bar->style()->pixelMetric(QStyle::PM_SmallIconSize);
+    bar->setIconSize({small, small});
     bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     addButton(bar, kOpen);
     bar->addSeparator();
-    tools.device = addChoice(bar, "Device", 14, fillDevices, CHOICE_TakeDevice);
-    tools.port = addChoice(bar, "Port", 18, fillPorts, CHOICE_TakePort);
+    tools.device = addChoice(bar, "Device", fillDevices, CHOICE_TakeDevice);
+    tools.port = addChoice(bar, "Port", fillPorts, CHOICE_TakePort);
     bar->addSeparator();
     for (const ToolButton& button : kButtons) {
         addButton(bar, button);

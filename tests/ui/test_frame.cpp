@@ -11,6 +11,7 @@
 #include <QMimeData>
 #include <QShortcut>
 #include <QTextBrowser>
+#include <QToolBar>
 #include <QTreeWidget>
 #include <map>
 #include <set>
@@ -142,6 +143,9 @@ TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
     };
     EXPECT_TRUE(tells("Port open"));
     EXPECT_FALSE(cancel.isEnabled());
+    auto& bar = control<QToolBar>(world.frame(), "toolBar");
+    world.frame().resize(800, 600);
+    EXPECT_LE(bar.sizeHint().width(), 800);
     EXPECT_EQ(control<QComboBox>(world.frame(), "Port").currentText(), "COM1: sim://desktop");
     std::set<std::string> seen;
     QTimer watch;
