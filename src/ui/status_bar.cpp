@@ -3,7 +3,7 @@
 #include "notice/status.h"
 #include "platform/event_queue.h"
 #include "serial/sio.h"
-#include "shell/link_shown.h"
+#include "shell/link_indicator.h"
 #include "ui/look.h"
 #include "ui/port_text.h"
 
@@ -44,21 +44,21 @@ public:
         layOut();
     }
 
-    void showLink(LinkShown state) {
+    void showLink(LinkIndicator state) {
         if (shown_ == state) {
             return;
         }
         shown_ = state;
         const QPalette colours = palette();
-        const bool isBad = state == LinkShown::lost || state == LinkShown::noPort;
-        const bool isGood = state == LinkShown::loader || state == LinkShown::bootRom;
+        const bool isBad = state == LinkIndicator::lost || state == LinkIndicator::noPort;
+        const bool isGood = state == LinkIndicator::loaderRuns || state == LinkIndicator::inBootRom;
         QPalette own = colours;
         own.setColor(QPalette::WindowText, isBad    ? LOOK_BadColour(colours)
                                            : isGood ? LOOK_GoodColour(colours)
                                                     : colours.color(QPalette::WindowText));
         link_->setPalette(own);
-        link_->setText(LINKSHOWN_Text(state));
-        link_->setAccessibleName(QString("Link: ") + LINKSHOWN_Text(state));
+        link_->setText(LINKINDICATOR_Text(state));
+        link_->setAccessibleName(QString("Link: ") + LINKINDICATOR_Text(state));
         layOut();
     }
 
@@ -110,7 +110,7 @@ private:
 
     std::array<QLabel*, kStatusParts> labels_{};
     QLabel* link_ = nullptr; // at the end of the first part
-    std::optional<LinkShown> shown_;
+    std::optional<LinkIndicator> shown_;
 };
 
 StatusBar* bar = nullptr;
@@ -131,7 +131,7 @@ QStatusBar* STATUSBAR_Create(QWidget* parent) {
 
 void STATUSBAR_ShowLink() {
     if (bar != nullptr) {
-        bar->showLink(LINKSHOWN_Get());
+        bar->showLink(LINKINDICATOR_Of(LINKINDICATOR_Facts()));
     }
 }
 

@@ -47,9 +47,11 @@ inline std::string schemaFault(const nlohmann::json& schema, const nlohmann::jso
     }
     for (const auto& [name, field] : value.items()) {
         if (!schema["properties"].contains(name)) {
-            return place + "." + name + " is not known";
+            return place + " must not have " + name;
         }
-        std::string fault = schemaFault(schema["properties"][name], field, place + "." + name);
+        std::string inside = place;
+        inside += "." + name;
+        std::string fault = schemaFault(schema["properties"][name], field, inside);
         if (!fault.empty()) {
             return fault;
         }
@@ -58,7 +60,7 @@ inline std::string schemaFault(const nlohmann::json& schema, const nlohmann::jso
 }
 
 inline nlohmann::json validResult(const std::string& text) {
-    const auto found = nlohmann::json::parse(text);
+    auto found = nlohmann::json::parse(text);
     const auto schema = nlohmann::json::parse(readFile(builtFolder() / "result.schema.json"));
     EXPECT_EQ(schemaFault(schema, found), "");
     return found;

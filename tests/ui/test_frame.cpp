@@ -155,7 +155,7 @@ TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
     watch.start(5);
     world.item(CMD_TARGET_BLANK_CHECK_CHIP).trigger();
     EXPECT_TRUE(seen.contains("Busy, Cancel"));
-    EXPECT_TRUE(tells("Loader runs"));
+    EXPECT_TRUE(tells("Loader running"));
     const auto& notice = control<QWidget>(world.frame(), "notice");
     EXPECT_FALSE(notice.isVisible());
     SIMPORT_Unplug(world.line);

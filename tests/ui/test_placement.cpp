@@ -99,7 +99,7 @@ TEST(Placement, KeepsTheSharesOfTheArea) {
         QApplication::processEvents();
         const QSize half = viewport->size() / 2;
         EXPECT_NEAR(world.window("Device")->width(), half.width(), 2);
-        EXPECT_NEAR(world.window("Device")->height(), half.height() / 2, 2);
+        EXPECT_NEAR(world.window("Device")->height() * 2, half.height(), 4);
         EXPECT_EQ(world.window("Log")->geometry().bottomRight(), viewport->rect().bottomRight());
         EXPECT_GT(world.window("Log")->x(), half.width());
     }

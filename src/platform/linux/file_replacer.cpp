@@ -246,7 +246,7 @@ FileResult FileReplacer::openInPlace() {
 }
 
 FileResult FileReplacer::write(std::string_view text) {
-    const FileResult result = writeAll(descriptor_, text, direct_);
+    FileResult result = writeAll(descriptor_, text, direct_);
     if (result.ok() && !direct_ && inPlace_ < 0) {
         beginWriteBack(text.size());
     }
