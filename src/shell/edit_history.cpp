@@ -25,21 +25,21 @@ struct Step {
     size_t footprint() const { return sizeof(Step) + bytes.footprint(); }
 };
 
-std::deque<Step> done;    // the next one to be undone at the end
-std::vector<Step> undone; // the next one to be done again at the end
+std::deque<Step> undoable;  // the next one to be redoable at the end
+std::vector<Step> redoable; // the next one to be undoable again at the end
 size_t keptBytes = 0;
 
 void forgetUndone() {
-    for (const Step& step : undone) {
+    for (const Step& step : redoable) {
         keptBytes -= step.footprint();
     }
-    undone.clear();
+    redoable.clear();
 }
 
 void forgetOldest() {
-    while (keptBytes > kMaxHistoryBytes && !done.empty()) {
-        keptBytes -= done.front().footprint();
-        done.pop_front();
+    while (keptBytes > kMaxHistoryBytes && !undoable.empty()) {
+        keptBytes -= undoable.front().footprint();
+        undoable.pop_front();
     }
 }
 
@@ -81,16 +81,17 @@ ImageCopy joinTyped(const ImageCopy& first, const ImageCopy& second) {
 
 // Whether a step of typing at `address` goes on where the last one has stopped.
 bool continuesTyping(uint32_t address) {
-    if (done.empty() || !undone.empty() || !done.back().typed || done.back().bytes.ranges.empty()) {
+    if (undoable.empty() || !redoable.empty() || !undoable.back().typed ||
+        undoable.back().bytes.ranges.empty()) {
         return false;
     }
-    const uint32_t last = *done.back().typed;
+    const uint32_t last = *undoable.back().typed;
     return address == last || (address == last + 1 && last != UINT32_MAX);
 }
 
 void keep(Step step) {
     if (step.typed && continuesTyping(*step.typed)) {
-        Step& last = done.back();
+        Step& last = undoable.back();
         keptBytes -= last.footprint();
         last.bytes = joinTyped(last.bytes, step.bytes);
         last.typed = step.typed;
@@ -98,7 +99,7 @@ void keep(Step step) {
     } else {
         forgetUndone();
         keptBytes += step.footprint();
-        done.push_back(std::move(step));
+        undoable.push_back(std::move(step));
     }
     forgetOldest();
 }
@@ -142,7 +143,7 @@ EditStep::~EditStep() {
     if (!changed.empty()) {
         keep({name_, IMAGECOPY_Reduce(before_, changed), 0, origin_, typed_});
     } else if (typed_ && continuesTyping(*typed_)) {
-        done.back().typed = typed_; // the byte was that already
+        undoable.back().typed = typed_; // the byte was that already
     }
 }
 
@@ -153,43 +154,43 @@ void HISTORY_Relocated(int32_t offset, const ImageOrigin& before) {
 }
 
 bool HISTORY_CanUndo() {
-    return !done.empty();
+    return !undoable.empty();
 }
 
 bool HISTORY_CanRedo() {
-    return !undone.empty();
+    return !redoable.empty();
 }
 
 std::string HISTORY_UndoName() {
-    return done.empty() ? "" : done.back().name;
+    return undoable.empty() ? "" : undoable.back().name;
 }
 
 std::string HISTORY_RedoName() {
-    return undone.empty() ? "" : undone.back().name;
+    return redoable.empty() ? "" : redoable.back().name;
 }
 
 void HISTORY_Undo() {
-    if (!done.empty()) {
-        undone.push_back(std::move(done.back()));
-        done.pop_back();
-        exchange(undone.back(), true);
+    if (!undoable.empty()) {
+        redoable.push_back(std::move(undoable.back()));
+        undoable.pop_back();
+        exchange(redoable.back(), true);
         forgetOldest();
         showImage();
     }
 }
 
 void HISTORY_Redo() {
-    if (!undone.empty()) {
-        done.push_back(std::move(undone.back()));
-        undone.pop_back();
-        exchange(done.back(), false);
+    if (!redoable.empty()) {
+        undoable.push_back(std::move(redoable.back()));
+        redoable.pop_back();
+        exchange(undoable.back(), false);
         showImage();
     }
 }
 
 void HISTORY_EndTyping() {
-    if (!done.empty()) {
-        done.back().typed.reset();
+    if (!undoable.empty()) {
+        undoable.back().typed.reset();
     }
 }
 
@@ -201,12 +202,12 @@ void HISTORY_Saved(const ImageOrigin& before) {
         }
         step.origin.changed = true; // the file holds another state now
     };
-    std::ranges::for_each(done, update);
-    std::ranges::for_each(undone, update);
+    std::ranges::for_each(undoable, update);
+    std::ranges::for_each(redoable, update);
 }
 
 void HISTORY_Clear() {
-    done.clear();
-    undone.clear();
+    undoable.clear();
+    redoable.clear();
     keptBytes = 0;
 }
