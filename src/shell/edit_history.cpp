@@ -25,8 +25,8 @@ struct Step {
     size_t footprint() const { return sizeof(Step) + bytes.footprint(); }
 };
 
-std::deque<Step> undoable;  // the next one to be redoable at the end
-std::vector<Step> redoable; // the next one to be undoable again at the end
+std::deque<Step> undoable;  // the next one to be undone at the end
+std::vector<Step> redoable; // the next one to be done again at the end
 size_t keptBytes = 0;
 
 void forgetUndone() {
