@@ -46,11 +46,11 @@ inline std::string schemaFault(const nlohmann::json& schema, const nlohmann::jso
         }
     }
     for (const auto& [name, field] : value.items()) {
-        if (!schema["properties"].contains(name)) {
-            return place + " must not have " + name;
-        }
         std::string inside = place;
-        inside += "." + name;
+        inside.append(".").append(name);
+        if (!schema["properties"].contains(name)) {
+            return inside + " is not known";
+        }
         std::string fault = schemaFault(schema["properties"][name], field, inside);
         if (!fault.empty()) {
             return fault;
