@@ -17,8 +17,8 @@ mkdir -p build/fuzz/found
 
 failed=0
 for target in "${targets[@]}"; do
-  mkdir -p "build/fuzz/work/$target"
-  if CALVORIN_FUZZ=$target build/fuzz/bin/fuzz "build/fuzz/work/$target" "tests/fuzz/corpus/$target" \
+  mkdir -p "build/fuzz/grown/$target"
+  if CALVORIN_FUZZ=$target build/fuzz/bin/fuzz "build/fuzz/grown/$target" "tests/fuzz/corpus/$target" \
     -max_total_time="$seconds" -max_len=2000 -timeout=20 -artifact_prefix="build/fuzz/found/$target-" \
     >"build/fuzz/$target.log" 2>&1; then
     printf '%-12s %s\n' "$target" "$(grep -o 'Done [0-9]* runs.*' "build/fuzz/$target.log")"

@@ -1,6 +1,7 @@
 #include "shell/link_indicator.h"
 
 #include "link/target_link.h"
+#include "link/target_state.h"
 #include "serial/sio.h"
 #include "shell/session.h"
 
@@ -9,7 +10,7 @@ LinkFacts LINKINDICATOR_Facts() {
             .portLost = SIO_IsLost(),
             .busy = SESSION_Get().targetBusy,
             .chipInRom = BOOT_IsChipInRom(),
-            .loaderRuns = BOOT_GetState() == BOOT_RAMCODE};
+            .loaderRuns = TARGET_State().LinkState == LINK_RAMCODE};
 }
 
 LinkIndicator LINKINDICATOR_Of(const LinkFacts& facts) {

@@ -9,7 +9,7 @@
 
 namespace {
 
-bool deviceIsThere = false;
+bool deviceIsThere = true; // while nothing is wrong
 
 bool isThere() {
     const std::string device =
@@ -44,6 +44,7 @@ void PORTNOTICE_TryAgain() {
 
 void PORTNOTICE_Watch() {
     if (PORTNOTICE_Get() == PortNotice{}) {
+        deviceIsThere = true;
         return;
     }
     const bool wasThere = deviceIsThere;

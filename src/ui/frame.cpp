@@ -193,6 +193,7 @@ void dialogsLeft() {
         closeWanted = false;
         EVENTS_Post([] {
             if (frame) {
+                MODAL_AcceptAgain(); // the frame may ask before it closes
                 frame->close();
             }
         });

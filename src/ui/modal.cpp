@@ -63,6 +63,10 @@ void MODAL_RefuseFurther() {
     refused = true;
 }
 
+void MODAL_AcceptAgain() {
+    refused = false;
+}
+
 void MODAL_Init(QWidget* newFrame, std::function<void()> opening, std::function<void()> left) {
     modalFrame = newFrame;
     whenOpening = std::move(opening);

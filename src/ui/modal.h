@@ -23,6 +23,8 @@ bool MODAL_IsOpen();
 void MODAL_EndAll();
 // From here on nothing is shown; for a close request that waits for an open box.
 void MODAL_RefuseFurther();
+// That request has come to its turn and may ask.
+void MODAL_AcceptAgain();
 // The frame that owns the dialogs; `opening` is called before one appears, `left` when the last one
 // has ended. Also forgets a refusal.
 void MODAL_Init(QWidget* frame, std::function<void()> opening, std::function<void()> left);

@@ -66,6 +66,9 @@ void fillMissingAddresses(PasswordPage& page) {
 void followDevice(PasswordPage& page) {
     const PasswordLimits limits = page.limits();
     const uint32_t before = std::exchange(page.areaStart, limits.AreaStart);
+    if (before == limits.AreaStart) {
+        return;
+    }
     const auto follow = [&](uint32_t& address, bool isTyped) {
         const bool isInside = address - limits.AreaStart < limits.AreaSize;
         if (!isTyped && (!isInside || address == before)) {

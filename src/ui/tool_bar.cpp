@@ -76,7 +76,7 @@ void addButton(QToolBar* bar, const ToolButton& button) {
     const QAction* item = FRAMEMENU_Item(button.command);
     auto* action = bar->addAction(bar->style()->standardIcon(button.icon), button.text);
     action->setObjectName(QString("tool%1").arg(button.command));
-    action->setToolTip(item->toolTip() + " (" + item->shortcut().toString() + ")");
+    action->setToolTip(QString("%1 (%2)").arg(button.text, item->shortcut().toString()));
     const auto follow = [action, item] { action->setEnabled(item->isEnabled()); };
     QObject::connect(item, &QAction::changed, action, follow);
     QObject::connect(action, &QAction::triggered, [id = button.command] { FRAMERULES_Run(id); });

@@ -1,5 +1,7 @@
 #include "desktop_world.h"
 #include "link/target_state.h"
+#include "shell/image_origin.h"
+#include "shell/program_files.h"
 #include "shell/startup.h"
 #include "target/operation.h"
 
@@ -121,6 +123,24 @@ TEST(Closing, AsksFirstWhileTheChipIsChanged) {
     ASSERT_FALSE(world.boxes.empty());
     EXPECT_TRUE(world.boxes.back().starts_with("Exit: ")) << world.boxes.back();
     EXPECT_TRUE(runUntil([] { return SESSION_Get().quit; }));
+}
+
+// A box that is open is ended first; whoever stays then can go on as before.
+TEST(Closing, AsksBeforeChangesAreLostAlsoOverABox) {
+    ChipWorld world;
+    PROGRAM_Open(world.programFile());
+    ORIGIN_MarkChanged();
+    for (const BoxAnswer answer : {ANSWER_CANCEL, ANSWER_OK}) {
+        std::vector<std::string> asked;
+        BOX_SetResponder([&](const BoxRequest& request) {
+            asked.push_back(request.caption);
+            return request.caption == "Unsaved changes" ? std::optional<int>(answer) : std::nullopt;
+        });
+        later(100, [&world] { world.frame().close(); });
+        EXPECT_EQ(BOX_Ask(nullptr, "Go on?", "Question", BOX_YES_NO), ANSWER_NONE);
+        EXPECT_TRUE(runUntil([&asked] { return asked.size() == 2; }));
+        EXPECT_EQ(SESSION_Get().quit, answer == ANSWER_OK);
+    }
 }
 
 TEST(Closing, EndsACancelledCommand) {
