@@ -17,6 +17,7 @@
 #include "platform/files.h"
 #include "serial/sio.h"
 #include "serial/terminal_buffer.h"
+#include "serial/terminal_history.h"
 #include "shell/cmdline.h"
 #include "shell/edit_history.h"
 #include "shell/front_end.h"
@@ -34,6 +35,7 @@ inline void freshProcess() {
     SESSION_Get() = {};
     PROGRESS_Reset();
     TERMINAL_Clear();
+    TERMHISTORY_Clear();
     LOG_Exit();
     LOG_SetObserver({});
     ERROR_Exit();
