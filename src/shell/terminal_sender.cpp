@@ -96,18 +96,19 @@ std::string hexFault(std::string_view text) {
 bool TERMSEND_File(const std::string& path) {
     SendJob job;
     job.name = std::filesystem::path(path).filename().string();
-    const std::string what = "The file cannot be sent: " + path;
-    if (FILES_IsStream(path)) {
-        reportUnsent(what, "a device or a pipe");
-        return false;
+    std::string reason;
+    if (sendJob) {
+        reason = "something is being sent already";
+    } else if (FILES_IsStream(path)) {
+        reason = "it is a device or a pipe";
+    } else if (const FileResult opened = job.file.open(path); !opened.ok()) {
+        reason = opened.reason;
+    } else {
+        job.size = job.file.size();
+        reason = job.size == 0 ? "it is empty" : whyNotSent();
     }
-    const FileResult opened = job.file.open(path);
-    job.size = job.file.size();
-    const std::string reason = !opened.ok()    ? opened.reason
-                               : job.size == 0 ? "it is empty"
-                                               : whyNotSent();
     if (!reason.empty()) {
-        reportUnsent(what, reason);
+        reportUnsent("The file cannot be sent: " + path, reason);
         return false;
     }
     sendJob = std::move(job);
@@ -115,7 +116,7 @@ bool TERMSEND_File(const std::string& path) {
 }
 
 bool TERMSEND_Hex(std::string_view text, std::string& error) {
-    error = hexFault(text);
+    error = sendJob ? "Something is being sent already" : hexFault(text);
     std::string digits(text);
     std::erase_if(digits, isBlank);
     SendJob job;

@@ -8,6 +8,7 @@
 #include "shell/port_notice.h"
 #include "shell/session.h"
 #include "shell/startup.h"
+#include "shell/terminal_log.h"
 #include "ui/artwork.h"
 #include "ui/frame_menu.h"
 #include "ui/modal.h"
@@ -83,6 +84,7 @@ public:
         addShortcuts();
         connect(&glance_, &QTimer::timeout, this, [] {
             PORTNOTICE_Watch();
+            TERMLOG_Write();
             NOTICEBAR_Refresh();
             TOOLBAR_Refresh();
             STATUSBAR_ShowLink();

@@ -26,3 +26,7 @@ QColor LOOK_GoodColour(const QPalette& palette) {
 QColor LOOK_BadColour(const QPalette& palette) {
     return isDark(palette) ? QColor(255, 128, 128) : QColor(128, 0, 0);
 }
+
+QColor LOOK_SentColour(const QPalette& palette) {
+    return isDark(palette) ? QColor(144, 184, 255) : QColor(0, 64, 160);
+}

@@ -13,3 +13,5 @@ QString LOOK_Characters(const std::string& characters);
 // Green and red for text on the palette's window colour.
 QColor LOOK_GoodColour(const QPalette& palette);
 QColor LOOK_BadColour(const QPalette& palette);
+// For what was sent, on the palette's base colour.
+QColor LOOK_SentColour(const QPalette& palette);
