@@ -12,7 +12,7 @@ enum class TerminalLineEnd { cr, lf, crLf };
 
 struct TerminalSettings {
     bool onePane = false; // else received and sent stand side by side
-    TerminalControls controls = TerminalControls::glyphs;
+    TerminalControls controls = TerminalControls::text;
     TerminalLineEnd lineEnd = TerminalLineEnd::cr;
     bool echo = true;    // what is sent is shown too
     bool stamps = false; // every line begins with the time of its first byte

@@ -18,6 +18,12 @@ constexpr int kMostShown = 1'500'000;
 
 uint64_t clearedAt = 0; // in the history
 
+// Whether some font of the system has the pictures of control bytes.
+bool hasPictures(const QFont& font) {
+    constexpr uint kPictureOfCr = 0x240D;
+    return QFontMetrics(font).inFontUcs4(kPictureOfCr);
+}
+
 } // namespace
 
 TerminalPane::TerminalPane(QWidget* parent, std::function<void()> leave)
@@ -27,14 +33,14 @@ TerminalPane::TerminalPane(QWidget* parent, std::function<void()> leave)
     setTextInteractionFlags(Qt::TextSelectableByMouse);
     setAttribute(Qt::WA_InputMethodEnabled); // which a pane that cannot be edited lacks
     setContextMenuPolicy(Qt::CustomContextMenu);
-    QTextCursor cursor = textCursor();
-    cursor.setKeepPositionOnInsert(true); // also one that ends where new text comes
-    setTextCursor(cursor);
     connect(&timer_, &QTimer::timeout, this, [this] { refresh(); });
 }
 
 void TerminalPane::setSettings(const TerminalSettings& settings) {
     settings_ = settings;
+    if (settings.controls == TerminalControls::glyphs && !hasPictures(font())) {
+        settings_.controls = TerminalControls::hex;
+    }
     showAnew();
 }
 
@@ -72,7 +78,7 @@ void TerminalPane::showAnew() {
     all.select(QTextCursor::Document);
     all.removeSelectedText();
     refresh();
-    verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+    goToEnd();
 }
 
 QTextCharFormat TerminalPane::formatOf(TerminalSource source) const {
@@ -84,9 +90,21 @@ QTextCharFormat TerminalPane::formatOf(TerminalSource source) const {
     return format;
 }
 
+bool TerminalPane::isAtEnd() const {
+    return verticalScrollBar()->value() == verticalScrollBar()->maximum();
+}
+
+void TerminalPane::goToEnd() {
+    verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+}
+
 void TerminalPane::append(const std::vector<TerminalRun>& runs) {
     QScrollBar& bar = *verticalScrollBar();
-    const bool followsEnd = bar.value() == bar.maximum();
+    const bool followsEnd = isAtEnd();
+    const int top = bar.value();
+    const QTextCursor before = textCursor();
+    const int anchor = before.anchor();
+    const int position = before.position();
     QTextCursor end(document());
     end.movePosition(QTextCursor::End);
     end.beginEditBlock();
@@ -97,9 +115,22 @@ void TerminalPane::append(const std::vector<TerminalRun>& runs) {
         end.insertText(QString::fromStdString(run.text), formatOf(run.source));
     }
     end.endEditBlock();
+    if (anchor != position) { // one that ends where the new text came has grown
+        select(std::min(anchor, end.position()), std::min(position, end.position()));
+    }
+    bar.setValue(top);
     trim();
     if (followsEnd) {
-        bar.setValue(bar.maximum());
+        goToEnd();
+    }
+}
+
+void TerminalPane::select(int anchor, int position) {
+    QTextCursor cursor = textCursor();
+    if (cursor.anchor() != anchor || cursor.position() != position) {
+        cursor.setPosition(anchor);
+        cursor.setPosition(position, QTextCursor::KeepAnchor);
+        setTextCursor(cursor);
     }
 }
 
@@ -140,7 +171,6 @@ QString TerminalPane::find(const std::vector<uint8_t>& pattern, bool forward) {
     if (found.isNull()) {
         return "Not found";
     }
-    found.setKeepPositionOnInsert(true);
     setTextCursor(found);
     ensureCursorVisible();
     return message;
@@ -153,7 +183,7 @@ void TerminalPane::type(const TerminalKey& key) {
 
 void TerminalPane::send(std::string_view bytes) {
     TARGET_TerminalWrite({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()});
-    verticalScrollBar()->setValue(verticalScrollBar()->maximum()); // who types looks at the answer
+    goToEnd(); // who types looks at the answer
     refresh();
 }
 
@@ -174,5 +204,13 @@ void TerminalPane::changeEvent(QEvent* event) {
     TypingPane::changeEvent(event);
     if (event->type() == QEvent::PaletteChange && taken_ != 0) {
         showAnew(); // in colours that suit it
+    }
+}
+
+void TerminalPane::resizeEvent(QResizeEvent* event) {
+    const bool followsEnd = isAtEnd();
+    TypingPane::resizeEvent(event);
+    if (followsEnd) {
+        goToEnd();
     }
 }

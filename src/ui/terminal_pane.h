@@ -25,10 +25,14 @@ protected:
     void type(const TerminalKey& key) override;
     void keyPressEvent(QKeyEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    bool isAtEnd() const;
+    void goToEnd();
     void showAnew();
     void append(const std::vector<TerminalRun>& runs);
+    void select(int anchor, int position);
     void trim();
     QTextCharFormat formatOf(TerminalSource source) const;
     void send(std::string_view bytes);

@@ -3,6 +3,7 @@
 #include "serial/terminal_buffer.h"
 #include "target/worker.h"
 #include "ui/look.h"
+#include "ui/terminal_tools.h"
 #include "ui/terminal_typing.h"
 
 #include <QApplication>
@@ -43,7 +44,8 @@ QLabel* createLabel(const char* text, QWidget* pane, QWidget* parent) {
 } // namespace
 
 TerminalSimple::TerminalSimple(QWidget* parent)
-    : QWidget(parent), receive_(new QPlainTextEdit(this)), send_(new SendPane(this)) {
+    : QWidget(parent), sendHead_(new QHBoxLayout), receive_(new QPlainTextEdit(this)),
+      send_(new SendPane(this)) {
     receive_->setObjectName("Receive");
     receive_->setReadOnly(true);
     receive_->setAcceptDrops(false);
@@ -55,7 +57,9 @@ TerminalSimple::TerminalSimple(QWidget* parent)
     layout->setHorizontalSpacing(10);
     layout->setVerticalSpacing(1);
     layout->addWidget(createLabel("Receive:", receive_, this), 0, 0);
-    layout->addWidget(createLabel("Send:", send_, this), 0, 1);
+    layout->addLayout(sendHead_, 0, 1);
+    sendHead_->addWidget(createLabel("Send:", send_, this));
+    sendHead_->addStretch(1);
     layout->addWidget(receive_, 1, 0);
     layout->addWidget(send_, 1, 1);
     layout->setRowStretch(1, 1);
@@ -82,7 +86,8 @@ void TerminalSimple::setShown(bool shown) {
     }
 }
 
-void TerminalSimple::addMenuItem(QAction* item) {
+void TerminalSimple::addFormItem(QAction* item) {
+    sendHead_->addWidget(TERMINALTOOLS_CreateButton(item, this));
     for (QPlainTextEdit* pane : {receive_, send_}) {
         pane->setContextMenuPolicy(Qt::CustomContextMenu);
         connect(pane, &QWidget::customContextMenuRequested, this,

@@ -6,6 +6,7 @@
 #include <string>
 
 class QAction;
+class QHBoxLayout;
 class QPlainTextEdit;
 
 class TerminalSimple : public QWidget {
@@ -15,13 +16,14 @@ public:
     // Ready to type, but for a click that begins to select what was received.
     void activate();
     void setShown(bool shown); // one that is not follows nothing
-    // An item that its context menus end with.
-    void addMenuItem(QAction* item);
+    // The item that leads to the other form: a button above the panes, and in their menus.
+    void addFormItem(QAction* item);
 
 private:
     void takeChange();
     void showReceived(const std::string& bytes);
 
+    QHBoxLayout* sendHead_ = nullptr;
     QPlainTextEdit* receive_ = nullptr;
     QPlainTextEdit* send_ = nullptr;
     QTimer timer_;

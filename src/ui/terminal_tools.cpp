@@ -3,16 +3,12 @@
 #include <QActionGroup>
 #include <QFileInfo>
 #include <QHBoxLayout>
-#include <QToolButton>
 
 TerminalTools::TerminalTools(QWidget* parent, const TerminalSettings& settings, TerminalDeeds deeds)
     : QWidget(parent), settings_(settings), deeds_(std::move(deeds)), menu_(new QMenu(this)),
       send_(new QMenu("&Send", this)), choices_(new QMenu("Settin&gs", this)) {
     fillMenu();
     fillRow();
-    for (QWidget* tool : onePaneTools_) {
-        tool->setVisible(settings_.onePane);
-    }
 }
 
 void TerminalTools::tellLog(const QString& path) {
@@ -39,7 +35,7 @@ QAction* TerminalTools::addCheck(const char* text, const char* name, bool& choic
     action->setChecked(choice);
     connect(action, &QAction::triggered, this, [this, &choice](bool on) {
         choice = on;
-        changed();
+        deeds_.choose(settings_);
     });
     return action;
 }
@@ -58,7 +54,7 @@ QMenu* TerminalTools::addChoices(const char* text, const char* name,
         group->addAction(action);
         connect(action, &QAction::triggered, this, [this, &choice, number] {
             choice = static_cast<Choice>(number);
-            changed();
+            deeds_.choose(settings_);
         });
         ++number;
     }
@@ -93,34 +89,36 @@ void TerminalTools::fillRow() {
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(5, 2, 5, 0);
     row->setSpacing(2);
-    row->addWidget(addButton("One P&ane", form_, nullptr));
-    onePaneTools_ = {addButton("F&ind", findChild<QAction*>("TerminalFind"), nullptr),
-                     addButton("&Send", nullptr, send_), addButton("&Log", log_, nullptr),
-                     addButton("Settin&gs", nullptr, choices_)};
-    for (QWidget* tool : onePaneTools_) {
-        row->addWidget(tool);
+    for (QAction* item : {form_, findChild<QAction*>("TerminalFind"), send_->menuAction(), log_,
+                          choices_->menuAction()}) {
+        row->addWidget(TERMINALTOOLS_CreateButton(item, this));
     }
     row->addStretch(1);
 }
 
-QWidget* TerminalTools::addButton(const char* text, QAction* action, QMenu* popup) {
-    auto* button = new QToolButton(this);
+QToolButton* TERMINALTOOLS_CreateButton(QAction* item, QWidget* parent) {
+    auto* button = new QToolButton(parent);
     button->setFocusPolicy(Qt::TabFocus);
     button->setAutoRaise(true);
-    if (popup != nullptr) {
-        button->setMenu(popup);
+    if (item->menu() != nullptr) {
+        button->setMenu(item->menu());
         button->setPopupMode(QToolButton::InstantPopup);
     } else {
-        button->setDefaultAction(action);
+        // Not its default action: that would take the letter away from the text.
+        const auto follow = [button, item] {
+            button->setCheckable(item->isCheckable());
+            button->setChecked(item->isChecked());
+            button->setToolTip(item->toolTip());
+        };
+        QObject::connect(item, &QAction::changed, button, follow);
+        QObject::connect(button, &QToolButton::clicked, item, [item, follow] {
+            item->trigger();
+            follow(); // a click turns the button even where the item has stayed
+        });
+        follow();
     }
-    button->setText(text); // with its letter, which an action's button has not
+    const QString text = item->text().remove("...");
+    button->setText(text);
     button->setAccessibleName(QString(text).remove('&'));
     return button;
-}
-
-void TerminalTools::changed() {
-    for (QWidget* tool : onePaneTools_) {
-        tool->setVisible(settings_.onePane);
-    }
-    deeds_.choose(settings_);
 }

@@ -1,10 +1,11 @@
-// The terminal's items: a row of buttons above the panes and the same items as a menu. They show
+// The terminal's items: a row of buttons above the one pane and the same items as a menu. They show
 // and change the choices; what else they do is told to the view.
 #pragma once
 
 #include "shell/terminal_settings.h"
 
 #include <QMenu>
+#include <QToolButton>
 #include <QWidget>
 #include <functional>
 
@@ -35,8 +36,6 @@ private:
                       std::initializer_list<const char*> entries, Choice& choice);
     void fillMenu();
     void fillRow();
-    QWidget* addButton(const char* text, QAction* action, QMenu* popup);
-    void changed();
 
     TerminalSettings settings_;
     TerminalDeeds deeds_;
@@ -45,5 +44,7 @@ private:
     QMenu* menu_ = nullptr;
     QMenu* send_ = nullptr;
     QMenu* choices_ = nullptr;
-    std::vector<QWidget*> onePaneTools_; // hidden in the simple form
 };
+
+// A button for an item, with the item's text up to its dots.
+QToolButton* TERMINALTOOLS_CreateButton(QAction* item, QWidget* parent);

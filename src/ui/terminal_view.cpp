@@ -45,7 +45,7 @@ public:
         }
         forms_->addWidget(simple_);
         forms_->addWidget(pane_);
-        simple_->addMenuItem(tools_->formItem());
+        simple_->addFormItem(tools_->formItem());
         connect(pane_, &QWidget::customContextMenuRequested, this,
                 [this](const QPoint& place) { tools_->menu().popup(pane_->mapToGlobal(place)); });
         pane_->setSettings(settings_);
@@ -117,6 +117,7 @@ private:
         QWidget* form = settings_.onePane ? static_cast<QWidget*>(pane_) : simple_;
         forms_->setCurrentWidget(form);
         setFocusProxy(form);
+        tools_->setVisible(settings_.onePane);
         findBar_->hide();
         hexBar_->hide();
     }
