@@ -75,7 +75,7 @@ void TerminalTools::fillMenu() {
     choices_->addMenu(addChoices("E&nter Sends", "LineEnd",
                                  {"&CR (0D)", "&LF (0A)", "C&R LF (0D 0A)"}, settings_.lineEnd));
     menu_->addAction(addItem("&Copy", "TerminalCopy", deeds_.copy));
-    menu_->addAction(addItem("Select Al&l", "TerminalSelectAll", deeds_.selectAll));
+    menu_->addAction(addItem("Selec&t All", "TerminalSelectAll", deeds_.selectAll));
     menu_->addAction(addItem("Clea&r", "TerminalClear", deeds_.clear));
     menu_->addAction(addItem("F&ind...", "TerminalFind", deeds_.find));
     menu_->addSeparator();
