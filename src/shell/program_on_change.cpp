@@ -1,0 +1,158 @@
+#include "shell/program_on_change.h"
+
+#include "notice/log.h"
+#include "notice/run.h"
+#include "platform/event_queue.h"
+#include "platform/files.h"
+#include "shell/account.h"
+#include "shell/command_handler.h"
+#include "shell/command_ids.h"
+#include "shell/command_table.h"
+#include "shell/frame_rules.h"
+#include "shell/front_end.h"
+#include "shell/program_files.h"
+#include "shell/session.h"
+#include "shell/verdict.h"
+#include "shell/watched_file.h"
+
+#include <utility>
+
+namespace {
+
+std::optional<WatchedFile> watched; // while it is on
+std::optional<FileLook> due;        // what the next round begins with
+Notice failure;
+
+// As an unattended run, while it lasts.
+class QuietRound {
+public:
+    QuietRound() {
+        RUN_SetQuiet(true);
+        RUN_ForgetFailure();
+        ACCOUNT_Begin();
+        VERDICT_Begin();
+    }
+    ~QuietRound() { RUN_SetQuiet(false); }
+    QuietRound(const QuietRound&) = delete;
+    QuietRound& operator=(const QuietRound&) = delete;
+};
+
+void turnOff(const std::string& why) {
+    watched.reset();
+    due.reset();
+    failure = {};
+    LOG_Add("Programming on change ended" + why);
+    FRONTEND_Get().updateMenu();
+}
+
+void runStep(int id) {
+    const Command& row = *COMMAND_Find(id);
+    if (RUN_GetExitCode() == 0) {
+        if (!row.isOffered()) {
+            return; // by this device, or this way of resetting it
+        }
+        VERDICT_CommandStarts(row);
+        MAINFRAME_Command(id);
+    }
+    VERDICT_CommandEnds(id);
+}
+
+// The failures of a round are those that were reported in it.
+void tellFailure() {
+    const AccountedTry told = ACCOUNT_Get().tries.back();
+    failure.text = "Programming on change failed: " +
+                   (told.errors.empty() ? VERDICT_Line(false) : told.errors.front());
+    failure.hint = told.hints.empty() ? "" : told.hints.front();
+}
+
+void runRound(FileLook look) {
+    const std::string path = watched->path();
+    if (!PROGRAM_MayLoseChanges()) {
+        return;
+    }
+    failure = {};
+    const QuietRound quiet;
+    LOG_Add("Programming on change: " + path);
+    if (!PROGRAM_Reload(path, look)) {
+        RUN_SetExitCode(1);
+    } else if (watched && !watched->isAsTold()) {
+        return; // it has changed while it was read: the next look tells it again
+    }
+    for (const int id : {CMD_TARGET_AUTO, CMD_TARGET_VERIFY, CMD_TARGET_START_APPLICATION}) {
+        runStep(id);
+    }
+    LOG_Add(VERDICT_Line(false));
+    if (RUN_GetExitCode() != 0) {
+        tellFailure();
+    } else {
+        FRONTEND_Get().openView(View::terminal);
+    }
+}
+
+void beginDueRound() {
+    if (!due || !watched || !FRAMERULES_MayOpenFile()) {
+        return;
+    }
+    const FileLook look = *std::exchange(due, std::nullopt);
+    FRAMERULES_RunRound([look] { runRound(look); });
+}
+
+} // namespace
+
+bool ONCHANGE_MayBegin() {
+    return !PROGRAM_CurrentFile().empty();
+}
+
+bool ONCHANGE_IsOn() {
+    return watched.has_value();
+}
+
+void ONCHANGE_Toggle() {
+    if (watched) {
+        turnOff("");
+        return;
+    }
+    const std::string path = PROGRAM_CurrentFile();
+    if (path.empty()) {
+        return;
+    }
+    watched.emplace(path);
+    if (FILES_WriteTime(path) == SESSION_Get().image.time) {
+        watched->take(); // else it has changed before
+    }
+    LOG_Add("Programming when " + path + " changes");
+    FRONTEND_Get().updateMenu();
+}
+
+void ONCHANGE_Glance() {
+    if (!watched || !FRAMERULES_MayOpenFile()) {
+        return;
+    }
+    if (PROGRAM_CurrentFile() != watched->path()) {
+        turnOff(": " + watched->path() + " is no longer what is loaded");
+        return;
+    }
+    const FileLook look = watched->look();
+    if (look == FileLook::changing) {
+        due.reset();
+    } else if (look != FileLook::same) {
+        due = look;
+    }
+    if (due) {
+        EVENTS_Post(beginDueRound); // not in the loop of whoever glances
+    }
+}
+
+Notice ONCHANGE_Notice() {
+    return failure;
+}
+
+void ONCHANGE_TryAgain() {
+    due = FileLook::whole;
+}
+
+void ONCHANGE_Reset() {
+    watched.reset();
+    due.reset();
+    failure = {};
+}
