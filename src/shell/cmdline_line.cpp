@@ -143,6 +143,16 @@ void readWordValue(LineItem& item, const CmdlineWord& word, const std::string* v
     }
 }
 
+// A state that cannot come another time is not watched.
+void checkWatch(LineItem& item, const CommandLine& line) {
+    if (!line.programFile) {
+        item.faults.emplace_back("--watch needs a FILE to watch");
+    } else if (FILES_IsStream(*line.programFile)) {
+        item.faults.push_back("--watch needs a file that can change, " + *line.programFile +
+                              " is a pipe or a device");
+    }
+}
+
 bool selectsDevice(const LineItem& item) {
     return item.value.device.has_value();
 }
@@ -181,6 +191,11 @@ CommandLine LINE_Read(const std::vector<std::string>& arguments) {
             readItem(item, line);
         }
         line.items.push_back(std::move(item));
+    }
+    for (LineItem& item : line.items) {
+        if (item.argument == kWatchWord) {
+            checkWatch(item, line);
+        }
     }
     return line;
 }
