@@ -73,11 +73,11 @@ void runRound(FileLook look) {
     failure = {};
     const QuietRound quiet;
     LOG_Add("Programming on change: " + path);
-    if (!PROGRAM_Reload(path, look)) {
-        RUN_SetExitCode(1);
-    } else if (watched && !watched->isAsTold()) {
+    const bool loaded = PROGRAM_Reload(path, look);
+    if (watched && !watched->isAsTold()) {
         return; // it has changed while it was read: the next look tells it again
     }
+    RUN_SetExitCode(loaded ? 0 : 1);
     for (const int id : {CMD_TARGET_AUTO, CMD_TARGET_VERIFY, CMD_TARGET_START_APPLICATION}) {
         runStep(id);
     }

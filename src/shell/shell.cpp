@@ -92,7 +92,7 @@ int SHELL_Run(int argc, char** argv) {
         STARTUP_Finish();
     }
     if (RUN_IsInterrupted()) {
-        CONSOLE_PrintLine("Interrupted");
+        CONSOLE_PrintLine(WATCH_ExitCode() ? "Watching ended" : "Interrupted");
     }
     STARTUP_Close();
     if (const std::optional<int> told = WATCH_ExitCode()) {

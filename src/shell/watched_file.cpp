@@ -43,17 +43,17 @@ bool endsWithEndRecord(const std::string& path) {
 } // namespace
 
 void WatchedFile::take() {
-    told_ = FILES_Stamp(path_);
+    told_ = sight();
     seen_ = told_;
     hadEnd_ = endsWithEndRecord(path_);
 }
 
 bool WatchedFile::isAsTold() const {
-    return told_ == FILES_Stamp(path_);
+    return told_ == sight();
 }
 
 FileLook WatchedFile::look() {
-    const Seen now = FILES_Stamp(path_);
+    const Sight now = sight();
     if (seen_ != now) {
         seen_ = now;
         since_ = CLOCK_Now();
@@ -73,7 +73,7 @@ FileLook WatchedFile::judge(int64_t stillMs) {
     if (stillMs < kStillMs) {
         return FileLook::changing;
     }
-    if (*seen_ && !hasEnd_) {
+    if (seen_.stamp && !hasEnd_) {
         hasEnd_ = endsWithEndRecord(path_);
     }
     if (hasEnd_.value_or(false)) {
@@ -83,7 +83,7 @@ FileLook WatchedFile::judge(int64_t stillMs) {
     if (stillMs < kPatienceMs) {
         return FileLook::changing;
     }
-    if (!*seen_) {
+    if (!seen_.stamp) {
         return FileLook::gone;
     }
     return hadEnd_ ? FileLook::cutOff : FileLook::whole;

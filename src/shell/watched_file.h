@@ -31,13 +31,18 @@ public:
     bool isAsTold() const;
 
 private:
-    using Seen = std::optional<FileStamp>; // none: there is no file
+    struct Sight {
+        bool isKnown = true;
+        std::optional<FileStamp> stamp; // none: there is no file
+        bool operator==(const Sight&) const = default;
+    };
 
+    Sight sight() const { return {true, FILES_Stamp(path_)}; }
     FileLook judge(int64_t stillMs);
 
     std::string path_;
-    std::optional<Seen> told_;
-    std::optional<Seen> seen_;
+    Sight told_{false, {}};
+    Sight seen_{false, {}};
     Moment since_;               // it has looked like that
     std::optional<bool> hasEnd_; // what was seen, once somebody has looked
     bool hadEnd_ = false;        // what was whole last

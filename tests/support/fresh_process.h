@@ -20,7 +20,9 @@
 #include "shell/cmdline.h"
 #include "shell/edit_history.h"
 #include "shell/front_end.h"
+#include "shell/program_on_change.h"
 #include "shell/session.h"
+#include "shell/watch.h"
 #include "target/worker.h"
 
 // User-interface thread. A worker that still runs is ended, in the time of the clock in force.
@@ -31,6 +33,8 @@ inline void freshProcess() {
     SIO_Init(0, 0, 0, 8, 0, 0);
     FRONTEND_Set({});
     CMDLINE_Reset();
+    ONCHANGE_Reset();
+    WATCH_Reset();
     SESSION_Get() = {};
     PROGRESS_Reset();
     TERMINAL_Clear();

@@ -1,0 +1,268 @@
+// When a file is whole, and the rounds of the desktop that follow, in virtual time.
+
+#include "platform/format.h"
+#include "shell/command_ids.h"
+#include "shell/frame_rules.h"
+#include "shell/notifiers.h"
+#include "shell/program_files.h"
+#include "shell/program_on_change.h"
+#include "shell/watched_file.h"
+#include "support/world.h"
+#include "target/worker.h"
+
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kEnd[] = ":00000001FF\n";
+
+// A program of four equal bytes at 0.
+std::string programOfByte(uint8_t byte) {
+    const auto sum = static_cast<uint8_t>(-(4 + 4 * byte));
+    return formatText(":04000000%02X%02X%02X%02X%02X\n", byte, byte, byte, byte, sum) + kEnd;
+}
+
+struct Write {
+    int64_t afterMs; // the one before
+    std::function<void(const fs::path&)> write;
+};
+
+std::function<void(const fs::path&)> putText(const std::string& text) {
+    return [text](const fs::path& path) { writeFile(path, text); };
+}
+
+std::function<void(const fs::path&)> addText(const std::string& text) {
+    return [text](const fs::path& path) {
+        std::ofstream(path, std::ios::app | std::ios::binary) << text;
+    };
+}
+
+void putAside(const fs::path& path) {
+    writeFile(path.string() + "~", programOfByte(2)); // as long as the first
+    fs::rename(path.string() + "~", path);
+}
+
+void removeFile(const fs::path& path) {
+    fs::remove(path);
+}
+
+// What five looks a second tell of a file that was whole before, "MS LOOK" each.
+std::string toldOf(const std::vector<Write>& writes, bool throughLink) {
+    const World world({});
+    const fs::path path = world.folder() / "app.hex";
+    const fs::path link = world.folder() / "link.hex";
+    fs::create_symlink(path, link);
+    writeFile(path, programOfByte(1));
+    WatchedFile watched((throughLink ? link : path).string());
+    watched.take();
+    std::string told;
+    int64_t nextWrite = writes.front().afterMs;
+    size_t index = 0;
+    for (int64_t now = 0; now < 10'000; now += 200) {
+        while (index < writes.size() && nextWrite <= now) {
+            writes[index].write(path);
+            nextWrite += ++index < writes.size() ? writes[index].afterMs : 0;
+        }
+        const FileLook look = watched.look();
+        if (look >= FileLook::whole) {
+            constexpr const char* kNames[] = {"whole", "cut off", "gone"};
+            told += formatText("%d %s, ", static_cast<int>(now),
+                               kNames[static_cast<int>(look) - static_cast<int>(FileLook::whole)]);
+        }
+        CLOCK_Sleep(200);
+    }
+    return told;
+}
+
+// A frame without windows over a virtual chip and a program file, which is watched.
+struct RoundsWorld : World {
+    RoundsWorld() : World({}) {
+        NOTIFIERS_Register();
+        FRAMERULES_Reset();
+        FrontEnd& frontEnd = FRONTEND_Get();
+        frontEnd.hasWindows = true;
+        frontEnd.showError = [this](WindowHandle, const std::string& text, const std::string&) {
+            boxes += text + "|";
+        };
+        frontEnd.ask = [this](WindowHandle, const std::string& text, const std::string&, unsigned) {
+            boxes += text + "|";
+            return answer;
+        };
+        frontEnd.openView = [this](View view) { terminals += view == View::terminal ? 1 : 0; };
+        frontEnd.isDialogOpen = [this] { return dialogOpen; };
+        TARGET_Init(nullptr, [](uint8_t) {});
+        build(1);
+        EXPECT_TRUE(PROGRAM_Open(path()));
+        FRAMERULES_Run(CMD_TARGET_PROGRAM_ON_CHANGE);
+    }
+
+    std::string path() const { return (folder() / "app.hex").string(); }
+    void build(uint8_t byte) const {
+        writeFile(path() + "~", programOfByte(byte)), fs::rename(path() + "~", path());
+    }
+    // As the frame does it four times a second; what the log says of rounds meanwhile.
+    std::string glances(int64_t ms) {
+        screen.takeAll(screen.log);
+        for (const Moment end = CLOCK_After(ms); CLOCK_Now() < end; CLOCK_Sleep(250)) {
+            ONCHANGE_Glance();
+            FRAMERULES_Activated();
+            while (EVENTS_ProcessOne()) {
+            }
+        }
+        std::string verdicts;
+        for (const std::string& said : log()) {
+            if (said.starts_with("Passed: ") || said.starts_with("Failed: ")) {
+                verdicts += said.substr(0, said.find(", blocks")) + "|";
+            }
+        }
+        return verdicts;
+    }
+    // What stands at the start of the flash.
+    int inChip() {
+        int byte = -1;
+        SIMPORT_WithChip(line, [&](Chip& looked) { byte = CHIP_GetFlash(looked, 0, 1)[0]; });
+        return byte;
+    }
+
+    std::string boxes;
+    BoxAnswer answer = ANSWER_CANCEL;
+    bool dialogOpen = false;
+    int terminals = 0;
+};
+
+constexpr char kPassed[] = "Passed: VT-B128, TargetAuto, TargetVerify, TargetStartApplication|";
+
+} // namespace
+
+TEST(WatchedFile, IsWholeWhenNothingIsMissingAndNothingMoves) {
+    const std::string begun = programOfByte(7).substr(0, 9);
+    const std::string lines = programOfByte(7).substr(0, programOfByte(7).size() - sizeof kEnd + 1);
+    const struct {
+        const char* how;
+        std::vector<Write> writes;
+        const char* told;
+    } cases[] = {
+        {"at once, the times another", {{0, putText(programOfByte(12))}}, "400 whole, "},
+        {"not at all", {{0, [](const fs::path&) {}}}, ""},
+        {"in pieces",
+         {{0, putText(begun)}, {200, addText("00")}, {1000, putText(programOfByte(7))}},
+         "1600 whole, "},
+        {"truncated long before",
+         {{0, putText("")}, {2800, addText(programOfByte(9))}},
+         "3200 whole, "},
+        {"replaced", {{0, putAside}}, "400 whole, "},
+        {"away for a moment", {{0, removeFile}, {2800, putAside}}, "3200 whole, "},
+        {"S-records with an end of their own",
+         {{0, putText("S1040000AA51\nS9030000FC\r\n\x1A")}},
+         "400 whole, "},
+        {"a record short of its last digits", {{0, putText(lines + ":0000000")}}, "3000 cut off, "},
+        {"S-records without an end", {{0, putText("S1040000AA51\n")}}, "3000 cut off, "},
+        {"emptied for good", {{0, putText("")}, {4000, putAside}}, "3000 cut off, 4400 whole, "},
+        {"gone", {{0, removeFile}, {4000, putAside}}, "3000 gone, 4400 whole, "},
+        {"twice",
+         {{0, putAside}, {300, putText(programOfByte(12))}, {2000, putAside}},
+         "800 whole, 2800 whole, "},
+    };
+    for (const auto& c : cases) {
+        for (const bool throughLink : {false, true}) {
+            EXPECT_EQ(toldOf(c.writes, throughLink), c.told) << c.how;
+        }
+    }
+}
+
+TEST(ProgramOnChange, RunsARoundAChangeWhateverRunsInTheChip) {
+    RoundsWorld world;
+    EXPECT_EQ(world.glances(2000), "");
+    uint8_t byte = 0x20;
+    for (const bool resets :
+         {true, true, false, false}) { // then the application runs, or the loader
+        DEVPROPS_SetResetByPC(resets);
+        world.build(++byte);
+        EXPECT_EQ(world.glances(30'000),
+                  resets ? kPassed : "Passed: VT-B128, TargetAuto, TargetVerify|");
+        EXPECT_EQ(world.inChip(), byte);
+    }
+    EXPECT_EQ(world.terminals, 4);
+    EXPECT_EQ(world.boxes, "") << "one save, no click";
+    EXPECT_EQ(world.violations(), "");
+    FRAMERULES_Run(CMD_TARGET_PROGRAM_ON_CHANGE);
+    world.build(0x55);
+    EXPECT_EQ(world.glances(2000), "");
+    EXPECT_EQ(world.boxes, "File has changed. Reload?|") << "asked again once it is off";
+}
+
+TEST(ProgramOnChange, WaitsForWhatIsUnderWayAndTakesTheLastState) {
+    RoundsWorld world;
+    world.dialogOpen = true;
+    world.build(2);
+    EXPECT_EQ(world.glances(3000), "");
+    world.dialogOpen = false;
+    FRONTEND_Get().openView = [&world, loads = 0](View view) mutable {
+        if (view == View::hexDump && loads++ == 0) { // read, and about to be programmed
+            world.build(3);
+        } else if (view == View::terminal && world.terminals++ == 0) {
+            world.build(4);
+            world.build(5);
+        }
+    };
+    EXPECT_EQ(world.glances(60'000), std::string(kPassed) + kPassed);
+    EXPECT_EQ(world.inChip(), 5) << "never what was replaced while it was read";
+}
+
+TEST(ProgramOnChange, TellsAFailureOnceAndGoesOn) {
+    const struct {
+        std::function<void(RoundsWorld&)> spoil;
+        const char* notice;
+    } cases[] = {
+        {[](RoundsWorld& world) { fs::remove(world.path()); }, "File not found (@: "},
+        {[](RoundsWorld& world) { writeFile(world.path(), ""); },
+         "@ is cut off: the end record that it had before is missing"},
+        {[](RoundsWorld& world) { writeFile(world.path(), ":0400000001020304F3\n:00000001FF\n"); },
+         "Error in line 1: CheckSum error !"},
+        {[](RoundsWorld& world) { writeFile(world.path(), "S1040000AA50\nS9030000FC\n"); },
+         "Error in line 1: CheckSum error !"},
+        {[](RoundsWorld& world) {
+             SIMPORT_WithChip(world.line,
+                              [](Chip& chip) { CHIP_SetFaults(chip, {{.kind = FaultKind::die}}); });
+             world.build(9);
+         },
+         ""},
+    };
+    for (const auto& c : cases) {
+        RoundsWorld world;
+        c.spoil(world);
+        EXPECT_TRUE(world.glances(60'000).starts_with("Failed: "));
+        std::string expected = "Programming on change failed: " + std::string(c.notice);
+        if (const size_t at = expected.find('@'); at != std::string::npos) {
+            expected.replace(at, 1, world.path());
+        }
+        EXPECT_TRUE(ONCHANGE_Notice().text.starts_with(expected)) << ONCHANGE_Notice().text;
+        EXPECT_EQ(world.glances(60'000), "") << "once";
+        EXPECT_EQ(world.boxes, "");
+        SIMPORT_WithChip(world.line, [](Chip& chip) { CHIP_SetFaults(chip, {}); });
+        world.build(7);
+        EXPECT_EQ(world.glances(60'000), kPassed);
+        EXPECT_EQ(ONCHANGE_Notice(), Notice{});
+        EXPECT_EQ(world.inChip(), 7);
+    }
+}
+
+TEST(ProgramOnChange, AsksBeforeChangesAreLostAndEndsWithItsFile) {
+    RoundsWorld world;
+    ORIGIN_MarkChanged();
+    world.build(2);
+    EXPECT_EQ(world.glances(10'000), "");
+    EXPECT_EQ(world.boxes, "The program has changes that are not saved.\nGo on and lose them?|");
+    world.answer = ANSWER_OK;
+    ONCHANGE_TryAgain();
+    EXPECT_EQ(world.glances(30'000), kPassed);
+    writeFile(world.folder() / "other.hex", programOfByte(3));
+    PROGRAM_Open((world.folder() / "other.hex").string());
+    world.build(4);
+    EXPECT_EQ(world.glances(10'000), "");
+    EXPECT_FALSE(ONCHANGE_IsOn());
+}
