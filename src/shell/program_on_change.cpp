@@ -2,8 +2,10 @@
 
 #include "notice/log.h"
 #include "notice/run.h"
+#include "notice/status.h"
 #include "platform/event_queue.h"
 #include "platform/files.h"
+#include "platform/format.h"
 #include "shell/account.h"
 #include "shell/command_handler.h"
 #include "shell/command_ids.h"
@@ -37,17 +39,28 @@ public:
     QuietRound& operator=(const QuietRound&) = delete;
 };
 
+// In the status bar as long as it is on, with what became of the last round.
+void showState(const char* outcome = "") {
+    const std::string file = std::filesystem::path(watched->path()).filename().string();
+    const CivilTime now = CLOCK_LocalTime();
+    const std::string when = formatText("%02d:%02d:%02d", now.hour, now.minute, now.second);
+    STATUS_SetText("Programming when " + file + " changes" +
+                       (*outcome == '\0' ? "" : std::string(", ") + outcome + " at " + when),
+                   STATUS_GENERAL);
+}
+
 void turnOff(const std::string& why) {
     watched.reset();
     due.reset();
     failure = {};
     LOG_Add("Programming on change ended" + why);
+    STATUS_SetText("Ready", STATUS_GENERAL);
     FRONTEND_Get().updateMenu();
 }
 
 void runStep(int id) {
     const Command& row = *COMMAND_Find(id);
-    if (RUN_GetExitCode() == 0) {
+    if (RUN_GetExitCode() == 0 && !SESSION_Get().quit) {
         if (!row.isOffered()) {
             return; // by this device, or this way of resetting it
         }
@@ -82,10 +95,15 @@ void runRound(FileLook look) {
         runStep(id);
     }
     LOG_Add(VERDICT_Line(false));
-    if (RUN_GetExitCode() != 0) {
-        tellFailure();
-    } else {
+    if (!watched) {
+        return; // turned off meanwhile
+    }
+    const bool passed = RUN_GetExitCode() == 0;
+    showState(passed ? "passed" : "failed");
+    if (passed) {
         FRONTEND_Get().openView(View::terminal);
+    } else {
+        tellFailure();
     }
 }
 
@@ -121,6 +139,7 @@ void ONCHANGE_Toggle() {
         watched->take(); // else it has changed before
     }
     LOG_Add("Programming when " + path + " changes");
+    showState();
     FRONTEND_Get().updateMenu();
 }
 

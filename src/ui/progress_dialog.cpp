@@ -99,9 +99,14 @@ public:
             SHEET_CenterDialog(this);
         }
         timer_.start(kTickMs);
+        // What the program began by itself leaves the keyboard to whoever has it.
+        const bool isInFront = QApplication::activeWindow() != nullptr;
+        setAttribute(Qt::WA_ShowWithoutActivating, !isInFront);
         show();
-        raise();
-        activateWindow();
+        if (isInFront) {
+            raise();
+            activateWindow();
+        }
         cancel_->setFocus();
     }
 

@@ -1,5 +1,7 @@
 // When a file is whole, and the rounds of the desktop that follow, in virtual time.
 
+#include "notice/progress.h"
+#include "notice/status.h"
 #include "platform/format.h"
 #include "shell/command_ids.h"
 #include "shell/frame_rules.h"
@@ -230,7 +232,15 @@ TEST(ProgramOnChange, TellsAFailureOnceAndGoesOn) {
                               [](Chip& chip) { CHIP_SetFaults(chip, {{.kind = FaultKind::die}}); });
              world.build(9);
          },
-         ""},
+         "Matching data failed"},
+        {[](RoundsWorld& world) {
+             FRONTEND_Get().updateMenu = [] {
+                 EVENTS_Post(PROGRESS_Cancel);
+                 FRONTEND_Get().updateMenu = [] {};
+             };
+             world.build(9);
+         },
+         "Action canceled"},
     };
     for (const auto& c : cases) {
         RoundsWorld world;
@@ -247,6 +257,8 @@ TEST(ProgramOnChange, TellsAFailureOnceAndGoesOn) {
         world.build(7);
         EXPECT_EQ(world.glances(60'000), kPassed);
         EXPECT_EQ(ONCHANGE_Notice(), Notice{});
+        EXPECT_TRUE(STATUS_GetText(STATUS_GENERAL)
+                        .starts_with("Programming when app.hex changes, passed at "));
         EXPECT_EQ(world.inChip(), 7);
     }
 }
