@@ -47,6 +47,7 @@ void beginRound() {
     ACCOUNT_Begin();
     VERDICT_Begin();
     RETRY_NextImage();
+    RESULT_BeginRound();
     ACCOUNT_Stage("file");
     LOG_Add(formatText("Round %d", ++rounds));
 }
