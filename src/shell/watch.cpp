@@ -37,6 +37,7 @@ std::optional<FileLook> awaitState() {
 
 void endRound() {
     RESULT_Write();
+    exitCodeBetween = RUN_GetExitCode(); // an interruption from here on is one between two
     if (CMDLINE_NeedsTarget()) {
         CONSOLE_PrintLine(VERDICT_Line(false));
     }
@@ -78,7 +79,6 @@ bool WATCH_NextRound() {
         return false;
     }
     endRound();
-    exitCodeBetween = RUN_GetExitCode();
     LOG_Add("Waiting for " + lineFile->path() + " to change, Ctrl-C ends");
     if (!loadNextState()) {
         return false;

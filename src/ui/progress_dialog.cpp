@@ -4,6 +4,7 @@
 #include "platform/event_queue.h"
 #include "ui/sheet.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QDialog>
 #include <QLabel>

@@ -1,5 +1,6 @@
 #include "desktop_world.h"
 #include "notice/status.h"
+#include "shell/frame_rules.h"
 #include "shell/program_files.h"
 #include "shell/startup.h"
 #include "ui/status_bar.h"
@@ -130,6 +131,33 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
     EXPECT_EQ(flash(), world.data);
     EXPECT_FALSE(SESSION_Get().quit);
     EXPECT_GT(percents.size(), 3U);
+}
+
+TEST(Target, ProgramsWhenTheFileChangesAndTellsFailuresInTheBar) {
+    ChipWorld world;
+    const std::string path = world.programFile();
+    const auto& item = world.item(CMD_TARGET_PROGRAM_ON_CHANGE);
+    EXPECT_FALSE(world.isEnabled(CMD_TARGET_PROGRAM_ON_CHANGE)) << "the image is of no file";
+    PROGRAM_Open(path);
+    EXPECT_TRUE(world.isEnabled(CMD_TARGET_PROGRAM_ON_CHANGE) && !item.isChecked());
+    FRAMERULES_Run(CMD_TARGET_PROGRAM_ON_CHANGE);
+    EXPECT_TRUE(item.isChecked());
+    const auto& notice = control<QFrame>(world.frame(), "notice");
+    const auto& status = control<QLabel>(world.frame(), "500.0");
+    const auto ends = [&status](const char* how) {
+        return runUntil([&] { return status.text().contains(how); });
+    };
+    writeFile(path, ":040000000102030");
+    ASSERT_TRUE(ends("failed at "));
+    ASSERT_TRUE(runUntil([&notice] { return notice.isVisible(); }));
+    EXPECT_TRUE(control<QLabel>(notice, "noticeText").text().contains("is cut off"));
+    writeFile(path, ":0400000009020304EA\n:00000001FF\n");
+    click(notice, "Try again");
+    ASSERT_TRUE(ends("passed at "));
+    EXPECT_TRUE(runUntil([&notice] { return notice.isHidden(); }));
+    EXPECT_NE(world.window("Terminal I/O"), nullptr);
+    EXPECT_EQ(world.boxes, std::vector<std::string>());
+    SIMPORT_WithChip(world.line, [](Chip& chip) { EXPECT_EQ(CHIP_GetFlash(chip, 0, 1)[0], 9); });
 }
 
 TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
