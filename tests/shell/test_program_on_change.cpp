@@ -1,5 +1,7 @@
 // When a file is whole, and the rounds of the desktop that follow, in virtual time.
 
+#include "data/program_file.h"
+#include "data/program_format.h"
 #include "notice/progress.h"
 #include "notice/status.h"
 #include "platform/format.h"
@@ -80,9 +82,15 @@ std::string toldOf(const std::vector<Write>& writes, bool throughLink) {
     return told;
 }
 
+WorldOptions onDevice(const std::string& name) {
+    WorldOptions options;
+    options.device = name;
+    return options;
+}
+
 // A frame without windows over a virtual chip and a program file, which is watched.
 struct RoundsWorld : World {
-    RoundsWorld() : World({}) {
+    explicit RoundsWorld(const std::string& device = "VT-B128") : World(onDevice(device)) {
         NOTIFIERS_Register();
         FRAMERULES_Reset();
         FrontEnd& frontEnd = FRONTEND_Get();
@@ -195,6 +203,24 @@ TEST(ProgramOnChange, RunsARoundAChangeWhateverRunsInTheChip) {
     world.build(0x55);
     EXPECT_EQ(world.glances(2000), "");
     EXPECT_EQ(world.boxes, "File has changed. Reload?|") << "asked again once it is off";
+}
+
+TEST(ProgramOnChange, KnowsThePasswordThatTheLastBuildHasLeft) {
+    for (const char* const device : {"VT-A32", "VT-BE32"}) { // which ask for it before they erase
+        RoundsWorld world(device);
+        const uint32_t start = DEVICE_GetIDAdr(0);
+        for (const uint8_t byte : std::initializer_list<uint8_t>{0x31, 0x32, 0x33}) {
+            HEXDATA_Clear();
+            if (DEVICE_GetPWAreaLen() != 0) {
+                PASSWORD_SetAdrCount(start - 1);
+                PASSWORD_SetAdrCompare(start);
+                HEXDATA_AddData(start - 1, std::vector<uint8_t>{8}); // its length
+            }
+            HEXDATA_AddData(start, std::vector<uint8_t>(12, byte));
+            ASSERT_TRUE(PROGRAMFILE_Save(world.path(), FILETYPE_INTEL));
+            EXPECT_TRUE(world.glances(60'000).starts_with("Passed: ")) << device << int{byte};
+        }
+    }
 }
 
 TEST(ProgramOnChange, WaitsForWhatIsUnderWayAndTakesTheLastState) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "bootrom/handshake.h"
+#include "bootrom/password_choice.h"
 #include "data/hexdata.h"
 #include "device/device.h"
 #include "device/devprops.h"
@@ -46,6 +47,7 @@ inline void freshProcess() {
     BOOT_SetState(BOOT_UNSYNCED);
     BOOT_SetChipInRom(false);
     setBootSum(0);
+    forgetProgrammedPassword();
     PASSWORD_Reset();
     PASSWORD_SetLimits(0, 0, 0, 0);
     PASSWORD_SetDialog({});
