@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QRegularExpression>
 #include <QShortcut>
 #include <QTextBrowser>
 #include <QToolBar>
@@ -80,6 +81,7 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
     slow.programUs = 5000;
     ChipWorld world(slow);
     std::set<std::string> percents;
+    QString details; // the longest
     bool cancels = true;
     QTimer watch;
     QObject::connect(&watch, &QTimer::timeout, [&] {
@@ -90,6 +92,8 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
         }
         percents.insert(control<QWidget>(dialog, "904").accessibleName().toStdString());
         EXPECT_TRUE(control<QLabel>(dialog, "901").text().startsWith("Programming"));
+        const QString now = control<QLabel>(dialog, "details").text();
+        details = now.size() > details.size() ? now : details;
         EXPECT_TRUE(control<QLabel>(dialog, "903").text().startsWith("Elapsed time: "));
         for (const auto& [id, enabled] : {std::pair(CMD_FILE_OPEN, false),
                                           {CMD_EXIT, false},
@@ -116,6 +120,7 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
                          "Password Warning: File does not contain all password bytes!\nContinue?"};
     EXPECT_EQ(world.boxes, (Texts{asked[0], asked[1], "Error: Action canceled"}));
     EXPECT_FALSE(world.progress().isVisible());
+    EXPECT_EQ(STATUS_GetText(STATUS_GENERAL), "Auto failed: Action canceled");
     EXPECT_EQ(flash()[0], 0x5A);
     EXPECT_EQ(flash()[19999], 0xFF);
     cancels = false;
@@ -130,6 +135,11 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
     EXPECT_EQ(flash(), world.data);
     EXPECT_FALSE(SESSION_Get().quit);
     EXPECT_GT(percents.size(), 3U);
+    EXPECT_TRUE(QRegularExpression(R"(^block [01] of \d+, [\d.]+ kB/s, 0:\d\d left$)")
+                    .match(details)
+                    .hasMatch())
+        << details.toStdString();
+    EXPECT_TRUE(STATUS_GetText(STATUS_GENERAL).starts_with("Auto passed, "));
 }
 
 TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
