@@ -1,6 +1,8 @@
 #include "desktop_world.h"
 #include "notice/status.h"
 #include "shell/program_files.h"
+#include "shell/quick_choice.h"
+#include "shell/recent_choices.h"
 #include "shell/startup.h"
 #include "ui/status_bar.h"
 
@@ -190,6 +192,9 @@ TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
     device.setCurrentIndex(device.findText("VT-A32"));
     emit device.activated(device.currentIndex());
     EXPECT_EQ(DEVICE_GetName(), "VT-A32");
+    EXPECT_TRUE(runUntil([&device] { return device.itemText(0) == "VT-A32"; }));
+    RECENTCHOICES_Reset(); // as at the next start
+    EXPECT_EQ(CHOICE_Devices().front(), "VT-A32");
     EXPECT_TRUE(control<QAction>(world.frame(), "tool273").isEnabled());
     HEXDATA_Clear();
     FRONTEND_Get().updateMenu();
