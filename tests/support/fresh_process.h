@@ -22,6 +22,7 @@
 #include "shell/edit_history.h"
 #include "shell/front_end.h"
 #include "shell/program_on_change.h"
+#include "shell/recent_choices.h"
 #include "shell/session.h"
 #include "shell/watch.h"
 #include "target/worker.h"
@@ -33,6 +34,7 @@ inline void freshProcess() {
     SIO_Exit();
     SIO_Init(0, 0, 0, 8, 0, 0);
     FRONTEND_Set({});
+    RECENTCHOICES_Reset();
     CMDLINE_Reset();
     ONCHANGE_Reset();
     WATCH_Reset();
