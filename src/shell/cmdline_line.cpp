@@ -143,7 +143,7 @@ void readWordValue(LineItem& item, const CmdlineWord& word, const std::string* v
     }
 }
 
-bool saves(const LineItem& item, const std::string& file) {
+bool savesTo(const LineItem& item, const std::string& file) {
     std::error_code none;
     return item.isCommand() && item.entry->command->id == CMD_FILE_SAVE_AS &&
            (item.text == file || std::filesystem::equivalent(item.text, file, none));
@@ -157,7 +157,7 @@ void checkWatch(LineItem& item, const CommandLine& line) {
         item.faults.push_back("--watch needs a file that can change, " + *line.programFile +
                               " is a pipe or a device");
     } else if (std::ranges::any_of(line.items, [&line](const LineItem& other) {
-                   return saves(other, *line.programFile);
+                   return savesTo(other, *line.programFile);
                })) {
         item.faults.push_back("--watch would never rest: " + *line.programFile +
                               " is saved by the line itself");

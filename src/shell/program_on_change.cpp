@@ -21,9 +21,9 @@
 
 namespace {
 
-std::optional<WatchedFile> watched; // while it is on
-std::optional<FileLook> due;        // what the next round begins with
-Notice failure;
+std::optional<WatchedFile> watchedProgram; // while it is on
+std::optional<FileLook> dueLook;           // what the next round begins with
+Notice roundFailure;
 
 // As an unattended run, while it lasts.
 class QuietRound {
@@ -41,7 +41,7 @@ public:
 
 // In the status bar as long as it is on, with what became of the last round.
 void showState(const char* outcome = "") {
-    const std::string file = std::filesystem::path(watched->path()).filename().string();
+    const std::string file = std::filesystem::path(watchedProgram->path()).filename().string();
     const CivilTime now = CLOCK_LocalTime();
     const std::string when = formatText("%02d:%02d:%02d", now.hour, now.minute, now.second);
     STATUS_SetText("Programming when " + file + " changes" +
@@ -50,9 +50,9 @@ void showState(const char* outcome = "") {
 }
 
 void turnOff(const std::string& why) {
-    watched.reset();
-    due.reset();
-    failure = {};
+    watchedProgram.reset();
+    dueLook.reset();
+    roundFailure = {};
     LOG_Add("Programming on change ended" + why);
     STATUS_SetText("Ready", STATUS_GENERAL);
     FRONTEND_Get().updateMenu();
@@ -73,21 +73,21 @@ void runStep(int id) {
 // The failures of a round are those that were reported in it.
 void tellFailure() {
     const AccountedTry told = ACCOUNT_Get().tries.back();
-    failure.text = "Programming on change failed: " +
-                   (told.errors.empty() ? VERDICT_Line(false) : told.errors.front());
-    failure.hint = told.hints.empty() ? "" : told.hints.front();
+    roundFailure.text = "Programming on change failed: " +
+                        (told.errors.empty() ? VERDICT_Line(false) : told.errors.front());
+    roundFailure.hint = told.hints.empty() ? "" : told.hints.front();
 }
 
 void runRound(FileLook look) {
-    const std::string path = watched->path();
+    const std::string path = watchedProgram->path();
     if (!PROGRAM_MayLoseChanges()) {
         return;
     }
-    failure = {};
+    roundFailure = {};
     const QuietRound quiet;
     LOG_Add("Programming on change: " + path);
     const bool loaded = PROGRAM_Reload(path, look);
-    if (watched && !watched->isAsTold()) {
+    if (watchedProgram && !watchedProgram->isAsTold()) {
         return; // it has changed while it was read: the next look tells it again
     }
     RUN_SetExitCode(loaded ? 0 : 1);
@@ -95,7 +95,7 @@ void runRound(FileLook look) {
         runStep(id);
     }
     LOG_Add(VERDICT_Line(false));
-    if (!watched) {
+    if (!watchedProgram) {
         return; // turned off meanwhile
     }
     const bool passed = RUN_GetExitCode() == 0;
@@ -108,10 +108,10 @@ void runRound(FileLook look) {
 }
 
 void beginDueRound() {
-    if (!due || !watched || !FRAMERULES_MayOpenFile()) {
+    if (!dueLook || !watchedProgram || !FRAMERULES_MayOpenFile()) {
         return;
     }
-    const FileLook look = *std::exchange(due, std::nullopt);
+    const FileLook look = *std::exchange(dueLook, std::nullopt);
     FRAMERULES_RunRound([look] { runRound(look); });
 }
 
@@ -122,11 +122,11 @@ bool ONCHANGE_MayBegin() {
 }
 
 bool ONCHANGE_IsOn() {
-    return watched.has_value();
+    return watchedProgram.has_value();
 }
 
 void ONCHANGE_Toggle() {
-    if (watched) {
+    if (watchedProgram) {
         turnOff("");
         return;
     }
@@ -134,9 +134,9 @@ void ONCHANGE_Toggle() {
     if (path.empty()) {
         return;
     }
-    watched.emplace(path);
+    watchedProgram.emplace(path);
     if (FILES_WriteTime(path) == SESSION_Get().image.time) {
-        watched->take(); // else it has changed before
+        watchedProgram->take(); // else it has changed before
     }
     LOG_Add("Programming when " + path + " changes");
     showState();
@@ -144,34 +144,34 @@ void ONCHANGE_Toggle() {
 }
 
 void ONCHANGE_Glance() {
-    if (!watched || !FRAMERULES_MayOpenFile()) {
+    if (!watchedProgram || !FRAMERULES_MayOpenFile()) {
         return;
     }
-    if (PROGRAM_CurrentFile() != watched->path()) {
-        turnOff(": " + watched->path() + " is no longer what is loaded");
+    if (PROGRAM_CurrentFile() != watchedProgram->path()) {
+        turnOff(": " + watchedProgram->path() + " is no longer what is loaded");
         return;
     }
-    const FileLook look = watched->look();
+    const FileLook look = watchedProgram->look();
     if (look == FileLook::changing) {
-        due.reset();
+        dueLook.reset();
     } else if (look != FileLook::same) {
-        due = look;
+        dueLook = look;
     }
-    if (due) {
+    if (dueLook) {
         EVENTS_Post(beginDueRound); // not in the loop of whoever glances
     }
 }
 
 Notice ONCHANGE_Notice() {
-    return failure;
+    return roundFailure;
 }
 
 void ONCHANGE_TryAgain() {
-    due = FileLook::whole;
+    dueLook = FileLook::whole;
 }
 
 void ONCHANGE_Reset() {
-    watched.reset();
-    due.reset();
-    failure = {};
+    watchedProgram.reset();
+    dueLook.reset();
+    roundFailure = {};
 }

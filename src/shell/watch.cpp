@@ -19,7 +19,7 @@ constexpr int64_t kLookMs = 200;
 
 std::optional<WatchedFile> lineFile;
 std::optional<int> exitCodeBetween;
-int rounds = 1;
+int roundNumber = 1;
 
 // What was found of the next state of the file; none when the user has ended the run.
 std::optional<FileLook> awaitState() {
@@ -50,7 +50,7 @@ void beginRound() {
     RETRY_NextImage();
     RESULT_BeginRound();
     ACCOUNT_Stage("file");
-    LOG_Add(formatText("Round %d", ++rounds));
+    LOG_Add(formatText("Round %d", ++roundNumber));
 }
 
 // Until what was read is of one piece.
@@ -94,5 +94,5 @@ std::optional<int> WATCH_ExitCode() {
 void WATCH_Reset() {
     lineFile.reset();
     exitCodeBetween.reset();
-    rounds = 1;
+    roundNumber = 1;
 }

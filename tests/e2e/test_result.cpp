@@ -122,7 +122,7 @@ TEST(Result, IsThatOfEachRoundWhileTheFileIsWatched) {
         world.arguments({"-TargetAuto", "-TargetStartApplication", "--watch"});
     writeFile(file, text(1));
     Process run(world.bench.command(arguments), world.bench.folder / "run");
-    const auto verdicts = [&run] { // of the rounds, and what the last result says
+    const auto verdicts = [&run] {
         std::string all;
         for (const std::string& line : ProgramFolder::lines(run.err())) {
             all += line.starts_with("Passed: ") ? "+" : line.starts_with("Failed: ") ? "-" : "";

@@ -30,28 +30,34 @@ std::string programOfByte(uint8_t byte) {
     return formatText(":04000000%02X%02X%02X%02X%02X\n", byte, byte, byte, byte, sum) + kEnd;
 }
 
-struct Write {
-    int64_t afterMs; // the one before
-    std::function<void(const fs::path&)> write;
-};
-
-std::function<void(const fs::path&)> putText(const std::string& text) {
-    return [text](const fs::path& path) { writeFile(path, text); };
+// Every state has a time of its own, however fast the test writes.
+void save(const fs::path& path, const std::string& text, bool add = false) {
+    static int saves = 0;
+    std::ofstream(path, add ? std::ios::app : std::ios::trunc) << text;
+    fs::last_write_time(path, fs::file_time_type::clock::now() + std::chrono::seconds(++saves));
 }
 
-std::function<void(const fs::path&)> addText(const std::string& text) {
-    return [text](const fs::path& path) {
-        std::ofstream(path, std::ios::app | std::ios::binary) << text;
-    };
-}
-
-void putAside(const fs::path& path) {
-    writeFile(path.string() + "~", programOfByte(2)); // as long as the first
+// Another file in its place.
+void replace(const fs::path& path, const std::string& text) {
+    save(path.string() + "~", text);
     fs::rename(path.string() + "~", path);
 }
 
-void removeFile(const fs::path& path) {
-    fs::remove(path);
+// What happens to the file at a time: "=TEXT" is written to it, "+TEXT" added, "~TEXT" replaces it,
+// "-" takes it away.
+struct Write {
+    int64_t atMs;
+    std::string what;
+};
+
+void happen(const fs::path& path, const std::string& what) {
+    if (what == "-") {
+        fs::remove(path);
+    } else if (what[0] == '~') {
+        replace(path, what.substr(1));
+    } else {
+        save(path, what.substr(1), what[0] == '+');
+    }
 }
 
 // What five looks a second tell of a file that was whole before, "MS LOOK" each.
@@ -60,23 +66,20 @@ std::string toldOf(const std::vector<Write>& writes, bool throughLink) {
     const fs::path path = world.folder() / "app.hex";
     const fs::path link = world.folder() / "link.hex";
     fs::create_symlink(path, link);
-    writeFile(path, programOfByte(1));
+    save(path, programOfByte(1));
     WatchedFile watched((throughLink ? link : path).string());
     watched.take();
     std::string told;
-    int64_t nextWrite = writes.front().afterMs;
-    size_t index = 0;
-    for (int64_t now = 0; now < 10'000; now += 200) {
-        while (index < writes.size() && nextWrite <= now) {
-            writes[index].write(path);
-            nextWrite += ++index < writes.size() ? writes[index].afterMs : 0;
+    auto next = writes.begin();
+    for (int now = 0; now < 10'000; now += 200) {
+        for (; next != writes.end() && next->atMs <= now; ++next) {
+            happen(path, next->what);
         }
         const FileLook look = watched.look();
-        if (look >= FileLook::whole) {
-            constexpr const char* kNames[] = {"whole", "cut off", "gone"};
-            told += formatText("%d %s, ", static_cast<int>(now),
-                               kNames[static_cast<int>(look) - static_cast<int>(FileLook::whole)]);
-        }
+        told += look < FileLook::whole     ? ""
+                : look == FileLook::whole  ? formatText("%d whole, ", now)
+                : look == FileLook::cutOff ? formatText("%d cut off, ", now)
+                                           : formatText("%d gone, ", now);
         CLOCK_Sleep(200);
     }
     return told;
@@ -111,9 +114,7 @@ struct RoundsWorld : World {
     }
 
     std::string path() const { return (folder() / "app.hex").string(); }
-    void build(uint8_t byte) const {
-        writeFile(path() + "~", programOfByte(byte)), fs::rename(path() + "~", path());
-    }
+    void build(uint8_t byte) const { replace(path(), programOfByte(byte)); }
     // As the frame does it four times a second; what the log says of rounds meanwhile.
     std::string glances(int64_t ms) {
         screen.takeAll(screen.log);
@@ -149,37 +150,28 @@ constexpr char kPassed[] = "Passed: VT-B128, TargetAuto, TargetVerify, TargetSta
 } // namespace
 
 TEST(WatchedFile, IsWholeWhenNothingIsMissingAndNothingMoves) {
-    const std::string begun = programOfByte(7).substr(0, 9);
-    const std::string lines = programOfByte(7).substr(0, programOfByte(7).size() - sizeof kEnd + 1);
+    const std::string whole = programOfByte(7); // as long as what was there
+    const std::string begun = whole.substr(0, 9);
+    const std::string cut = whole.substr(0, whole.size() - 2);
     const struct {
-        const char* how;
         std::vector<Write> writes;
         const char* told;
     } cases[] = {
-        {"at once, the times another", {{0, putText(programOfByte(12))}}, "400 whole, "},
-        {"not at all", {{0, [](const fs::path&) {}}}, ""},
-        {"in pieces",
-         {{0, putText(begun)}, {200, addText("00")}, {1000, putText(programOfByte(7))}},
-         "1600 whole, "},
-        {"truncated long before",
-         {{0, putText("")}, {2800, addText(programOfByte(9))}},
-         "3200 whole, "},
-        {"replaced", {{0, putAside}}, "400 whole, "},
-        {"away for a moment", {{0, removeFile}, {2800, putAside}}, "3200 whole, "},
-        {"S-records with an end of their own",
-         {{0, putText("S1040000AA51\nS9030000FC\r\n\x1A")}},
-         "400 whole, "},
-        {"a record short of its last digits", {{0, putText(lines + ":0000000")}}, "3000 cut off, "},
-        {"S-records without an end", {{0, putText("S1040000AA51\n")}}, "3000 cut off, "},
-        {"emptied for good", {{0, putText("")}, {4000, putAside}}, "3000 cut off, 4400 whole, "},
-        {"gone", {{0, removeFile}, {4000, putAside}}, "3000 gone, 4400 whole, "},
-        {"twice",
-         {{0, putAside}, {300, putText(programOfByte(12))}, {2000, putAside}},
-         "800 whole, 2800 whole, "},
+        {{}, ""},
+        {{{0, "=" + whole}}, "400 whole, "},
+        {{{0, "=" + begun}, {200, "+00"}, {1000, "=" + whole}}, "1400 whole, "},
+        {{{0, "="}, {2800, "+" + whole}}, "3200 whole, "},
+        {{{0, "~" + whole}, {200, "=" + whole}, {2000, "~" + whole}}, "600 whole, 2400 whole, "},
+        {{{0, "-"}, {2800, "~" + whole}}, "3200 whole, "},
+        {{{0, "=S1040000AA51\nS9030000FC\r\n\x1A"}}, "400 whole, "},
+        {{{0, "=" + cut}}, "3000 cut off, "},
+        {{{0, "=S1040000AA51\n"}}, "3000 cut off, "},
+        {{{0, "="}, {4000, "~" + whole}}, "3000 cut off, 4400 whole, "},
+        {{{0, "-"}, {4000, "~" + whole}}, "3000 gone, 4400 whole, "},
     };
     for (const auto& c : cases) {
         for (const bool throughLink : {false, true}) {
-            EXPECT_EQ(toldOf(c.writes, throughLink), c.told) << c.how;
+            EXPECT_EQ(toldOf(c.writes, throughLink), c.told) << &c - cases;
         }
     }
 }
@@ -206,20 +198,12 @@ TEST(ProgramOnChange, RunsARoundAChangeWhateverRunsInTheChip) {
 }
 
 TEST(ProgramOnChange, KnowsThePasswordThatTheLastBuildHasLeft) {
-    for (const char* const device : {"VT-A32", "VT-BE32"}) { // which ask for it before they erase
-        RoundsWorld world(device);
-        const uint32_t start = DEVICE_GetIDAdr(0);
-        for (const uint8_t byte : std::initializer_list<uint8_t>{0x31, 0x32, 0x33}) {
-            HEXDATA_Clear();
-            if (DEVICE_GetPWAreaLen() != 0) {
-                PASSWORD_SetAdrCount(start - 1);
-                PASSWORD_SetAdrCompare(start);
-                HEXDATA_AddData(start - 1, std::vector<uint8_t>{8}); // its length
-            }
-            HEXDATA_AddData(start, std::vector<uint8_t>(12, byte));
-            ASSERT_TRUE(PROGRAMFILE_Save(world.path(), FILETYPE_INTEL));
-            EXPECT_TRUE(world.glances(60'000).starts_with("Passed: ")) << device << int{byte};
-        }
+    RoundsWorld world("VT-BE32"); // which asks for it before it can be erased
+    for (const int byte : {0x31, 0x32, 0x33}) {
+        HEXDATA_Clear();
+        HEXDATA_AddData(DEVICE_GetIDAdr(0), std::vector<uint8_t>(12, static_cast<uint8_t>(byte)));
+        ASSERT_TRUE(PROGRAMFILE_Save(world.path(), FILETYPE_INTEL));
+        EXPECT_TRUE(world.glances(60'000).starts_with("Passed: ")) << byte;
     }
 }
 
@@ -247,11 +231,7 @@ TEST(ProgramOnChange, TellsAFailureOnceAndGoesOn) {
         const char* notice;
     } cases[] = {
         {[](RoundsWorld& world) { fs::remove(world.path()); }, "File not found (@: "},
-        {[](RoundsWorld& world) { writeFile(world.path(), ""); },
-         "@ is cut off: the end record that it had before is missing"},
-        {[](RoundsWorld& world) { writeFile(world.path(), ":0400000001020304F3\n:00000001FF\n"); },
-         "Error in line 1: CheckSum error !"},
-        {[](RoundsWorld& world) { writeFile(world.path(), "S1040000AA50\nS9030000FC\n"); },
+        {[](RoundsWorld& world) { save(world.path(), "S1040000AA50\nS9030000FC\n"); },
          "Error in line 1: CheckSum error !"},
         {[](RoundsWorld& world) {
              SIMPORT_WithChip(world.line,
