@@ -39,7 +39,7 @@ bool resetIsDone() {
     }
     PROGRESS_HideClock();
     if (!RUN_IsQuiet() && ERROR_Ask(nullptr, "Please reset target\nand then press enter...",
-                                         "Target", BOX_OK_CANCEL) != ANSWER_OK) {
+                                    "Target", BOX_OK_CANCEL) != ANSWER_OK) {
         return false;
     }
     PROGRESS_StartClock();
