@@ -17,13 +17,13 @@ enum FileType : int { FILETYPE_NONE = 0, FILETYPE_INTEL = 1, FILETYPE_SRECORD = 
 using RecordParser = std::function<void(RecordReader& reader, ImageBatch& image)>;
 
 struct ProgramFormat {
-    int type;                     // a FileType
-    std::string name;             // "Intel Hex file"
-    std::string suffix;           // ".hex", which a written file has
-    std::string readPattern;      // "*.h*", which files that are read may have
-    char firstCharacter;          // by which a file is recognised
-    RecordParser (*startFile)();  // makes the parser of one file
-    void (*write)(RecordWriter&); // the whole image
+    int type;                                   // a FileType
+    std::string name;                           // "Intel Hex file"
+    std::string suffix;                         // ".hex", which a written file has
+    std::string readPattern;                    // "*.h*", which files that are read may have
+    char firstCharacter;                        // by which a file is recognised
+    RecordParser (*startFile)();                // makes the parser of one file
+    void (*write)(RecordWriter&);               // the whole image
     bool (*isEndRecord)(std::string_view line); // of a line that is the last of a whole file
 };
 
