@@ -3,6 +3,7 @@
 #pragma once
 
 #include "bootrom/handshake.h"
+#include "bootrom/password_choice.h"
 #include "data/hexdata.h"
 #include "device/device.h"
 #include "device/devprops.h"
@@ -20,8 +21,10 @@
 #include "shell/cmdline.h"
 #include "shell/edit_history.h"
 #include "shell/front_end.h"
+#include "shell/program_on_change.h"
 #include "shell/recent_choices.h"
 #include "shell/session.h"
+#include "shell/watch.h"
 #include "target/worker.h"
 
 // User-interface thread. A worker that still runs is ended, in the time of the clock in force.
@@ -33,6 +36,8 @@ inline void freshProcess() {
     FRONTEND_Set({});
     RECENTCHOICES_Reset();
     CMDLINE_Reset();
+    ONCHANGE_Reset();
+    WATCH_Reset();
     SESSION_Get() = {};
     PROGRESS_Reset();
     TERMINAL_Clear();
@@ -44,6 +49,7 @@ inline void freshProcess() {
     BOOT_SetState(BOOT_UNSYNCED);
     BOOT_SetChipInRom(false);
     setBootSum(0);
+    forgetProgrammedPassword();
     PASSWORD_Reset();
     PASSWORD_SetLimits(0, 0, 0, 0);
     PASSWORD_SetDialog({});
