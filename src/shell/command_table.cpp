@@ -10,8 +10,10 @@
 #include "shell/cmdline_patch.h"
 #include "shell/command_handler.h"
 #include "shell/command_ids.h"
+#include "shell/edit_bytes.h"
 #include "shell/edit_history.h"
 #include "shell/edit_operations.h"
+#include "shell/edit_place.h"
 #include "shell/program_files.h"
 #include "shell/project.h"
 #include "shell/session.h"
@@ -46,6 +48,14 @@ bool canRedo() {
     return idle() && HISTORY_CanRedo();
 }
 
+bool hasCaret() {
+    return idleAndLoaded() && EDITPLACE_Get();
+}
+
+bool hasSelection() {
+    return hasCaret() && !EDITPLACE_Get()->selected.empty();
+}
+
 bool canReset() {
     return idle() && DEVPROPS_GetResetByPC();
 }
@@ -75,6 +85,11 @@ void eraseChip() {
     TARGET_EraseChip(true);
 }
 
+template <CopyFormat format>
+void copyAs() {
+    EDIT_CopyAs(format);
+}
+
 void quit() {
     if (FRONTEND_Get().closeFrame()) {
         SESSION_Get().quit = true;
@@ -95,6 +110,12 @@ constexpr Command target(int id, const char* text, const char* key, bool (*isOff
 
 constexpr Command changing(Command row) {
     row.changesChip = true;
+    return row;
+}
+
+constexpr Command copy(int id, const char* text, void (*run)()) {
+    Command row = program(id, text, "", hasSelection, run);
+    row.under = "Cop&y As";
     return row;
 }
 
@@ -142,6 +163,15 @@ constexpr Command kEdit[] = {
     program(CMD_EDIT_RELOCATE, "&Relocate...", "", idleAndLoaded, EDIT_RelocateDialog,
             {"EditRelocate", "\t\t<VALUE> Relocates loaded data", "hex offset, may be negative",
              CMDLINE_Relocate, "Nothing to relocate"}),
+    kSeparator,
+    program(CMD_EDIT_FILL, "Fi&ll...", "", idleAndLoaded, EDIT_FillDialog),
+    program(CMD_EDIT_PASTE_HEX, "&Paste Hex\tCtrl+V", "", hasCaret,
+            EDIT_PasteHex), // a key of the dump alone
+    program(CMD_EDIT_INSERT_FILE, "&Insert File...", "", idleAndLoaded, EDIT_InsertFileDialog),
+    copy(CMD_EDIT_COPY_HEX, "&Hex", copyAs<CopyFormat::hex>),
+    copy(CMD_EDIT_COPY_C_ARRAY, "&C Array", copyAs<CopyFormat::cArray>),
+    copy(CMD_EDIT_COPY_INTEL_HEX, "&Intel HEX", copyAs<CopyFormat::intelHex>),
+    copy(CMD_EDIT_COPY_TEXT, "&Text", copyAs<CopyFormat::text>),
     kSeparator,
     program(CMD_EDIT_UNDO, "&Undo", "Ctrl+Z", canUndo, HISTORY_Undo),
     program(CMD_EDIT_REDO, "Red&o", "Ctrl+Y", canRedo, HISTORY_Redo),

@@ -40,6 +40,7 @@ struct Command {
     CommandLineForm line = {};
     RecentFiles recent = {};
     bool changesChip = false; // ended in the middle it leaves a chip that is of no use
+    const char* under = "";   // the submenu that it stands in, with those beside it
 };
 
 struct CommandPopup {

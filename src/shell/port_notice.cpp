@@ -31,7 +31,7 @@ PortNotice PORTNOTICE_Get() {
 }
 
 void PORTNOTICE_TryAgain() {
-    if (!FRAMERULES_MayOpenFile()) {
+    if (!FRAMERULES_IsFree()) {
         return;
     }
     TARGET_Disconnect();
