@@ -23,18 +23,17 @@ enum class Putting { typed, atOnce };
 void putBytes(const char* name, uint32_t address, std::vector<uint8_t> bytes, Putting putting) {
     const AddressRange range = AddressRange::of(address, bytes.size());
     ImageCopy copy{{range}, {range}, std::move(bytes)};
-    bool changes = false;
     {
         EditStep step(name, range);
         if (putting == Putting::typed) {
             step.setTyped(address);
         }
         HEXDATA_Exchange(copy);
-        changes = !HEXDATA_Differences(copy, 0).empty();
+        if (!HEXDATA_Differences(copy, 0).empty()) {
+            ORIGIN_MarkChanged();
+        }
     }
-    if (changes) {
-        ORIGIN_MarkChanged();
-    }
+    ORIGIN_ShowTitle(); // what is typed back to what it was is unchanged again
     SUMMARY_Refresh();
     FRONTEND_Get().updateMenu();
     if (putting == Putting::atOnce) {

@@ -99,6 +99,7 @@ void keep(Step step) {
         keptBytes += last.footprint();
         if (HEXDATA_Differences(last.bytes, kJoinedGap).empty()) { // typed back to what it was
             keptBytes -= last.footprint();
+            exchangeOrigin(last.origin);
             undoable.pop_back();
         }
     } else {
