@@ -167,7 +167,7 @@ constexpr Command kEdit[] = {
     program(CMD_EDIT_FILL, "Fi&ll...", "", idleAndLoaded, EDIT_FillDialog),
     program(CMD_EDIT_PASTE_HEX, "&Paste Hex\tCtrl+V", "", hasCaret,
             EDIT_PasteHex), // a key of the dump alone
-    program(CMD_EDIT_INSERT_FILE, "&Insert File...", "", idleAndLoaded, EDIT_InsertFileDialog),
+    program(CMD_EDIT_INSERT_FILE, "&Insert File...", "", idle, EDIT_InsertFileDialog),
     copy(CMD_EDIT_COPY_HEX, "&Hex", copyAs<CopyFormat::hex>),
     copy(CMD_EDIT_COPY_C_ARRAY, "&C Array", copyAs<CopyFormat::cArray>),
     copy(CMD_EDIT_COPY_INTEL_HEX, "&Intel HEX", copyAs<CopyFormat::intelHex>),

@@ -29,7 +29,9 @@ void putBytes(const char* name, uint32_t address, std::vector<uint8_t> bytes, Pu
             step.setTyped(address);
         }
         HEXDATA_Exchange(copy);
-        if (!HEXDATA_Differences(copy, 0).empty()) {
+        if (SESSION_Get().image.kind == ImageKind::none) {
+            ORIGIN_Begin();
+        } else if (!HEXDATA_Differences(copy, 0).empty()) {
             ORIGIN_MarkChanged();
         }
     }
@@ -128,6 +130,7 @@ void EDIT_InsertFileDialog() {
         const auto address = static_cast<uint32_t>(request.value0.value_or(0));
         const std::string fault = request.value0 ? endFault(address, bytes.size()) : "Empty value!";
         if (fault.empty()) {
+            FRONTEND_Get().openView(View::hexDump);
             putBytes("Insert File", address, std::move(bytes), Putting::atOnce);
             return;
         }

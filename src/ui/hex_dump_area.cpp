@@ -142,8 +142,14 @@ void HexDumpArea::select(const DumpSelection& selection) {
 }
 
 void HexDumpArea::reveal(uint32_t address) {
-    const auto line = static_cast<int>(HEXDUMPVIEW_LineOf(range_, address));
-    verticalScrollBar()->setValue(DUMPSCROLL_Reveal(scroll(), line));
+    const uint32_t line = HEXDUMPVIEW_LineOf(range_, address);
+    verticalScrollBar()->setValue(DUMPSCROLL_Reveal(scroll(), static_cast<int>(line)));
+    const QRectF cell = cells(caret_.characters ? kCharacters : kHex, AddressRange::of(address, 1),
+                              range_.start + line * kBytesPerRow, 0);
+    const double right = std::max(cell.right() + kMargin - viewport()->width(), 0.0);
+    const double left = std::min(cell.left() - kMargin, 0.0);
+    QScrollBar& sideways = *horizontalScrollBar();
+    sideways.setValue(sideways.value() + static_cast<int>(std::ceil(right) + std::floor(left)));
 }
 
 void HexDumpArea::setSelection(const DumpSelection& selection) {

@@ -169,6 +169,17 @@ TEST(Editing, CommandsChangeTheBytesOrSayWhyNot) {
         }
         EXPECT_EQ(world.dump(), kLoaded);
     }
+    PROGRAM_Close(); // a file of bytes can begin a program
+    writeFile(world.folder / "bytes.bin", "12");
+    FRONTEND_Get().editValue = [](ValueRequest& request) {
+        request.value0 = 0x10;
+        return kDialogOk;
+    };
+    world.item(CMD_EDIT_INSERT_FILE).trigger();
+    EXPECT_EQ(world.dump(), "31 32");
+    EXPECT_TRUE(world.frame().windowTitle().endsWith("New program *"));
+    EXPECT_EQ(world.undoAll(), 1);
+    EXPECT_TRUE(HEXDATA_IsEmpty());
 }
 
 TEST(Editing, OffersTheSelectionToFillAndCopy) {
