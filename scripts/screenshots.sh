@@ -62,7 +62,7 @@ start() { # ARGUMENTS of the program, whose windows the pictures then show
 # A picture of the frame; whole=1: of the screen, which is a little larger.
 shot() {
   sleep "${2:-0.7}"
-  crop=(-crop "$((800 * scale))x$((600 * scale))+0+0" +repage)
+  crop=(-crop "$((800 * scale))x$((600 * scale))+$((30 * scale))+$((10 * scale))" +repage)
   [ -z "${whole:-}" ] || crop=()
   import -window root "${crop[@]}" +dither -colors 256 "PNG8:$target/$1.png"
   echo "$target/$1.png"

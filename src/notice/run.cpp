@@ -5,6 +5,7 @@
 namespace {
 
 std::atomic<int> exitCode{0};
+std::atomic<unsigned> judgements{0};
 std::atomic<bool> failureReported{false};
 std::atomic<bool> unattended{false};
 std::atomic<bool> isolated{false};
@@ -16,6 +17,11 @@ std::atomic<bool> interrupted{false};
 
 void RUN_SetExitCode(int code) {
     exitCode = code;
+    ++judgements;
+}
+
+unsigned RUN_Judgements() {
+    return judgements;
 }
 
 int RUN_GetExitCode() {

@@ -7,6 +7,8 @@
 // reported failure.
 void RUN_SetExitCode(int code);
 int RUN_GetExitCode();
+// How often it was set: where it was not, nothing has judged the run meanwhile.
+unsigned RUN_Judgements();
 // A failure was reported.
 void RUN_NoteFailure();
 // Another try begins: the exit code is 0 until something is reported again.

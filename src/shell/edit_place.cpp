@@ -13,6 +13,7 @@
 namespace {
 
 std::optional<EditPlace> editPlace;
+std::string told; // of it, in the status bar
 
 std::string blockText(uint32_t address) {
     for (const DeviceBlock& block : DEVICE_Blocks()) {
@@ -42,6 +43,14 @@ std::string valueTexts(uint32_t address) {
     return text;
 }
 
+// What else has come into the status bar stays there until there is something new to tell.
+void tell(const std::string& text) {
+    if (text != told) {
+        told = text;
+        STATUS_SetText(text.empty() ? "Ready" : text, STATUS_GENERAL);
+    }
+}
+
 } // namespace
 
 void EDITPLACE_Set(const std::optional<EditPlace>& place) {
@@ -50,7 +59,7 @@ void EDITPLACE_Set(const std::optional<EditPlace>& place) {
     };
     const bool changesOffer = offers(place) != offers(editPlace);
     editPlace = place;
-    STATUS_SetText(place ? EDITPLACE_Text(*place) : "Ready", STATUS_GENERAL);
+    tell(place ? EDITPLACE_Text(*place) : "");
     if (changesOffer) {
         EVENTS_Post(
             [] { FRONTEND_Get().updateMenu(); }); // not from within a view's beginning or end
@@ -62,6 +71,7 @@ const std::optional<EditPlace>& EDITPLACE_Get() {
 }
 
 void EDITPLACE_Refuse(const std::string& why) {
+    told.clear();
     STATUS_SetText(why, STATUS_GENERAL);
 }
 

@@ -17,7 +17,10 @@ void ORIGIN_MarkChanged() {
 
 void ORIGIN_Begin() {
     SESSION_Get().loaded = true;
-    ORIGIN_Set({.kind = ImageKind::begun, .changed = true});
+    ImageOrigin origin;
+    origin.kind = ImageKind::begun;
+    origin.changed = true;
+    ORIGIN_Set(origin);
 }
 
 std::string ORIGIN_Text() {

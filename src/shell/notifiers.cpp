@@ -5,6 +5,7 @@
 #include "notice/run.h"
 #include "platform/format.h"
 #include "shell/account.h"
+#include "shell/command_verdict.h"
 #include "shell/console.h"
 #include "shell/front_end.h"
 
@@ -48,6 +49,7 @@ void notifyError(WindowHandle window, const std::string& text, const std::string
         logHint(hint);
     } else {
         logHint(hint);
+        COMMANDVERDICT_Error(onOneLine(text));
         FRONTEND_Get().showError(window, text, hint);
     }
 }

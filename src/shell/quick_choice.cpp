@@ -8,6 +8,7 @@
 #include "platform/port_list.h"
 #include "serial/sio.h"
 #include "shell/frame_rules.h"
+#include "shell/recent_choices.h"
 #include "shell/settings.h"
 #include "shell/summary.h"
 
@@ -34,6 +35,27 @@ bool isBefore(const std::string& left, const std::string& right) {
     });
 }
 
+const std::string& nameOfDevice(const std::string& device) {
+    return device;
+}
+
+const std::string& nameOfPort(const PortChoice& port) {
+    return port.name;
+}
+
+template <class Choice>
+void putRecentFirst(std::vector<Choice>& choices, RecentChoice kind,
+                    const std::string& (*nameOf)(const Choice&)) {
+    auto end = choices.begin();
+    for (const std::string& recent : RECENTCHOICES_Get(kind)) {
+        const auto found = std::ranges::find(end, choices.end(), recent, nameOf);
+        if (found != choices.end()) {
+            std::rotate(end, found, found + 1);
+            ++end;
+        }
+    }
+}
+
 // Another configuration takes effect as the options' does.
 void changeTo(const std::function<void()>& change) {
     TARGET_Disconnect();
@@ -51,6 +73,7 @@ std::vector<std::string> CHOICE_Devices() {
         names.push_back(DEVICE_GetNameAt(index));
     }
     std::ranges::sort(names, isBefore);
+    putRecentFirst(names, RecentChoice::device, nameOfDevice);
     return names;
 }
 
@@ -83,6 +106,7 @@ std::vector<PortChoice> CHOICE_Ports() {
     if (!SIO_GetDevice().empty()) {
         add(SIO_GetDevice(), SIO_GetDevice());
     }
+    putRecentFirst(ports, RecentChoice::port, nameOfPort);
     return ports;
 }
 

@@ -9,6 +9,7 @@
 #include "platform/format.h"
 #include "serial/sio.h"
 #include "shell/front_end.h"
+#include "shell/recent_choices.h"
 
 void SUMMARY_Refresh() {
     DEVICE_CalcImageChecksum(DEVICE_GetSprtCRC() != 0);
@@ -21,6 +22,8 @@ void CONFIGURATION_Changed() {
     PASSWORD_SetLimitsOfDevice();
     SUMMARY_Refresh();
     FRONTEND_Get().refreshView(View::device);
+    RECENTCHOICES_Note(RecentChoice::device, DEVICE_GetName());
+    RECENTCHOICES_Note(RecentChoice::port, SIO_PortName());
     STATUS_SetText(formatText("MCU: %s", DEVICE_GetName().c_str()), STATUS_DEVICE);
     const std::string port = SIO_GetDevice().empty()
                                  ? formatText("COM%d", static_cast<int>(SIO_GetPort()))

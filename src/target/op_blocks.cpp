@@ -61,7 +61,7 @@ Result<uint16_t> getChecksum(const LoaderCommand& command, uint16_t value,
             return on.error();
         }
         if (showsBlocks) {
-            PROGRESS_SetPos(block.index);
+            setBlockProgress(block);
         }
         const Result<Reply> reply =
             exchange(command, blockFields(block, block.range.size() - 1).u8(first ? 1 : 0));
@@ -102,7 +102,7 @@ Result<> opBlankCheck(const Operation& operation) {
         if (Result<> on = goesOn(); !on) {
             return on;
         }
-        PROGRESS_SetPos(block.index);
+        setBlockProgress(block);
         if (Result<> blank = treatBlock(kCheckBlank, block); !blank) {
             return blank;
         }

@@ -38,7 +38,7 @@ Result<> readRange(const AddressRange& range, const std::function<Result<>(const
         if (Result<> on = goesOn(); !on) {
             return on;
         }
-        setProgress(address - range.start);
+        setProgress(address - range.start, address);
         const uint64_t count = address + kReadPiece < last ? kReadPiece : range.end - address;
         const auto from = static_cast<uint32_t>(address);
         const Result<Reply> reply =
@@ -143,7 +143,7 @@ Result<> opBlankReadBlocks(const Operation& operation) {
     }
     setProgressRange(DEVICE_Blocks().size());
     for (const DeviceBlock& block : operation.blocks) {
-        PROGRESS_SetPos(block.index);
+        setBlockProgress(block);
         if (Result<> blank = blankReadBlock(block.range); !blank) {
             return blank;
         }

@@ -30,7 +30,7 @@ Result<> writePages(const AddressRange& range, bool showsBytes, Fill fill) {
             return on;
         }
         if (showsBytes) {
-            setProgress(address - range.start);
+            setProgress(address - range.start, address);
         }
         const auto bytes = std::span(page).first(std::min<uint64_t>(pageLen, range.end - address));
         std::fill(bytes.begin(), bytes.end(), uint8_t{0xFF});
@@ -120,7 +120,7 @@ Result<> opFillBlocks(const Operation& operation) {
     setProgressRange(DEVICE_Blocks().size());
     PROGRESS_ShowCancel(false);
     for (const DeviceBlock& block : operation.blocks) {
-        PROGRESS_SetPos(block.index);
+        setBlockProgress(block);
         if (Result<> written = writePages(block.range, false, leaveErased); !written) {
             return written;
         }

@@ -71,6 +71,8 @@ std::string blockTextAt(uint32_t address);
 // the pieces for one frame each, at most `limit` bytes that are neighbours on the chip as well.
 Result<> forEachPiece(const AddressRange& range, uint32_t limit,
                       Result<> (*treat)(const AddressRange& piece));
-// Range and position of the progress display; beyond its width they saturate.
+// Range and position of the progress display; beyond its width they saturate. The step shown is the
+// block in which `address` lies, or the block that is treated.
 void setProgressRange(uint64_t total);
-void setProgress(uint64_t position);
+void setProgress(uint64_t position, uint64_t address);
+void setBlockProgress(const DeviceBlock& block);

@@ -121,14 +121,13 @@ private:
     // As many of its parts, which are two blanks apart, as there is room for.
     void showGeneral(int room) {
         QLabel* label = labels_[STATUS_GENERAL];
+        const QFontMetrics metrics = label->fontMetrics();
+        room -= 2 * kPartMargin;
         QString text = general_;
-        for (qsizetype end = text.lastIndexOf("  "); end > 0; end = text.lastIndexOf("  ")) {
-            if (label->fontMetrics().horizontalAdvance(text) + 2 * kPartMargin <= room) {
-                break;
-            }
-            text.truncate(end);
+        while (metrics.horizontalAdvance(text) > room && text.contains("  ")) {
+            text.truncate(text.lastIndexOf("  "));
         }
-        label->setText(text);
+        label->setText(metrics.elidedText(text, Qt::ElideRight, room));
         label->setAccessibleName(general_);
     }
 

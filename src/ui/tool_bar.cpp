@@ -6,6 +6,7 @@
 #include "shell/command_ids.h"
 #include "shell/frame_rules.h"
 #include "shell/quick_choice.h"
+#include "ui/artwork.h"
 #include "ui/frame_menu.h"
 
 #include <QAction>
@@ -18,20 +19,20 @@ namespace {
 struct ToolButton {
     int command;
     const char* text;
-    QStyle::StandardPixmap icon;
+    Art icon;
 };
 
 constexpr ToolButton kButtons[] = {
-    {CMD_TARGET_AUTO, "Auto", QStyle::SP_MediaPlay},
-    {CMD_TARGET_PROGRAM, "Program", QStyle::SP_ArrowDown},
-    {CMD_TARGET_VERIFY, "Verify", QStyle::SP_DialogApplyButton},
-    {CMD_TARGET_READ_BACK, "Read Back", QStyle::SP_ArrowUp},
-    {CMD_TARGET_ERASE_CHIP, "Erase", QStyle::SP_TrashIcon},
+    {CMD_TARGET_AUTO, "Auto", Art::toAuto},
+    {CMD_TARGET_PROGRAM, "Program", Art::toChip},
+    {CMD_TARGET_VERIFY, "Verify", Art::verify},
+    {CMD_TARGET_READ_BACK, "Read Back", Art::fromChip},
+    {CMD_TARGET_ERASE_CHIP, "Erase", Art::erase},
 };
 // So all of the bar is seen in a frame of the usual size, and more where there is room.
 constexpr int kLeastCharacters = 6;
 constexpr int kMostCharacters = 30;
-constexpr ToolButton kOpen = {CMD_FILE_OPEN, "Open", QStyle::SP_DialogOpenButton};
+constexpr ToolButton kOpen = {CMD_FILE_OPEN, "Open", Art::open};
 
 // Asks for its entries when it is opened.
 class ChoiceBox : public QComboBox {
@@ -74,7 +75,7 @@ Tools tools;
 
 void addButton(QToolBar* bar, const ToolButton& button) {
     const QAction* item = FRAMEMENU_Item(button.command);
-    auto* action = bar->addAction(bar->style()->standardIcon(button.icon), button.text);
+    auto* action = bar->addAction(ART_Icon(button.icon), button.text);
     action->setObjectName(QString("tool%1").arg(button.command));
     action->setToolTip(QString("%1 (%2)").arg(button.text, item->shortcut().toString()));
     const auto follow = [action, item] { action->setEnabled(item->isEnabled()); };
@@ -129,8 +130,7 @@ QToolBar* TOOLBAR_Create(QWidget* parent) {
     for (const ToolButton& button : kButtons) {
         addButton(bar, button);
     }
-    tools.cancel =
-        bar->addAction(bar->style()->standardIcon(QStyle::SP_DialogCancelButton), "Cancel");
+    tools.cancel = bar->addAction(ART_Icon(Art::cancel), "Cancel");
     tools.cancel->setObjectName("toolCancel");
     tools.cancel->setToolTip("Ends the command that runs");
     QObject::connect(tools.cancel, &QAction::triggered, PROGRESS_Cancel);

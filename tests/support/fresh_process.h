@@ -20,6 +20,7 @@
 #include "shell/cmdline.h"
 #include "shell/edit_history.h"
 #include "shell/front_end.h"
+#include "shell/recent_choices.h"
 #include "shell/session.h"
 #include "target/worker.h"
 
@@ -30,6 +31,7 @@ inline void freshProcess() {
     SIO_Exit();
     SIO_Init(0, 0, 0, 8, 0, 0);
     FRONTEND_Set({});
+    RECENTCHOICES_Reset();
     CMDLINE_Reset();
     SESSION_Get() = {};
     PROGRESS_Reset();

@@ -107,7 +107,7 @@ TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
     _AddDevice(device);
     const std::tuple<ViewWidget* (*)(QWidget*), int, int> cases[] = {{HEXLISTVIEW_Create, 782, 90},
                                                                      {HEXDUMPVIEW_Create, 591, 270},
-                                                                     {DEVICEVIEW_Create, 181, 90}};
+                                                                     {DEVICEVIEW_Create, 281, 90}};
     for (const auto& [create, width, height] : cases) {
         const ViewPtr view(create(nullptr));
         view->resize(width, height);
