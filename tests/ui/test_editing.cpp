@@ -158,7 +158,8 @@ TEST(Editing, CommandsChangeTheBytesOrSayWhyNot) {
         QGuiApplication::clipboard()->setText(c.text);
         world.area->placeCaret(static_cast<uint32_t>(c.start.value_or(0)) % 9);
         ASSERT_TRUE(world.isEnabled(c.command));
-        world.item(c.command).trigger();
+        c.command == CMD_EDIT_PASTE_HEX ? pressKey(*world.area, Qt::Key_V, Qt::ControlModifier)
+                                        : world.item(c.command).trigger();
         if (world.reports.empty()) {
             EXPECT_EQ(world.dump(), c.result);
             EXPECT_EQ(world.area->selection()->range().start, static_cast<uint32_t>(*c.start));
@@ -186,6 +187,7 @@ TEST(Editing, OffersTheSelectionToFillAndCopy) {
     EditingWorld world;
     EXPECT_FALSE(world.isEnabled(CMD_EDIT_COPY_TEXT)) << "nothing is selected";
     world.area->select({7, 2});
+    EXPECT_TRUE(runUntil([&] { return world.item(CMD_EDIT_COPY_TEXT).isEnabled(); }));
     driveDialog(
         [&] {
             world.item(CMD_EDIT_FILL).trigger();
@@ -199,7 +201,6 @@ TEST(Editing, OffersTheSelectionToFillAndCopy) {
             control<QLineEdit>(dialog, "707").insert("3");
             click(dialog, "1");
         });
-    ASSERT_TRUE(world.isEnabled(CMD_EDIT_COPY_TEXT));
     world.item(CMD_EDIT_COPY_TEXT).trigger();
     EXPECT_EQ(QGuiApplication::clipboard()->text(), "ABCABC");
     FRONTEND_Get().closeView(View::hexDump);
@@ -266,6 +267,7 @@ TEST(Editing, AsksBeforeTheLastViewTakesChangesWithIt) {
     QApplication::processEvents();
     world.windows()[0]->close();
     EXPECT_EQ(HEXDATA_GetNumBytes(), 5U);
+    ASSERT_EQ(world.windows().size(), 1U);
     answer = ANSWER_OK;
     world.windows()[0]->close();
     EXPECT_EQ(asked, (std::vector<std::string>{"Unsaved changes", "Unsaved changes"}));
