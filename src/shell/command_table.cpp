@@ -113,7 +113,7 @@ constexpr Command changing(Command row) {
     return row;
 }
 
-constexpr Command copy(int id, const char* text, void (*run)()) {
+constexpr Command copying(int id, const char* text, void (*run)()) {
     Command row = program(id, text, "", hasSelection, run);
     row.under = "Cop&y As";
     return row;
@@ -168,10 +168,10 @@ constexpr Command kEdit[] = {
     program(CMD_EDIT_PASTE_HEX, "&Paste Hex\tCtrl+V", "", hasCaret,
             EDIT_PasteHex), // a key of the dump alone
     program(CMD_EDIT_INSERT_FILE, "&Insert File...", "", idle, EDIT_InsertFileDialog),
-    copy(CMD_EDIT_COPY_HEX, "&Hex", copyAs<CopyFormat::hex>),
-    copy(CMD_EDIT_COPY_C_ARRAY, "&C Array", copyAs<CopyFormat::cArray>),
-    copy(CMD_EDIT_COPY_INTEL_HEX, "&Intel HEX", copyAs<CopyFormat::intelHex>),
-    copy(CMD_EDIT_COPY_TEXT, "&Text", copyAs<CopyFormat::text>),
+    copying(CMD_EDIT_COPY_HEX, "&Hex", copyAs<CopyFormat::hex>),
+    copying(CMD_EDIT_COPY_C_ARRAY, "&C Array", copyAs<CopyFormat::cArray>),
+    copying(CMD_EDIT_COPY_INTEL_HEX, "&Intel HEX", copyAs<CopyFormat::intelHex>),
+    copying(CMD_EDIT_COPY_TEXT, "&Text", copyAs<CopyFormat::text>),
     kSeparator,
     program(CMD_EDIT_UNDO, "&Undo", "Ctrl+Z", canUndo, HISTORY_Undo),
     program(CMD_EDIT_REDO, "Red&o", "Ctrl+Y", canRedo, HISTORY_Redo),

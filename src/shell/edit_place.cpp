@@ -44,7 +44,7 @@ std::string valueTexts(uint32_t address) {
 }
 
 // What else has come into the status bar stays there until there is something new to tell.
-void tell(const std::string& text) {
+void tellStatus(const std::string& text) {
     if (text != told) {
         told = text;
         STATUS_SetText(text.empty() ? "Ready" : text, STATUS_GENERAL);
@@ -59,7 +59,7 @@ void EDITPLACE_Set(const std::optional<EditPlace>& place) {
     };
     const bool changesOffer = offers(place) != offers(editPlace);
     editPlace = place;
-    tell(place ? EDITPLACE_Text(*place) : "");
+    tellStatus(place ? EDITPLACE_Text(*place) : "");
     if (changesOffer) {
         EVENTS_Post(
             [] { FRONTEND_Get().updateMenu(); }); // not from within a view's beginning or end
