@@ -10,8 +10,10 @@
 #include "shell/cmdline_patch.h"
 #include "shell/command_handler.h"
 #include "shell/command_ids.h"
+#include "shell/edit_bytes.h"
 #include "shell/edit_history.h"
 #include "shell/edit_operations.h"
+#include "shell/edit_place.h"
 #include "shell/program_files.h"
 #include "shell/program_on_change.h"
 #include "shell/project.h"
@@ -51,6 +53,14 @@ bool onOrMayBegin() {
     return ONCHANGE_IsOn() || ONCHANGE_MayBegin();
 }
 
+bool hasCaret() {
+    return idleAndLoaded() && EDITPLACE_Get();
+}
+
+bool hasSelection() {
+    return hasCaret() && !EDITPLACE_Get()->selected.empty();
+}
+
 bool canReset() {
     return idle() && DEVPROPS_GetResetByPC();
 }
@@ -80,6 +90,11 @@ void eraseChip() {
     TARGET_EraseChip(true);
 }
 
+template <CopyFormat format>
+void copyAs() {
+    EDIT_CopyAs(format);
+}
+
 void quit() {
     if (FRONTEND_Get().closeFrame()) {
         SESSION_Get().quit = true;
@@ -107,6 +122,12 @@ constexpr Command toggle(int id, const char* text, const char* key, bool (*isOff
                          void (*run)(), bool (*isOn)()) {
     Command row{id, text, key, WorksOn::nothing, isOffered, std::nullopt, run};
     row.isOn = isOn;
+    return row;
+}
+
+constexpr Command copying(int id, const char* text, void (*run)()) {
+    Command row = program(id, text, "", hasSelection, run);
+    row.under = "Cop&y As";
     return row;
 }
 
@@ -154,6 +175,15 @@ constexpr Command kEdit[] = {
     program(CMD_EDIT_RELOCATE, "&Relocate...", "", idleAndLoaded, EDIT_RelocateDialog,
             {"EditRelocate", "\t\t<VALUE> Relocates loaded data", "hex offset, may be negative",
              CMDLINE_Relocate, "Nothing to relocate"}),
+    kSeparator,
+    program(CMD_EDIT_FILL, "Fi&ll...", "", idleAndLoaded, EDIT_FillDialog),
+    program(CMD_EDIT_PASTE_HEX, "&Paste Hex\tCtrl+V", "", hasCaret,
+            EDIT_PasteHex), // a key of the dump alone
+    program(CMD_EDIT_INSERT_FILE, "&Insert File...", "", idle, EDIT_InsertFileDialog),
+    copying(CMD_EDIT_COPY_HEX, "&Hex", copyAs<CopyFormat::hex>),
+    copying(CMD_EDIT_COPY_C_ARRAY, "&C Array", copyAs<CopyFormat::cArray>),
+    copying(CMD_EDIT_COPY_INTEL_HEX, "&Intel HEX", copyAs<CopyFormat::intelHex>),
+    copying(CMD_EDIT_COPY_TEXT, "&Text", copyAs<CopyFormat::text>),
     kSeparator,
     program(CMD_EDIT_UNDO, "&Undo", "Ctrl+Z", canUndo, HISTORY_Undo),
     program(CMD_EDIT_REDO, "Red&o", "Ctrl+Y", canRedo, HISTORY_Redo),

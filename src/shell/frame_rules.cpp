@@ -80,12 +80,12 @@ bool FRAMERULES_MayClose() {
     return mayLeaveChip && PROGRAM_MayLoseChanges();
 }
 
-bool FRAMERULES_MayOpenFile() {
+bool FRAMERULES_IsFree() {
     return !isBusy() && !isBlocked();
 }
 
 void FRAMERULES_OpenFile(const std::string& path) {
-    if (!FRAMERULES_MayOpenFile()) {
+    if (!FRAMERULES_IsFree()) {
         return;
     }
     runAsCommand([&path] {

@@ -17,7 +17,9 @@ void FRAMERULES_RunRound(const std::function<void()>& round);
 // Whether the frame may be closed now: the user is asked while a command changes the chip.
 bool FRAMERULES_MayClose();
 
-bool FRAMERULES_MayOpenFile();
+// Whether nothing is under way or open that a file to open, or a key typed into the data, would
+// come in between.
+bool FRAMERULES_IsFree();
 // Opens a file that the user has brought, a project or a program file, if it may be opened.
 void FRAMERULES_OpenFile(const std::string& path);
 

@@ -31,7 +31,7 @@ Notice PORTNOTICE_Get() {
 }
 
 void PORTNOTICE_TryAgain() {
-    if (!FRAMERULES_MayOpenFile()) {
+    if (!FRAMERULES_IsFree()) {
         return;
     }
     TARGET_Disconnect();

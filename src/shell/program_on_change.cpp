@@ -108,7 +108,7 @@ void runRound(FileLook look) {
 }
 
 void beginDueRound() {
-    if (!dueLook || !watchedProgram || !FRAMERULES_MayOpenFile()) {
+    if (!dueLook || !watchedProgram || !FRAMERULES_IsFree()) {
         return;
     }
     const FileLook look = *std::exchange(dueLook, std::nullopt);
@@ -144,7 +144,7 @@ void ONCHANGE_Toggle() {
 }
 
 void ONCHANGE_Glance() {
-    if (!watchedProgram || !FRAMERULES_MayOpenFile()) {
+    if (!watchedProgram || !FRAMERULES_IsFree()) {
         return;
     }
     if (PROGRAM_CurrentFile() != watchedProgram->path()) {

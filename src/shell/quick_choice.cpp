@@ -78,7 +78,7 @@ std::vector<std::string> CHOICE_Devices() {
 }
 
 void CHOICE_TakeDevice(const std::string& name) {
-    if (name != DEVICE_GetName() && FRAMERULES_MayOpenFile()) {
+    if (name != DEVICE_GetName() && FRAMERULES_IsFree()) {
         changeTo([&name] {
             DEVICE_FindByName(name);
             DEVPROPS_SelectAllBlocks();
@@ -111,7 +111,7 @@ std::vector<PortChoice> CHOICE_Ports() {
 }
 
 void CHOICE_TakePort(const std::string& name) {
-    if (name == SIO_PortName() || !FRAMERULES_MayOpenFile()) {
+    if (name == SIO_PortName() || !FRAMERULES_IsFree()) {
         return;
     }
     SioConfig config = SIO_GetConfig();

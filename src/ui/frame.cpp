@@ -130,7 +130,7 @@ protected:
     }
 
     void dragEnterEvent(QDragEnterEvent* event) override {
-        if (FRAMERULES_MayOpenFile() && !droppedFile(event->mimeData()).isEmpty()) {
+        if (FRAMERULES_IsFree() && !droppedFile(event->mimeData()).isEmpty()) {
             event->acceptProposedAction();
         }
     }

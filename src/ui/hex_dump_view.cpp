@@ -4,8 +4,10 @@
 #include "data/data_find.h"
 #include "notice/error.h"
 #include "platform/format.h"
+#include "shell/command_ids.h"
 #include "shell/front_end.h"
 #include "ui/find_bar.h"
+#include "ui/frame_menu.h"
 #include "ui/hex_dump_area.h"
 #include "ui/view_widget.h"
 
@@ -38,10 +40,21 @@ public:
         addAction("Select &All", QKeySequence::SelectAll, [this] { area_->selectAll(); });
         addAction("&Go to Address...", QKeySequence("Ctrl+G"), [this] { goTo(); });
         addAction("&Find...", QKeySequence::Find, [this] { FINDBAR_Open(findBar_); });
+        addMenuItems();
         area_->setContextMenuPolicy(Qt::ActionsContextMenu);
     }
 
     void refresh() override { area_->refresh(); }
+    void showBytes(const AddressRange& range) override {
+        if (!area_->range().contains(range.start)) {
+            return;
+        }
+        if (range.empty()) {
+            area_->placeCaret(range.start);
+        } else {
+            area_->select({range.last(), range.start, area_->caret().characters});
+        }
+    }
     std::vector<int> columnWidths() const override { return area_->columns().toStore(); }
     void setColumnWidths(const std::vector<int>& widths) override {
         area_->columns().setStored(widths);
@@ -61,6 +74,20 @@ private:
         area_->addAction(action);
         if (!ofLineEdits) {
             QWidget::addAction(action);
+        }
+    }
+
+    // The edit commands of the frame's menu, with their states.
+    void addMenuItems() {
+        auto* separator = new QAction(area_);
+        separator->setSeparator(true);
+        for (QAction* item :
+             {separator, FRAMEMENU_SubmenuOf(CMD_EDIT_COPY_HEX), FRAMEMENU_Item(CMD_EDIT_PASTE_HEX),
+              FRAMEMENU_Item(CMD_EDIT_FILL), FRAMEMENU_Item(CMD_EDIT_INSERT_FILE),
+              FRAMEMENU_Item(CMD_EDIT_UNDO), FRAMEMENU_Item(CMD_EDIT_REDO)}) {
+            if (item != nullptr) {
+                area_->addAction(item);
+            }
         }
     }
 
@@ -100,7 +127,7 @@ private:
     }
 
     uint32_t startOfSearch() const {
-        return area_->selection() ? area_->selection()->range().start : area_->topAddress();
+        return area_->selection() ? area_->selection()->range().start : area_->caret().address;
     }
 
     QString find(const std::vector<uint8_t>& pattern, bool forward) {

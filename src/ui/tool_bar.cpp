@@ -147,7 +147,7 @@ void TOOLBAR_Refresh() {
         return;
     }
     tools.cancel->setEnabled(PROGRESS_IsOpen() && PROGRESS_GetView().showCancel);
-    const bool mayChoose = FRAMERULES_MayOpenFile();
+    const bool mayChoose = FRAMERULES_IsFree();
     for (ChoiceBox* box : {tools.device, tools.port}) {
         box->setEnabled(mayChoose);
     }

@@ -337,6 +337,12 @@ void VIEWS_Refresh(View view) {
     }
 }
 
+void VIEWS_ShowBytes(const AddressRange& range) {
+    if (ViewWindow* window = windowOf(View::hexDump)) {
+        window->view().showBytes(range);
+    }
+}
+
 void VIEWS_StoreAll() {
     for (const ViewWindow* window : windows) {
         if (window != nullptr) {

@@ -14,12 +14,14 @@
 #include "notice/log.h"
 #include "notice/progress.h"
 #include "notice/run.h"
+#include "notice/status.h"
 #include "platform/event_queue.h"
 #include "platform/files.h"
 #include "serial/sio.h"
 #include "serial/terminal_buffer.h"
 #include "shell/cmdline.h"
 #include "shell/edit_history.h"
+#include "shell/edit_place.h"
 #include "shell/front_end.h"
 #include "shell/program_on_change.h"
 #include "shell/recent_choices.h"
@@ -40,6 +42,7 @@ inline void freshProcess() {
     WATCH_Reset();
     SESSION_Get() = {};
     PROGRESS_Reset();
+    STATUS_Init();
     TERMINAL_Clear();
     LOG_Exit();
     LOG_SetObserver({});
@@ -55,6 +58,7 @@ inline void freshProcess() {
     PASSWORD_SetDialog({});
     HEXDATA_Reset();
     HISTORY_Clear();
+    EDITPLACE_Set({});
     DEVICE_Clear();
     DEVPROPS_Set(DevProps{});
     RUN_Reset();
