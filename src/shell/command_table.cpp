@@ -152,6 +152,7 @@ constexpr Command kView[] = {
     view(CMD_VIEW_LOG, "L&og", always, View::log),
     view(CMD_VIEW_DEVICE, "&Device", always, View::device),
     view(CMD_VIEW_TERMINAL, "&Terminal", always, View::terminal),
+    view(CMD_VIEW_MEMORY_MAP, "&Memory Map", always, View::memoryMap),
     window(CMD_VIEW_INTERRUPT_VECTORS, "&Interrupt vectors", loaded,
            ask<&FrontEnd::interruptVectors>),
 };

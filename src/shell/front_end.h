@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-enum class View { hexList, hexDump, log, device, terminal };
+enum class View { hexList, hexDump, log, device, terminal, memoryMap };
 
 struct FileFilter {
     std::string text;    // "Intel Hex file (*.hex)"

@@ -4,6 +4,7 @@
 #include "device/device.h"
 #include "device/image_checksum.h"
 #include "device/image_fit.h"
+#include "link/chip_record.h"
 #include "link/password.h"
 #include "notice/status.h"
 #include "platform/format.h"
@@ -16,10 +17,12 @@ void SUMMARY_Refresh() {
     HEXDATA_SetFits(DEVICE_ImageFits());
     FRONTEND_Get().refreshView(View::hexDump);
     FRONTEND_Get().refreshView(View::hexList);
+    FRONTEND_Get().refreshView(View::memoryMap);
 }
 
 void CONFIGURATION_Changed() {
     PASSWORD_SetLimitsOfDevice();
+    CHIPRECORD_SetChip(DEVICE_GetName() + " on " + SIO_PortName());
     SUMMARY_Refresh();
     FRONTEND_Get().refreshView(View::device);
     RECENTCHOICES_Note(RecentChoice::device, DEVICE_GetName());

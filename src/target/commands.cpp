@@ -6,6 +6,7 @@
 #include "bootrom/flash_commands.h"
 #include "device/device.h"
 #include "device/image_checksum.h"
+#include "link/chip_record.h"
 #include "link/target_link.h"
 #include "link/target_state.h"
 #include "notice/error.h"
@@ -19,6 +20,7 @@
 #include "target/checksum_commands.h"
 #include "target/worker.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -142,13 +144,22 @@ bool eraseWasCancelled(const Result<>& erased) {
                   : erased.error().code == TERR_CANCELLED || RUN_IsInterrupted();
 }
 
+void forEachBlock(const std::function<void(const AddressRange&)>& note) {
+    for (const DeviceBlock& block : DEVICE_Blocks()) {
+        note(block.range);
+    }
+}
+
 int eraseChipByBootRom(const BootRomProtocol& family, bool showBox) {
     TARGET_SetLinkState(LINK_BOOTROM);
     EVENTS_Sleep(kConnectPauseMs);
     const Result<> erased = _EraseChip(family);
     const bool cancelled = eraseWasCancelled(erased);
     const bool done = erased && !cancelled;
-    if (!erased) {
+    if (erased) {
+        forEachBlock([](const AddressRange& block) { CHIPRECORD_Note(block, ChipMark::erased); });
+    } else {
+        CHIPRECORD_Forget();
         _BootFail(erased.error(), showBox ? "" : kEraseChip.failed());
     }
     PROGRESS_Close();
@@ -316,6 +327,9 @@ void TARGET_ProtectChip() {
             return;
         }
         const bool done = runBootCommand(&BootRomProtocol::ProtectChip, "Protect Chip") == 0;
+        if (done) {
+            forEachBlock(CHIPRECORD_NoteProtected);
+        }
         showResult(kProtectChip, done);
     } else if (confirmProtect()) {
         runCommand(kProtectChip, "Protecting Chip started", {}, DEVICE_Blocks());

@@ -2,6 +2,7 @@
 
 #include "data/hexdata.h"
 #include "device/device.h"
+#include "link/chip_record.h"
 #include "link/target_state.h"
 #include "notice/log.h"
 #include "notice/progress.h"
@@ -80,10 +81,26 @@ Result<> blankReadBlock(const AddressRange& block) {
     return {};
 }
 
+// Notes what of the bytes from an address on is equal and what is not.
+void recordComparison(uint32_t address, const std::vector<uint8_t>& expected,
+                      const std::vector<uint8_t>& data) {
+    for (size_t at = 0; at < data.size();) {
+        const bool equal = expected[at] == data[at];
+        size_t end = at;
+        while (end < data.size() && (expected[end] == data[end]) == equal) {
+            ++end;
+        }
+        CHIPRECORD_Note(AddressRange::of(address + static_cast<uint32_t>(at), end - at),
+                        equal ? ChipMark::verified : ChipMark::differs);
+        at = end;
+    }
+}
+
 // A failure at the first byte that differs from the image.
 Result<> compareWithImage(uint32_t address, const std::vector<uint8_t>& data) {
     std::vector<uint8_t> expected(data.size());
     HEXDATA_Copy(address, expected, {});
+    recordComparison(address, expected, data);
     const auto [image, target] = std::mismatch(expected.begin(), expected.end(), data.begin());
     if (image == expected.end()) {
         return {};
@@ -133,8 +150,13 @@ Result<> opReadBack(const Operation& operation) {
 }
 
 Result<> opBlankRead(const Operation& operation) {
-    return readRange(operation.range,
-                     [](const Reply& reply) { return checkBlank(reply.address, reply.data); });
+    return readRange(operation.range, [](const Reply& reply) {
+        Result<> blank = checkBlank(reply.address, reply.data);
+        if (blank) {
+            CHIPRECORD_Note(AddressRange::of(reply.address, reply.data.size()), ChipMark::erased);
+        }
+        return blank;
+    });
 }
 
 Result<> opBlankReadBlocks(const Operation& operation) {
@@ -147,6 +169,7 @@ Result<> opBlankReadBlocks(const Operation& operation) {
         if (Result<> blank = blankReadBlock(block.range); !blank) {
             return blank;
         }
+        CHIPRECORD_Note(block.range, ChipMark::erased);
     }
     return {};
 }

@@ -31,7 +31,7 @@ struct ViewSpec {
 };
 
 constexpr QSize kStandardArea(792, 534); // pixels
-constexpr size_t kViews = 5;
+constexpr size_t kViews = 6;
 constexpr size_t kMaxColumns = 6;
 constexpr char kRectKey[] = "Rect";
 constexpr char kHeaderKey[] = "Header";
@@ -71,6 +71,14 @@ const std::array<ViewSpec, kViews> kSpecs = {{
      false,
      Art::terminal,
      TERMINALVIEW_Create},
+    {View::memoryMap, // over the dump
+     "Settings MEMORYMAP",
+     "Memory Map",
+     {191, 0, 601, 420},
+     5,
+     false,
+     Art::memoryMap,
+     MEMORYMAPVIEW_Create},
 }};
 
 const ViewSpec& specOf(View view) {

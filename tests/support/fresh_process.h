@@ -6,6 +6,7 @@
 #include "data/hexdata.h"
 #include "device/device.h"
 #include "device/devprops.h"
+#include "link/chip_record.h"
 #include "link/password.h"
 #include "link/target_link.h"
 #include "link/target_state.h"
@@ -44,6 +45,7 @@ inline void freshProcess() {
     BOOT_SetState(BOOT_UNSYNCED);
     BOOT_SetChipInRom(false);
     setBootSum(0);
+    CHIPRECORD_Forget();
     PASSWORD_Reset();
     PASSWORD_SetLimits(0, 0, 0, 0);
     PASSWORD_SetDialog({});
