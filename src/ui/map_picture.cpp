@@ -9,8 +9,9 @@
 
 namespace {
 
-constexpr int kGap = 6;         // pixels between what stands side by side
-constexpr int kLeastHeight = 3; // pixels of what must not be overlooked
+constexpr int kGap = 6;          // pixels between what stands side by side
+constexpr int kLeastHeight = 3;  // pixels of what must not be overlooked
+constexpr int kLeastHatched = 8; // below, a pattern could not be seen
 constexpr int kColumnCount = 3;
 constexpr int kWidestColumn = 110;
 constexpr int kSwatch = 26;
@@ -34,14 +35,14 @@ constexpr MapStyle kStyles[] = {
     {0, false, kMapSelected, "selected", MapColour::plain, Qt::SolidPattern},
     {1, false, kMapData | kMapGap, "data with gaps", MapColour::plain, Qt::FDiagPattern},
     {1, false, kMapData, "data", MapColour::plain, Qt::SolidPattern},
-    {1, true, kMapPassword, "password", MapColour::note, Qt::DiagCrossPattern},
+    {1, true, kMapPassword, "password", MapColour::note, Qt::VerPattern},
     {1, true, kMapVectors, "vectors", MapColour::good, Qt::HorPattern},
-    {2, false, kMapDiffers, "differs", MapColour::bad, Qt::CrossPattern},
-    {2, false, kMapUnknown, "unfinished", MapColour::note, Qt::DiagCrossPattern},
+    {2, false, kMapDiffers, "differs", MapColour::bad, Qt::DiagCrossPattern},
+    {2, false, kMapUnknown, "unfinished", MapColour::note, Qt::CrossPattern},
     {2, false, kMapWritten, "written", MapColour::plain, Qt::BDiagPattern},
     {2, false, kMapVerified, "verified", MapColour::good, Qt::SolidPattern},
     {2, false, kMapErased, "erased", MapColour::text, Qt::HorPattern},
-    {2, true, kMapProtected, "protected", MapColour::note, Qt::VerPattern},
+    {2, true, kMapProtected, "protected", MapColour::note, Qt::FDiagPattern},
 };
 
 QColor mapColour(MapColour colour, const QPalette& palette) {
@@ -149,7 +150,7 @@ void MapPicture::addStrip(int column, bool isMargin, const std::vector<MapFacts>
             const int top = std::max(std::min(first, count - height), 0);
             shapes_.push_back({{area.x(), double(top_ + top), area.width(), double(height)},
                                mapColour(style->colour, palette_),
-                               style->pattern,
+                               height < kLeastHatched ? Qt::SolidPattern : style->pattern,
                                {}});
         }
         first = end;
