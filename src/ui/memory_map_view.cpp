@@ -220,7 +220,7 @@ private:
     std::shared_ptr<const std::vector<MapRow>> rows_ =
         std::make_shared<const std::vector<MapRow>>();
     uint64_t revision_ = 0;
-    QTimer look_;
+    QTimer look_{this};
 };
 
 } // namespace
