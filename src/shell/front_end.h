@@ -4,6 +4,7 @@
 // showError and ask, which any thread may call and which return when the user has answered.
 #pragma once
 
+#include "data/address_range.h"
 #include "notice/error.h"
 
 #include <cstdint>
@@ -72,6 +73,8 @@ struct FrontEnd {
     std::function<void(View)> closeView = [](View) {};
     std::function<bool(View)> isViewOpen = [](View) { return false; };
     std::function<void(View)> refreshView = [](View) {};
+    // Has the dump show these addresses, selected, as far as the image reaches.
+    std::function<void(const AddressRange&)> revealData = [](const AddressRange&) {};
 
     std::function<std::optional<FileChoice>(const FileRequest&)> chooseFile =
         [](const FileRequest&) { return std::optional<FileChoice>(); };

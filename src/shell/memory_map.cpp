@@ -3,6 +3,7 @@
 #include "data/hexdata.h"
 #include "device/device.h"
 #include "device/devprops.h"
+#include "device/image_fit.h"
 #include "link/chip_record.h"
 #include "platform/format.h"
 
@@ -118,24 +119,6 @@ std::string contentsText(uint64_t dataBytes, MapFacts facts) {
                     dataBytes == 0 ? "" : std::to_string(dataBytes) + " bytes of data");
 }
 
-// The blocks in ascending order, those joined that touch or overlap.
-std::vector<AddressRange> joinedBlocks() {
-    std::vector<AddressRange> joined;
-    std::vector<DeviceBlock> blocks = DEVICE_Blocks();
-    std::ranges::sort(blocks, {}, [](const DeviceBlock& block) { return block.range.start; });
-    for (const DeviceBlock& block : blocks) {
-        if (block.range.empty()) {
-            continue;
-        }
-        if (!joined.empty() && block.range.start <= joined.back().end) {
-            joined.back().end = std::max(joined.back().end, block.range.end);
-        } else {
-            joined.push_back(block.range);
-        }
-    }
-    return joined;
-}
-
 // What of the image no block covers: from its first to its last address, and how many bytes.
 MapRow outsideRow(const std::vector<AddressRange>& areas) {
     MapRow row;
@@ -146,7 +129,7 @@ MapRow outsideRow(const std::vector<AddressRange>& areas) {
             row.dataBytes += end - start;
         }
     };
-    const std::vector<AddressRange> covered = joinedBlocks();
+    const std::vector<AddressRange> covered = DEVICE_JoinedRanges(DEVICE_Blocks());
     for (const AddressRange& area : areas) {
         uint64_t at = area.start;
         const auto [first, last] = areasIn(covered, area);
@@ -197,7 +180,7 @@ std::vector<MapRow> MEMORYMAP_Rows() {
 }
 
 MapScale::MapScale(int pixels) : pixels_(std::max(pixels, 0)) {
-    for (const AddressRange& range : joinedBlocks()) {
+    for (const AddressRange& range : DEVICE_JoinedRanges(DEVICE_Blocks())) {
         parts_.push_back({range, total_});
         total_ += range.size();
     }

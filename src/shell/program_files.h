@@ -2,6 +2,7 @@
 // session, views. Failures are reported where they are found.
 #pragma once
 
+#include <optional>
 #include <string>
 
 // Each is false when it failed; then nothing is remembered of it.
@@ -15,6 +16,9 @@ void PROGRAM_Close();  // its views too
 // Whether the image may be given up: asked where it holds changes that are saved nowhere, but never
 // in an unattended run or without windows.
 bool PROGRAM_MayLoseChanges();
+
+// The program file that the user chooses; none when he cancels.
+std::optional<std::string> PROGRAM_AskForFile(const std::string& title);
 
 // The file commands with their dialogs and questions.
 void PROGRAM_OpenDialog();

@@ -9,12 +9,14 @@
 #include "notice/status.h"
 #include "platform/format.h"
 #include "serial/sio.h"
+#include "shell/comparison.h"
 #include "shell/front_end.h"
 #include "shell/recent_choices.h"
 
 void SUMMARY_Refresh() {
     DEVICE_CalcImageChecksum(DEVICE_GetSprtCRC() != 0);
     HEXDATA_SetFits(DEVICE_ImageFits());
+    COMPARISON_Follow();
     FRONTEND_Get().refreshView(View::hexDump);
     FRONTEND_Get().refreshView(View::hexList);
     FRONTEND_Get().refreshView(View::memoryMap);

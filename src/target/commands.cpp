@@ -74,6 +74,7 @@ const CommandRow kProgramTarget = {"Programming target",
                                    kAcknowledgedPages};
 const CommandRow kReadBack = {"Reading", "All bytes\nread successfully", "Reading", OP_READ_BACK};
 const CommandRow kVerify = {"Verifying", "Verifying ok", "Verifying", OP_VERIFY};
+const CommandRow kCompare = {"Comparing", "", "Comparing", OP_COMPARE};
 const CommandRow kBlankChip = {"Blank check",  "Target is blank",        "Blank check chip",
                                OP_BLANK_CHECK, DEVICE_GetSprtBlankCheck, OP_BLANK_READ};
 const CommandRow kBlankBlocks = {"Blank check",  "Selected blocks are blank", "Blank check blocks",
@@ -301,6 +302,21 @@ void TARGET_ProgramTarget() {
 bool TARGET_ReadBack(uint32_t start, uint32_t end) {
     return runCommand(kReadBack, rangeStarted("Reading", start, end),
                       AddressRange::upTo(start, end));
+}
+
+std::optional<ImageCopy> TARGET_ReadToCompare(const std::vector<AddressRange>& ranges) {
+    if (!connect(kCompare.name)) {
+        return std::nullopt;
+    }
+    LOG_Add(rangeStarted("Comparing", ranges.front().start, ranges.back().last()));
+    const auto copy = std::make_shared<ImageCopy>();
+    copy->ranges = ranges;
+    const Operation operation = {kCompare.code(), {}, {}, copy};
+    if (!TARGET_RunOperation(operation, kCompare.line())) {
+        LOG_Add(kCompare.failed());
+        return std::nullopt;
+    }
+    return std::move(*copy);
 }
 
 void TARGET_Verify(uint32_t first, uint32_t last) {

@@ -80,6 +80,10 @@ void fillViews(FrontEnd& frontEnd) {
     frontEnd.closeView = VIEWS_Close;
     frontEnd.isViewOpen = VIEWS_IsOpen;
     frontEnd.refreshView = VIEWS_Refresh;
+    frontEnd.revealData = [](const AddressRange& range) {
+        openView(View::hexDump);
+        VIEWS_Reveal(View::hexDump, range);
+    };
     frontEnd.cascade = VIEWS_Cascade;
     frontEnd.tileHorizontally = [] { VIEWS_Tile(true); };
     frontEnd.tileVertically = [] { VIEWS_Tile(false); };

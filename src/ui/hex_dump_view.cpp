@@ -4,6 +4,7 @@
 #include "data/data_find.h"
 #include "notice/error.h"
 #include "platform/format.h"
+#include "shell/comparison.h"
 #include "shell/front_end.h"
 #include "ui/find_bar.h"
 #include "ui/hex_dump_area.h"
@@ -12,6 +13,7 @@
 #include <QAction>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QVBoxLayout>
 
 namespace {
@@ -32,8 +34,14 @@ public:
         layout->setContentsMargins(0, 0, 0, 0);
         layout->setSpacing(0);
         layout->addWidget(area_, 1);
+        layout->addWidget(note_);
         layout->addWidget(findBar_);
         setFocusProxy(area_);
+        note_->setObjectName("comparisonNote");
+        note_->setContentsMargins(3, 2, 3, 2);
+        note_->setTextFormat(Qt::PlainText);
+        note_->setWordWrap(true);
+        showNote();
         addAction("&Copy", QKeySequence::Copy, [this] { copy(); });
         addAction("Select &All", QKeySequence::SelectAll, [this] { area_->selectAll(); });
         addAction("&Go to Address...", QKeySequence("Ctrl+G"), [this] { goTo(); });
@@ -41,7 +49,20 @@ public:
         area_->setContextMenuPolicy(Qt::ActionsContextMenu);
     }
 
-    void refresh() override { area_->refresh(); }
+    void refresh() override {
+        area_->refresh();
+        showNote();
+    }
+
+    void reveal(const AddressRange& range) override {
+        const AddressRange& shown = area_->range();
+        const uint32_t first = std::max(range.start, shown.start);
+        const uint64_t end = std::min(range.end, shown.end);
+        if (first < end) {
+            area_->select({static_cast<uint32_t>(end - 1), first});
+        }
+    }
+
     std::vector<int> columnWidths() const override { return area_->columns().toStore(); }
     void setColumnWidths(const std::vector<int>& widths) override {
         area_->columns().setStored(widths);
@@ -99,6 +120,13 @@ private:
         }
     }
 
+    // Under the dump, as long as there is a comparison.
+    void showNote() {
+        const std::string text = COMPARISON_Note();
+        note_->setText(QString::fromStdString(text));
+        note_->setVisible(!text.empty());
+    }
+
     uint32_t startOfSearch() const {
         return area_->selection() ? area_->selection()->range().start : area_->topAddress();
     }
@@ -130,6 +158,7 @@ private:
 
     HexDumpArea* area_;
     QWidget* findBar_;
+    QLabel* note_ = new QLabel(this);
 };
 
 } // namespace

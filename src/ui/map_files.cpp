@@ -70,15 +70,6 @@ QString elementOf(const MapShape& shape, int baseLine) {
         .arg(outline ? "none" : fill, outline ? " stroke=\"" + colour + "\"" : QString());
 }
 
-FileResult writeFile(const std::filesystem::path& path, std::string_view contents) {
-    FileReplacer file;
-    FileResult result = file.open(path);
-    if (result.ok()) {
-        result = file.write(contents);
-    }
-    return result.ok() ? file.commit() : result;
-}
-
 } // namespace
 
 std::string MapPicture::svg() const {
@@ -116,7 +107,7 @@ void MapPicture::save(const MapPicture& picture, const std::filesystem::path& pa
         ERROR_Out(nullptr, "A picture is saved as .png or .svg, not as " + path.string(), 1);
         return;
     }
-    if (const FileResult written = writeFile(path, contents); !written.ok()) {
+    if (const FileResult written = FILES_Replace(path, contents); !written.ok()) {
         ERROR_Out(nullptr,
                   ERROR_WithReason("Error writing file", path.string() + ": " + written.reason), 1);
     }

@@ -345,6 +345,12 @@ void VIEWS_Refresh(View view) {
     }
 }
 
+void VIEWS_Reveal(View view, const AddressRange& range) {
+    if (ViewWindow* window = windowOf(view)) {
+        window->view().reveal(range);
+    }
+}
+
 void VIEWS_StoreAll() {
     for (const ViewWindow* window : windows) {
         if (window != nullptr) {

@@ -19,6 +19,7 @@
 #include "serial/sio.h"
 #include "serial/terminal_buffer.h"
 #include "shell/cmdline.h"
+#include "shell/comparison.h"
 #include "shell/edit_history.h"
 #include "shell/front_end.h"
 #include "shell/recent_choices.h"
@@ -32,6 +33,7 @@ inline void freshProcess() {
     SIO_Exit();
     SIO_Init(0, 0, 0, 8, 0, 0);
     FRONTEND_Set({});
+    COMPARISON_End();
     RECENTCHOICES_Reset();
     CMDLINE_Reset();
     SESSION_Get() = {};
