@@ -8,6 +8,7 @@ std::atomic<int> exitCode{0};
 std::atomic<unsigned> judgements{0};
 std::atomic<bool> failureReported{false};
 std::atomic<bool> unattended{false};
+std::atomic<bool> quiet{false};
 std::atomic<bool> isolated{false};
 std::atomic<bool> acceptDamaged{false};
 std::atomic<bool> confirmed{false};
@@ -25,7 +26,7 @@ unsigned RUN_Judgements() {
 }
 
 int RUN_GetExitCode() {
-    return interrupted || (unattended && failureReported) ? 1 : exitCode.load();
+    return interrupted || (RUN_IsQuiet() && failureReported) ? 1 : exitCode.load();
 }
 
 void RUN_NoteFailure() {
@@ -43,6 +44,14 @@ void RUN_SetUnattended(bool on) {
 
 bool RUN_IsUnattended() {
     return unattended;
+}
+
+void RUN_SetQuiet(bool on) {
+    quiet = on;
+}
+
+bool RUN_IsQuiet() {
+    return unattended || quiet;
 }
 
 void RUN_SetIsolated(bool on) {
@@ -81,6 +90,7 @@ void RUN_Reset() {
     exitCode = 0;
     failureReported = false;
     unattended = false;
+    quiet = false;
     isolated = false;
     acceptDamaged = false;
     confirmed = false;

@@ -18,6 +18,11 @@ void RUN_ForgetFailure();
 void RUN_SetUnattended(bool unattended);
 bool RUN_IsUnattended();
 
+// Quiet: nobody is asked and no box comes up. An unattended run always is; another one is while it
+// does something by itself, and a failure that was reported then stays in the exit code as well.
+void RUN_SetQuiet(bool quiet);
+bool RUN_IsQuiet();
+
 // Isolated: the run is its command line alone; it reads and writes nothing that is remembered.
 void RUN_SetIsolated(bool isolated);
 bool RUN_IsIsolated();

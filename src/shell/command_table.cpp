@@ -14,6 +14,7 @@
 #include "shell/edit_history.h"
 #include "shell/edit_operations.h"
 #include "shell/program_files.h"
+#include "shell/program_on_change.h"
 #include "shell/project.h"
 #include "shell/session.h"
 #include "target/commands.h"
@@ -49,6 +50,10 @@ bool canUndo() {
 
 bool canRedo() {
     return idle() && HISTORY_CanRedo();
+}
+
+bool onOrMayBegin() {
+    return ONCHANGE_IsOn() || ONCHANGE_MayBegin();
 }
 
 bool canReset() {
@@ -100,6 +105,13 @@ constexpr Command target(int id, const char* text, const char* key, bool (*isOff
 
 constexpr Command changing(Command row) {
     row.changesChip = true;
+    return row;
+}
+
+constexpr Command toggle(int id, const char* text, const char* key, bool (*isOffered)(),
+                         void (*run)(), bool (*isOn)()) {
+    Command row{id, text, key, WorksOn::nothing, isOffered, std::nullopt, run};
+    row.isOn = isOn;
     return row;
 }
 
@@ -214,6 +226,9 @@ constexpr Command kTarget[] = {
     target(CMD_TARGET_FLASH_STATUS, "F&lash Memory Status", "",
            deviceOffers<DEVICE_GetSprtFlashMemStatus>, busy<TARGET_FlashStatus>,
            {"TargetFlashStatus", "\tShows the status of the flash", nullptr, CMDLINE_FlashStatus}),
+    kSeparator,
+    toggle(CMD_TARGET_PROGRAM_ON_CHANGE, "Program &When The File Changes", "Ctrl+F7", onOrMayBegin,
+           ONCHANGE_Toggle, ONCHANGE_IsOn),
 };
 constexpr Command kOptions[] = {
     program(CMD_OPTIONS, "&Options", "", always, COMMAND_Options),
@@ -280,7 +295,10 @@ bool COMMAND_IsEnabled(int id) {
 
 bool COMMAND_IsChecked(int id) {
     const Command* row = COMMAND_Find(id);
-    return row != nullptr && row->view && FRONTEND_Get().isViewOpen(*row->view);
+    if (row == nullptr) {
+        return false;
+    }
+    return row->view ? FRONTEND_Get().isViewOpen(*row->view) : row->isOn != nullptr && row->isOn();
 }
 
 bool COMMAND_IsHarmless(int id) {

@@ -3,12 +3,16 @@
 // and dropping. User-interface thread only.
 #pragma once
 
+#include <functional>
 #include <string>
 
 // Whether the command with this identifier may begin now.
 bool FRAMERULES_MayRun(int id);
 // Runs it if it may.
 void FRAMERULES_Run(int id);
+
+// Runs what the program does with the chip by itself, as one command that changes it.
+void FRAMERULES_RunRound(const std::function<void()>& round);
 
 // Whether the frame may be closed now: the user is asked while a command changes the chip.
 bool FRAMERULES_MayClose();

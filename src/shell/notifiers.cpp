@@ -40,10 +40,10 @@ void logHint(const std::string& hint) {
 
 void notifyError(WindowHandle window, const std::string& text, const std::string& hint, int) {
     LOG_AddMessage(formatText("Error: %s", text.c_str()));
-    if (RUN_IsUnattended()) {
+    if (RUN_IsQuiet()) {
         RUN_SetExitCode(1);
     }
-    if (RUN_IsUnattended() || !FRONTEND_Get().hasWindows) {
+    if (RUN_IsQuiet() || !FRONTEND_Get().hasWindows) {
         CONSOLE_PrintError(onOneLine(text));
         ACCOUNT_Error(onOneLine(text), hint);
         logHint(hint);
@@ -56,11 +56,14 @@ void notifyError(WindowHandle window, const std::string& text, const std::string
 
 int notifyQuestion(WindowHandle window, const std::string& text, const std::string& caption,
                    unsigned boxType) {
-    if (RUN_IsUnattended() || !FRONTEND_Get().hasWindows) {
+    if (RUN_IsQuiet() || !FRONTEND_Get().hasWindows) {
         const std::string line = NOTIFIERS_UnattendedLine(text, caption, boxType);
         CONSOLE_PrintLine(line);
         if ((boxType & kButtonsMask) != BOX_OK) {
             ACCOUNT_Note(line);
+            if (FRONTEND_Get().hasWindows) {
+                LOG_Add(line);
+            }
         }
         return ANSWER_NONE;
     }

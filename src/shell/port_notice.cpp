@@ -19,7 +19,7 @@ bool isThere() {
 
 } // namespace
 
-PortNotice PORTNOTICE_Get() {
+Notice PORTNOTICE_Get() {
     if (SIO_IsLost()) {
         return {"The port is lost: " + SIO_GetLoss(), HINT_Text({Cause::portGone, SIO_GetLoss()})};
     }
@@ -43,7 +43,7 @@ void PORTNOTICE_TryAgain() {
 }
 
 void PORTNOTICE_Watch() {
-    if (PORTNOTICE_Get() == PortNotice{}) {
+    if (PORTNOTICE_Get() == Notice{}) {
         deviceIsThere = true;
         return;
     }

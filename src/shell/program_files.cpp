@@ -105,6 +105,14 @@ bool PROGRAM_Open(const std::string& path) {
     return true;
 }
 
+bool PROGRAM_Reload(const std::string& path, FileLook look) {
+    if (look == FileLook::cutOff) {
+        ERROR_Out(nullptr, path + " is cut off: the end record that it had before is missing", 1);
+        return false;
+    }
+    return PROGRAM_Open(path);
+}
+
 bool PROGRAM_Merge(const std::string& path) {
     LOG_Add(formatText("Merging %s", path.c_str()));
     Session& session = SESSION_Get();
@@ -217,10 +225,15 @@ void PROGRAM_SaveAsDialog() {
     }
 }
 
+std::string PROGRAM_CurrentFile() {
+    const ImageOrigin& image = SESSION_Get().image;
+    const bool isOneFile = image.kind == ImageKind::file || image.kind == ImageKind::none;
+    return SESSION_Get().loaded && isOneFile ? image.path : "";
+}
+
 void PROGRAM_CheckChanged() {
     ImageOrigin& image = SESSION_Get().image;
-    const bool isWatched = image.kind == ImageKind::file || image.kind == ImageKind::none;
-    if (!SESSION_Get().loaded || !isWatched || image.path.empty()) {
+    if (PROGRAM_CurrentFile().empty()) {
         return;
     }
     const auto time = FILES_WriteTime(image.path);

@@ -4,6 +4,7 @@
 #include "bootrom/connect.h"
 #include "bootrom/download.h"
 #include "bootrom/flash_commands.h"
+#include "bootrom/password_choice.h"
 #include "device/device.h"
 #include "device/image_checksum.h"
 #include "link/chip_record.h"
@@ -292,11 +293,16 @@ void TARGET_Program(uint32_t first, uint32_t last) {
     LOG_Add(rangeStarted("Programming", first, last));
     const Operation operation = {kProgram.code(), AddressRange::upTo(first, last)};
     const bool done = TARGET_RunOperation(operation, kProgram.line()) && checksumsAgree();
+    if (done) {
+        noteProgrammedPassword();
+    }
     showResult(kProgram, done);
 }
 
 void TARGET_ProgramTarget() {
-    runCommand(kProgramTarget, "Programming Chip started", {});
+    if (runCommand(kProgramTarget, "Programming Chip started", {})) {
+        noteProgrammedPassword();
+    }
 }
 
 bool TARGET_ReadBack(uint32_t start, uint32_t end) {

@@ -6,6 +6,7 @@
 #include "shell/frame_rules.h"
 #include "shell/identity.h"
 #include "shell/port_notice.h"
+#include "shell/program_on_change.h"
 #include "shell/session.h"
 #include "shell/startup.h"
 #include "ui/artwork.h"
@@ -83,6 +84,7 @@ public:
         addShortcuts();
         connect(&glance_, &QTimer::timeout, this, [] {
             PORTNOTICE_Watch();
+            ONCHANGE_Glance();
             NOTICEBAR_Refresh();
             TOOLBAR_Refresh();
             STATUSBAR_ShowLink();
@@ -223,6 +225,7 @@ QRect screenFor(const QRect& wanted) {
 
 void FRAME_Create() {
     FRAMERULES_Reset();
+    ONCHANGE_Reset();
     placed = false;
     closeWanted = false;
     frame = std::make_unique<MainFrame>();

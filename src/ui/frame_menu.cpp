@@ -48,7 +48,7 @@ QAction* createCommand(const Command& row, QObject* parent) {
     }
     QAction* action = createAction(text, row.id, parent);
     action->setShortcut(QKeySequence(key));
-    action->setCheckable(row.view.has_value());
+    action->setCheckable(row.view.has_value() || row.isOn != nullptr);
     commands.push_back(action);
     return action;
 }

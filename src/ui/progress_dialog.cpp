@@ -6,6 +6,7 @@
 #include "ui/sheet.h"
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QDialog>
 #include <QLabel>
 #include <QPainter>
@@ -107,9 +108,14 @@ public:
             SHEET_CenterDialog(this);
         }
         timer_.start(kTickMs);
+        // What the program began by itself leaves the keyboard to whoever has it.
+        const bool isInFront = QApplication::activeWindow() != nullptr;
+        setAttribute(Qt::WA_ShowWithoutActivating, !isInFront);
         show();
-        raise();
-        activateWindow();
+        if (isInFront) {
+            raise();
+            activateWindow();
+        }
         cancel_->setFocus();
     }
 

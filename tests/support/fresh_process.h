@@ -3,6 +3,7 @@
 #pragma once
 
 #include "bootrom/handshake.h"
+#include "bootrom/password_choice.h"
 #include "data/hexdata.h"
 #include "device/device.h"
 #include "device/devprops.h"
@@ -22,8 +23,10 @@
 #include "shell/comparison.h"
 #include "shell/edit_history.h"
 #include "shell/front_end.h"
+#include "shell/program_on_change.h"
 #include "shell/recent_choices.h"
 #include "shell/session.h"
+#include "shell/watch.h"
 #include "target/worker.h"
 
 // User-interface thread. A worker that still runs is ended, in the time of the clock in force.
@@ -36,6 +39,8 @@ inline void freshProcess() {
     COMPARISON_End();
     RECENTCHOICES_Reset();
     CMDLINE_Reset();
+    ONCHANGE_Reset();
+    WATCH_Reset();
     SESSION_Get() = {};
     PROGRESS_Reset();
     TERMINAL_Clear();
@@ -48,6 +53,7 @@ inline void freshProcess() {
     BOOT_SetChipInRom(false);
     setBootSum(0);
     CHIPRECORD_Forget();
+    forgetProgrammedPassword();
     PASSWORD_Reset();
     PASSWORD_SetLimits(0, 0, 0, 0);
     PASSWORD_SetDialog({});

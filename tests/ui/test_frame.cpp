@@ -1,5 +1,6 @@
 #include "desktop_world.h"
 #include "notice/status.h"
+#include "shell/frame_rules.h"
 #include "shell/program_files.h"
 #include "shell/quick_choice.h"
 #include "shell/recent_choices.h"
@@ -142,6 +143,27 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
                     .hasMatch())
         << details.toStdString();
     EXPECT_TRUE(STATUS_GetText(STATUS_GENERAL).starts_with("Auto passed, "));
+}
+
+TEST(Target, ProgramsWhenTheFileChangesAndTellsFailuresInTheBar) {
+    ChipWorld world;
+    EXPECT_FALSE(world.isEnabled(CMD_TARGET_PROGRAM_ON_CHANGE)) << "the image is of no file";
+    const std::string path = world.programFile();
+    PROGRAM_Open(path);
+    EXPECT_FALSE(world.item(CMD_TARGET_PROGRAM_ON_CHANGE).isChecked());
+    FRAMERULES_Run(CMD_TARGET_PROGRAM_ON_CHANGE);
+    EXPECT_TRUE(world.item(CMD_TARGET_PROGRAM_ON_CHANGE).isChecked());
+    const auto& notice = control<QFrame>(world.frame(), "notice");
+    writeFile(path, ":040000000102030");
+    ASSERT_TRUE(runUntil([&notice] { return notice.isVisible(); }));
+    EXPECT_TRUE(control<QLabel>(notice, "noticeText").text().contains("is cut off"));
+    writeFile(path, ":0400000009020304EA\n:00000001FF\n");
+    click(notice, "Try again");
+    const auto& status = control<QLabel>(world.frame(), "500.0");
+    ASSERT_TRUE(
+        runUntil([&] { return status.text().contains("passed at ") && notice.isHidden(); }));
+    EXPECT_NE(world.window("Terminal I/O"), nullptr);
+    EXPECT_EQ(world.boxes, std::vector<std::string>());
 }
 
 TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
