@@ -9,9 +9,9 @@
 
 namespace {
 
-constexpr int kGap = 6;          // pixels between what stands side by side
-constexpr int kLeastHeight = 3;  // pixels of what must not be overlooked
-constexpr int kLeastHatched = 8; // below, a pattern could not be seen
+constexpr int kGap = 6;            // pixels between what stands side by side
+constexpr size_t kLeastHeight = 3; // pixels of what must not be overlooked
+constexpr int kLeastHatched = 8;   // below, a pattern could not be seen
 constexpr int kColumnCount = 3;
 constexpr int kWidestColumn = 110;
 constexpr int kSwatch = 26;
@@ -69,6 +69,44 @@ const MapStyle* styleOf(int column, bool isMargin, MapFacts facts) {
     return found == std::end(kStyles) ? nullptr : found;
 }
 
+using StyleLine = std::vector<const MapStyle*>; // one a pixel, none where nothing is drawn
+
+// Calls `use` for the first pixel and the one behind the last of each run of the same style.
+template <class Use>
+void forEachRun(const StyleLine& line, const Use& use) {
+    for (size_t first = 0; first < line.size();) {
+        size_t end = first + 1;
+        while (end < line.size() && line[end] == line[first]) {
+            ++end;
+        }
+        use(first, end);
+        first = end;
+    }
+}
+
+// What is too small to be seen takes pixels of what is less important than it.
+StyleLine styleLine(int column, bool isMargin, const std::vector<MapFacts>& facts) {
+    StyleLine line;
+    for (const MapFacts pixel : facts) {
+        line.push_back(styleOf(column, isMargin, pixel));
+    }
+    StyleLine widened = line;
+    forEachRun(line, [&](size_t first, size_t end) {
+        const MapStyle* style = line[first];
+        const size_t height = std::min(kLeastHeight, line.size());
+        const size_t top = std::min(first, line.size() - height);
+        if (style == nullptr || end - first >= height) {
+            return;
+        }
+        for (size_t at = top; at < top + height; ++at) {
+            if (widened[at] == nullptr || style < widened[at]) { // as they stand in the table
+                widened[at] = style;
+            }
+        }
+    });
+    return widened;
+}
+
 } // namespace
 
 MapPicture::MapPicture(const QSize& size, const QPalette& palette, const QFont& font, int current)
@@ -84,20 +122,8 @@ MapPicture::MapPicture(const QSize& size, const QPalette& palette, const QFont& 
         addStrip(column, false, facts);
         addStrip(column, true, facts);
     }
-    addBreaks();
+    addBlocks(current);
     addLabels();
-    for (const DeviceBlock& block : DEVICE_Blocks()) {
-        if (block.index == current) {
-            const MapScale::Span span = scale_.spanOf(block.range);
-            const QRectF all =
-                stripArea(0, false).united(stripArea(kColumnCount - 1, true)).adjusted(-3, 0, 3, 0);
-            shapes_.push_back(
-                {{all.x(), double(top_ + span.first), all.width(), double(span.end - span.first)},
-                 palette_.color(QPalette::Text),
-                 Qt::NoBrush,
-                 {}});
-        }
-    }
 }
 
 // The whole height of the flash; the margin is at the right of its column.
@@ -138,39 +164,41 @@ int MapPicture::layOutLegend() {
 
 void MapPicture::addStrip(int column, bool isMargin, const std::vector<MapFacts>& facts) {
     const QRectF area = stripArea(column, isMargin);
-    const auto count = static_cast<int>(facts.size());
-    for (int first = 0; first < count;) {
-        const MapStyle* style = styleOf(column, isMargin, facts[static_cast<size_t>(first)]);
-        int end = first + 1;
-        while (end < count && styleOf(column, isMargin, facts[static_cast<size_t>(end)]) == style) {
-            ++end;
-        }
-        if (style != nullptr) {
-            const int height = std::max(end - first, kLeastHeight);
-            const int top = std::max(std::min(first, count - height), 0);
-            shapes_.push_back({{area.x(), double(top_ + top), area.width(), double(height)},
+    if (facts.empty() || area.isEmpty()) {
+        return;
+    }
+    const StyleLine line = styleLine(column, isMargin, facts);
+    forEachRun(line, [&](size_t first, size_t end) {
+        if (const MapStyle* style = line[first]) {
+            const auto height = static_cast<double>(end - first);
+            shapes_.push_back({{area.x(), top_ + static_cast<double>(first), area.width(), height},
                                mapColour(style->colour, palette_),
                                height < kLeastHatched ? Qt::SolidPattern : style->pattern,
                                {}});
         }
-        first = end;
-    }
-    if (count > 0 && !area.isEmpty()) {
-        shapes_.push_back({area, palette_.color(QPalette::Text), Qt::NoBrush, {}});
-    }
+    });
+    shapes_.push_back({area, palette_.color(QPalette::Text), Qt::NoBrush, {}});
 }
 
-// A line where a block begins, in the column of the blocks.
-void MapPicture::addBreaks() {
-    const QRectF area = stripArea(0, false);
+// The outlines of the blocks in their column, and a thick one of the current block round all.
+void MapPicture::addBlocks(int current) {
+    const QRectF column = stripArea(0, false);
+    const QRectF all = column.united(stripArea(kColumnCount - 1, true)).adjusted(-4, 0, 4, 0);
+    const auto add = [this](const QRectF& area) {
+        shapes_.push_back({area, palette_.color(QPalette::Text), Qt::NoBrush, {}});
+    };
     for (const DeviceBlock& block : DEVICE_Blocks()) {
         const MapScale::Span span = scale_.spanOf(block.range);
-        if (span.end - span.first > 1) {
-            shapes_.push_back(
-                {{area.x(), double(top_ + span.first), area.width(), double(span.end - span.first)},
-                 palette_.color(QPalette::Text),
-                 Qt::NoBrush,
-                 {}});
+        const double top = top_ + span.first;
+        const double height = span.end - span.first;
+        if (height > 1) {
+            add({column.x(), top, column.width(), height});
+        }
+        if (block.index == current) {
+            for (const int inset : {0, 1, 2}) {
+                add(QRectF(all.x(), top, all.width(), height)
+                        .adjusted(inset, inset, -inset, -inset));
+            }
         }
     }
 }

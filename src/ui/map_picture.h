@@ -36,7 +36,7 @@ private:
     QRectF stripArea(int column, bool isMargin) const;
     int layOutLegend();
     void addStrip(int column, bool isMargin, const std::vector<MapFacts>& facts);
-    void addBreaks();
+    void addBlocks(int current);
     void addLabels();
     void addText(const QRectF& area, const QString& text);
     std::string svg() const;

@@ -129,8 +129,8 @@ public:
         auto* layout = new QHBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->setSpacing(0);
-        layout->addWidget(strip_, 2);
-        layout->addWidget(table_, 3);
+        layout->addWidget(strip_, 1);
+        layout->addWidget(table_, 2);
         setFocusProxy(table_);
         addAction("Select or &Deselect Block", QKeySequence(Qt::Key_Space), [this] { toggle(); });
         addAction("&Save Picture...", QKeySequence("Ctrl+Shift+S"), [this] { save(); });
