@@ -189,11 +189,24 @@ std::vector<AddressRange> rangesOfChip() {
     return ranges;
 }
 
+// "block 0, block 3"; many are not listed.
+std::string blocksThatDiffer() {
+    constexpr int kListed = 4;
+    int count = 0;
+    std::string text;
+    for (const DeviceBlock& block : DEVICE_Blocks()) {
+        if (!comparedRanges(comparison->differences, {block.range}).empty() && ++count <= kListed) {
+            text += (text.empty() ? "" : ", ") + formatText("block %d", block.index);
+        }
+    }
+    return text + (count > kListed ? " and others" : "");
+}
+
 void reportChipDiffers() {
     const AddressRange first = comparison->differences.front();
     const AddressRange byte = AddressRange::of(first.start, 1);
     ERROR_Out(nullptr, "Image and chip differ: " + figures() + ", the first at " + bothOf(byte, 1),
-              1, {Cause::contentsDiffer, figures()});
+              1, {Cause::contentsDiffer, blocksThatDiffer()});
 }
 
 void goTo(size_t index) {

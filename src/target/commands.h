@@ -20,7 +20,8 @@ void TARGET_Program(uint32_t first, uint32_t last); // addresses, last inclusive
 void TARGET_ProgramTarget();
 // End inclusive. Replaces the image by what was read; false, and the image stays, when that failed.
 bool TARGET_ReadBack(uint32_t start, uint32_t end);
-// What the chip holds in these ranges, which ascend and lie within the image; none when that failed.
+// What the chip holds in these ranges, which ascend and lie within the image; none when that
+// failed.
 std::optional<ImageCopy> TARGET_ReadToCompare(const std::vector<AddressRange>& ranges);
 uint16_t TARGET_GetCrc(bool showBox);
 uint16_t TARGET_GetSum(bool showBox);

@@ -128,6 +128,7 @@ TEST(Compare, GoesThroughDifferencesAndEndsWithTheImage) {
                            COMPARISON_Previous}) {
         go();
     }
+    EXPECT_TRUE(world.screen.hints.back().starts_with("The difference lies in block 0. "));
     EXPECT_EQ(shown, "30-30 20-21 30-30 20-21 30-30 ");
     EXPECT_EQ(COMPARISON_TextAt(0x21) + COMPARISON_TextAt(0x22), "21: image 17, chip 02");
     COMPARISON_Save((world.folder() / "report.txt").string());
