@@ -10,6 +10,7 @@
 #include "shell/cmdline_patch.h"
 #include "shell/command_handler.h"
 #include "shell/command_ids.h"
+#include "shell/comparison.h"
 #include "shell/edit_bytes.h"
 #include "shell/edit_history.h"
 #include "shell/edit_operations.h"
@@ -39,6 +40,10 @@ bool loaded() {
 
 bool idleAndLoaded() {
     return idle() && loaded();
+}
+
+bool isCompared() {
+    return idle() && COMPARISON_IsOpen();
 }
 
 bool canUndo() {
@@ -148,6 +153,8 @@ constexpr Command kFile[] = {
     program(CMD_FILE_MERGE, "&Merge...", "", idleAndLoaded, PROGRAM_MergeDialog,
             {"FileMerge", "\t\t<FILE.EXT> Merges specified file", "adds it to what is loaded",
              CMDLINE_MergeFile, "No file currently loaded"}),
+    program(CMD_FILE_COMPARE, "Compare &With File...", "", idleAndLoaded,
+            COMPARISON_WithFileDialog),
     program(CMD_FILE_SAVE, "&Save", "Ctrl+S", idleAndLoaded, PROGRAM_SaveCurrent),
     program(CMD_FILE_SAVE_AS, "Save &As...", "", idleAndLoaded, PROGRAM_SaveAsDialog,
             {"FileSaveAs", "\t\t<FILE.EXT> Saves data to MOT- or HEX-file",
@@ -187,6 +194,12 @@ constexpr Command kEdit[] = {
     kSeparator,
     program(CMD_EDIT_UNDO, "&Undo", "Ctrl+Z", canUndo, HISTORY_Undo),
     program(CMD_EDIT_REDO, "Red&o", "Ctrl+Y", canRedo, HISTORY_Redo),
+    kSeparator,
+    program(CMD_COMPARISON_NEXT, "&Next Difference", "F11", isCompared, COMPARISON_Next),
+    program(CMD_COMPARISON_PREVIOUS, "&Previous Difference", "Shift+F11", isCompared,
+            COMPARISON_Previous),
+    program(CMD_COMPARISON_SAVE, "&Save Comparison...", "", isCompared, COMPARISON_SaveDialog),
+    program(CMD_COMPARISON_END, "&End Comparison", "", isCompared, COMPARISON_End),
 };
 constexpr Command kView[] = {
     view(CMD_VIEW_HEX_LIST, "Hex &List", loaded, View::hexList),
@@ -194,6 +207,7 @@ constexpr Command kView[] = {
     view(CMD_VIEW_LOG, "L&og", always, View::log),
     view(CMD_VIEW_DEVICE, "&Device", always, View::device),
     view(CMD_VIEW_TERMINAL, "&Terminal", always, View::terminal),
+    view(CMD_VIEW_MEMORY_MAP, "&Memory Map", always, View::memoryMap),
     window(CMD_VIEW_INTERRUPT_VECTORS, "&Interrupt vectors", loaded,
            ask<&FrontEnd::interruptVectors>),
 };
@@ -220,6 +234,9 @@ constexpr Command kTarget[] = {
                {"TargetAuto", "\t\tErases complete chip and programs loaded data into target"})),
     target(CMD_TARGET_VERIFY, "&Verify loaded Program", "F8", idleAndLoaded, CHECKS_Verify,
            {"TargetVerify", "\t\tVerifys loaded data with target", "byte by byte"}),
+    target(CMD_TARGET_COMPARE, "Co&mpare With Chip", "", idleAndLoaded, COMPARISON_WithChip,
+           {"TargetCompare", "\t\tCompares loaded data with target, all differences",
+            "of the selected blocks; a difference is a failure", nullptr, "Nothing to compare"}),
     target(CMD_TARGET_BLANK_CHECK_CHIP, "Blankcheck C&hip", "F9", idle, busy<TARGET_BlankCheckChip>,
            {"TargetCheckBlankChip", "\tChecks if chip is blank"}),
     target(CMD_TARGET_BLANK_CHECK_BLOCKS, "Blankcheck B&locks", "", idle,

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-enum class View { hexList, hexDump, log, device, terminal };
+enum class View { hexList, hexDump, log, device, terminal, memoryMap };
 
 struct FileFilter {
     std::string text;    // "Intel Hex file (*.hex)"
@@ -76,10 +76,11 @@ struct FrontEnd {
     std::function<void(View)> closeView = [](View) {};
     std::function<bool(View)> isViewOpen = [](View) { return false; };
     std::function<void(View)> refreshView = [](View) {};
-
     // Brings bytes of the image into view: selected in the dump, or with its caret at the start of
     // an empty range. Nothing where no dump is open.
     std::function<void(const AddressRange&)> showBytes = [](const AddressRange&) {};
+    // The same, and opens the dump where it is closed.
+    std::function<void(const AddressRange&)> revealData = [](const AddressRange&) {};
 
     std::function<std::string()> clipboardText = [] { return std::string(); }; // UTF-8
     std::function<void(const std::string& text)> setClipboard = [](const std::string&) {};

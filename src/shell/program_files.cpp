@@ -47,11 +47,6 @@ std::string fullPath(const std::string& path) {
     return std::filesystem::absolute(path, none).lexically_normal().string();
 }
 
-std::optional<FileChoice> askForProgramFile() {
-    return FRONTEND_Get().chooseFile(
-        {false, "Open file", openFilters(), SESSION_Get().programPath});
-}
-
 // With the dump open meanwhile: closing the last view of the data would unload it.
 void reopenHexList() {
     FrontEnd& frontEnd = FRONTEND_Get();
@@ -180,6 +175,12 @@ bool PROGRAM_MayLoseChanges() {
                      "Unsaved changes", BOX_OK_CANCEL | BOX_DEFAULT_SECOND) == ANSWER_OK;
 }
 
+std::optional<std::string> PROGRAM_AskForFile(const std::string& title) {
+    const auto choice =
+        FRONTEND_Get().chooseFile({false, title, openFilters(), SESSION_Get().programPath});
+    return choice ? std::optional(choice->path) : std::nullopt;
+}
+
 void PROGRAM_OpenRecent(const std::string& path) {
     if (PROGRAM_MayLoseChanges() && PROGRAM_Open(path)) {
         MRU_Add(MRU_PROGRAMS, path);
@@ -187,8 +188,8 @@ void PROGRAM_OpenRecent(const std::string& path) {
 }
 
 void PROGRAM_OpenDialog() {
-    if (const auto choice = askForProgramFile()) {
-        PROGRAM_OpenRecent(choice->path);
+    if (const auto path = PROGRAM_AskForFile("Open file")) {
+        PROGRAM_OpenRecent(*path);
     }
 }
 
@@ -199,9 +200,9 @@ void PROGRAM_CloseCurrent() {
 }
 
 void PROGRAM_MergeDialog() {
-    const auto choice = askForProgramFile();
-    if (choice && PROGRAM_Merge(choice->path)) {
-        MRU_Add(MRU_PROGRAMS, choice->path);
+    const auto path = PROGRAM_AskForFile("Open file");
+    if (path && PROGRAM_Merge(*path)) {
+        MRU_Add(MRU_PROGRAMS, *path);
     }
 }
 

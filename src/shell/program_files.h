@@ -4,6 +4,7 @@
 
 #include "shell/watched_file.h"
 
+#include <optional>
 #include <string>
 
 // Each is false when it failed; then nothing is remembered of it.
@@ -20,6 +21,9 @@ void PROGRAM_Close();  // its views too
 // Whether the image may be given up: asked where it holds changes that are saved nowhere, but never
 // in an unattended run or without windows.
 bool PROGRAM_MayLoseChanges();
+
+// The program file that the user chooses; none when he cancels.
+std::optional<std::string> PROGRAM_AskForFile(const std::string& title);
 
 // The file commands with their dialogs and questions.
 void PROGRAM_OpenDialog();

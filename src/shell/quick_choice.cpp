@@ -1,6 +1,7 @@
 #include "shell/quick_choice.h"
 
 #include "device/device.h"
+#include "device/devprops.h"
 #include "device/devprops_store.h"
 #include "link/target_link.h"
 #include "platform/files.h"
@@ -84,6 +85,20 @@ void CHOICE_TakeDevice(const std::string& name) {
             DEVPROPS_SelectAllBlocks();
         });
     }
+}
+
+bool CHOICE_ToggleBlock(int block) {
+    const bool before = DEVPROPS_IsBlockSelected(block);
+    if (!FRAMERULES_IsFree()) {
+        return false;
+    }
+    DEVPROPS_SelectBlock(block, !before);
+    if (DEVPROPS_IsBlockSelected(block) == before) {
+        return false; // more blocks than can be selected
+    }
+    SETTINGS_Save();
+    CONFIGURATION_Changed();
+    return true;
 }
 
 std::vector<PortChoice> CHOICE_Ports() {

@@ -11,6 +11,9 @@ std::vector<std::string> CHOICE_Devices();
 // Selects the device of that name with all of its blocks, as the options do. Nothing while a
 // command runs or when it is selected already.
 void CHOICE_TakeDevice(const std::string& name);
+// Selects the block of the device, or takes the selection away, as the options do; the connection
+// stays. False, and nothing is done, while a command runs or for a block that cannot be selected.
+bool CHOICE_ToggleBlock(int block);
 
 struct PortChoice {
     std::string name; // "COM1", or a device where no COM number stands for it

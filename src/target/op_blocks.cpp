@@ -1,6 +1,7 @@
 // Operations that name whole blocks to the loader: erase, protect, its own blank check, checksums.
 
 #include "device/device.h"
+#include "link/chip_record.h"
 #include "notice/progress.h"
 #include "platform/format.h"
 #include "target/operation.h"
@@ -23,6 +24,14 @@ Result<> treatBlock(const LoaderCommand& command, const DeviceBlock& block) {
                      : reply.error();
 }
 
+void recordBlock(const LoaderCommand& command, const AddressRange& block, bool done) {
+    if (command.code == kEraseBlock.code) {
+        CHIPRECORD_Note(block, done ? ChipMark::erased : ChipMark::unknown);
+    } else if (done) {
+        CHIPRECORD_NoteProtected(block);
+    }
+}
+
 Result<> eraseOrProtect(const LoaderCommand& command, const std::vector<DeviceBlock>& blocks) {
     setProgressRange(DEVICE_Blocks().size());
     for (const DeviceBlock& block : blocks) {
@@ -31,7 +40,9 @@ Result<> eraseOrProtect(const LoaderCommand& command, const std::vector<DeviceBl
         }
         PROGRESS_SetNote(formatText("Block %d", block.index));
         PROGRESS_SetPos(block.index + 1);
-        if (Result<> done = treatBlock(command, block); !done) {
+        Result<> done = treatBlock(command, block);
+        recordBlock(command, block.range, bool(done));
+        if (!done) {
             return done;
         }
     }
@@ -106,6 +117,7 @@ Result<> opBlankCheck(const Operation& operation) {
         if (Result<> blank = treatBlock(kCheckBlank, block); !blank) {
             return blank;
         }
+        CHIPRECORD_Note(block.range, ChipMark::erased);
     }
     return {};
 }

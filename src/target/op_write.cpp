@@ -2,6 +2,7 @@
 
 #include "data/hexdata.h"
 #include "device/device.h"
+#include "link/chip_record.h"
 #include "link/target_state.h"
 #include "notice/progress.h"
 #include "platform/format.h"
@@ -104,7 +105,11 @@ Result<> opProgramTarget(const Operation&) {
 }
 
 Result<> opFillChip(const Operation&) {
-    return writeDevice(leaveErased);
+    Result<> filled = writeDevice(leaveErased);
+    if (filled) {
+        CHIPRECORD_Note(*deviceRange(), ChipMark::erased);
+    }
+    return filled;
 }
 
 Result<> opFillBlocks(const Operation& operation) {
@@ -125,5 +130,11 @@ Result<> opFillBlocks(const Operation& operation) {
             return written;
         }
     }
-    return finishWriting();
+    if (Result<> finished = finishWriting(); !finished) {
+        return finished;
+    }
+    for (const DeviceBlock& block : operation.blocks) {
+        CHIPRECORD_Note(block.range, ChipMark::erased);
+    }
+    return {};
 }

@@ -50,6 +50,7 @@ constexpr OperationRow kOperations[] = {
      does<opBlankReadBlocks>},
     {OP_PROGRAM_TARGET, "Programming target...", Shows::bytes, Flash::changes,
      does<opProgramTarget>},
+    {OP_COMPARE, "Comparing...", Shows::bytes, Flash::stays, does<opCompare>},
 };
 
 int32_t saturate(uint64_t value) {

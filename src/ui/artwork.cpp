@@ -107,6 +107,16 @@ void paintTerminal(QPainter& painter) {
     painter.drawLine(QPointF(7.8, 10.8), QPointF(12, 10.8));
 }
 
+void paintMemoryMap(QPainter& painter) {
+    paintSheet(painter);
+    painter.setBrush(kAccent);
+    painter.drawRect(QRectF(4, 3, 3.4, 7.6));
+    painter.setBrush(kInk);
+    for (const qreal row : {3.0, 5.8, 8.6, 11.4}) {
+        painter.drawRect(QRectF(8.6, row, 3.4, 2));
+    }
+}
+
 void paintHelp(QPainter& painter) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(kAccent);
@@ -198,6 +208,8 @@ void paint(QPainter& painter, Art art) {
         return paintChip(painter);
     case Art::terminal:
         return paintTerminal(painter);
+    case Art::memoryMap:
+        return paintMemoryMap(painter);
     case Art::help:
         return paintHelp(painter);
     }

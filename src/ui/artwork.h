@@ -12,6 +12,7 @@ enum class Art {
     log,
     device,
     terminal,
+    memoryMap,
     help,
     // of the tool bar
     open,

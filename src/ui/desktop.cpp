@@ -82,6 +82,10 @@ void fillViews(FrontEnd& frontEnd) {
     frontEnd.isViewOpen = VIEWS_IsOpen;
     frontEnd.refreshView = VIEWS_Refresh;
     frontEnd.showBytes = VIEWS_ShowBytes;
+    frontEnd.revealData = [](const AddressRange& range) {
+        openView(View::hexDump);
+        VIEWS_ShowBytes(range);
+    };
     frontEnd.cascade = VIEWS_Cascade;
     frontEnd.tileHorizontally = [] { VIEWS_Tile(true); };
     frontEnd.tileVertically = [] { VIEWS_Tile(false); };

@@ -61,6 +61,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -102,6 +103,9 @@ private:
     void drawCaret(QPainter& painter, uint32_t start, int top) const;
     void drawCaretBlock(QPainter& painter, const QRectF& cell) const;
     void drawLine(QPainter& painter, int row, uint32_t line);
+    void drawDifferences(QPainter& painter, uint32_t start, int top) const;
+    void drawDifference(QPainter& painter, int column, const QString& text, const QRectF& place,
+                        bool isSelected) const;
     void drawColumn(QPainter& painter, int column, int top, const QString& text,
                     const QRectF& selected) const;
 

@@ -5,6 +5,7 @@
 #include "notice/error.h"
 #include "platform/format.h"
 #include "shell/command_ids.h"
+#include "shell/comparison.h"
 #include "shell/front_end.h"
 #include "ui/find_bar.h"
 #include "ui/frame_menu.h"
@@ -14,6 +15,7 @@
 #include <QAction>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QVBoxLayout>
 
 namespace {
@@ -34,8 +36,14 @@ public:
         layout->setContentsMargins(0, 0, 0, 0);
         layout->setSpacing(0);
         layout->addWidget(area_, 1);
+        layout->addWidget(note_);
         layout->addWidget(findBar_);
         setFocusProxy(area_);
+        note_->setObjectName("comparisonNote");
+        note_->setContentsMargins(3, 2, 3, 2);
+        note_->setTextFormat(Qt::PlainText);
+        note_->setWordWrap(true);
+        showNote();
         addAction("&Copy", QKeySequence::Copy, [this] { copy(); });
         addAction("Select &All", QKeySequence::SelectAll, [this] { area_->selectAll(); });
         addAction("&Go to Address...", QKeySequence("Ctrl+G"), [this] { goTo(); });
@@ -44,17 +52,22 @@ public:
         area_->setContextMenuPolicy(Qt::ActionsContextMenu);
     }
 
-    void refresh() override { area_->refresh(); }
+    void refresh() override {
+        area_->refresh();
+        showNote();
+    }
+
     void showBytes(const AddressRange& range) override {
-        if (!area_->range().contains(range.start)) {
-            return;
-        }
-        if (range.empty()) {
+        const AddressRange& shown = area_->range();
+        const uint32_t first = std::max(range.start, shown.start);
+        const uint64_t end = std::min(range.end, shown.end);
+        if (first < end) {
+            area_->select({static_cast<uint32_t>(end - 1), first, area_->caret().characters});
+        } else if (range.empty() && shown.contains(range.start)) {
             area_->placeCaret(range.start);
-        } else {
-            area_->select({range.last(), range.start, area_->caret().characters});
         }
     }
+
     std::vector<int> columnWidths() const override { return area_->columns().toStore(); }
     void setColumnWidths(const std::vector<int>& widths) override {
         area_->columns().setStored(widths);
@@ -126,6 +139,13 @@ private:
         }
     }
 
+    // Under the dump, as long as there is a comparison.
+    void showNote() {
+        const std::string text = COMPARISON_Note();
+        note_->setText(QString::fromStdString(text));
+        note_->setVisible(!text.empty());
+    }
+
     uint32_t startOfSearch() const {
         return area_->selection() ? area_->selection()->range().start : area_->caret().address;
     }
@@ -157,6 +177,7 @@ private:
 
     HexDumpArea* area_;
     QWidget* findBar_;
+    QLabel* note_ = new QLabel(this);
 };
 
 } // namespace

@@ -26,3 +26,11 @@ QColor LOOK_GoodColour(const QPalette& palette) {
 QColor LOOK_BadColour(const QPalette& palette) {
     return isDark(palette) ? QColor(255, 128, 128) : QColor(128, 0, 0);
 }
+
+QColor LOOK_PlainColour(const QPalette& palette) {
+    return isDark(palette) ? QColor(128, 184, 255) : QColor(0, 84, 166);
+}
+
+QColor LOOK_NoteColour(const QPalette& palette) {
+    return isDark(palette) ? QColor(255, 192, 96) : QColor(128, 72, 0);
+}

@@ -94,6 +94,11 @@ TextTableModel::TextTableModel(std::span<const TextColumn> columns, QObject* par
 }
 
 void TextTableModel::setRows(int count, CellText text) {
+    if (count == count_ && count > 0) { // who hears the table stays where he is
+        text_ = std::move(text);
+        emit dataChanged(index(0, 0), index(count - 1, columnCount() - 1));
+        return;
+    }
     beginResetModel();
     count_ = count;
     text_ = std::move(text);

@@ -29,3 +29,4 @@ ViewWidget* HEXDUMPVIEW_Create(QWidget* parent);
 ViewWidget* DEVICEVIEW_Create(QWidget* parent);
 ViewWidget* LOGVIEW_Create(QWidget* parent);
 ViewWidget* TERMINALVIEW_Create(QWidget* parent);
+ViewWidget* MEMORYMAPVIEW_Create(QWidget* parent);

@@ -7,6 +7,7 @@
 #include "data/hexdata.h"
 #include "device/device.h"
 #include "device/devprops.h"
+#include "link/chip_record.h"
 #include "link/password.h"
 #include "link/target_link.h"
 #include "link/target_state.h"
@@ -20,6 +21,7 @@
 #include "serial/sio.h"
 #include "serial/terminal_buffer.h"
 #include "shell/cmdline.h"
+#include "shell/comparison.h"
 #include "shell/edit_history.h"
 #include "shell/edit_place.h"
 #include "shell/front_end.h"
@@ -36,6 +38,7 @@ inline void freshProcess() {
     SIO_Exit();
     SIO_Init(0, 0, 0, 8, 0, 0);
     FRONTEND_Set({});
+    COMPARISON_End();
     RECENTCHOICES_Reset();
     CMDLINE_Reset();
     ONCHANGE_Reset();
@@ -52,6 +55,7 @@ inline void freshProcess() {
     BOOT_SetState(BOOT_UNSYNCED);
     BOOT_SetChipInRom(false);
     setBootSum(0);
+    CHIPRECORD_Forget();
     forgetProgrammedPassword();
     PASSWORD_Reset();
     PASSWORD_SetLimits(0, 0, 0, 0);
