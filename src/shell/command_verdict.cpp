@@ -41,13 +41,13 @@ CommandVerdict::~CommandVerdict() {
 std::string CommandVerdict::line() const {
     const bool judged = RUN_Judgements() != judgements_;
     if (judged && RUN_GetExitCode() != 0) {
-        return plainName(command_) + " failed" + (firstReport.empty() ? "" : ": " + firstReport);
+        return "Failed: " + plainName(command_) + (firstReport.empty() ? "" : ": " + firstReport);
     }
     const ProgressTotal total = PROGRESS_Total();
     if (total.openings == progress_.openings) {
         return "";
     }
-    return formatText("%s passed, %.1f s", plainName(command_).c_str(),
+    return formatText("Passed: %s, %.1f s", plainName(command_).c_str(),
                       (total.ms - progress_.ms) / 1000.0);
 }
 

@@ -179,7 +179,7 @@ std::string chipName() {
 // What is read of the chip; none, and said so, when there is nothing.
 std::vector<AddressRange> rangesOfChip() {
     const std::vector<AddressRange> areas = HEXDATA_GetAreas();
-    const std::vector<AddressRange> ranges =
+    std::vector<AddressRange> ranges =
         comparedRanges(areas, DEVICE_JoinedRanges(DEVICE_SelectedBlocks()));
     const uint64_t left = bytesOf(areas) - bytesOf(ranges);
     if (ranges.empty()) {

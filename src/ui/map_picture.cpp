@@ -9,9 +9,9 @@
 
 namespace {
 
-constexpr int kGap = 6;            // pixels between what stands side by side
-constexpr size_t kLeastHeight = 3; // pixels of what must not be overlooked
-constexpr int kLeastHatched = 8;   // below, a pattern could not be seen
+constexpr int kGap = 6;          // pixels between what stands side by side
+constexpr size_t kLeastMark = 3; // pixels of what must not be overlooked
+constexpr int kLeastHatched = 8; // below, a pattern could not be seen
 constexpr int kColumnCount = 3;
 constexpr int kWidestColumn = 110;
 constexpr int kSwatch = 26;
@@ -93,7 +93,7 @@ StyleLine styleLine(int column, bool isMargin, const std::vector<MapFacts>& fact
     StyleLine widened = line;
     forEachRun(line, [&](size_t first, size_t end) {
         const MapStyle* style = line[first];
-        const size_t height = std::min(kLeastHeight, line.size());
+        const size_t height = std::min(kLeastMark, line.size());
         const size_t top = std::min(first, line.size() - height);
         if (style == nullptr || end - first >= height) {
             return;
@@ -117,7 +117,7 @@ MapPicture::MapPicture(const QSize& size, const QPalette& palette, const QFont& 
     const std::vector<MapFacts> facts = MEMORYMAP_Pixels(scale_);
     for (int column = 0; column < kColumnCount; ++column) {
         const QRectF area = stripArea(column, false).united(stripArea(column, true));
-        addText({area.x(), double(kGap), area.width(), double(line_)},
+        addText({area.x(), double(kGap), area.width() + kGap, double(line_)},
                 kColumnTitles[static_cast<size_t>(column)]);
         addStrip(column, false, facts);
         addStrip(column, true, facts);

@@ -58,7 +58,7 @@ public:
         : QWidget(parent), clicked_(std::move(clicked)) {
         setObjectName("MapStrip");
         setAccessibleName("Memory map, told by the table beside it");
-        setMinimumWidth(120);
+        setMinimumWidth(27 * fontMetrics().averageCharWidth()); // three titles and the addresses
     }
 
     void forget(int current) {

@@ -99,14 +99,14 @@ ChoiceBox* addChoice(QToolBar* bar, const char* name, std::function<void(QComboB
     return box;
 }
 
-void fillDevices(QComboBox& box) {
+void offerDevices(QComboBox& box) {
     for (const std::string& name : CHOICE_Devices()) {
         box.addItem(QString::fromStdString(name), QString::fromStdString(name));
     }
     box.setCurrentIndex(box.findData(QString::fromStdString(DEVICE_GetName())));
 }
 
-void fillPorts(QComboBox& box) {
+void offerPorts(QComboBox& box) {
     for (const PortChoice& port : CHOICE_Ports()) {
         box.addItem(QString::fromStdString(port.text), QString::fromStdString(port.name));
     }
@@ -124,8 +124,8 @@ QToolBar* TOOLBAR_Create(QWidget* parent) {
     bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     addButton(bar, kOpen);
     bar->addSeparator();
-    tools.device = addChoice(bar, "Device", fillDevices, CHOICE_TakeDevice);
-    tools.port = addChoice(bar, "Port", fillPorts, CHOICE_TakePort);
+    tools.device = addChoice(bar, "Device", offerDevices, CHOICE_TakeDevice);
+    tools.port = addChoice(bar, "Port", offerPorts, CHOICE_TakePort);
     bar->addSeparator();
     for (const ToolButton& button : kButtons) {
         addButton(bar, button);

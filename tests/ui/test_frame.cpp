@@ -123,7 +123,7 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
                          "Password Warning: File does not contain all password bytes!\nContinue?"};
     EXPECT_EQ(world.boxes, (Texts{asked[0], asked[1], "Error: Action canceled"}));
     EXPECT_FALSE(world.progress().isVisible());
-    EXPECT_EQ(STATUS_GetText(STATUS_GENERAL), "Auto failed: Action canceled");
+    EXPECT_EQ(STATUS_GetText(STATUS_GENERAL), "Failed: Auto: Action canceled");
     EXPECT_EQ(flash()[0], 0x5A);
     EXPECT_EQ(flash()[19999], 0xFF);
     cancels = false;
@@ -142,7 +142,7 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
                     .match(details)
                     .hasMatch())
         << details.toStdString();
-    EXPECT_TRUE(STATUS_GetText(STATUS_GENERAL).starts_with("Auto passed, "));
+    EXPECT_TRUE(STATUS_GetText(STATUS_GENERAL).starts_with("Passed: Auto, "));
 }
 
 TEST(Target, ProgramsWhenTheFileChangesAndTellsFailuresInTheBar) {
