@@ -8,7 +8,8 @@
 #include <string>
 
 // Lives beside a command: "Passed: Auto, 2.6 s" or "Failed: Auto: WHAT" stands in the status bar
-// once it has ended. Of one that does not work on the target, or that was not begun, nothing is said.
+// once it has ended. Of one that does not work on the target, or that was not begun, nothing is
+// said.
 class CommandVerdict {
 public:
     explicit CommandVerdict(const Command& command);
