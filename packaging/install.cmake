@@ -24,11 +24,13 @@ foreach(page calvorin calvorin-sim)
 endforeach()
 add_custom_target(calvorin_man_pages ALL DEPENDS ${PAGES})
 install(FILES ${PAGES} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT calvorin)
-install(FILES ${REFERENCE}/calvorin.bash RENAME calvorin
-  DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions COMPONENT calvorin)
-install(FILES ${REFERENCE}/_calvorin
+foreach(program calvorin calvorin-sim)
+  install(FILES ${REFERENCE}/${program}.bash RENAME ${program}
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions COMPONENT calvorin)
+endforeach()
+install(FILES ${REFERENCE}/_calvorin ${REFERENCE}/_calvorin-sim
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/vendor-completions COMPONENT calvorin)
-install(FILES ${REFERENCE}/calvorin.fish
+install(FILES ${REFERENCE}/calvorin.fish ${REFERENCE}/calvorin-sim.fish
   DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/fish/vendor_completions.d COMPONENT calvorin)
 install(FILES 70-calvorin.rules DESTINATION lib/udev/rules.d COMPONENT calvorin)
 

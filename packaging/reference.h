@@ -25,6 +25,9 @@ std::string REFERENCE_SimManPage();
 std::string REFERENCE_Bash();
 std::string REFERENCE_Zsh();
 std::string REFERENCE_Fish();
+std::string REFERENCE_SimBash();
+std::string REFERENCE_SimZsh();
+std::string REFERENCE_SimFish();
 // The document with its generated parts, those between "<!-- begin NAME -->" and "<!-- end NAME
 // -->", as they are to be.
 std::string REFERENCE_Document(const std::string& document);

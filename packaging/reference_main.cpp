@@ -12,9 +12,10 @@ constexpr struct {
     const char* file;
     std::string (*text)();
 } kFiles[] = {
-    {"calvorin.1", REFERENCE_ManPage}, {"calvorin-sim.1", REFERENCE_SimManPage},
-    {"calvorin.bash", REFERENCE_Bash}, {"_calvorin", REFERENCE_Zsh},
-    {"calvorin.fish", REFERENCE_Fish},
+    {"calvorin.1", REFERENCE_ManPage},   {"calvorin-sim.1", REFERENCE_SimManPage},
+    {"calvorin.bash", REFERENCE_Bash},   {"_calvorin", REFERENCE_Zsh},
+    {"calvorin.fish", REFERENCE_Fish},   {"calvorin-sim.bash", REFERENCE_SimBash},
+    {"_calvorin-sim", REFERENCE_SimZsh}, {"calvorin-sim.fish", REFERENCE_SimFish},
 };
 
 int failure(const std::string& text) {

@@ -10,12 +10,13 @@ touch app.hex board.dev
 mkdir sub
 export HOME=$work XDG_CONFIG_HOME=$work XDG_DATA_HOME=$work XDG_CACHE_HOME=$work
 
+program=calvorin
 in_bash() { # WORD: what may stand there, a line each
-  bash --norc -c '. "$1"; COMP_WORDS=(calvorin "${@:2}"); COMP_CWORD=$(($# - 1)); _calvorin calvorin
-    printf "%s\n" "${COMPREPLY[@]}"' bash "$folder/calvorin.bash" "$@"
+  bash --norc -c '. "$1"; COMP_WORDS=("$2" "${@:3}"); COMP_CWORD=$(($# - 2)); "_${2/-/_}" "$2"
+    printf "%s\n" "${COMPREPLY[@]}"' bash "$folder/$program.bash" "$program" "$@"
 }
 in_fish() {
-  fish --no-config -c 'source $argv[1]; complete -C "calvorin $argv[2]"' "$folder/calvorin.fish" "$*" | cut -f1
+  fish --no-config -c 'source $argv[1]; complete -C "$argv[2] $argv[3]"' "$folder/$program.fish" "$program" "$*" | cut -f1
 }
 in_zsh() { # what zsh shows on a terminal of its own, control characters and all, once all of EXPECTED is there
   zsh -f -c '
@@ -23,7 +24,7 @@ in_zsh() { # what zsh shows on a terminal of its own, control characters and all
     zpty z zsh -f -i
     zpty -w z "PS1=; fpath=($1 \$fpath); autoload -Uz compinit; compinit -u -D; zstyle \":completion:*\" list-prompt \"\"; LISTMAX=1000; stty columns 200; print RE\"\"ADY"
     zpty -r -m z line "*READY*"
-    zpty -n -w z "calvorin $2"$'"'\\t\\t'"'
+    zpty -n -w z "$2"$'"'\\t\\t'"'
     shown=
     repeat 300; do
       while zpty -r -t z line; do shown+=$line; done
@@ -32,7 +33,7 @@ in_zsh() { # what zsh shows on a terminal of its own, control characters and all
       (( missing )) || break
       sleep 0.1
     done
-    print -r -- "$shown"' zsh "$folder" "$*" "${EXPECTED[@]}"
+    print -r -- "$shown"' zsh "$folder" "$program $*" "${EXPECTED[@]}"
 }
 
 failed=0
@@ -60,6 +61,14 @@ for shell in bash fish zsh; do
   expect "$shell" ap app.hex
   port=$(calvorin --list-ports 2>/dev/null | awk 'NR == 1 { print $NF == "-" ? $1 : $NF }')
   [ -z "$port" ] || expect "$shell" -OptionsCOMPort/d "-OptionsCOMPort$port"
+done
+program=calvorin-sim
+for shell in bash fish zsh; do
+  expect "$shell" --app- --app-text --app-every --app-echo
+  expect "$shell" --device\ VT-A6 VT-A60 VT-A64R
+  expect "$shell" --flash-in\ ap app.hex
+  expect "$shell" --devices\ s sub
+  expect "$shell" --fault\ die die-at-byte
 done
 [ "$failed" -eq 0 ] && echo "completions: bash, fish and zsh offer what they should"
 exit "$failed"

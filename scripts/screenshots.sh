@@ -62,7 +62,7 @@ start() { # ARGUMENTS of the program, whose windows the pictures then show
 # A picture of the frame; whole=1: of the screen, which is a little larger.
 shot() {
   sleep "${2:-0.7}"
-  crop=(-crop "$((800 * scale))x$((600 * scale))+0+0" +repage)
+  crop=(-crop "$((800 * scale))x$((600 * scale))+$((30 * scale))+$((10 * scale))" +repage)
   [ -z "${whole:-}" ] || crop=()
   import -window root "${crop[@]}" +dither -colors 256 "PNG8:$target/$1.png"
   echo "$target/$1.png"
@@ -105,7 +105,10 @@ intoDump
 keys ctrl+f; xdotool type "05 24 43"; keys Return; shot find; keys Escape
 keys ctrl+g; xdotool type 3000; keys Return; shot go-to; keys Escape
 keys F7; shot programming 2.5; shot finished 8; keys Return; shot after
-keys F5; shot read-back; keys Escape
+keys alt+v m; shot memory-map; keys ctrl+F4
+intoDump
+xdotool key --delay 50 1 2 3 4; keys alt+t; for _ in 1 2 3 4 5 6 7 8 9; do keys Down; done
+keys Return; sleep 3; keys Return; shot comparison; keys F5; shot read-back; keys Escape
 keys F6; shot get-crc 3; keys Return
 keys alt+w h; shot tiled; keys alt+w c; shot cascaded; keys alt+w r
 xdotool mousemove $((740 * scale)) $((590 * scale)); shot tool-tip 1.5

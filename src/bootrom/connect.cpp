@@ -3,6 +3,7 @@
 #include "bootrom/boot_wire.h"
 #include "bootrom/download.h"
 #include "device/device.h"
+#include "link/chip_record.h"
 #include "link/target_link.h"
 #include "link/target_state.h"
 #include "notice/error.h"
@@ -57,6 +58,9 @@ bool confirmReadProtect() {
 } // namespace
 
 int TARGET_Connect() {
+    if (SIO_IsLost()) {
+        CHIPRECORD_Forget(); // it was unplugged, who knows from what
+    }
     const BootRomProtocol* family = _SelectProtocol();
     if (family == nullptr) {
         return 0;
@@ -77,6 +81,9 @@ int TARGET_Connect() {
         return 1;
     }
     const Failure& failure = downloaded.error();
+    if (failure.code != TERR_CANCELLED) {
+        CHIPRECORD_Forget();
+    }
     _BootFail(failure);
     TARGET_Disconnect();
     summarize(failure);

@@ -26,7 +26,7 @@ std::string loaderSent;
 
 // An unattended run cannot ask; that it would have had to is said through the question notifier.
 Result<> askForPassword() {
-    if (RUN_IsUnattended()) {
+    if (RUN_IsQuiet()) {
         ERROR_Ask(nullptr, "A password is needed to connect", "Password", BOX_OK);
         return Failure{.hint = passwordHint()};
     }

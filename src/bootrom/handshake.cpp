@@ -39,8 +39,8 @@ bool resetIsDone() {
         return true;
     }
     PROGRESS_HideClock();
-    if (!RUN_IsUnattended() && ERROR_Ask(nullptr, "Please reset target\nand then press enter...",
-                                         "Target", BOX_OK_CANCEL) != ANSWER_OK) {
+    if (!RUN_IsQuiet() && ERROR_Ask(nullptr, "Please reset target\nand then press enter...",
+                                    "Target", BOX_OK_CANCEL) != ANSWER_OK) {
         return false;
     }
     PROGRESS_StartClock();

@@ -13,6 +13,12 @@ namespace {
 
 const BootPassword* offered = nullptr;
 
+struct ProgrammedPassword {
+    std::string device;
+    BootPassword password;
+};
+std::optional<ProgrammedPassword> programmed;
+
 std::optional<uint8_t> imageByte(uint32_t address) {
     uint32_t found = address;
     const uint8_t* data = nullptr;
@@ -93,6 +99,8 @@ std::string whatWasOffered(const BootPassword& password) {
         return "that of a blank chip, all FF,";
     case BootPassword::Origin::image:
         return formatText("that of the loaded file (%s)", password.places.c_str());
+    case BootPassword::Origin::programmed:
+        return formatText("that of what was programmed last (%s)", password.places.c_str());
     default:
         return password.bytes.empty() ? "none"
                                       : formatText("yours of %zu bytes", password.bytes.size());
@@ -120,11 +128,35 @@ std::vector<BootPassword> passwordsToTry(const BootRomProtocol& family) {
     if (PASSWORD_GetLen() != 0) {
         passwords.push_back(usersPassword());
     }
+    if (_IsBlank()) {
+        return passwords;
+    }
+    const auto isUsers = [&passwords](const BootPassword& password) {
+        return !passwords.empty() && passwords.front().bytes == password.bytes;
+    };
     const std::optional<BootPassword> image = imagesPassword(family);
-    if (!_IsBlank() && image && (passwords.empty() || passwords.front().bytes != image->bytes)) {
+    const bool isKnown = programmed && programmed->device == DEVICE_GetName() &&
+                         !isUsers(programmed->password) &&
+                         (!image || image->bytes != programmed->password.bytes);
+    if (isKnown) {
+        passwords.push_back(programmed->password);
+    }
+    if (image && !isUsers(*image)) {
         passwords.push_back(*image);
     }
     return passwords;
+}
+
+void noteProgrammedPassword() {
+    programmed.reset();
+    if (const std::optional<BootPassword> image = imagesPassword(*currentProtocol())) {
+        programmed = {DEVICE_GetName(), *image};
+        programmed->password.origin = BootPassword::Origin::programmed;
+    }
+}
+
+void forgetProgrammedPassword() {
+    programmed.reset();
 }
 
 BootPassword passwordInForce() {

@@ -11,15 +11,19 @@
 inline constexpr const char* kPasswordRefused = "Password checksum failed";
 
 struct BootPassword {
-    enum class Origin { blankChip, user, image } origin = Origin::user;
+    enum class Origin { blankChip, user, programmed, image } origin = Origin::user;
     uint32_t adrCount = 0; // as the image sees them
     uint32_t adrCompare = 0;
     std::vector<uint8_t> bytes; // of a blank chip: none, the family fills
     std::string places = {};    // in the image: "FFC1 - FFC8"
 };
 
-// The passwords to try one after the other, by the last flash checksum, the user's settings and the
-// loaded file. Empty: the user has to be asked.
+// The chip holds the loaded file from here on. Another build may hold another password, and is the
+// loaded file when the chip still asks for this one.
+void noteProgrammedPassword();
+void forgetProgrammedPassword();
+// The passwords to try one after the other, by the last flash checksum, the user's settings, what
+// was programmed last and the loaded file. Empty: the user has to be asked.
 std::vector<BootPassword> passwordsToTry(const BootRomProtocol& family);
 // The first of them, or the user's: what a command sends that tries only one.
 BootPassword passwordInForce();

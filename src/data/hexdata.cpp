@@ -27,9 +27,11 @@ struct ImageState {
 std::mutex imageMutex; // guards both
 AreaMap areas;
 ImageState image;
+AreaMap* filled = &areas; // what readers fill
+ImageState besideWhat;    // the one image's state while another one is filled
 
 bool isRefused(uint32_t address, uint64_t end) {
-    return !image.overwriteConfirmed && areas.holdsAny(address, end);
+    return !image.overwriteConfirmed && filled->holdsAny(address, end);
 }
 
 // Asked without the lock: the answer may take minutes, and the views go on drawing the image.
@@ -60,6 +62,19 @@ AreaMap& ImageLock::areas() const { // NOLINT(readability-convert-member-functio
     return ::areas;
 }
 
+void IMAGESTORE_FillBeside(AreaMap* beside) {
+    const std::lock_guard lock(imageMutex);
+    if (beside != nullptr) {
+        besideWhat = image;
+        image.overwriteConfirmed = false;
+    } else { // its sums may have been taken anew meanwhile
+        image.overwriteConfirmed = besideWhat.overwriteConfirmed;
+        image.addError = besideWhat.addError;
+        image.fileType = besideWhat.fileType;
+    }
+    filled = beside != nullptr ? beside : &areas;
+}
+
 const char* HEXDATA_AddData(uint32_t address, std::span<const uint8_t> bytes) {
     if (bytes.empty()) {
         return nullptr;
@@ -75,7 +90,7 @@ const char* HEXDATA_AddData(uint32_t address, std::span<const uint8_t> bytes) {
             return image.addError = kMultipleDefinitions;
         }
     }
-    areas.put(address, bytes);
+    filled->put(address, bytes);
     return nullptr;
 }
 
@@ -96,7 +111,7 @@ void HEXDATA_DeleteRange(uint32_t address, uint64_t count) {
 
 void HEXDATA_Clear() {
     const std::lock_guard lock(imageMutex);
-    areas.clear();
+    filled->clear();
 }
 
 bool HEXDATA_Relocate(int32_t offset) {
@@ -106,6 +121,7 @@ bool HEXDATA_Relocate(int32_t offset) {
 
 void HEXDATA_Reset() {
     const std::lock_guard lock(imageMutex);
+    filled = &areas;
     areas.clear();
     image = ImageState();
 }
@@ -142,8 +158,8 @@ void HEXDATA_Copy(uint32_t address, std::span<uint8_t> bytes, std::span<bool> he
 
 uint64_t HEXDATA_GetRoom(uint32_t address) {
     const std::lock_guard lock(imageMutex);
-    const auto area = areas.findFrom(address);
-    const uint64_t end = area == areas.index().end() ? kAddressSpace : area->first;
+    const auto area = filled->findFrom(address);
+    const uint64_t end = area == filled->index().end() ? kAddressSpace : area->first;
     return end > address ? end - address : 0;
 }
 

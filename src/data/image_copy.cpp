@@ -103,6 +103,18 @@ ImageCopy HEXDATA_TakeCopy(const std::vector<AddressRange>& ranges) {
     return copyOf(image.areas(), ranges);
 }
 
+ImageBeside::ImageBeside() : areas_(std::make_unique<AreaMap>()) {
+    IMAGESTORE_FillBeside(areas_.get());
+}
+
+ImageBeside::~ImageBeside() {
+    IMAGESTORE_FillBeside(nullptr);
+}
+
+ImageCopy ImageBeside::copy() const {
+    return copyOf(*areas_, {IMAGECOPY_Everything()});
+}
+
 void HEXDATA_Exchange(ImageCopy& copy) {
     const ImageLock image;
     AreaMap& areas = image.areas();

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 // What the image held in some ranges. All lists ascend and do not overlap.
@@ -21,6 +22,22 @@ struct ImageCopy {
 AddressRange IMAGECOPY_Everything();
 
 ImageCopy HEXDATA_TakeCopy(const std::vector<AddressRange>& ranges);
+// While it lives, what is read from files becomes an image beside the one of the process, which
+// stays as it is and is what everybody else sees. User-interface thread, one at a time, while no
+// operation runs on the target.
+class ImageBeside {
+public:
+    ImageBeside();
+    ~ImageBeside();
+    ImageBeside(const ImageBeside&) = delete;
+    ImageBeside& operator=(const ImageBeside&) = delete;
+
+    ImageCopy copy() const; // of all addresses
+
+private:
+    std::unique_ptr<class AreaMap> areas_;
+};
+
 // Puts the copy in place of what the image holds in its ranges, which becomes the copy. Nobody sees
 // the image in between.
 void HEXDATA_Exchange(ImageCopy& copy);

@@ -19,6 +19,10 @@ private:
     std::unique_lock<std::mutex> lock_;
 };
 
+// What HEXDATA_AddData, _GetRoom and _Clear work on from here on, with a consent of its own;
+// nullptr: the one image again.
+void IMAGESTORE_FillBeside(AreaMap* beside);
+
 // Calls `held`(address, bytes) and `gap`(address, end) for the pieces of a range in ascending
 // order.
 template <class Held, class Gap>

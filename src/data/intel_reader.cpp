@@ -90,3 +90,9 @@ RecordParser startIntelHex() {
         readIntelRecord(reader, base, image);
     };
 }
+
+bool isIntelEnd(std::string_view line) {
+    constexpr size_t kTypeAt = 7; // behind colon, count and address
+    constexpr size_t kShortest = 11;
+    return line.size() >= kShortest && line.substr(kTypeAt).starts_with("01");
+}

@@ -49,9 +49,9 @@ void openWindow(RecordWriter& writer, Window& window, uint32_t address) {
 
 } // namespace
 
-void writeIntelHex(RecordWriter& writer) {
+void writeIntelHex(RecordWriter& writer, const AddressRange& range) {
     Window window;
-    forEachPiece(kRecordData, [&](uint32_t address, std::span<const uint8_t> data) {
+    forEachPiece(kRecordData, range, [&](uint32_t address, std::span<const uint8_t> data) {
         if (address > window.base + kWindowUse) {
             openWindow(writer, window, address);
         }

@@ -97,9 +97,13 @@ bool PROGRAMFILE_Save(const std::filesystem::path& path, int type) {
         }
         return false;
     }
-    RecordWriter writer(file);
-    wanted->write(writer);
-    if (const FileResult written = writer.finish(); !written.ok()) {
+    RecordWriter writer([&file](std::string_view text) { return file.write(text); });
+    wanted->write(writer, AddressRange::upTo(0, UINT32_MAX));
+    FileResult written = writer.finish();
+    if (written.ok()) {
+        written = file.commit();
+    }
+    if (!written.ok()) {
         reportFile("Error writing file", path, written);
         return false;
     }

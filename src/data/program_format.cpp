@@ -7,8 +7,10 @@
 
 std::span<const ProgramFormat> PROGRAMFORMAT_All() {
     static const ProgramFormat rows[] = {
-        {FILETYPE_INTEL, "Intel Hex file", ".hex", "*.h*", ':', startIntelHex, writeIntelHex},
-        {FILETYPE_SRECORD, "Motorola S file", ".mot", "*.s*", 'S', startSRecords, writeSRecords},
+        {FILETYPE_INTEL, "Intel Hex file", ".hex", "*.h*", ':', startIntelHex, writeIntelHex,
+         isIntelEnd},
+        {FILETYPE_SRECORD, "Motorola S file", ".mot", "*.s*", 'S', startSRecords, writeSRecords,
+         isSRecordEnd},
     };
     return rows;
 }

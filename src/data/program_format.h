@@ -2,6 +2,7 @@
 // one is a source with its reader and its writer, declared here, and a row in program_format.cpp.
 #pragma once
 
+#include "data/address_range.h"
 #include "data/image_batch.h"
 #include "data/record_reader.h"
 #include "data/record_writer.h"
@@ -9,6 +10,7 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <string_view>
 
 enum FileType : int { FILETYPE_NONE = 0, FILETYPE_INTEL = 1, FILETYPE_SRECORD = 2 };
 
@@ -16,13 +18,14 @@ enum FileType : int { FILETYPE_NONE = 0, FILETYPE_INTEL = 1, FILETYPE_SRECORD = 
 using RecordParser = std::function<void(RecordReader& reader, ImageBatch& image)>;
 
 struct ProgramFormat {
-    int type;                     // a FileType
-    std::string name;             // "Intel Hex file"
-    std::string suffix;           // ".hex", which a written file has
-    std::string readPattern;      // "*.h*", which files that are read may have
-    char firstCharacter;          // by which a file is recognised
-    RecordParser (*startFile)();  // makes the parser of one file
-    void (*write)(RecordWriter&); // the whole image
+    int type;                                          // a FileType
+    std::string name;                                  // "Intel Hex file"
+    std::string suffix;                                // ".hex", which a written file has
+    std::string readPattern;                           // "*.h*", which files that are read may have
+    char firstCharacter;                               // by which a file is recognised
+    RecordParser (*startFile)();                       // makes the parser of one file
+    void (*write)(RecordWriter&, const AddressRange&); // what the image holds of the range
+    bool (*isEndRecord)(std::string_view line);        // of a line that is the last of a whole file
 };
 
 // In the order in which they are offered.
@@ -35,8 +38,10 @@ const ProgramFormat* PROGRAMFORMAT_OfName(const std::string& path);
 std::string PROGRAMFORMAT_Suffixes();
 
 RecordParser startIntelHex();
-void writeIntelHex(RecordWriter& writer);
+void writeIntelHex(RecordWriter& writer, const AddressRange& range);
+bool isIntelEnd(std::string_view line);
 // A record with a wrong checksum is used or left out as the user says; an unattended run refuses
 // its file but for --accept-damaged, and leaves it out then.
 RecordParser startSRecords();
-void writeSRecords(RecordWriter& writer);
+void writeSRecords(RecordWriter& writer, const AddressRange& range);
+bool isSRecordEnd(std::string_view line);

@@ -11,7 +11,8 @@ constexpr size_t kLongestLine = 128; // start, head, 32 data bytes, checksum, li
 
 } // namespace
 
-RecordWriter::RecordWriter(FileReplacer& file) : file_(file), buffer_(kBuffer, '\0') {
+RecordWriter::RecordWriter(std::function<FileResult(std::string_view)> write)
+    : write_(std::move(write)), buffer_(kBuffer, '\0') {
 }
 
 void RecordWriter::record(std::string_view start, std::span<const uint8_t> head,
@@ -36,12 +37,12 @@ void RecordWriter::record(std::string_view start, std::span<const uint8_t> head,
 
 void RecordWriter::flush() {
     if (result_.ok()) {
-        result_ = file_.write(std::string_view(buffer_).substr(0, used_));
+        result_ = write_(std::string_view(buffer_).substr(0, used_));
     }
     used_ = 0;
 }
 
 FileResult RecordWriter::finish() {
     flush();
-    return result_.ok() ? file_.commit() : result_;
+    return result_;
 }

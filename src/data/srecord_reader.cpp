@@ -12,7 +12,7 @@ namespace {
 // line the file is refused.
 bool mayBeUsed(RecordReader& reader) {
     std::string question = "Continue and ignore ?";
-    if (RUN_IsUnattended()) {
+    if (RUN_IsQuiet()) {
         if (!RUN_AcceptsDamaged()) {
             reader.fail(kChecksumError);
             return false;
@@ -65,4 +65,9 @@ void readSRecord(RecordReader& reader, ImageBatch& image) {
 
 RecordParser startSRecords() {
     return readSRecord;
+}
+
+bool isSRecordEnd(std::string_view line) {
+    constexpr size_t kShortest = 10;
+    return line.size() >= kShortest && line[1] >= '7' && line[1] <= '9';
 }

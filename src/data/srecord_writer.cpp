@@ -27,8 +27,8 @@ void writeData(RecordWriter& writer, uint32_t address, std::span<const uint8_t> 
 
 } // namespace
 
-void writeSRecords(RecordWriter& writer) {
-    forEachPiece(kRecordData, [&](uint32_t address, std::span<const uint8_t> data) {
+void writeSRecords(RecordWriter& writer, const AddressRange& range) {
+    forEachPiece(kRecordData, range, [&](uint32_t address, std::span<const uint8_t> data) {
         writeData(writer, address, data);
     });
     constexpr std::array<uint8_t, 3> kEnd = {3, 0, 0};

@@ -1,17 +1,15 @@
 #include "device/image_fit.h"
 
 #include "data/hexdata.h"
-#include "device/device.h"
 
 #include <algorithm>
 
-namespace {
-
-// The selected blocks in ascending order, neighbours joined.
-std::vector<AddressRange> selectedRanges() {
+std::vector<AddressRange> DEVICE_JoinedRanges(const std::vector<DeviceBlock>& blocks) {
     std::vector<AddressRange> ranges;
-    for (const DeviceBlock& block : DEVICE_SelectedBlocks()) {
-        ranges.push_back(block.range);
+    for (const DeviceBlock& block : blocks) {
+        if (!block.range.empty()) {
+            ranges.push_back(block.range);
+        }
     }
     std::ranges::sort(ranges, {}, &AddressRange::start);
     std::vector<AddressRange> joined;
@@ -25,10 +23,8 @@ std::vector<AddressRange> selectedRanges() {
     return joined;
 }
 
-} // namespace
-
 bool DEVICE_ImageFits() {
-    const std::vector<AddressRange> selected = selectedRanges();
+    const std::vector<AddressRange> selected = DEVICE_JoinedRanges(DEVICE_SelectedBlocks());
     return std::ranges::all_of(HEXDATA_GetAreas(), [&selected](const AddressRange& area) {
         return std::ranges::any_of(
             selected, [&area](const AddressRange& range) { return range.contains(area); });

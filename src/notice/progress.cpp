@@ -16,17 +16,21 @@ std::atomic<int32_t> position{0};
 std::atomic<bool> closeRequest{false};
 std::atomic<bool> doneFlag{false};
 std::atomic<bool> isOpen{false};
+std::atomic<unsigned> openings{0};
 std::atomic<bool> showClock{false};
 std::atomic<bool> busyCursor{false};
 std::atomic<bool> noByteCount{false};
 std::atomic<bool> barTextMode{false};
 std::atomic<bool> showCancel{true};
 std::atomic<uint32_t> startTick{0};
+std::atomic<uint32_t> openTick{0};
+std::atomic<uint32_t> openMs{0}; // of those that are closed
 
 std::mutex textMutex;
 std::string caption;
 std::string line1;
 std::string note;
+std::string step;
 std::string barText;
 CancelHandler cancelHandler;
 ProgressObserver progressObserver;
@@ -44,6 +48,13 @@ void setText(std::string& target, std::string_view text) {
 std::string getText(const std::string& source) {
     const std::lock_guard lock(textMutex);
     return source;
+}
+
+// What was open until now counts as open no more.
+void endCount() {
+    if (isOpen.exchange(false)) {
+        openMs += CLOCK_Tick() - openTick;
+    }
 }
 
 void notifyChanged() {
@@ -69,6 +80,9 @@ void PROGRESS_Open(std::string_view newCaption, void* parent) {
     PROGRESS_StartClock();
     PROGRESS_Reset();
     showCancel = true;
+    endCount();
+    ++openings;
+    openTick = CLOCK_Tick();
     isOpen = true;
     std::function<void(void*)> opened;
     {
@@ -97,6 +111,7 @@ void PROGRESS_Reset() {
     noByteCount = false;
     barTextMode = false;
     setText(note, "");
+    setText(step, "");
     setText(barText, "");
 }
 
@@ -110,13 +125,17 @@ bool PROGRESS_IsDone() {
 }
 
 void PROGRESS_Close() {
+    endCount();
     closeRequest = true;
-    isOpen = false;
     notifyChanged();
 }
 
 bool PROGRESS_IsOpen() {
     return isOpen;
+}
+
+ProgressTotal PROGRESS_Total() {
+    return {openings, openMs + (isOpen ? CLOCK_Tick() - openTick : 0)};
 }
 
 void PROGRESS_SetText(std::string_view text) {
@@ -137,6 +156,10 @@ void PROGRESS_SetPos(int32_t value) {
 
 void PROGRESS_SetNote(std::string_view text) {
     setText(note, text);
+}
+
+void PROGRESS_SetStep(std::string_view text) {
+    setText(step, text);
 }
 
 void PROGRESS_HideByteCount() {
@@ -192,6 +215,7 @@ ProgressView PROGRESS_GetView() {
     ProgressView view;
     view.caption = getText(caption);
     view.line1 = getText(line1);
+    view.step = getText(step);
     view.barText = getText(barText);
     view.min = minimum;
     view.max = maximum;

@@ -15,6 +15,7 @@ struct ProgressView {
     std::string line1;   // the current step
     std::string line2;   // "%d of %d bytes" and the note
     std::string line3;   // "Elapsed time: 1:07", minutes and seconds
+    std::string step;    // of the operation that line 1 names: "block 3 of 8"; may be empty
     std::string barText; // instead of the percentage while barTextMode is set
     bool barTextMode = false;
     bool hasRange = false; // false: keep showing what line 1, line 2 and the bar showed
@@ -45,8 +46,8 @@ void PROGRESS_Open(std::string_view caption, void* parent);
 void PROGRESS_Run(std::string_view text, CancelHandler cancelHandler);
 
 // The following may be called on any thread.
-void PROGRESS_Reset(); // range, position, requests, note and bar text; not caption, line 1 and
-                       // clock
+void PROGRESS_Reset(); // range, position, requests, note, step and bar text; not caption, line 1
+                       // and clock
 void PROGRESS_Done();  // ends PROGRESS_Run; the waiting thread wakes at once
 bool PROGRESS_IsDone();
 void PROGRESS_Close();  // the display goes away
@@ -56,6 +57,7 @@ void PROGRESS_SetMin(int32_t value);
 void PROGRESS_SetMax(int32_t value);
 void PROGRESS_SetPos(int32_t value);
 void PROGRESS_SetNote(std::string_view text);
+void PROGRESS_SetStep(std::string_view text);
 void PROGRESS_HideByteCount();
 void PROGRESS_SetCancelHandler(CancelHandler cancelHandler);
 void PROGRESS_BusyCursor(bool on);
@@ -66,6 +68,13 @@ void PROGRESS_SetBarText(std::string_view text);
 void PROGRESS_ShowCancel(bool show);
 // The user pressed Cancel: calls the cancel handler, if there is one.
 void PROGRESS_Cancel();
+
+// How many were opened so far, and for how long they were open all together.
+struct ProgressTotal {
+    unsigned openings = 0;
+    uint32_t ms = 0;
+};
+ProgressTotal PROGRESS_Total();
 
 // What a display shows now.
 ProgressView PROGRESS_GetView();

@@ -5,8 +5,10 @@
 namespace {
 
 std::atomic<int> exitCode{0};
+std::atomic<unsigned> judgements{0};
 std::atomic<bool> failureReported{false};
 std::atomic<bool> unattended{false};
+std::atomic<bool> quiet{false};
 std::atomic<bool> isolated{false};
 std::atomic<bool> acceptDamaged{false};
 std::atomic<bool> confirmed{false};
@@ -16,10 +18,15 @@ std::atomic<bool> interrupted{false};
 
 void RUN_SetExitCode(int code) {
     exitCode = code;
+    ++judgements;
+}
+
+unsigned RUN_Judgements() {
+    return judgements;
 }
 
 int RUN_GetExitCode() {
-    return interrupted || (unattended && failureReported) ? 1 : exitCode.load();
+    return interrupted || (RUN_IsQuiet() && failureReported) ? 1 : exitCode.load();
 }
 
 void RUN_NoteFailure() {
@@ -37,6 +44,14 @@ void RUN_SetUnattended(bool on) {
 
 bool RUN_IsUnattended() {
     return unattended;
+}
+
+void RUN_SetQuiet(bool on) {
+    quiet = on;
+}
+
+bool RUN_IsQuiet() {
+    return unattended || quiet;
 }
 
 void RUN_SetIsolated(bool on) {
@@ -75,6 +90,7 @@ void RUN_Reset() {
     exitCode = 0;
     failureReported = false;
     unattended = false;
+    quiet = false;
     isolated = false;
     acceptDamaged = false;
     confirmed = false;

@@ -7,6 +7,8 @@
 // reported failure.
 void RUN_SetExitCode(int code);
 int RUN_GetExitCode();
+// How often it was set: where it was not, nothing has judged the run meanwhile.
+unsigned RUN_Judgements();
 // A failure was reported.
 void RUN_NoteFailure();
 // Another try begins: the exit code is 0 until something is reported again.
@@ -15,6 +17,11 @@ void RUN_ForgetFailure();
 // Unattended: Exit is queued on the command line, nothing may be shown or asked.
 void RUN_SetUnattended(bool unattended);
 bool RUN_IsUnattended();
+
+// Quiet: nobody is asked and no box comes up. An unattended run always is; another one is while it
+// does something by itself, and a failure that was reported then stays in the exit code as well.
+void RUN_SetQuiet(bool quiet);
+bool RUN_IsQuiet();
 
 // Isolated: the run is its command line alone; it reads and writes nothing that is remembered.
 void RUN_SetIsolated(bool isolated);

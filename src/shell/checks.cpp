@@ -83,7 +83,7 @@ bool passwordAccepted() {
 
 // Auto on a chip that can only be erased or filled as a whole would take deselected blocks with it.
 bool wholeChipAccepted() {
-    if (RUN_IsUnattended()) {
+    if (RUN_IsQuiet()) {
         ERROR_Out(nullptr, "Auto writes the whole chip, but a block is deselected", 1);
         return false;
     }

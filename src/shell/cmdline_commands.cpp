@@ -17,6 +17,7 @@
 #include "shell/retry.h"
 #include "shell/session.h"
 #include "shell/verdict.h"
+#include "shell/watch.h"
 
 #include <optional>
 
@@ -166,7 +167,7 @@ ArgumentValue CMDLINE_ReadBack() {
 
 void CMDLINE_RunCommand(int command) {
     const Command* row = COMMAND_Find(command);
-    if (command == CMD_EXIT && RETRY_IsDue() && RETRY_Begin()) {
+    if (command == CMD_EXIT && ((RETRY_IsDue() && RETRY_Begin()) || WATCH_NextRound())) {
         CMDLINE_Rewind();
         return;
     }

@@ -143,6 +143,27 @@ void readWordValue(LineItem& item, const CmdlineWord& word, const std::string* v
     }
 }
 
+bool savesTo(const LineItem& item, const std::string& file) {
+    std::error_code none;
+    return item.isCommand() && item.entry->command->id == CMD_FILE_SAVE_AS &&
+           (item.text == file || std::filesystem::equivalent(item.text, file, none));
+}
+
+// A state that cannot come another time is not watched, nor one that each round makes anew.
+void checkWatch(LineItem& item, const CommandLine& line) {
+    if (!line.programFile) {
+        item.faults.emplace_back("--watch needs a FILE to watch");
+    } else if (FILES_IsStream(*line.programFile)) {
+        item.faults.push_back("--watch needs a file that can change, " + *line.programFile +
+                              " is a pipe or a device");
+    } else if (std::ranges::any_of(line.items, [&line](const LineItem& other) {
+                   return savesTo(other, *line.programFile);
+               })) {
+        item.faults.push_back("--watch would never rest: " + *line.programFile +
+                              " is saved by the line itself");
+    }
+}
+
 bool selectsDevice(const LineItem& item) {
     return item.value.device.has_value();
 }
@@ -181,6 +202,11 @@ CommandLine LINE_Read(const std::vector<std::string>& arguments) {
             readItem(item, line);
         }
         line.items.push_back(std::move(item));
+    }
+    for (LineItem& item : line.items) {
+        if (item.argument == kWatchWord) {
+            checkWatch(item, line);
+        }
     }
     return line;
 }

@@ -3,6 +3,7 @@
 #include "notice/run.h"
 #include "platform/process.h"
 #include "shell/cmdline.h"
+#include "shell/command_ids.h"
 #include "shell/identity.h"
 #include "shell/inquiries.h"
 #include "shell/run_words.h"
@@ -22,6 +23,10 @@ bool setPath(const std::string& value) {
 
 void setPatchAdds(bool on) {
     RUNWORDS_Get().patchAdds = on;
+}
+
+void setWatch(bool on) {
+    RUNWORDS_Get().watch = on;
 }
 
 bool setRetries(const std::string& value) {
@@ -46,6 +51,10 @@ constexpr CmdlineWord kWords[] = {
      setPath<&RunWords::transcriptPath>},
     {"--retries", "N", "walks through the commands up to N times more when the board fails",
      nullptr, setRetries},
+    {kWatchWord, "",
+     "runs the commands anew whenever FILE has changed, with -Exit as if it stood there; Ctrl-C "
+     "ends",
+     setWatch},
     {"--patch-adds", "", "lets -FilePatch add what the image does not hold", setPatchAdds},
     {"--yes", "",
      "lets a run with -Exit protect the chip or its blocks, which cannot be taken back",
@@ -95,6 +104,14 @@ std::vector<std::string> WORDS_WithoutValues(const std::vector<std::string>& arg
         isValue = !isValue && word != nullptr && word->setValue != nullptr;
     }
     return others;
+}
+
+std::vector<std::string> WORDS_Complete(std::vector<std::string> arguments) {
+    const bool watches = std::ranges::find(arguments, kWatchWord) != arguments.end();
+    if (watches && !CMDLINE_Contains(arguments, CMD_EXIT)) {
+        arguments.emplace_back("-Exit");
+    }
+    return arguments;
 }
 
 void WORDS_SetForRun(const std::vector<std::string>& arguments) {

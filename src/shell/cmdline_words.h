@@ -19,6 +19,8 @@ struct CmdlineWord {
     bool isForRun() const { return setForRun != nullptr || setValue != nullptr; } // else alone
 };
 
+inline constexpr char kWatchWord[] = "--watch";
+
 std::span<const CmdlineWord> WORDS_Table();
 // The word that an argument is; none for others.
 const CmdlineWord* WORDS_Find(std::string_view argument);
@@ -27,6 +29,8 @@ const CmdlineWord* WORDS_Find(std::string_view argument);
 bool WORDS_IsValue(std::string_view value);
 // The arguments without those that are the values of words in front of them.
 std::vector<std::string> WORDS_WithoutValues(const std::vector<std::string>& arguments);
+// The arguments with the command that a word among them implies: watching is without windows.
+std::vector<std::string> WORDS_Complete(std::vector<std::string> arguments);
 // Sets what the words ask for, values in an unattended run alone: those of notice/run.h, and
 // shell/run_words.h.
 void WORDS_SetForRun(const std::vector<std::string>& arguments);

@@ -3,6 +3,7 @@
 #include "link/target_link.h"
 #include "persist/mru.h"
 #include "shell/command_table.h"
+#include "shell/command_verdict.h"
 #include "shell/session.h"
 #include "shell/settings.h"
 #include "shell/summary.h"
@@ -47,6 +48,7 @@ int MAINFRAME_Command(int id) {
     } else if (row->view) {
         FRONTEND_Get().openView(*row->view);
     } else {
+        const CommandVerdict verdict(*row);
         row->run();
     }
     return 1;

@@ -10,9 +10,13 @@
 #include "shell/cmdline_patch.h"
 #include "shell/command_handler.h"
 #include "shell/command_ids.h"
+#include "shell/comparison.h"
+#include "shell/edit_bytes.h"
 #include "shell/edit_history.h"
 #include "shell/edit_operations.h"
+#include "shell/edit_place.h"
 #include "shell/program_files.h"
+#include "shell/program_on_change.h"
 #include "shell/project.h"
 #include "shell/session.h"
 #include "target/commands.h"
@@ -38,12 +42,28 @@ bool idleAndLoaded() {
     return idle() && loaded();
 }
 
+bool isCompared() {
+    return idle() && COMPARISON_IsOpen();
+}
+
 bool canUndo() {
     return idle() && HISTORY_CanUndo();
 }
 
 bool canRedo() {
     return idle() && HISTORY_CanRedo();
+}
+
+bool onOrMayBegin() {
+    return ONCHANGE_IsOn() || ONCHANGE_MayBegin();
+}
+
+bool hasCaret() {
+    return idleAndLoaded() && EDITPLACE_Get();
+}
+
+bool hasSelection() {
+    return hasCaret() && !EDITPLACE_Get()->selected.empty();
 }
 
 bool canReset() {
@@ -75,6 +95,11 @@ void eraseChip() {
     TARGET_EraseChip(true);
 }
 
+template <CopyFormat format>
+void copyAs() {
+    EDIT_CopyAs(format);
+}
+
 void quit() {
     if (FRONTEND_Get().closeFrame()) {
         SESSION_Get().quit = true;
@@ -98,6 +123,19 @@ constexpr Command changing(Command row) {
     return row;
 }
 
+constexpr Command toggle(int id, const char* text, const char* key, bool (*isOffered)(),
+                         void (*run)(), bool (*isOn)()) {
+    Command row{id, text, key, WorksOn::nothing, isOffered, std::nullopt, run};
+    row.isOn = isOn;
+    return row;
+}
+
+constexpr Command copying(int id, const char* text, void (*run)()) {
+    Command row = program(id, text, "", hasSelection, run);
+    row.under = "Cop&y As";
+    return row;
+}
+
 constexpr Command window(int id, const char* text, bool (*isOffered)(), void (*run)()) {
     return {id, text, "", WorksOn::nothing, isOffered, std::nullopt, run};
 }
@@ -115,6 +153,8 @@ constexpr Command kFile[] = {
     program(CMD_FILE_MERGE, "&Merge...", "", idleAndLoaded, PROGRAM_MergeDialog,
             {"FileMerge", "\t\t<FILE.EXT> Merges specified file", "adds it to what is loaded",
              CMDLINE_MergeFile, "No file currently loaded"}),
+    program(CMD_FILE_COMPARE, "Compare &With File...", "", idleAndLoaded,
+            COMPARISON_WithFileDialog),
     program(CMD_FILE_SAVE, "&Save", "Ctrl+S", idleAndLoaded, PROGRAM_SaveCurrent),
     program(CMD_FILE_SAVE_AS, "Save &As...", "", idleAndLoaded, PROGRAM_SaveAsDialog,
             {"FileSaveAs", "\t\t<FILE.EXT> Saves data to MOT- or HEX-file",
@@ -143,8 +183,23 @@ constexpr Command kEdit[] = {
             {"EditRelocate", "\t\t<VALUE> Relocates loaded data", "hex offset, may be negative",
              CMDLINE_Relocate, "Nothing to relocate"}),
     kSeparator,
+    program(CMD_EDIT_FILL, "Fi&ll...", "", idleAndLoaded, EDIT_FillDialog),
+    program(CMD_EDIT_PASTE_HEX, "&Paste Hex\tCtrl+V", "", hasCaret,
+            EDIT_PasteHex), // a key of the dump alone
+    program(CMD_EDIT_INSERT_FILE, "&Insert File...", "", idle, EDIT_InsertFileDialog),
+    copying(CMD_EDIT_COPY_HEX, "&Hex", copyAs<CopyFormat::hex>),
+    copying(CMD_EDIT_COPY_C_ARRAY, "&C Array", copyAs<CopyFormat::cArray>),
+    copying(CMD_EDIT_COPY_INTEL_HEX, "&Intel HEX", copyAs<CopyFormat::intelHex>),
+    copying(CMD_EDIT_COPY_TEXT, "&Text", copyAs<CopyFormat::text>),
+    kSeparator,
     program(CMD_EDIT_UNDO, "&Undo", "Ctrl+Z", canUndo, HISTORY_Undo),
     program(CMD_EDIT_REDO, "Red&o", "Ctrl+Y", canRedo, HISTORY_Redo),
+    kSeparator,
+    program(CMD_COMPARISON_NEXT, "&Next Difference", "F11", isCompared, COMPARISON_Next),
+    program(CMD_COMPARISON_PREVIOUS, "&Previous Difference", "Shift+F11", isCompared,
+            COMPARISON_Previous),
+    program(CMD_COMPARISON_SAVE, "&Save Comparison...", "", isCompared, COMPARISON_SaveDialog),
+    program(CMD_COMPARISON_END, "&End Comparison", "", isCompared, COMPARISON_End),
 };
 constexpr Command kView[] = {
     view(CMD_VIEW_HEX_LIST, "Hex &List", loaded, View::hexList),
@@ -152,6 +207,7 @@ constexpr Command kView[] = {
     view(CMD_VIEW_LOG, "L&og", always, View::log),
     view(CMD_VIEW_DEVICE, "&Device", always, View::device),
     view(CMD_VIEW_TERMINAL, "&Terminal", always, View::terminal),
+    view(CMD_VIEW_MEMORY_MAP, "&Memory Map", always, View::memoryMap),
     window(CMD_VIEW_INTERRUPT_VECTORS, "&Interrupt vectors", loaded,
            ask<&FrontEnd::interruptVectors>),
 };
@@ -178,6 +234,9 @@ constexpr Command kTarget[] = {
                {"TargetAuto", "\t\tErases complete chip and programs loaded data into target"})),
     target(CMD_TARGET_VERIFY, "&Verify loaded Program", "F8", idleAndLoaded, CHECKS_Verify,
            {"TargetVerify", "\t\tVerifys loaded data with target", "byte by byte"}),
+    target(CMD_TARGET_COMPARE, "Co&mpare With Chip", "", idleAndLoaded, COMPARISON_WithChip,
+           {"TargetCompare", "\t\tCompares loaded data with target, all differences",
+            "of the selected blocks; a difference is a failure", nullptr, "Nothing to compare"}),
     target(CMD_TARGET_BLANK_CHECK_CHIP, "Blankcheck C&hip", "F9", idle, busy<TARGET_BlankCheckChip>,
            {"TargetCheckBlankChip", "\tChecks if chip is blank"}),
     target(CMD_TARGET_BLANK_CHECK_BLOCKS, "Blankcheck B&locks", "", idle,
@@ -197,6 +256,9 @@ constexpr Command kTarget[] = {
     target(CMD_TARGET_FLASH_STATUS, "F&lash Memory Status", "",
            deviceOffers<DEVICE_GetSprtFlashMemStatus>, busy<TARGET_FlashStatus>,
            {"TargetFlashStatus", "\tShows the status of the flash", nullptr, CMDLINE_FlashStatus}),
+    kSeparator,
+    toggle(CMD_TARGET_PROGRAM_ON_CHANGE, "Program &When The File Changes", "Ctrl+F7", onOrMayBegin,
+           ONCHANGE_Toggle, ONCHANGE_IsOn),
 };
 constexpr Command kOptions[] = {
     program(CMD_OPTIONS, "&Options", "", always, COMMAND_Options),
@@ -263,7 +325,10 @@ bool COMMAND_IsEnabled(int id) {
 
 bool COMMAND_IsChecked(int id) {
     const Command* row = COMMAND_Find(id);
-    return row != nullptr && row->view && FRONTEND_Get().isViewOpen(*row->view);
+    if (row == nullptr) {
+        return false;
+    }
+    return row->view ? FRONTEND_Get().isViewOpen(*row->view) : row->isOn != nullptr && row->isOn();
 }
 
 bool COMMAND_IsHarmless(int id) {

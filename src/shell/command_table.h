@@ -39,7 +39,9 @@ struct Command {
     void (*run)() = nullptr;       // what it does where it opens no view
     CommandLineForm line = {};
     RecentFiles recent = {};
+    bool (*isOn)() = nullptr; // of an item that turns something on and off, checked while it is on
     bool changesChip = false; // ended in the middle it leaves a chip that is of no use
+    const char* under = "";   // the submenu that it stands in, with those beside it
 };
 
 struct CommandPopup {

@@ -2,6 +2,7 @@
 
 #include "data/hexdata.h"
 #include "notice/run.h"
+#include "shell/front_end.h"
 #include "shell/session.h"
 #include "shell/summary.h"
 
@@ -96,6 +97,11 @@ void keep(Step step) {
         last.bytes = joinTyped(last.bytes, step.bytes);
         last.typed = step.typed;
         keptBytes += last.footprint();
+        if (HEXDATA_Differences(last.bytes, kJoinedGap).empty()) { // typed back to what it was
+            keptBytes -= last.footprint();
+            exchangeOrigin(last.origin);
+            undoable.pop_back();
+        }
     } else {
         forgetUndone();
         keptBytes += step.footprint();
@@ -118,9 +124,12 @@ void exchange(Step& step, bool undoing) {
     exchangeOrigin(step.origin);
 }
 
-void showImage() {
+void showImage(const Step& step) {
     ORIGIN_ShowTitle();
     SUMMARY_Refresh();
+    if (!step.bytes.ranges.empty()) {
+        FRONTEND_Get().showBytes({step.bytes.ranges.front().start, 0});
+    }
 }
 
 } // namespace
@@ -174,8 +183,8 @@ void HISTORY_Undo() {
         redoable.push_back(std::move(undoable.back()));
         undoable.pop_back();
         exchange(redoable.back(), true);
+        showImage(redoable.back());
         forgetOldest();
-        showImage();
     }
 }
 
@@ -184,7 +193,7 @@ void HISTORY_Redo() {
         undoable.push_back(std::move(redoable.back()));
         redoable.pop_back();
         exchange(undoable.back(), false);
-        showImage();
+        showImage(undoable.back());
     }
 }
 

@@ -38,8 +38,8 @@ void storeOffset(int32_t offset) {
     INI_WriteString(kRelocateSection, "Value", bytes);
 }
 
-// The message for a range that cannot be used, or none.
-const char* rangeFault(const ValueRequest& request) {
+// The message for a range that cannot be used; empty for a good one.
+std::string rangeFault(const ValueRequest& request) {
     if (!request.value0) {
         return "Empty Start Address!";
     }
@@ -48,25 +48,7 @@ const char* rangeFault(const ValueRequest& request) {
     }
     const bool descending =
         static_cast<uint32_t>(*request.value1) < static_cast<uint32_t>(*request.value0);
-    return descending ? "End Address < Start Address!" : nullptr;
-}
-
-// Asks until the range is good or the user cancels; `entered` is called after each OK.
-std::optional<AddressRange> askForRange(ValueRequest request,
-                                        const std::function<void(const ValueRequest&)>& entered) {
-    request.maximum = 0xFFFFFF;
-    request.label0 = "Start Address (Hex):";
-    request.label1 = "End Address (Hex):";
-    while (FRONTEND_Get().editValue(request) == kDialogOk) {
-        entered(request);
-        const char* fault = rangeFault(request);
-        if (fault == nullptr) {
-            return AddressRange::upTo(static_cast<uint32_t>(*request.value0),
-                                      static_cast<uint32_t>(*request.value1));
-        }
-        ERROR_Notify(fault);
-    }
-    return std::nullopt;
+    return descending ? "End Address < Start Address!" : "";
 }
 
 void openIfClosed(View view) {
@@ -76,6 +58,24 @@ void openIfClosed(View view) {
 }
 
 } // namespace
+
+std::optional<AddressRange>
+EDIT_AskForRange(ValueRequest request,
+                 const std::function<std::string(const ValueRequest&)>& check) {
+    request.maximum = 0xFFFFFF;
+    request.label0 = "Start Address (Hex):";
+    request.label1 = "End Address (Hex):";
+    while (FRONTEND_Get().editValue(request) == kDialogOk) {
+        const std::string fault = rangeFault(request);
+        const std::string other = check(request);
+        if (fault.empty() && other.empty()) {
+            return AddressRange::upTo(static_cast<uint32_t>(*request.value0),
+                                      static_cast<uint32_t>(*request.value1));
+        }
+        ERROR_Notify(fault.empty() ? other : fault);
+    }
+    return std::nullopt;
+}
 
 void EDIT_Relocate(int32_t offset) {
     const ImageOrigin before = SESSION_Get().image;
@@ -159,13 +159,14 @@ void EDIT_DeleteRangeDialog() {
     request.hint = "Please enter start- and endaddress:";
     request.value0 = start;
     request.value1 = end;
-    const auto range = askForRange(request, [](const ValueRequest& entered) {
+    const auto range = EDIT_AskForRange(request, [](const ValueRequest& entered) {
         if (entered.value0.value_or(0) != 0) {
             INI_WriteInt(kDeleteRangeSection, "SAdr", *entered.value0);
         }
         if (entered.value1.value_or(0) != 0) {
             INI_WriteInt(kDeleteRangeSection, "EAdr", *entered.value1);
         }
+        return std::string();
     });
     if (range) {
         SETTINGS_Save();
@@ -186,7 +187,8 @@ void EDIT_ReadBackDialog() {
                    "downloaded.";
     request.value0 = static_cast<int32_t>(start);
     request.value1 = static_cast<int32_t>(end);
-    if (const auto range = askForRange(request, [](const ValueRequest&) {})) {
+    if (const auto range =
+            EDIT_AskForRange(request, [](const ValueRequest&) { return std::string(); })) {
         EDIT_ReadBack(range->start, range->last());
     }
 }

@@ -1,6 +1,7 @@
 #include "shell/frame_rules.h"
 
 #include "notice/error.h"
+#include "notice/run.h"
 #include "platform/event_queue.h"
 #include "shell/cmdline.h"
 #include "shell/command_handler.h"
@@ -8,6 +9,7 @@
 #include "shell/command_table.h"
 #include "shell/front_end.h"
 #include "shell/program_files.h"
+#include "shell/program_on_change.h"
 #include "shell/project.h"
 #include "shell/session.h"
 
@@ -34,6 +36,18 @@ void runAsCommand(const Command& command) {
     FRONTEND_Get().updateMenu();
 }
 
+// The user does something while a round of the program's own runs.
+class AskedAllTheSame {
+public:
+    AskedAllTheSame() : wasQuiet_(RUN_IsQuiet() && !RUN_IsUnattended()) { RUN_SetQuiet(false); }
+    ~AskedAllTheSame() { RUN_SetQuiet(wasQuiet_); }
+    AskedAllTheSame(const AskedAllTheSame&) = delete;
+    AskedAllTheSame& operator=(const AskedAllTheSame&) = delete;
+
+private:
+    bool wasQuiet_;
+};
+
 } // namespace
 
 bool FRAMERULES_MayRun(int id) {
@@ -50,7 +64,14 @@ void FRAMERULES_Run(int id) {
     chipChanges -= changes;
 }
 
+void FRAMERULES_RunRound(const std::function<void()>& round) {
+    ++chipChanges;
+    runAsCommand(round);
+    --chipChanges;
+}
+
 bool FRAMERULES_MayClose() {
+    const AskedAllTheSame asked;
     const bool mayLeaveChip =
         chipChanges == 0 ||
         ERROR_Ask(nullptr,
@@ -59,12 +80,12 @@ bool FRAMERULES_MayClose() {
     return mayLeaveChip && PROGRAM_MayLoseChanges();
 }
 
-bool FRAMERULES_MayOpenFile() {
+bool FRAMERULES_IsFree() {
     return !isBusy() && !isBlocked();
 }
 
 void FRAMERULES_OpenFile(const std::string& path) {
-    if (!FRAMERULES_MayOpenFile()) {
+    if (!FRAMERULES_IsFree()) {
         return;
     }
     runAsCommand([&path] {
@@ -88,7 +109,7 @@ void FRAMERULES_Activated() {
         return;
     }
     checkWanted = isBusy();
-    if (!checkWanted) {
+    if (!checkWanted && !ONCHANGE_IsOn()) {
         PROGRAM_CheckChanged();
     }
 }

@@ -3,6 +3,7 @@
 // and dropping. User-interface thread only.
 #pragma once
 
+#include <functional>
 #include <string>
 
 // Whether the command with this identifier may begin now.
@@ -10,10 +11,15 @@ bool FRAMERULES_MayRun(int id);
 // Runs it if it may.
 void FRAMERULES_Run(int id);
 
+// Runs what the program does with the chip by itself, as one command that changes it.
+void FRAMERULES_RunRound(const std::function<void()>& round);
+
 // Whether the frame may be closed now: the user is asked while a command changes the chip.
 bool FRAMERULES_MayClose();
 
-bool FRAMERULES_MayOpenFile();
+// Whether nothing is under way or open that a file to open, or a key typed into the data, would
+// come in between.
+bool FRAMERULES_IsFree();
 // Opens a file that the user has brought, a project or a program file, if it may be opened.
 void FRAMERULES_OpenFile(const std::string& path);
 

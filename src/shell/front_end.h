@@ -4,6 +4,7 @@
 // showError and ask, which any thread may call and which return when the user has answered.
 #pragma once
 
+#include "data/address_range.h"
 #include "notice/error.h"
 
 #include <cstdint>
@@ -12,7 +13,7 @@
 #include <string>
 #include <vector>
 
-enum class View { hexList, hexDump, log, device, terminal };
+enum class View { hexList, hexDump, log, device, terminal, memoryMap };
 
 struct FileFilter {
     std::string text;    // "Intel Hex file (*.hex)"
@@ -32,7 +33,8 @@ struct FileChoice {
     size_t filter = 0; // the chosen one of the request
 };
 
-// One or two hex numbers under a hint. A value is none when its field is to be, or was left, empty.
+// One or two hex numbers, and perhaps bytes, under a hint. A value is none when its field is to be,
+// or was left, empty.
 struct ValueRequest {
     int mode = 1; // 1: hexadecimal, the only one
     int32_t minimum = 0;
@@ -44,6 +46,8 @@ struct ValueRequest {
     std::string label1; // empty: one field
     std::optional<int32_t> value0;
     std::optional<int32_t> value1;
+    std::string bytesLabel; // empty: no field for bytes
+    std::string bytes;      // as they were entered
 };
 
 inline constexpr int kDialogOk = 1;
@@ -72,6 +76,14 @@ struct FrontEnd {
     std::function<void(View)> closeView = [](View) {};
     std::function<bool(View)> isViewOpen = [](View) { return false; };
     std::function<void(View)> refreshView = [](View) {};
+    // Brings bytes of the image into view: selected in the dump, or with its caret at the start of
+    // an empty range. Nothing where no dump is open.
+    std::function<void(const AddressRange&)> showBytes = [](const AddressRange&) {};
+    // The same, and opens the dump where it is closed.
+    std::function<void(const AddressRange&)> revealData = [](const AddressRange&) {};
+
+    std::function<std::string()> clipboardText = [] { return std::string(); }; // UTF-8
+    std::function<void(const std::string& text)> setClipboard = [](const std::string&) {};
 
     std::function<std::optional<FileChoice>(const FileRequest&)> chooseFile =
         [](const FileRequest&) { return std::optional<FileChoice>(); };

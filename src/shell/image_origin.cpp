@@ -15,12 +15,22 @@ void ORIGIN_MarkChanged() {
     ORIGIN_ShowTitle();
 }
 
+void ORIGIN_Begin() {
+    SESSION_Get().loaded = true;
+    ImageOrigin origin;
+    origin.kind = ImageKind::begun;
+    origin.changed = true;
+    ORIGIN_Set(origin);
+}
+
 std::string ORIGIN_Text() {
     const ImageOrigin& image = SESSION_Get().image;
     if (image.kind == ImageKind::none) {
         return "";
     }
-    return (image.kind == ImageKind::readBack ? "Read back" : image.path) +
+    return (image.kind == ImageKind::readBack ? "Read back"
+            : image.kind == ImageKind::begun  ? "New program"
+                                              : image.path) +
            (image.merged > 0 ? " + " + std::to_string(image.merged) : "") +
            (image.changed ? " *" : "");
 }

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-enum class ImageKind { none, file, files, readBack };
+enum class ImageKind { none, file, files, readBack, begun }; // the last: by an edit of an empty one
 
 struct ImageOrigin {
     ImageKind kind = ImageKind::none;
@@ -23,8 +23,10 @@ struct ImageOrigin {
 void ORIGIN_Set(const ImageOrigin& origin);
 // The image was edited.
 void ORIGIN_MarkChanged();
-// "/bench/app.hex", "/bench/app.hex + 1", "Read back", with " *" behind it when it was changed;
-// empty when nothing is loaded.
+// Bytes came into an image that was that of nothing: changed, and Save asks for a name.
+void ORIGIN_Begin();
+// "/bench/app.hex", "/bench/app.hex + 1", "Read back", "New program", with " *" behind it when it
+// was changed; empty when nothing is loaded.
 std::string ORIGIN_Text();
 // The file that a project names, empty when the image is that of none or holds nothing.
 std::string ORIGIN_ProgramFile();

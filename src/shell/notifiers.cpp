@@ -5,6 +5,7 @@
 #include "notice/run.h"
 #include "platform/format.h"
 #include "shell/account.h"
+#include "shell/command_verdict.h"
 #include "shell/console.h"
 #include "shell/front_end.h"
 
@@ -39,26 +40,30 @@ void logHint(const std::string& hint) {
 
 void notifyError(WindowHandle window, const std::string& text, const std::string& hint, int) {
     LOG_AddMessage(formatText("Error: %s", text.c_str()));
-    if (RUN_IsUnattended()) {
+    if (RUN_IsQuiet()) {
         RUN_SetExitCode(1);
     }
-    if (RUN_IsUnattended() || !FRONTEND_Get().hasWindows) {
+    if (RUN_IsQuiet() || !FRONTEND_Get().hasWindows) {
         CONSOLE_PrintError(onOneLine(text));
         ACCOUNT_Error(onOneLine(text), hint);
         logHint(hint);
     } else {
         logHint(hint);
+        COMMANDVERDICT_Error(onOneLine(text));
         FRONTEND_Get().showError(window, text, hint);
     }
 }
 
 int notifyQuestion(WindowHandle window, const std::string& text, const std::string& caption,
                    unsigned boxType) {
-    if (RUN_IsUnattended() || !FRONTEND_Get().hasWindows) {
+    if (RUN_IsQuiet() || !FRONTEND_Get().hasWindows) {
         const std::string line = NOTIFIERS_UnattendedLine(text, caption, boxType);
         CONSOLE_PrintLine(line);
         if ((boxType & kButtonsMask) != BOX_OK) {
             ACCOUNT_Note(line);
+            if (FRONTEND_Get().hasWindows) {
+                LOG_Add(line);
+            }
         }
         return ANSWER_NONE;
     }

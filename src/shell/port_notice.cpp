@@ -54,7 +54,7 @@ void chooseTries(bool isNew, bool wasThere) {
 
 } // namespace
 
-PortNotice PORTNOTICE_Get() {
+Notice PORTNOTICE_Get() {
     if (SIO_IsLost()) {
         return {"The port is lost: " + SIO_GetLoss(), HINT_Text({Cause::portGone, SIO_GetLoss()})};
     }
@@ -66,7 +66,7 @@ PortNotice PORTNOTICE_Get() {
 }
 
 void PORTNOTICE_TryAgain() {
-    if (!FRAMERULES_MayOpenFile()) {
+    if (!FRAMERULES_IsFree()) {
         return;
     }
     TARGET_Disconnect();
@@ -80,7 +80,7 @@ void PORTNOTICE_TryAgain() {
 void PORTNOTICE_Watch() {
     const bool isNew = SIO_IsLost() && !lossIsTold;
     tellTerminal();
-    if (PORTNOTICE_Get() == PortNotice{}) {
+    if (PORTNOTICE_Get() == Notice{}) {
         deviceIsThere = true;
         triesLeft = 0;
         return;
@@ -88,7 +88,7 @@ void PORTNOTICE_Watch() {
     const bool wasThere = deviceIsThere;
     deviceIsThere = FILES_Exists(deviceOfPort()); // never true of an address on the network
     chooseTries(isNew, wasThere);
-    if (triesLeft > 0 && CLOCK_Now() >= nextTry && FRAMERULES_MayOpenFile()) {
+    if (triesLeft > 0 && CLOCK_Now() >= nextTry && FRAMERULES_IsFree()) {
         --triesLeft;
         nextTry = CLOCK_After(kTryPauseMs);
         PORTNOTICE_TryAgain();

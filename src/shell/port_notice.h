@@ -4,13 +4,13 @@
 
 #include <string>
 
-struct PortNotice {
+struct Notice {
     std::string text; // with port and reason; empty: nothing is wrong
     std::string hint;
-    bool operator==(const PortNotice&) const = default;
+    bool operator==(const Notice&) const = default;
 };
 
-PortNotice PORTNOTICE_Get();
+Notice PORTNOTICE_Get();
 // Opens the port, quietly where that fails: the notice stays. Nothing while a command runs.
 void PORTNOTICE_TryAgain();
 // Called several times a second: opens the port as soon as its device is there again, and tells the

@@ -47,11 +47,6 @@ std::string fullPath(const std::string& path) {
     return std::filesystem::absolute(path, none).lexically_normal().string();
 }
 
-std::optional<FileChoice> askForProgramFile() {
-    return FRONTEND_Get().chooseFile(
-        {false, "Open file", openFilters(), SESSION_Get().programPath});
-}
-
 // With the dump open meanwhile: closing the last view of the data would unload it.
 void reopenHexList() {
     FrontEnd& frontEnd = FRONTEND_Get();
@@ -108,6 +103,14 @@ bool PROGRAM_Open(const std::string& path) {
     FRONTEND_Get().openView(View::hexDump); // in front
     FRONTEND_Get().updateMenu();
     return true;
+}
+
+bool PROGRAM_Reload(const std::string& path, FileLook look) {
+    if (look == FileLook::cutOff) {
+        ERROR_Out(nullptr, path + " is cut off: the end record that it had before is missing", 1);
+        return false;
+    }
+    return PROGRAM_Open(path);
 }
 
 bool PROGRAM_Merge(const std::string& path) {
@@ -172,6 +175,12 @@ bool PROGRAM_MayLoseChanges() {
                      "Unsaved changes", BOX_OK_CANCEL | BOX_DEFAULT_SECOND) == ANSWER_OK;
 }
 
+std::optional<std::string> PROGRAM_AskForFile(const std::string& title) {
+    const auto choice =
+        FRONTEND_Get().chooseFile({false, title, openFilters(), SESSION_Get().programPath});
+    return choice ? std::optional(choice->path) : std::nullopt;
+}
+
 void PROGRAM_OpenRecent(const std::string& path) {
     if (PROGRAM_MayLoseChanges() && PROGRAM_Open(path)) {
         MRU_Add(MRU_PROGRAMS, path);
@@ -179,8 +188,8 @@ void PROGRAM_OpenRecent(const std::string& path) {
 }
 
 void PROGRAM_OpenDialog() {
-    if (const auto choice = askForProgramFile()) {
-        PROGRAM_OpenRecent(choice->path);
+    if (const auto path = PROGRAM_AskForFile("Open file")) {
+        PROGRAM_OpenRecent(*path);
     }
 }
 
@@ -191,9 +200,9 @@ void PROGRAM_CloseCurrent() {
 }
 
 void PROGRAM_MergeDialog() {
-    const auto choice = askForProgramFile();
-    if (choice && PROGRAM_Merge(choice->path)) {
-        MRU_Add(MRU_PROGRAMS, choice->path);
+    const auto path = PROGRAM_AskForFile("Open file");
+    if (path && PROGRAM_Merge(*path)) {
+        MRU_Add(MRU_PROGRAMS, *path);
     }
 }
 
@@ -216,10 +225,15 @@ void PROGRAM_SaveAsDialog() {
     }
 }
 
+std::string PROGRAM_CurrentFile() {
+    const ImageOrigin& image = SESSION_Get().image;
+    const bool isOneFile = image.kind == ImageKind::file || image.kind == ImageKind::none;
+    return SESSION_Get().loaded && isOneFile ? image.path : "";
+}
+
 void PROGRAM_CheckChanged() {
     ImageOrigin& image = SESSION_Get().image;
-    const bool isWatched = image.kind == ImageKind::file || image.kind == ImageKind::none;
-    if (!SESSION_Get().loaded || !isWatched || image.path.empty()) {
+    if (PROGRAM_CurrentFile().empty()) {
         return;
     }
     const auto time = FILES_WriteTime(image.path);

@@ -10,6 +10,7 @@ constexpr size_t kWidestBar = 24; // columns
 constexpr size_t kNarrowestBar = 6;
 constexpr size_t kBarFrame = 3; // brackets and the blank in front
 constexpr uint32_t kStepMs = 10'000;
+constexpr uint32_t kLongMs = 10'000;
 
 std::string minutes(uint32_t ms) {
     return formatText("%u:%02u", ms / 60'000, ms / 1000 % 60);
@@ -30,8 +31,7 @@ std::string remaining(const ProgressView& view, double bytesPerSecond) {
         return "";
     }
     const double left = static_cast<double>(view.max) - view.pos;
-    return "  " + minutes(static_cast<uint32_t>(std::max(0.0, left) * 1000 / bytesPerSecond)) +
-           " left";
+    return minutes(static_cast<uint32_t>(std::max(0.0, left) * 1000 / bytesPerSecond)) + " left";
 }
 
 } // namespace
@@ -66,9 +66,28 @@ std::string PROGRESSLINE_Figures(const ProgressView& view, double bytesPerSecond
         line += "  " + minutes(view.elapsedMs) + " elapsed";
     }
     if (view.hasRange && view.byteCount && !view.barTextMode) {
-        line += remaining(view, bytesPerSecond);
+        const std::string left = remaining(view, bytesPerSecond);
+        line += left.empty() ? "" : "  " + left;
     }
     return line;
+}
+
+std::string PROGRESSLINE_Details(const ProgressView& view, double bytesPerSecond) {
+    const bool counts = view.hasRange && view.byteCount && !view.barTextMode;
+    const std::string figures[] = {
+        view.barTextMode ? "" : view.step,
+        counts && bytesPerSecond > 0 ? formatText("%.1f kB/s", bytesPerSecond / 1000) : "",
+        counts ? remaining(view, bytesPerSecond) : "",
+    };
+    std::string line;
+    for (const std::string& figure : figures) {
+        line += (line.empty() || figure.empty() ? "" : ", ") + figure;
+    }
+    return line;
+}
+
+bool PROGRESSLINE_IsLong(const ProgressView& view) {
+    return view.elapsedMs >= kLongMs;
 }
 
 std::string PROGRESSLINE_Format(const ProgressView& view, double bytesPerSecond, int width) {

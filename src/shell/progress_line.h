@@ -21,6 +21,12 @@ double PROGRESSLINE_Rate(ProgressRate& rate, const ProgressView& view);
 std::string PROGRESSLINE_Format(const ProgressView& view, double bytesPerSecond, int width);
 // The same without caption and bar.
 std::string PROGRESSLINE_Figures(const ProgressView& view, double bytesPerSecond);
+// What a window with the other lines of the view adds to them: "block 3 of 8, 10.6 kB/s, 0:06
+// left".
+std::string PROGRESSLINE_Details(const ProgressView& view, double bytesPerSecond);
+
+// Whether it has taken so long that the user may look at something else and is told of its end.
+bool PROGRESSLINE_IsLong(const ProgressView& view);
 
 // What was told last of an operation where no live line can be shown.
 struct ProgressSteps {

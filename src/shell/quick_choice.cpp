@@ -1,6 +1,7 @@
 #include "shell/quick_choice.h"
 
 #include "device/device.h"
+#include "device/devprops.h"
 #include "device/devprops_store.h"
 #include "link/target_link.h"
 #include "platform/files.h"
@@ -8,6 +9,7 @@
 #include "platform/port_list.h"
 #include "serial/sio.h"
 #include "shell/frame_rules.h"
+#include "shell/recent_choices.h"
 #include "shell/settings.h"
 #include "shell/summary.h"
 
@@ -34,6 +36,27 @@ bool isBefore(const std::string& left, const std::string& right) {
     });
 }
 
+const std::string& nameOfDevice(const std::string& device) {
+    return device;
+}
+
+const std::string& nameOfPort(const PortChoice& port) {
+    return port.name;
+}
+
+template <class Choice>
+void putRecentFirst(std::vector<Choice>& choices, RecentChoice kind,
+                    const std::string& (*nameOf)(const Choice&)) {
+    auto end = choices.begin();
+    for (const std::string& recent : RECENTCHOICES_Get(kind)) {
+        const auto found = std::ranges::find(end, choices.end(), recent, nameOf);
+        if (found != choices.end()) {
+            std::rotate(end, found, found + 1);
+            ++end;
+        }
+    }
+}
+
 // Another configuration takes effect as the options' does.
 void changeTo(const std::function<void()>& change) {
     TARGET_Disconnect();
@@ -51,16 +74,31 @@ std::vector<std::string> CHOICE_Devices() {
         names.push_back(DEVICE_GetNameAt(index));
     }
     std::ranges::sort(names, isBefore);
+    putRecentFirst(names, RecentChoice::device, nameOfDevice);
     return names;
 }
 
 void CHOICE_TakeDevice(const std::string& name) {
-    if (name != DEVICE_GetName() && FRAMERULES_MayOpenFile()) {
+    if (name != DEVICE_GetName() && FRAMERULES_IsFree()) {
         changeTo([&name] {
             DEVICE_FindByName(name);
             DEVPROPS_SelectAllBlocks();
         });
     }
+}
+
+bool CHOICE_ToggleBlock(int block) {
+    const bool before = DEVPROPS_IsBlockSelected(block);
+    if (!FRAMERULES_IsFree()) {
+        return false;
+    }
+    DEVPROPS_SelectBlock(block, !before);
+    if (DEVPROPS_IsBlockSelected(block) == before) {
+        return false; // more blocks than can be selected
+    }
+    SETTINGS_Save();
+    CONFIGURATION_Changed();
+    return true;
 }
 
 std::vector<PortChoice> CHOICE_Ports() {
@@ -83,11 +121,12 @@ std::vector<PortChoice> CHOICE_Ports() {
     if (!SIO_GetDevice().empty()) {
         add(SIO_GetDevice(), SIO_GetDevice());
     }
+    putRecentFirst(ports, RecentChoice::port, nameOfPort);
     return ports;
 }
 
 void CHOICE_TakePort(const std::string& name) {
-    if (name == SIO_PortName() || !FRAMERULES_MayOpenFile()) {
+    if (name == SIO_PortName() || !FRAMERULES_IsFree()) {
         return;
     }
     SioConfig config = SIO_GetConfig();

@@ -200,6 +200,10 @@ void RESULT_Write() {
     }
 }
 
+void RESULT_BeginRound() {
+    isWritten = false;
+}
+
 // All fields are there, but none that only the modules know: their locks may be held for good.
 void RESULT_WriteFault(const char* reason) {
     const std::string& path = RUNWORDS_Get().resultPath;

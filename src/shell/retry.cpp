@@ -69,6 +69,10 @@ bool RETRY_IsDue() {
            triesBegun <= RUNWORDS_Get().retries;
 }
 
+void RETRY_NextImage() {
+    imageBefore.reset();
+}
+
 bool RETRY_Begin() {
     if (CLOCK_Wait(CLOCK_After(kPauseMs), RUN_IsInterrupted)) {
         return false;

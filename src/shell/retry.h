@@ -9,5 +9,7 @@ void RETRY_CommandStarts(const Command& command);
 // Whether the board failed and is to be tried once more. Not after what another try cannot mend: a
 // file, an edit, an interruption.
 bool RETRY_IsDue();
+// Another image was loaded: its commands have all their tries.
+void RETRY_NextImage();
 // Waits a moment, puts the image back and forgets the failure. False when the user interrupted it.
 bool RETRY_Begin();

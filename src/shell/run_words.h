@@ -9,6 +9,7 @@ struct RunWords {
     std::string logPath;        // empty: the usual place
     std::string transcriptPath; // empty: none but the one that the settings ask for
     int retries = 0;
+    bool watch = false;     // round after round, until the user ends it
     bool patchAdds = false; // a patch may add to the image
 };
 

@@ -17,6 +17,7 @@
 #include "shell/session.h"
 #include "shell/startup.h"
 #include "shell/verdict.h"
+#include "shell/watch.h"
 
 #include <algorithm>
 
@@ -73,7 +74,8 @@ void mainLoop() {
 
 int SHELL_Run(int argc, char** argv) {
     PROCESS_OpenStandardStreams();
-    const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+    const std::vector<std::string> arguments =
+        WORDS_Complete({argv + std::min(argc, 1), argv + argc});
     if (const std::optional<int> answered = WORDS_Answer(arguments)) {
         return *answered;
     }
@@ -90,9 +92,12 @@ int SHELL_Run(int argc, char** argv) {
         STARTUP_Finish();
     }
     if (RUN_IsInterrupted()) {
-        CONSOLE_PrintLine("Interrupted");
+        CONSOLE_PrintLine(WATCH_ExitCode() ? "Watching ended" : "Interrupted");
     }
     STARTUP_Close();
+    if (const std::optional<int> told = WATCH_ExitCode()) {
+        return *told;
+    }
     RESULT_Write();
     if (RUN_IsUnattended() && CMDLINE_ContainsTarget(arguments)) {
         CONSOLE_PrintLine(VERDICT_Line(!started));

@@ -31,6 +31,7 @@
 #include "shell/settings.h"
 #include "shell/summary.h"
 #include "shell/terminal_log.h"
+#include "shell/watch.h"
 #include "target/worker.h"
 
 namespace {
@@ -190,6 +191,9 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
     }
     ACCOUNT_Stage("file");
     if (const auto programFile = CMDLINE_ProgramFile()) {
+        if (RUNWORDS_Get().watch) {
+            WATCH_AwaitFirst(*programFile);
+        }
         PROGRAM_Open(*programFile);
     }
     openRememberedViews();

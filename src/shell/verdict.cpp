@@ -75,7 +75,7 @@ void VERDICT_NextTry() {
 }
 
 void VERDICT_CommandStarts(const Command& command) {
-    if (RUN_IsUnattended() && changesFlash(command.id)) {
+    if (RUN_IsQuiet() && changesFlash(command.id)) {
         STATUS_SetText("Target CRC: ----", STATUS_CHECKSUM);
     }
     isRunning = command.id != CMD_EXIT;

@@ -4,8 +4,10 @@
 #include "bootrom/connect.h"
 #include "bootrom/download.h"
 #include "bootrom/flash_commands.h"
+#include "bootrom/password_choice.h"
 #include "device/device.h"
 #include "device/image_checksum.h"
+#include "link/chip_record.h"
 #include "link/target_link.h"
 #include "link/target_state.h"
 #include "notice/error.h"
@@ -19,6 +21,7 @@
 #include "target/checksum_commands.h"
 #include "target/worker.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -72,6 +75,7 @@ const CommandRow kProgramTarget = {"Programming target",
                                    kAcknowledgedPages};
 const CommandRow kReadBack = {"Reading", "All bytes\nread successfully", "Reading", OP_READ_BACK};
 const CommandRow kVerify = {"Verifying", "Verifying ok", "Verifying", OP_VERIFY};
+const CommandRow kCompare = {"Comparing", "", "Comparing", OP_COMPARE};
 const CommandRow kBlankChip = {"Blank check",  "Target is blank",        "Blank check chip",
                                OP_BLANK_CHECK, DEVICE_GetSprtBlankCheck, OP_BLANK_READ};
 const CommandRow kBlankBlocks = {"Blank check",  "Selected blocks are blank", "Blank check blocks",
@@ -142,13 +146,22 @@ bool eraseWasCancelled(const Result<>& erased) {
                   : erased.error().code == TERR_CANCELLED || RUN_IsInterrupted();
 }
 
+void forEachBlock(const std::function<void(const AddressRange&)>& note) {
+    for (const DeviceBlock& block : DEVICE_Blocks()) {
+        note(block.range);
+    }
+}
+
 int eraseChipByBootRom(const BootRomProtocol& family, bool showBox) {
     TARGET_SetLinkState(LINK_BOOTROM);
     EVENTS_Sleep(kConnectPauseMs);
     const Result<> erased = _EraseChip(family);
     const bool cancelled = eraseWasCancelled(erased);
     const bool done = erased && !cancelled;
-    if (!erased) {
+    if (erased) {
+        forEachBlock([](const AddressRange& block) { CHIPRECORD_Note(block, ChipMark::erased); });
+    } else {
+        CHIPRECORD_Forget();
         _BootFail(erased.error(), showBox ? "" : kEraseChip.failed());
     }
     PROGRESS_Close();
@@ -280,16 +293,36 @@ void TARGET_Program(uint32_t first, uint32_t last) {
     LOG_Add(rangeStarted("Programming", first, last));
     const Operation operation = {kProgram.code(), AddressRange::upTo(first, last)};
     const bool done = TARGET_RunOperation(operation, kProgram.line()) && checksumsAgree();
+    if (done) {
+        noteProgrammedPassword();
+    }
     showResult(kProgram, done);
 }
 
 void TARGET_ProgramTarget() {
-    runCommand(kProgramTarget, "Programming Chip started", {});
+    if (runCommand(kProgramTarget, "Programming Chip started", {})) {
+        noteProgrammedPassword();
+    }
 }
 
 bool TARGET_ReadBack(uint32_t start, uint32_t end) {
     return runCommand(kReadBack, rangeStarted("Reading", start, end),
                       AddressRange::upTo(start, end));
+}
+
+std::optional<ImageCopy> TARGET_ReadToCompare(const std::vector<AddressRange>& ranges) {
+    if (!connect(kCompare.name)) {
+        return std::nullopt;
+    }
+    LOG_Add(rangeStarted("Comparing", ranges.front().start, ranges.back().last()));
+    const auto copy = std::make_shared<ImageCopy>();
+    copy->ranges = ranges;
+    const Operation operation = {kCompare.code(), {}, {}, copy};
+    if (!TARGET_RunOperation(operation, kCompare.line())) {
+        LOG_Add(kCompare.failed());
+        return std::nullopt;
+    }
+    return std::move(*copy);
 }
 
 void TARGET_Verify(uint32_t first, uint32_t last) {
@@ -316,6 +349,9 @@ void TARGET_ProtectChip() {
             return;
         }
         const bool done = runBootCommand(&BootRomProtocol::ProtectChip, "Protect Chip") == 0;
+        if (done) {
+            forEachBlock(CHIPRECORD_NoteProtected);
+        }
         showResult(kProtectChip, done);
     } else if (confirmProtect()) {
         runCommand(kProtectChip, "Protecting Chip started", {}, DEVICE_Blocks());

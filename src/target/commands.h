@@ -2,7 +2,10 @@
 // User-interface thread; every wait processes events. Failures have been reported on return.
 #pragma once
 
+#include "data/image_copy.h"
+
 #include <cstdint>
+#include <optional>
 #include <string>
 
 // Whether there is a selected block to work on; reported when not. Commands on selected blocks
@@ -17,6 +20,9 @@ void TARGET_Program(uint32_t first, uint32_t last); // addresses, last inclusive
 void TARGET_ProgramTarget();
 // End inclusive. Replaces the image by what was read; false, and the image stays, when that failed.
 bool TARGET_ReadBack(uint32_t start, uint32_t end);
+// What the chip holds in these ranges, which ascend and lie within the image; none when that
+// failed.
+std::optional<ImageCopy> TARGET_ReadToCompare(const std::vector<AddressRange>& ranges);
 uint16_t TARGET_GetCrc(bool showBox);
 uint16_t TARGET_GetSum(bool showBox);
 void TARGET_Verify(uint32_t first, uint32_t last); // last inclusive

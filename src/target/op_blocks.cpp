@@ -1,6 +1,7 @@
 // Operations that name whole blocks to the loader: erase, protect, its own blank check, checksums.
 
 #include "device/device.h"
+#include "link/chip_record.h"
 #include "notice/progress.h"
 #include "platform/format.h"
 #include "target/operation.h"
@@ -23,6 +24,14 @@ Result<> treatBlock(const LoaderCommand& command, const DeviceBlock& block) {
                      : reply.error();
 }
 
+void recordBlock(const LoaderCommand& command, const AddressRange& block, bool done) {
+    if (command.code == kEraseBlock.code) {
+        CHIPRECORD_Note(block, done ? ChipMark::erased : ChipMark::unknown);
+    } else if (done) {
+        CHIPRECORD_NoteProtected(block);
+    }
+}
+
 Result<> eraseOrProtect(const LoaderCommand& command, const std::vector<DeviceBlock>& blocks) {
     setProgressRange(DEVICE_Blocks().size());
     for (const DeviceBlock& block : blocks) {
@@ -31,7 +40,9 @@ Result<> eraseOrProtect(const LoaderCommand& command, const std::vector<DeviceBl
         }
         PROGRESS_SetNote(formatText("Block %d", block.index));
         PROGRESS_SetPos(block.index + 1);
-        if (Result<> done = treatBlock(command, block); !done) {
+        Result<> done = treatBlock(command, block);
+        recordBlock(command, block.range, bool(done));
+        if (!done) {
             return done;
         }
     }
@@ -61,7 +72,7 @@ Result<uint16_t> getChecksum(const LoaderCommand& command, uint16_t value,
             return on.error();
         }
         if (showsBlocks) {
-            PROGRESS_SetPos(block.index);
+            setBlockProgress(block);
         }
         const Result<Reply> reply =
             exchange(command, blockFields(block, block.range.size() - 1).u8(first ? 1 : 0));
@@ -102,10 +113,11 @@ Result<> opBlankCheck(const Operation& operation) {
         if (Result<> on = goesOn(); !on) {
             return on;
         }
-        PROGRESS_SetPos(block.index);
+        setBlockProgress(block);
         if (Result<> blank = treatBlock(kCheckBlank, block); !blank) {
             return blank;
         }
+        CHIPRECORD_Note(block.range, ChipMark::erased);
     }
     return {};
 }

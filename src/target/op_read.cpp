@@ -2,6 +2,7 @@
 
 #include "data/hexdata.h"
 #include "device/device.h"
+#include "link/chip_record.h"
 #include "link/target_state.h"
 #include "notice/log.h"
 #include "notice/progress.h"
@@ -26,19 +27,16 @@ Result<> checkBlank(uint32_t address, const std::vector<uint8_t>& data) {
     return Failure{TERR_NOT_BLANK, address + static_cast<uint32_t>(found - data.begin()), *found};
 }
 
-// Reads the range piece by piece; `take` is given every reply.
-Result<> readRange(const AddressRange& range, const std::function<Result<>(const Reply&)>& take) {
-    if (range.empty()) {
-        return Failure{.reason =
-                           formatText("The range %X - %X is empty", range.start, range.last())};
-    }
+using TakeReply = std::function<Result<>(const Reply&)>;
+
+// Reads the range piece by piece, behind `done` bytes of others; `take` is given every reply.
+Result<> readBehind(uint64_t done, const AddressRange& range, const TakeReply& take) {
     const uint64_t last = range.end - 1;
-    setProgressRange(last - range.start);
     for (uint64_t address = range.start; address < range.end;) {
         if (Result<> on = goesOn(); !on) {
             return on;
         }
-        setProgress(address - range.start);
+        setProgress(done + (address - range.start), address);
         const uint64_t count = address + kReadPiece < last ? kReadPiece : range.end - address;
         const auto from = static_cast<uint32_t>(address);
         const Result<Reply> reply =
@@ -52,6 +50,24 @@ Result<> readRange(const AddressRange& range, const std::function<Result<>(const
         address += reply->data.size();
     }
     return {};
+}
+
+Result<> readRange(const AddressRange& range, const TakeReply& take) {
+    if (range.empty()) {
+        return Failure{.reason =
+                           formatText("The range %X - %X is empty", range.start, range.last())};
+    }
+    setProgressRange(range.size() - 1);
+    return readBehind(0, range, take);
+}
+
+void appendReply(ImageCopy& copy, const Reply& reply) {
+    if (!copy.areas.empty() && copy.areas.back().end == reply.address) {
+        copy.areas.back().end += reply.data.size();
+    } else {
+        copy.areas.push_back(AddressRange::of(reply.address, reply.data.size()));
+    }
+    copy.bytes.insert(copy.bytes.end(), reply.data.begin(), reply.data.end());
 }
 
 // What a chip holds from one address on.
@@ -80,10 +96,26 @@ Result<> blankReadBlock(const AddressRange& block) {
     return {};
 }
 
+// Notes what of the bytes from an address on is equal and what is not.
+void recordComparison(uint32_t address, const std::vector<uint8_t>& expected,
+                      const std::vector<uint8_t>& data) {
+    for (size_t at = 0; at < data.size();) {
+        const bool equal = expected[at] == data[at];
+        size_t end = at;
+        while (end < data.size() && (expected[end] == data[end]) == equal) {
+            ++end;
+        }
+        CHIPRECORD_Note(AddressRange::of(address + static_cast<uint32_t>(at), end - at),
+                        equal ? ChipMark::verified : ChipMark::differs);
+        at = end;
+    }
+}
+
 // A failure at the first byte that differs from the image.
 Result<> compareWithImage(uint32_t address, const std::vector<uint8_t>& data) {
     std::vector<uint8_t> expected(data.size());
     HEXDATA_Copy(address, expected, {});
+    recordComparison(address, expected, data);
     const auto [image, target] = std::mismatch(expected.begin(), expected.end(), data.begin());
     if (image == expected.end()) {
         return {};
@@ -133,8 +165,13 @@ Result<> opReadBack(const Operation& operation) {
 }
 
 Result<> opBlankRead(const Operation& operation) {
-    return readRange(operation.range,
-                     [](const Reply& reply) { return checkBlank(reply.address, reply.data); });
+    return readRange(operation.range, [](const Reply& reply) {
+        Result<> blank = checkBlank(reply.address, reply.data);
+        if (blank) {
+            CHIPRECORD_Note(AddressRange::of(reply.address, reply.data.size()), ChipMark::erased);
+        }
+        return blank;
+    });
 }
 
 Result<> opBlankReadBlocks(const Operation& operation) {
@@ -143,10 +180,11 @@ Result<> opBlankReadBlocks(const Operation& operation) {
     }
     setProgressRange(DEVICE_Blocks().size());
     for (const DeviceBlock& block : operation.blocks) {
-        PROGRESS_SetPos(block.index);
+        setBlockProgress(block);
         if (Result<> blank = blankReadBlock(block.range); !blank) {
             return blank;
         }
+        CHIPRECORD_Note(block.range, ChipMark::erased);
     }
     return {};
 }
@@ -157,4 +195,28 @@ Result<> opVerify(const Operation& operation) {
         return Failure{.reason = "A packet size of 0 bytes is not supported"};
     }
     return forEachPiece(operation.range, std::min(packet, kReadPiece), verifyPiece);
+}
+
+Result<> opCompare(const Operation& operation) {
+    ImageCopy& copy = *operation.into;
+    uint64_t total = 0;
+    for (const AddressRange& range : copy.ranges) {
+        total += range.size();
+    }
+    setProgressRange(total);
+    uint64_t done = 0;
+    for (const AddressRange& range : copy.ranges) {
+        Result<> read = readBehind(done, range, [&copy](const Reply& reply) {
+            std::vector<uint8_t> expected(reply.data.size());
+            HEXDATA_Copy(reply.address, expected, {});
+            recordComparison(reply.address, expected, reply.data);
+            appendReply(copy, reply);
+            return Result<>();
+        });
+        if (!read) {
+            return read;
+        }
+        done += range.size();
+    }
+    return {};
 }

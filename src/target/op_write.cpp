@@ -2,6 +2,7 @@
 
 #include "data/hexdata.h"
 #include "device/device.h"
+#include "link/chip_record.h"
 #include "link/target_state.h"
 #include "notice/progress.h"
 #include "platform/format.h"
@@ -30,7 +31,7 @@ Result<> writePages(const AddressRange& range, bool showsBytes, Fill fill) {
             return on;
         }
         if (showsBytes) {
-            setProgress(address - range.start);
+            setProgress(address - range.start, address);
         }
         const auto bytes = std::span(page).first(std::min<uint64_t>(pageLen, range.end - address));
         std::fill(bytes.begin(), bytes.end(), uint8_t{0xFF});
@@ -104,7 +105,11 @@ Result<> opProgramTarget(const Operation&) {
 }
 
 Result<> opFillChip(const Operation&) {
-    return writeDevice(leaveErased);
+    Result<> filled = writeDevice(leaveErased);
+    if (filled) {
+        CHIPRECORD_Note(*deviceRange(), ChipMark::erased);
+    }
+    return filled;
 }
 
 Result<> opFillBlocks(const Operation& operation) {
@@ -120,10 +125,16 @@ Result<> opFillBlocks(const Operation& operation) {
     setProgressRange(DEVICE_Blocks().size());
     PROGRESS_ShowCancel(false);
     for (const DeviceBlock& block : operation.blocks) {
-        PROGRESS_SetPos(block.index);
+        setBlockProgress(block);
         if (Result<> written = writePages(block.range, false, leaveErased); !written) {
             return written;
         }
     }
-    return finishWriting();
+    if (Result<> finished = finishWriting(); !finished) {
+        return finished;
+    }
+    for (const DeviceBlock& block : operation.blocks) {
+        CHIPRECORD_Note(block.range, ChipMark::erased);
+    }
+    return {};
 }

@@ -50,10 +50,15 @@ constexpr OperationRow kOperations[] = {
      does<opBlankReadBlocks>},
     {OP_PROGRAM_TARGET, "Programming target...", Shows::bytes, Flash::changes,
      does<opProgramTarget>},
+    {OP_COMPARE, "Comparing...", Shows::bytes, Flash::stays, does<opCompare>},
 };
 
 int32_t saturate(uint64_t value) {
     return static_cast<int32_t>(std::min<uint64_t>(value, std::numeric_limits<int32_t>::max()));
+}
+
+std::string stepText(const DeviceBlock& block, size_t count) {
+    return formatText("block %d of %zu", block.index, count);
 }
 
 // The next piece of the image at or after `from`: held bytes, none beyond the end of `range`.
@@ -147,7 +152,7 @@ Result<> forEachPiece(const AddressRange& range, uint32_t limit,
         if (Result<> on = goesOn(); !on) {
             return on;
         }
-        setProgress(done);
+        setProgress(done, piece.start);
         if (Result<> treated = treat(piece); !treated) {
             return treated;
         }
@@ -161,6 +166,17 @@ void setProgressRange(uint64_t total) {
     PROGRESS_SetMax(saturate(total));
 }
 
-void setProgress(uint64_t position) {
+void setProgress(uint64_t position, uint64_t address) {
     PROGRESS_SetPos(saturate(position));
+    const std::vector<DeviceBlock> blocks = DEVICE_Blocks();
+    for (const DeviceBlock& block : blocks) {
+        if (address >= block.range.start && address < block.range.end) {
+            PROGRESS_SetStep(stepText(block, blocks.size()));
+        }
+    }
+}
+
+void setBlockProgress(const DeviceBlock& block) {
+    PROGRESS_SetPos(block.index);
+    PROGRESS_SetStep(stepText(block, DEVICE_Blocks().size()));
 }

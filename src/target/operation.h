@@ -2,10 +2,12 @@
 #pragma once
 
 #include "data/address_range.h"
+#include "data/image_copy.h"
 #include "device/device.h"
 #include "link/failure.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -25,6 +27,7 @@ enum OperationCode : int {
     OP_FILL_BLOCKS = 13,
     OP_BLANK_READ_BLOCKS = 14,
     OP_PROGRAM_TARGET = 15,
+    OP_COMPARE = 16,
 };
 
 // What the worker is to do, handed over as one value.
@@ -32,6 +35,7 @@ struct Operation {
     OperationCode code;
     AddressRange range = {};              // of those that go from address to address
     std::vector<DeviceBlock> blocks = {}; // of those that go block by block
+    std::shared_ptr<ImageCopy> into = {}; // reads its ranges and fills in the rest
 };
 
 // Runs an operation from its progress set-up to its end: the checksum of those that get one, else
@@ -48,6 +52,7 @@ Result<> opBlankRead(const Operation& operation);
 Result<> opBlankReadBlocks(const Operation& operation);
 Result<> opBlankCheck(const Operation& operation);
 Result<> opVerify(const Operation& operation);
+Result<> opCompare(const Operation& operation);
 Result<> opProgram(const Operation& operation);
 Result<> opProgramTarget(const Operation& operation);
 Result<> opFillChip(const Operation& operation);
@@ -71,6 +76,8 @@ std::string blockTextAt(uint32_t address);
 // the pieces for one frame each, at most `limit` bytes that are neighbours on the chip as well.
 Result<> forEachPiece(const AddressRange& range, uint32_t limit,
                       Result<> (*treat)(const AddressRange& piece));
-// Range and position of the progress display; beyond its width they saturate.
+// Range and position of the progress display; beyond its width they saturate. The step shown is the
+// block in which `address` lies, or the block that is treated.
 void setProgressRange(uint64_t total);
-void setProgress(uint64_t position);
+void setProgress(uint64_t position, uint64_t address);
+void setBlockProgress(const DeviceBlock& block);

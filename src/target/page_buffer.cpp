@@ -1,6 +1,7 @@
 #include "target/page_buffer.h"
 
 #include "device/device.h"
+#include "link/chip_record.h"
 #include "link/target_state.h"
 #include "platform/format.h"
 #include "target/operation.h"
@@ -126,6 +127,8 @@ Result<> TARGET_FlushPage() {
     const uint32_t length = pageLen != 0 ? pageLen : wholeWords(page.last + kWord);
     const Result<Reply> reply = exchange(kProgramPage, Fields().u32(page.base).u16(length),
                                          std::span(page.bytes).first(length));
+    CHIPRECORD_Note(AddressRange::of(DEVICE_RelocateAddr(page.base), length),
+                    reply ? ChipMark::written : ChipMark::unknown);
     if (!reply) {
         return pageFailure(reply.error());
     }

@@ -1,6 +1,7 @@
 #include "target/worker.h"
 
 #include "bootrom/download.h"
+#include "link/chip_record.h"
 #include "link/target_link.h"
 #include "link/target_state.h"
 #include "notice/error.h"
@@ -97,6 +98,9 @@ void passOnReceivedBytes() {
 // the same breath as the operation is cleared, so that it cannot end the wait for a later one.
 void reportAndRelease(const Failure& failure, bool linkFailed, bool resetBoot) {
     ERROR_Out(nullptr, failureText(failure), 1, failureHint(failure));
+    if (linkFailed) {
+        CHIPRECORD_Forget(); // another chip may be there when it answers again
+    }
     TargetState& state = TARGET_State();
     bool dropped = false;
     {

@@ -14,9 +14,13 @@ const QColor kBolt(255, 196, 61);
 const QColor kPaper(250, 250, 247);
 const QColor kInk(46, 58, 74);
 const QColor kAccent(38, 122, 193);
+const QColor kGood(46, 158, 79);
+const QColor kBad(214, 69, 65);
+const QColor kMetal(128, 138, 150);
 
 // Every picture is drawn in a square of 16 units.
 constexpr qreal kUnits = 16;
+constexpr qreal kDisabled = 0.35; // opacity
 
 void paintPins(QPainter& painter) {
     painter.setPen(Qt::NoPen);
@@ -32,6 +36,12 @@ void paintChip(QPainter& painter) {
     painter.setPen(QPen(kBodyEdge, 0.6));
     painter.setBrush(kBody);
     painter.drawRoundedRect(QRectF(2.2, 2.2, 11.6, 11.6), 1.4, 1.4);
+}
+
+void paintPolygon(QPainter& painter, const QColor& colour, const QPolygonF& points) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(colour);
+    painter.drawPolygon(points);
 }
 
 // A chip that a flash goes into.
@@ -97,6 +107,16 @@ void paintTerminal(QPainter& painter) {
     painter.drawLine(QPointF(7.8, 10.8), QPointF(12, 10.8));
 }
 
+void paintMemoryMap(QPainter& painter) {
+    paintSheet(painter);
+    painter.setBrush(kAccent);
+    painter.drawRect(QRectF(4, 3, 3.4, 7.6));
+    painter.setBrush(kInk);
+    for (const qreal row : {3.0, 5.8, 8.6, 11.4}) {
+        painter.drawRect(QRectF(8.6, row, 3.4, 2));
+    }
+}
+
 void paintHelp(QPainter& painter) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(kAccent);
@@ -109,8 +129,73 @@ void paintHelp(QPainter& painter) {
     painter.drawText(QRectF(0, 0, kUnits, kUnits), Qt::AlignCenter, "?");
 }
 
+void paintOpen(QPainter& painter) {
+    paintPolygon(painter, kBolt.darker(130),
+                 {{1, 13}, {1, 3}, {6, 3}, {7.5, 5}, {13, 5}, {13, 13}});
+    paintPolygon(painter, kBolt, {{3.6, 7}, {15.6, 7}, {13, 13.4}, {1, 13.4}});
+}
+
+void paintAuto(QPainter& painter) {
+    paintPolygon(painter, kGood, {{3.5, 1.8}, {14, 8}, {3.5, 14.2}});
+}
+
+// A chip with an arrow into it, or out of it.
+void paintTransfer(QPainter& painter, bool toChip) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(kMetal);
+    for (const qreal pin : {3.2, 6.4, 9.6}) {
+        painter.drawRect(QRectF(pin + 0.6, 9.4, 1.6, 6.2));
+    }
+    painter.setBrush(kAccent);
+    painter.drawRoundedRect(QRectF(2, 10.6, 12, 3.6), 0.8, 0.8);
+    const qreal tip = toChip ? 9.2 : 0.6;
+    const qreal neck = toChip ? 4.8 : 5;
+    const qreal end = toChip ? 0.6 : 9.2;
+    paintPolygon(
+        painter, kAccent,
+        {{8, tip}, {12.4, neck}, {9.6, neck}, {9.6, end}, {6.4, end}, {6.4, neck}, {3.6, neck}});
+}
+
+void paintVerify(QPainter& painter) {
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(kGood, 2.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawPolyline(QPolygonF({{2.2, 8.6}, {6.2, 12.6}, {13.8, 3.4}}));
+}
+
+void paintErase(QPainter& painter) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(kMetal);
+    painter.drawRect(QRectF(2, 3, 12, 1.6));
+    painter.drawRect(QRectF(6, 1.4, 4, 1.4));
+    paintPolygon(painter, kMetal, {{3, 5.6}, {13, 5.6}, {12, 15}, {4, 15}});
+    painter.setPen(QPen(kPaper, 1));
+    for (const qreal line : {6.2, 8.0, 9.8}) {
+        painter.drawLine(QPointF(line, 7.2), QPointF(line, 13.4));
+    }
+}
+
+void paintCancel(QPainter& painter) {
+    painter.setPen(QPen(kBad, 2.6, Qt::SolidLine, Qt::RoundCap));
+    painter.drawLine(QPointF(3.4, 3.4), QPointF(12.6, 12.6));
+    painter.drawLine(QPointF(12.6, 3.4), QPointF(3.4, 12.6));
+}
+
 void paint(QPainter& painter, Art art) {
     switch (art) {
+    case Art::open:
+        return paintOpen(painter);
+    case Art::toAuto:
+        return paintAuto(painter);
+    case Art::toChip:
+        return paintTransfer(painter, true);
+    case Art::fromChip:
+        return paintTransfer(painter, false);
+    case Art::verify:
+        return paintVerify(painter);
+    case Art::erase:
+        return paintErase(painter);
+    case Art::cancel:
+        return paintCancel(painter);
     case Art::program:
         return paintProgram(painter);
     case Art::hexList:
@@ -123,6 +208,8 @@ void paint(QPainter& painter, Art art) {
         return paintChip(painter);
     case Art::terminal:
         return paintTerminal(painter);
+    case Art::memoryMap:
+        return paintMemoryMap(painter);
     case Art::help:
         return paintHelp(painter);
     }
@@ -142,7 +229,8 @@ class ArtEngine : public QIconEngine {
 public:
     explicit ArtEngine(Art art) : art_(art) {}
 
-    void paint(QPainter* painter, const QRect& rect, QIcon::Mode, QIcon::State) override {
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
+        painter->setOpacity(mode == QIcon::Disabled ? kDisabled : 1);
         const int side = std::min(rect.width(), rect.height());
         QRect square(0, 0, side, side);
         square.moveCenter(rect.center());

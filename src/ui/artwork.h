@@ -5,7 +5,24 @@
 #include <QPainter>
 #include <QPalette>
 
-enum class Art { program, hexList, hexDump, log, device, terminal, help };
+enum class Art {
+    program,
+    hexList,
+    hexDump,
+    log,
+    device,
+    terminal,
+    memoryMap,
+    help,
+    // of the tool bar
+    open,
+    toAuto,
+    toChip,
+    verify,
+    fromChip,
+    erase,
+    cancel,
+};
 
 QIcon ART_Icon(Art art);
 // The emblem and the name under it, centred in `area`, in the colours of the palette.

@@ -17,6 +17,7 @@
 #include "ui/view_windows.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QPalette>
 #include <cstdlib>
 #include <memory>
@@ -80,6 +81,11 @@ void fillViews(FrontEnd& frontEnd) {
     frontEnd.closeView = VIEWS_Close;
     frontEnd.isViewOpen = VIEWS_IsOpen;
     frontEnd.refreshView = VIEWS_Refresh;
+    frontEnd.showBytes = VIEWS_ShowBytes;
+    frontEnd.revealData = [](const AddressRange& range) {
+        openView(View::hexDump);
+        VIEWS_ShowBytes(range);
+    };
     frontEnd.cascade = VIEWS_Cascade;
     frontEnd.tileHorizontally = [] { VIEWS_Tile(true); };
     frontEnd.tileVertically = [] { VIEWS_Tile(false); };
@@ -93,6 +99,10 @@ void fillDialogs(FrontEnd& frontEnd) {
     frontEnd.showError = BOX_ShowError;
     frontEnd.ask = BOX_Ask;
     frontEnd.chooseFile = FILEDIALOG_Choose;
+    frontEnd.clipboardText = [] { return QGuiApplication::clipboard()->text().toStdString(); };
+    frontEnd.setClipboard = [](const std::string& text) {
+        QGuiApplication::clipboard()->setText(QString::fromStdString(text));
+    };
     frontEnd.editValue = [](ValueRequest& request) {
         return runDialog([&request](QWidget* owner) { return DIALOG_EditValue(owner, request); });
     };

@@ -20,7 +20,6 @@ public:
         auto* layout = new QVBoxLayout(this);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->addWidget(table_);
-        TEXTTABLE_WrapTexts(table_); // the window is a narrow one
         setFocusProxy(table_);
         DeviceView::refresh();
     }

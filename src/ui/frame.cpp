@@ -6,6 +6,7 @@
 #include "shell/frame_rules.h"
 #include "shell/identity.h"
 #include "shell/port_notice.h"
+#include "shell/program_on_change.h"
 #include "shell/session.h"
 #include "shell/startup.h"
 #include "shell/terminal_log.h"
@@ -85,6 +86,7 @@ public:
         connect(&glance_, &QTimer::timeout, this, [] {
             PORTNOTICE_Watch();
             TERMLOG_Write();
+            ONCHANGE_Glance();
             NOTICEBAR_Refresh();
             TOOLBAR_Refresh();
             STATUSBAR_ShowLink();
@@ -130,7 +132,7 @@ protected:
     }
 
     void dragEnterEvent(QDragEnterEvent* event) override {
-        if (FRAMERULES_MayOpenFile() && !droppedFile(event->mimeData()).isEmpty()) {
+        if (FRAMERULES_IsFree() && !droppedFile(event->mimeData()).isEmpty()) {
             event->acceptProposedAction();
         }
     }
@@ -225,6 +227,7 @@ QRect screenFor(const QRect& wanted) {
 
 void FRAME_Create() {
     FRAMERULES_Reset();
+    ONCHANGE_Reset();
     placed = false;
     closeWanted = false;
     frame = std::make_unique<MainFrame>();

@@ -21,6 +21,7 @@ struct RecentSection {
 
 std::vector<QAction*> commands; // their data is the identifier
 std::vector<RecentSection> recentSections;
+std::vector<QMenu*> submenus; // of commands
 std::vector<QAction*> windowEntries;
 QMenu* windowMenu = nullptr;
 QMdiArea* windowArea = nullptr;
@@ -48,13 +49,23 @@ QAction* createCommand(const Command& row, QObject* parent) {
     }
     QAction* action = createAction(text, row.id, parent);
     action->setShortcut(QKeySequence(key));
-    action->setCheckable(row.view.has_value());
+    action->setCheckable(row.view.has_value() || row.isOn != nullptr);
     commands.push_back(action);
     return action;
 }
 
+QMenu* submenuOf(QMenu* menu, const QString& title) {
+    if (submenus.empty() || submenus.back()->title() != title) {
+        submenus.push_back(menu->addMenu(title));
+    }
+    return submenus.back();
+}
+
 void addItem(QMenu* menu, const Command& row) {
-    if (row.id == 0) {
+    if (*row.under != '\0') {
+        QMenu* submenu = submenuOf(menu, row.under);
+        submenu->addAction(createCommand(row, submenu));
+    } else if (row.id == 0) {
         menu->addSeparator();
     } else if (row.recent.open != nullptr) {
         recentSections.push_back({menu, menu->addSeparator(), row.recent.list, row.id, {}});
@@ -111,6 +122,10 @@ void applyRules() {
         const int id = action->data().toInt();
         action->setEnabled(COMMAND_IsEnabled(id) && mayRunNow(id));
         action->setChecked(COMMAND_IsChecked(id));
+    }
+    for (const QMenu* submenu : submenus) {
+        submenu->menuAction()->setEnabled(
+            std::ranges::any_of(submenu->actions(), &QAction::isEnabled));
     }
 }
 
@@ -175,6 +190,7 @@ void FRAMEMENU_Update() {
 void FRAMEMENU_Exit() {
     commands.clear();
     recentSections.clear();
+    submenus.clear();
     windowEntries.clear();
     windowMenu = nullptr;
     windowArea = nullptr;
@@ -184,6 +200,12 @@ QAction* FRAMEMENU_Item(int id) {
     const auto found =
         std::ranges::find_if(commands, [id](const QAction* item) { return item->data() == id; });
     return found == commands.end() ? nullptr : *found;
+}
+
+QAction* FRAMEMENU_SubmenuOf(int id) {
+    const QAction* item = FRAMEMENU_Item(id);
+    const auto* submenu = item != nullptr ? qobject_cast<QMenu*>(item->parent()) : nullptr;
+    return submenu != nullptr ? submenu->menuAction() : nullptr;
 }
 
 void FRAMEMENU_AddToggle(QAction* toggle) {

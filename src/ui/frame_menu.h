@@ -12,8 +12,10 @@ void FRAMEMENU_Build(QMenuBar* bar, QMdiArea* area, std::function<void(int)> run
 // Applies the enable and check rules and the recent files. Also done whenever a popup opens.
 void FRAMEMENU_Update();
 void FRAMEMENU_Exit();
-// The item of a command.
+// The item of a command; none while there is no frame.
 QAction* FRAMEMENU_Item(int id);
+// That of the submenu in which a command stands.
+QAction* FRAMEMENU_SubmenuOf(int id);
 // Adds the check mark that shows or hides the tool bar to the menu "&Window".
 void FRAMEMENU_AddToggle(QAction* toggle);
 // Whether a key press with these modifiers is an accelerator of the menu, enabled or not.

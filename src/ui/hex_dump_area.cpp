@@ -1,9 +1,10 @@
 #include "ui/hex_dump_area.h"
 
+#include "shell/edit_history.h"
+#include "shell/edit_place.h"
 #include "ui/look.h"
 
 #include <QEvent>
-#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScrollBar>
 #include <QStandardItemModel>
@@ -19,23 +20,6 @@ constexpr std::array<int, kColumns> kDefaultWidths = {70, 381, 130}; // pixels
 constexpr std::array<int, kColumns> kTextLengths = {8, 47, 16};
 constexpr int kMargin = 3; // pixels between a column's edge and its text
 
-// The request that a key or an action of the scroll bar stands for.
-template <size_t Count>
-std::optional<ScrollRequest> requestFor(const std::array<std::pair<int, ScrollRequest>, Count>& map,
-                                        int code) {
-    const auto found = std::ranges::find(map, code, &std::pair<int, ScrollRequest>::first);
-    return found == map.end() ? std::nullopt : std::optional(found->second);
-}
-
-constexpr std::array<std::pair<int, ScrollRequest>, 6> kKeys = {{
-    {Qt::Key_Up, ScrollRequest::lineUp},
-    {Qt::Key_Down, ScrollRequest::lineDown},
-    {Qt::Key_PageUp, ScrollRequest::pageUp},
-    {Qt::Key_PageDown, ScrollRequest::pageDown},
-    {Qt::Key_Home, ScrollRequest::top},
-    {Qt::Key_End, ScrollRequest::bottom},
-}};
-
 constexpr std::array<std::pair<int, ScrollRequest>, 6> kActions = {{
     {QAbstractSlider::SliderSingleStepSub, ScrollRequest::lineUp},
     {QAbstractSlider::SliderSingleStepAdd, ScrollRequest::lineDown},
@@ -44,32 +28,6 @@ constexpr std::array<std::pair<int, ScrollRequest>, 6> kActions = {{
     {QAbstractSlider::SliderToMinimum, ScrollRequest::top},
     {QAbstractSlider::SliderToMaximum, ScrollRequest::bottom},
 }};
-
-// How far Shift with a key moves the caret, in addresses; the ends of the data clip it.
-int64_t caretStep(int key, int page) {
-    constexpr int64_t kLine = kBytesPerRow;
-    constexpr int64_t kAll = int64_t{1} << 32;
-    switch (key) {
-    case Qt::Key_Left:
-        return -1;
-    case Qt::Key_Right:
-        return 1;
-    case Qt::Key_Up:
-        return -kLine;
-    case Qt::Key_Down:
-        return kLine;
-    case Qt::Key_PageUp:
-        return -kLine * page;
-    case Qt::Key_PageDown:
-        return kLine * page;
-    case Qt::Key_Home:
-        return -kAll;
-    case Qt::Key_End:
-        return kAll;
-    default:
-        return 0;
-    }
-}
 
 } // namespace
 
@@ -97,13 +55,19 @@ HexDumpArea::HexDumpArea(QWidget* parent)
     refresh();
 }
 
+HexDumpArea::~HexDumpArea() {
+    EDITPLACE_Set(std::nullopt);
+}
+
 void HexDumpArea::refresh() {
     range_ = HEXDUMPVIEW_GetRange();
     if (selection_ && !range_.contains(selection_->range())) {
         selection_.reset();
     }
+    caret_ = {std::clamp(caret_.address, range_.start, range_.last()), caret_.characters};
     layOut();
     viewport()->update();
+    tellPlace();
 }
 
 DumpScroll HexDumpArea::scroll() const {
@@ -145,6 +109,16 @@ void HexDumpArea::changeEvent(QEvent* event) {
     }
 }
 
+void HexDumpArea::focusInEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusInEvent(event);
+    viewport()->update();
+}
+
+void HexDumpArea::focusOutEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusOutEvent(event);
+    viewport()->update();
+}
+
 void HexDumpArea::scrollContentsBy(int, int) {
     header_->setOffset(horizontalScrollBar()->value());
     viewport()->update();
@@ -152,8 +126,9 @@ void HexDumpArea::scrollContentsBy(int, int) {
 
 // The bar has proposed a position of its own by now; the dump's rule takes its place.
 void HexDumpArea::followScrollBar(int action) {
-    if (const auto request = requestFor(kActions, action)) {
-        verticalScrollBar()->setSliderPosition(DUMPSCROLL_Move(scroll(), *request));
+    const auto found = std::ranges::find(kActions, action, &std::pair<int, ScrollRequest>::first);
+    if (found != kActions.end()) {
+        verticalScrollBar()->setSliderPosition(DUMPSCROLL_Move(scroll(), found->second));
     }
 }
 
@@ -161,44 +136,55 @@ void HexDumpArea::move(ScrollRequest request) {
     verticalScrollBar()->setValue(DUMPSCROLL_Move(scroll(), request));
 }
 
-void HexDumpArea::keyPressEvent(QKeyEvent* event) {
-    const bool shift = event->modifiers().testFlag(Qt::ShiftModifier);
-    if (shift && extendSelection(event->key())) {
-        return;
-    }
-    if (const auto request = requestFor(kKeys, event->key())) {
-        move(*request);
-    } else if (event->key() == Qt::Key_Left || event->key() == Qt::Key_Right) {
-        QAbstractScrollArea::keyPressEvent(event); // sideways
-    } else {
-        event->ignore();
-    }
-}
-
-bool HexDumpArea::extendSelection(int key) {
-    const int64_t step = caretStep(key, scroll().page);
-    if (step == 0) {
-        return false;
-    }
-    DumpSelection next = selection_.value_or(DumpSelection{topAddress(), topAddress()});
-    if (selection_) {
-        const int64_t target = int64_t{next.caret} + step;
-        next.caret =
-            static_cast<uint32_t>(std::clamp<int64_t>(target, range_.start, range_.last()));
-    }
-    select(next);
-    return true;
-}
-
 void HexDumpArea::select(const DumpSelection& selection) {
     setSelection(selection);
-    const auto line = static_cast<int>(HEXDUMPVIEW_LineOf(range_, selection.caret));
-    verticalScrollBar()->setValue(DUMPSCROLL_Reveal(scroll(), line));
+    reveal(selection.caret);
+}
+
+void HexDumpArea::reveal(uint32_t address) {
+    const uint32_t line = HEXDUMPVIEW_LineOf(range_, address);
+    verticalScrollBar()->setValue(DUMPSCROLL_Reveal(scroll(), static_cast<int>(line)));
+    const QRectF cell = cells(caret_.characters ? kCharacters : kHex, AddressRange::of(address, 1),
+                              range_.start + line * kBytesPerRow, 0);
+    const double right = std::max(cell.right() + kMargin - viewport()->width(), 0.0);
+    const double left = std::min(cell.left() - kMargin, 0.0);
+    QScrollBar& sideways = *horizontalScrollBar();
+    sideways.setValue(sideways.value() + static_cast<int>(std::ceil(right) + std::floor(left)));
 }
 
 void HexDumpArea::setSelection(const DumpSelection& selection) {
     selection_ = selection;
+    moveCaret({selection.caret, selection.characters});
+}
+
+void HexDumpArea::deselect() {
+    selection_.reset();
+    moveCaret(caret_);
+}
+
+void HexDumpArea::placeCaret(uint32_t address) {
+    selection_.reset();
+    moveCaret({address, caret_.characters});
+    reveal(address);
+}
+
+void HexDumpArea::moveCaret(const DumpCaret& caret) {
+    HISTORY_EndTyping();
+    caret_ = caret;
     viewport()->update();
+    tellPlace();
+}
+
+void HexDumpArea::tellPlace() {
+    if (HEXDATA_IsEmpty()) {
+        EDITPLACE_Set(std::nullopt);
+        setAccessibleDescription({});
+        return;
+    }
+    const AddressRange selected = selection_ ? selection_->range() : AddressRange();
+    const EditPlace place{selection_ ? selected.start : caret_.address, selected};
+    EDITPLACE_Set(place);
+    setAccessibleDescription(QString::fromStdString(EDITPLACE_Text(place)));
 }
 
 void HexDumpArea::selectAll() {
@@ -218,6 +204,12 @@ QString HexDumpArea::selectedText() const {
 }
 
 void HexDumpArea::mousePressEvent(QMouseEvent* event) {
+    if (event->button() == Qt::RightButton) { // the menu is about what is under it
+        const auto pressed = hit(event->position().toPoint());
+        if (pressed && !(selection_ && selection_->range().contains(pressed->caret))) {
+            setSelection(*pressed);
+        }
+    }
     if (event->button() != Qt::LeftButton) {
         return;
     }
@@ -226,8 +218,7 @@ void HexDumpArea::mousePressEvent(QMouseEvent* event) {
     } else if (const auto pressed = hit(event->position().toPoint())) {
         setSelection(*pressed);
     } else {
-        selection_.reset();
-        viewport()->update();
+        deselect();
     }
 }
 

@@ -4,14 +4,18 @@
 #include "data/data_find.h"
 #include "notice/error.h"
 #include "platform/format.h"
+#include "shell/command_ids.h"
+#include "shell/comparison.h"
 #include "shell/front_end.h"
 #include "ui/find_bar.h"
+#include "ui/frame_menu.h"
 #include "ui/hex_dump_area.h"
 #include "ui/view_widget.h"
 
 #include <QAction>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QVBoxLayout>
 
 namespace {
@@ -32,16 +36,38 @@ public:
         layout->setContentsMargins(0, 0, 0, 0);
         layout->setSpacing(0);
         layout->addWidget(area_, 1);
+        layout->addWidget(note_);
         layout->addWidget(findBar_);
         setFocusProxy(area_);
+        note_->setObjectName("comparisonNote");
+        note_->setContentsMargins(3, 2, 3, 2);
+        note_->setTextFormat(Qt::PlainText);
+        note_->setWordWrap(true);
+        showNote();
         addAction("&Copy", QKeySequence::Copy, [this] { copy(); });
         addAction("Select &All", QKeySequence::SelectAll, [this] { area_->selectAll(); });
         addAction("&Go to Address...", QKeySequence("Ctrl+G"), [this] { goTo(); });
         addAction("&Find...", QKeySequence::Find, [this] { FINDBAR_Open(findBar_); });
+        addMenuItems();
         area_->setContextMenuPolicy(Qt::ActionsContextMenu);
     }
 
-    void refresh() override { area_->refresh(); }
+    void refresh() override {
+        area_->refresh();
+        showNote();
+    }
+
+    void showBytes(const AddressRange& range) override {
+        const AddressRange& shown = area_->range();
+        const uint32_t first = std::max(range.start, shown.start);
+        const uint64_t end = std::min(range.end, shown.end);
+        if (first < end) {
+            area_->select({static_cast<uint32_t>(end - 1), first, area_->caret().characters});
+        } else if (range.empty() && shown.contains(range.start)) {
+            area_->placeCaret(range.start);
+        }
+    }
+
     std::vector<int> columnWidths() const override { return area_->columns().toStore(); }
     void setColumnWidths(const std::vector<int>& widths) override {
         area_->columns().setStored(widths);
@@ -61,6 +87,20 @@ private:
         area_->addAction(action);
         if (!ofLineEdits) {
             QWidget::addAction(action);
+        }
+    }
+
+    // The edit commands of the frame's menu, with their states.
+    void addMenuItems() {
+        auto* separator = new QAction(area_);
+        separator->setSeparator(true);
+        for (QAction* item :
+             {separator, FRAMEMENU_SubmenuOf(CMD_EDIT_COPY_HEX), FRAMEMENU_Item(CMD_EDIT_PASTE_HEX),
+              FRAMEMENU_Item(CMD_EDIT_FILL), FRAMEMENU_Item(CMD_EDIT_INSERT_FILE),
+              FRAMEMENU_Item(CMD_EDIT_UNDO), FRAMEMENU_Item(CMD_EDIT_REDO)}) {
+            if (item != nullptr) {
+                area_->addAction(item);
+            }
         }
     }
 
@@ -99,8 +139,15 @@ private:
         }
     }
 
+    // Under the dump, as long as there is a comparison.
+    void showNote() {
+        const std::string text = COMPARISON_Note();
+        note_->setText(QString::fromStdString(text));
+        note_->setVisible(!text.empty());
+    }
+
     uint32_t startOfSearch() const {
-        return area_->selection() ? area_->selection()->range().start : area_->topAddress();
+        return area_->selection() ? area_->selection()->range().start : area_->caret().address;
     }
 
     QString find(const std::vector<uint8_t>& pattern, bool forward) {
@@ -130,6 +177,7 @@ private:
 
     HexDumpArea* area_;
     QWidget* findBar_;
+    QLabel* note_ = new QLabel(this);
 };
 
 } // namespace

@@ -129,7 +129,8 @@ public:
         model_.add(line);
         if (!userSelects) {
             const QModelIndex last = model_.index(model_.rowCount() - 1);
-            list_->setCurrentIndex(last);
+            // Not the list's own, which extends the selection while somebody holds Shift.
+            list_->selectionModel()->setCurrentIndex(last, QItemSelectionModel::ClearAndSelect);
             list_->scrollTo(last);
         }
     }

@@ -27,6 +27,10 @@ QColor LOOK_BadColour(const QPalette& palette) {
     return isDark(palette) ? QColor(255, 128, 128) : QColor(128, 0, 0);
 }
 
-QColor LOOK_SentColour(const QPalette& palette) {
-    return isDark(palette) ? QColor(144, 184, 255) : QColor(0, 64, 160);
+QColor LOOK_PlainColour(const QPalette& palette) {
+    return isDark(palette) ? QColor(128, 184, 255) : QColor(0, 84, 166);
+}
+
+QColor LOOK_NoteColour(const QPalette& palette) {
+    return isDark(palette) ? QColor(255, 192, 96) : QColor(128, 72, 0);
 }

@@ -13,5 +13,6 @@ QString LOOK_Characters(const std::string& characters);
 // Green and red for text on the palette's window colour.
 QColor LOOK_GoodColour(const QPalette& palette);
 QColor LOOK_BadColour(const QPalette& palette);
-// For what was sent, on the palette's base colour.
-QColor LOOK_SentColour(const QPalette& palette);
+// Blue and brown for what is neither; as texts they can be read like those.
+QColor LOOK_PlainColour(const QPalette& palette);
+QColor LOOK_NoteColour(const QPalette& palette);

@@ -3,6 +3,7 @@
 #include "shell/command_ids.h"
 #include "shell/frame_rules.h"
 #include "shell/port_notice.h"
+#include "shell/program_on_change.h"
 
 #include <QFrame>
 #include <QHBoxLayout>
@@ -11,6 +12,20 @@
 #include <QVBoxLayout>
 
 namespace {
+
+// What is wrong with the port comes first: nothing else can be done until that is mended.
+Notice notice() {
+    const Notice port = PORTNOTICE_Get();
+    return port == Notice{} ? ONCHANGE_Notice() : port;
+}
+
+void tryAgain() {
+    if (PORTNOTICE_Get() == Notice{}) {
+        ONCHANGE_TryAgain();
+    } else {
+        PORTNOTICE_TryAgain();
+    }
+}
 
 class NoticeBar : public QFrame {
 public:
@@ -28,11 +43,11 @@ public:
         text_->setFont(bold);
         hint_ = addLabel(texts, "noticeHint");
         addButton(row, "Options...", [] { FRAMERULES_Run(CMD_OPTIONS); });
-        addButton(row, "Try again", PORTNOTICE_TryAgain);
+        addButton(row, "Try again", tryAgain);
         hide();
     }
 
-    void tell(const PortNotice& notice) {
+    void tell(const Notice& notice) {
         if (told_ == notice) {
             return;
         }
@@ -63,7 +78,7 @@ private:
         connect(button, &QPushButton::clicked, this, action);
     }
 
-    PortNotice told_;
+    Notice told_;
     QLabel* text_ = nullptr;
     QLabel* hint_ = nullptr;
 };
@@ -83,6 +98,6 @@ void NOTICEBAR_Detach() {
 
 void NOTICEBAR_Refresh() {
     if (bar != nullptr) {
-        bar->tell(PORTNOTICE_Get());
+        bar->tell(notice());
     }
 }

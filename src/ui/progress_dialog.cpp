@@ -2,8 +2,10 @@
 
 #include "notice/progress.h"
 #include "platform/event_queue.h"
+#include "shell/progress_line.h"
 #include "ui/sheet.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QDialog>
 #include <QLabel>
@@ -77,6 +79,11 @@ public:
         }
         bar_ = new Bar(this);
         layout->addWidget(bar_);
+        details_ = new QLabel(this);
+        details_->setObjectName("details");
+        details_->setAlignment(Qt::AlignCenter);
+        details_->setTextFormat(Qt::PlainText);
+        layout->addWidget(details_);
         cancel_ = new QPushButton("Cancel", this);
         cancel_->setObjectName(QString::number(kCancelId));
         layout->addWidget(cancel_, 0, Qt::AlignHCenter);
@@ -92,6 +99,8 @@ public:
             line->clear();
         }
         bar_->show({});
+        details_->clear();
+        rate_ = {};
         setWindowTitle(QString::fromStdString(PROGRESS_GetView().caption));
         tick();
         resize(std::max(kWidth, sizeHint().width()), sizeHint().height());
@@ -99,9 +108,14 @@ public:
             SHEET_CenterDialog(this);
         }
         timer_.start(kTickMs);
+        // What the program began by itself leaves the keyboard to whoever has it.
+        const bool isInFront = QApplication::activeWindow() != nullptr;
+        setAttribute(Qt::WA_ShowWithoutActivating, !isInFront);
         show();
-        raise();
-        activateWindow();
+        if (isInFront) {
+            raise();
+            activateWindow();
+        }
         cancel_->setFocus();
     }
 
@@ -110,6 +124,7 @@ public:
         const ProgressView view = PROGRESS_GetView();
         if (view.closeRequest) {
             leave();
+            tellEnd(view);
             return;
         }
         setBusyCursor(view.busyCursor);
@@ -118,6 +133,8 @@ public:
         if (view.barTextMode || view.hasRange) {
             bar_->show(view);
         }
+        details_->setText(
+            QString::fromStdString(PROGRESSLINE_Details(view, PROGRESSLINE_Rate(rate_, view))));
         if (view.hasRange) {
             lines_[0]->setText(QString::fromStdString(view.line1));
             lines_[1]->setText(QString::fromStdString(view.line2));
@@ -142,6 +159,14 @@ private:
         hide();
     }
 
+    // A sound, and a mark on the frame where another window is in front.
+    void tellEnd(const ProgressView& view) {
+        if (PROGRESSLINE_IsLong(view)) {
+            QApplication::beep();
+            QApplication::alert(parentWidget());
+        }
+    }
+
     void setBusyCursor(bool busy) {
         QWidget* frame = parentWidget();
         for (QWidget* widget : {frame, static_cast<QWidget*>(this)}) {
@@ -153,6 +178,8 @@ private:
 
     QLabel* lines_[kLines] = {};
     Bar* bar_ = nullptr;
+    QLabel* details_ = nullptr;
+    ProgressRate rate_;
     QPushButton* cancel_ = nullptr;
     QTimer timer_;
 };

@@ -32,6 +32,7 @@ public:
             label->setText(QString::fromStdString(STATUS_GetText(part)));
             labels_[static_cast<size_t>(part)] = label;
         }
+        general_ = labels_[STATUS_GENERAL]->text();
         link_ = new QLabel(labels_[0]);
         link_->setObjectName("link");
         link_->setTextFormat(Qt::PlainText);
@@ -40,7 +41,11 @@ public:
     }
 
     void setPart(int part, const QString& text) {
-        labels_[static_cast<size_t>(part)]->setText(text);
+        if (part == STATUS_GENERAL) {
+            general_ = text;
+        } else {
+            labels_[static_cast<size_t>(part)]->setText(text);
+        }
         layOut();
     }
 
@@ -80,10 +85,14 @@ protected:
             return QStatusBar::event(event);
         }
         const auto* help = static_cast<QHelpEvent*>(event);
-        const bool overPort = labels_[STATUS_SERIAL]->geometry().contains(help->pos());
-        QToolTip::showText(help->globalPos(),
-                           overPort ? QString::fromStdString(STATUSBAR_PortText()) : QString(),
-                           this);
+        const auto isOver = [&](StatusPart part) {
+            return labels_[part]->geometry().contains(help->pos());
+        };
+        const QString text = isOver(STATUS_SERIAL) ? QString::fromStdString(STATUSBAR_PortText())
+                             : isOver(STATUS_GENERAL) && labels_[STATUS_GENERAL]->text() != general_
+                                 ? general_
+                                 : QString();
+        QToolTip::showText(help->globalPos(), text, this);
         return true;
     }
 
@@ -106,9 +115,24 @@ private:
         const int width = link_->sizeHint().width() + 2 * kPartMargin;
         link_->setGeometry(labels_[0]->width() - width, 0, width - kPartMargin,
                            labels_[0]->height());
+        showGeneral(labels_[STATUS_GENERAL]->width() - width);
+    }
+
+    // As many of its parts, which are two blanks apart, as there is room for.
+    void showGeneral(int room) {
+        QLabel* label = labels_[STATUS_GENERAL];
+        const QFontMetrics metrics = label->fontMetrics();
+        room -= 2 * kPartMargin;
+        QString text = general_;
+        while (metrics.horizontalAdvance(text) > room && text.contains("  ")) {
+            text.truncate(text.lastIndexOf("  "));
+        }
+        label->setText(metrics.elidedText(text, Qt::ElideRight, room));
+        label->setAccessibleName(general_);
     }
 
     std::array<QLabel*, kStatusParts> labels_{};
+    QString general_;        // all of the first part's text
     QLabel* link_ = nullptr; // at the end of the first part
     std::optional<LinkIndicator> shown_;
 };

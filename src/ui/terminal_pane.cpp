@@ -84,7 +84,7 @@ void TerminalPane::showAnew() {
 QTextCharFormat TerminalPane::formatOf(TerminalSource source) const {
     QTextCharFormat format;
     if (source == TerminalSource::sent) {
-        format.setForeground(LOOK_SentColour(palette()));
+        format.setForeground(LOOK_PlainColour(palette()));
         format.setFontUnderline(true); // told apart also without the colour
     }
     return format;

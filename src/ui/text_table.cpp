@@ -54,13 +54,8 @@ private:
     ColumnNeed needOf(int column) const;
 };
 
-// The length that cannot be cut: of the text, or of its longest word where lines are broken.
 int TextTable::lengthOf(const QString& text) const {
-    int longest = 0;
-    for (const QString& part : wordWrap() ? text.split(' ') : QStringList(text)) {
-        longest = std::max(longest, fontMetrics().horizontalAdvance(part));
-    }
-    return longest + kCellSpace;
+    return fontMetrics().horizontalAdvance(text) + kCellSpace;
 }
 
 ColumnNeed TextTable::needOf(int column) const {
@@ -71,7 +66,7 @@ ColumnNeed TextTable::needOf(int column) const {
     const auto look = [&](int row) {
         const QString text = model()->index(row, column).data().toString();
         need.least = std::max(need.least, std::min(lengthOf(text), kWidestByContents));
-        need.wanted = std::max(need.wanted, fontMetrics().horizontalAdvance(text) + kCellSpace);
+        need.wanted = std::max(need.wanted, lengthOf(text));
     };
     const int rows = texts().rowCount();
     for (int row = 0; row < std::min(rows, kRowsLookedAt); ++row) {
@@ -99,6 +94,11 @@ TextTableModel::TextTableModel(std::span<const TextColumn> columns, QObject* par
 }
 
 void TextTableModel::setRows(int count, CellText text) {
+    if (count == count_ && count > 0) { // who hears the table stays where he is
+        text_ = std::move(text);
+        emit dataChanged(index(0, 0), index(count - 1, columnCount() - 1));
+        return;
+    }
     beginResetModel();
     count_ = count;
     text_ = std::move(text);
@@ -114,7 +114,7 @@ int TextTableModel::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant TextTableModel::data(const QModelIndex& index, int role) const {
-    if (role == Qt::DisplayRole) {
+    if (role == Qt::DisplayRole || role == Qt::ToolTipRole) { // a narrow column cuts it
         return text_(index.row(), index.column());
     }
     return role == Qt::TextAlignmentRole ? QVariant(Qt::AlignLeft | Qt::AlignVCenter) : QVariant();
@@ -154,21 +154,11 @@ QTableView* TEXTTABLE_Create(std::span<const TextColumn> columns, const char* na
     return view;
 }
 
-void TEXTTABLE_WrapTexts(QTableView* view) {
-    view->setWordWrap(true);
-    view->verticalHeader()->setMinimumSectionSize(view->verticalHeader()->defaultSectionSize());
-    QObject::connect(view->horizontalHeader(), &QHeaderView::sectionResized, view,
-                     &QTableView::resizeRowsToContents);
-}
-
 void TEXTTABLE_SetRows(QTableView* view, int count, TextTableModel::CellText text) {
     const int position = view->verticalScrollBar()->value();
     const int row = view->currentIndex().row();
     static_cast<TextTableModel*>(view->model())->setRows(count, std::move(text));
     static_cast<TextTable*>(view)->adaptColumns();
-    if (view->wordWrap()) {
-        view->resizeRowsToContents();
-    }
     if (row >= 0 && row < count) {
         view->setCurrentIndex(view->model()->index(row, 0));
     }

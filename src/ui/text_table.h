@@ -40,8 +40,6 @@ private:
 // selected, and copied with Ctrl+C.
 QTableView* TEXTTABLE_Create(std::span<const TextColumn> columns, const char* name,
                              const QFont& font, QWidget* parent);
-// Has long texts broken between words, for a table of few rows in a narrow window.
-void TEXTTABLE_WrapTexts(QTableView* view);
 // Shows new rows at the place where the view was.
 void TEXTTABLE_SetRows(QTableView* view, int count, TextTableModel::CellText text);
 // Widths in pixels for the settings; 0 for all columns that have their default widths, at which no

@@ -6,6 +6,7 @@
 #include "shell/command_ids.h"
 #include "shell/frame_rules.h"
 #include "shell/quick_choice.h"
+#include "ui/artwork.h"
 #include "ui/frame_menu.h"
 
 #include <QAction>
@@ -18,20 +19,20 @@ namespace {
 struct ToolButton {
     int command;
     const char* text;
-    QStyle::StandardPixmap icon;
+    Art icon;
 };
 
 constexpr ToolButton kButtons[] = {
-    {CMD_TARGET_AUTO, "Auto", QStyle::SP_MediaPlay},
-    {CMD_TARGET_PROGRAM, "Program", QStyle::SP_ArrowDown},
-    {CMD_TARGET_VERIFY, "Verify", QStyle::SP_DialogApplyButton},
-    {CMD_TARGET_READ_BACK, "Read Back", QStyle::SP_ArrowUp},
-    {CMD_TARGET_ERASE_CHIP, "Erase", QStyle::SP_TrashIcon},
+    {CMD_TARGET_AUTO, "Auto", Art::toAuto},
+    {CMD_TARGET_PROGRAM, "Program", Art::toChip},
+    {CMD_TARGET_VERIFY, "Verify", Art::verify},
+    {CMD_TARGET_READ_BACK, "Read Back", Art::fromChip},
+    {CMD_TARGET_ERASE_CHIP, "Erase", Art::erase},
 };
 // So all of the bar is seen in a frame of the usual size, and more where there is room.
 constexpr int kLeastCharacters = 6;
 constexpr int kMostCharacters = 30;
-constexpr ToolButton kOpen = {CMD_FILE_OPEN, "Open", QStyle::SP_DialogOpenButton};
+constexpr ToolButton kOpen = {CMD_FILE_OPEN, "Open", Art::open};
 
 // Asks for its entries when it is opened.
 class ChoiceBox : public QComboBox {
@@ -74,7 +75,7 @@ Tools tools;
 
 void addButton(QToolBar* bar, const ToolButton& button) {
     const QAction* item = FRAMEMENU_Item(button.command);
-    auto* action = bar->addAction(bar->style()->standardIcon(button.icon), button.text);
+    auto* action = bar->addAction(ART_Icon(button.icon), button.text);
     action->setObjectName(QString("tool%1").arg(button.command));
     action->setToolTip(QString("%1 (%2)").arg(button.text, item->shortcut().toString()));
     const auto follow = [action, item] { action->setEnabled(item->isEnabled()); };
@@ -98,14 +99,14 @@ ChoiceBox* addChoice(QToolBar* bar, const char* name, std::function<void(QComboB
     return box;
 }
 
-void fillDevices(QComboBox& box) {
+void offerDevices(QComboBox& box) {
     for (const std::string& name : CHOICE_Devices()) {
         box.addItem(QString::fromStdString(name), QString::fromStdString(name));
     }
     box.setCurrentIndex(box.findData(QString::fromStdString(DEVICE_GetName())));
 }
 
-void fillPorts(QComboBox& box) {
+void offerPorts(QComboBox& box) {
     for (const PortChoice& port : CHOICE_Ports()) {
         box.addItem(QString::fromStdString(port.text), QString::fromStdString(port.name));
     }
@@ -123,14 +124,13 @@ QToolBar* TOOLBAR_Create(QWidget* parent) {
     bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     addButton(bar, kOpen);
     bar->addSeparator();
-    tools.device = addChoice(bar, "Device", fillDevices, CHOICE_TakeDevice);
-    tools.port = addChoice(bar, "Port", fillPorts, CHOICE_TakePort);
+    tools.device = addChoice(bar, "Device", offerDevices, CHOICE_TakeDevice);
+    tools.port = addChoice(bar, "Port", offerPorts, CHOICE_TakePort);
     bar->addSeparator();
     for (const ToolButton& button : kButtons) {
         addButton(bar, button);
     }
-    tools.cancel =
-        bar->addAction(bar->style()->standardIcon(QStyle::SP_DialogCancelButton), "Cancel");
+    tools.cancel = bar->addAction(ART_Icon(Art::cancel), "Cancel");
     tools.cancel->setObjectName("toolCancel");
     tools.cancel->setToolTip("Ends the command that runs");
     QObject::connect(tools.cancel, &QAction::triggered, PROGRESS_Cancel);
@@ -147,7 +147,7 @@ void TOOLBAR_Refresh() {
         return;
     }
     tools.cancel->setEnabled(PROGRESS_IsOpen() && PROGRESS_GetView().showCancel);
-    const bool mayChoose = FRAMERULES_MayOpenFile();
+    const bool mayChoose = FRAMERULES_IsFree();
     for (ChoiceBox* box : {tools.device, tools.port}) {
         box->setEnabled(mayChoose);
     }

@@ -1,4 +1,4 @@
-// The value dialog: one or two hexadecimal numbers under a hint.
+// The value dialog: one or two hexadecimal numbers, and perhaps bytes, under a hint.
 
 #include "notice/error.h"
 #include "persist/hex_text.h"
@@ -17,7 +17,8 @@
 namespace {
 
 constexpr int kHexMode = 1;
-constexpr int kMaxText = 200; // characters of a field
+constexpr int kMaxText = 200;        // characters of a field
+constexpr int kMaxBytesText = 32767; // of that of bytes
 
 std::string textOf(std::optional<int32_t> value, bool negative) {
     if (!value) {
@@ -66,6 +67,7 @@ std::optional<int32_t> readField(QWidget* dialog, const QLineEdit* field) {
 struct Fields {
     QLineEdit* first = nullptr;
     QLineEdit* second = nullptr;
+    QLineEdit* bytes = nullptr; // null where none are asked for
 };
 
 Fields addFields(QFormLayout* layout, const ValueRequest& request) {
@@ -77,6 +79,11 @@ Fields addFields(QFormLayout* layout, const ValueRequest& request) {
     fields.first = addField(layout, request.label0, "702", "704");
     if (!request.label1.empty()) {
         fields.second = addField(layout, request.label1, "703", "705");
+    }
+    if (!request.bytesLabel.empty()) {
+        fields.bytes = addField(layout, request.bytesLabel, "706", "707");
+        fields.bytes->setMaxLength(kMaxBytesText);
+        fields.bytes->setText(QString::fromStdString(request.bytes));
     }
     return fields;
 }
@@ -100,6 +107,9 @@ void readValues(QWidget* dialog, const Fields& fields, ValueRequest& request) {
     request.value0 = readField(dialog, fields.first);
     if (fields.second != nullptr) {
         request.value1 = readField(dialog, fields.second);
+    }
+    if (fields.bytes != nullptr) {
+        request.bytes = fields.bytes->text().toStdString();
     }
 }
 

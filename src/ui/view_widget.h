@@ -2,6 +2,8 @@
 // and column widths; the widget shows rows that are made below the user interface.
 #pragma once
 
+#include "data/address_range.h"
+
 #include <QWidget>
 #include <vector>
 
@@ -15,6 +17,8 @@ public:
     virtual std::vector<int> columnWidths() const { return {}; }
     // The window has been activated, with the focus where it was last.
     virtual void activated() {}
+    // As FrontEnd::showBytes.
+    virtual void showBytes(const AddressRange&) {}
     // Takes stored widths; 0 stands for a column's default.
     virtual void setColumnWidths(const std::vector<int>&) {}
 };
@@ -25,3 +29,4 @@ ViewWidget* HEXDUMPVIEW_Create(QWidget* parent);
 ViewWidget* DEVICEVIEW_Create(QWidget* parent);
 ViewWidget* LOGVIEW_Create(QWidget* parent);
 ViewWidget* TERMINALVIEW_Create(QWidget* parent);
+ViewWidget* MEMORYMAPVIEW_Create(QWidget* parent);

@@ -4,9 +4,8 @@
 #include "persist/ini.h"
 #include "shell/image_origin.h"
 #include "shell/program_files.h"
-#include "ui/artwork.h"
 #include "ui/placement.h"
-#include "ui/view_widget.h"
+#include "ui/view_specs.h"
 
 #include <QCloseEvent>
 #include <QMdiSubWindow>
@@ -19,62 +18,12 @@
 
 namespace {
 
-struct ViewSpec {
-    View view;
-    const char* section;
-    const char* title;
-    QRect placement; // standard, in an area of kStandardArea
-    size_t columns;
-    bool showsData;
-    Art icon;
-    ViewWidget* (*create)(QWidget*);
-};
-
-constexpr QSize kStandardArea(792, 534); // pixels
-constexpr size_t kViews = 5;
 constexpr size_t kMaxColumns = 6;
 constexpr char kRectKey[] = "Rect";
 constexpr char kHeaderKey[] = "Header";
 
-// In the order of the View menu's enumeration.
-const std::array<ViewSpec, kViews> kSpecs = {{
-    {View::hexList,
-     "Settings HEXLISTVIEW",
-     "Hex List",
-     {0, 300, 792, 120},
-     6,
-     true,
-     Art::hexList,
-     HEXLISTVIEW_Create},
-    {View::hexDump,
-     "Settings HEXDUMPVIEW",
-     "Hex Dump",
-     {191, 0, 601, 300},
-     3,
-     true,
-     Art::hexDump,
-     HEXDUMPVIEW_Create},
-    {View::log, "Settings LOG", "Log", {450, 420, 342, 114}, 0, false, Art::log, LOGVIEW_Create},
-    {View::device,
-     "Settings DEVICEVIEW",
-     "Device",
-     {0, 0, 191, 300},
-     2,
-     false,
-     Art::device,
-     DEVICEVIEW_Create},
-    {View::terminal,
-     "Settings TERMINAL",
-     "Terminal I/O",
-     {0, 420, 449, 114},
-     0,
-     false,
-     Art::terminal,
-     TERMINALVIEW_Create},
-}};
-
 const ViewSpec& specOf(View view) {
-    return kSpecs[static_cast<size_t>(view)];
+    return VIEWSPECS_All()[static_cast<size_t>(view)];
 }
 
 void storePlace(const ViewSpec& spec, const QRect& place) {
@@ -188,7 +137,7 @@ void ViewWindow::noteShare() {
 void ViewWindow::placeFirst() {
     const std::optional<QRect> stored = storedPlacement(spec_);
     isPlaced_ = stored.has_value();
-    share_ = isPlaced_ ? QRectF() : PLACEMENT_Share(spec_.placement, kStandardArea);
+    share_ = isPlaced_ ? QRectF() : PLACEMENT_Share(spec_.placement, kViewSpecArea);
     follows_ = true;
     if (stored) {
         setGeometry(isLaidOut() ? PLACEMENT_BroughtBack(*stored, area->viewport()->rect())
@@ -311,7 +260,7 @@ void VIEWS_Open(View view) {
 }
 
 void VIEWS_RefreshTitles() {
-    for (const ViewSpec& spec : kSpecs) {
+    for (const ViewSpec& spec : VIEWSPECS_All()) {
         if (ViewWindow* window = windowOf(spec.view)) {
             window->setWindowTitle(presentTitle(spec));
         }
@@ -334,6 +283,12 @@ bool VIEWS_IsOpen(View view) {
 void VIEWS_Refresh(View view) {
     if (ViewWindow* window = windowOf(view)) {
         window->view().refresh();
+    }
+}
+
+void VIEWS_ShowBytes(const AddressRange& range) {
+    if (ViewWindow* window = windowOf(View::hexDump)) {
+        window->view().showBytes(range);
     }
 }
 
@@ -381,7 +336,7 @@ void VIEWS_Tile(bool wide) {
 }
 
 void VIEWS_RestoreDefault() {
-    for (const ViewSpec& spec : kSpecs) {
+    for (const ViewSpec& spec : VIEWSPECS_All()) {
         const bool wasOpen = VIEWS_IsOpen(spec.view);
         const QString title = wasOpen ? windowOf(spec.view)->windowTitle() : QString();
         if (wasOpen) {

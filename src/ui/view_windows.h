@@ -20,6 +20,8 @@ void VIEWS_RefreshTitles();
 void VIEWS_Close(View view);
 bool VIEWS_IsOpen(View view);
 void VIEWS_Refresh(View view);
+// As FrontEnd::showBytes.
+void VIEWS_ShowBytes(const AddressRange& range);
 // Stores placement and column widths of the open views, as the program ends.
 void VIEWS_StoreAll();
 // Moves windows that lie outside of the area into it.

@@ -240,6 +240,21 @@ TEST_F(ProgramFile, AProtectedFileIsNotReplaced) {
     EXPECT_EQ(readFile(path), "old");
 }
 
+TEST_F(ProgramFile, SaysWhyReadingBrokeOff) {
+    std::string text;
+    for (int line = 0; line < 10'000; ++line) {
+        text += kData;
+    }
+    writeFile(path, text);
+    int calls = 0;
+    FILES_SetCallHook([&calls] { return ++calls > 2 ? EIO : 0; }); // opening and one piece succeed
+    EXPECT_FALSE(PROGRAMFILE_Load(path));
+    FILES_SetCallHook({});
+    const std::string report = reports.take();
+    EXPECT_NE(report.find("Error reading file (Input/output error)"), std::string::npos) << report;
+    EXPECT_TRUE(HEXDATA_IsEmpty());
+}
+
 TEST_F(ProgramFile, RandomImagesReadBackEqualInBothFormats) {
     TestRandom random;
     for (int round = 0; round < 60; ++round) {

@@ -92,12 +92,12 @@ TEST(Chip, IsProgrammedVerifiedAndReadBack) {
         VirtualTarget target(world.folder, name);
         const DeviceRecord device = deviceOf(name);
         const std::vector<Data> data = dataFor(device);
-        const RunResult result = world.run(
-            withFile(world, programOf(data),
-                     onDevice(name, {"-TargetCheckBlankChip", "-TargetAuto", "-TargetVerify",
-                                     "-TargetGetCRC", "-TargetReadBack" + hexRange(device),
-                                     "-TargetVerify", "-TargetStartApplication",
-                                     "-FileSaveAs" + (world.folder / "back.mot").string()})));
+        const RunResult result = world.run(withFile(
+            world, programOf(data),
+            onDevice(name, {"-TargetCheckBlankChip", "-TargetAuto", "-TargetVerify",
+                            "-TargetGetCRC", "-TargetCompare", "-TargetReadBack" + hexRange(device),
+                            "-TargetVerify", "-TargetStartApplication",
+                            "-FileSaveAs" + (world.folder / "back.mot").string()})));
         EXPECT_EQ(result.exitCode, 0) << name << "\n" << result.err;
         EXPECT_TRUE(ProgramFolder::lines(result.err)
                         .back()

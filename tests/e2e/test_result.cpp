@@ -110,3 +110,44 @@ TEST(Result, OfAnInterruptedRun) {
 TEST(Result, OfALostPort) {
     ResultRun().whileItPrograms([](Process&, VirtualTarget& target) { target.kill(); });
 }
+
+TEST(Result, IsThatOfEachRoundWhileTheFileIsWatched) {
+    const ResultRun world;
+    VirtualTarget target(world.bench.folder, "VT-B128");
+    const std::filesystem::path file = world.bench.folder / "app.mot";
+    const auto text = [](uint32_t own) {
+        return srecords(0, randomBytes(900, own)) + "S9030000FC\n";
+    };
+    const Strings arguments =
+        world.arguments({"-TargetAuto", "-TargetStartApplication", "--watch"});
+    writeFile(file, text(1));
+    Process run(world.bench.command(arguments), world.bench.folder / "run");
+    const auto verdicts = [&run] {
+        std::string all;
+        for (const std::string& line : ProgramFolder::lines(run.err())) {
+            all += line.starts_with("Passed: ") ? "+" : line.starts_with("Failed: ") ? "-" : "";
+        }
+        return all;
+    };
+    const auto comes = [&](const char* expected) {
+        return waitFor([&] { return verdicts() == expected; });
+    };
+    ASSERT_TRUE(comes("+")) << run.err();
+    writeFile(world.bench.folder / "new", text(2));
+    std::filesystem::rename(world.bench.folder / "new", file);
+    ASSERT_TRUE(comes("++")) << run.err();
+    EXPECT_EQ(world.outcomes(), "TargetAuto passed, TargetStartApplication passed, ");
+    writeFile(file, text(3).substr(0, 1000));
+    ASSERT_TRUE(comes("++-")) << run.err();
+    EXPECT_EQ(world.result()["stage"], "file");
+    EXPECT_EQ(world.outcomes(), "TargetAuto skipped, TargetStartApplication skipped, ");
+    writeFile(file, text(4));
+    ASSERT_TRUE(comes("++-+")) << run.err();
+    EXPECT_EQ(world.result()["files"].size(), 1U);
+    run.signal(SIGINT);
+    EXPECT_EQ(run.wait(), 0) << run.err();
+    EXPECT_EQ(verdicts(), "++-+");
+    EXPECT_EQ(target.stop(), 0) << target.summary();
+    const Bytes last = randomBytes(900, 4);
+    EXPECT_EQ(target.flash().substr(0, 900), std::string(last.begin(), last.end()));
+}

@@ -216,6 +216,11 @@ TEST(Cmdline, RefusesAnUnattendedLineWhole) {
         {{"-FileSaveAsx.hex,y"}, {"\",y\" behind the value is too much"}},
         {{"-FileSaveAsx.txt"}, {"Invalid file extension, use .MOT or .HEX"}},
         {{"-FileMerge"}, {"CMDLINE_GetString: Missing string"}},
+        {{"--watch"}, {"--watch needs a FILE to watch"}},
+        {{"/dev/null", "--watch"},
+         {"--watch needs a file that can change, /dev/null is a pipe or a device"}},
+        {{"a.hex", "-FileSaveAsa.hex", "--watch"},
+         {"--watch would never rest: a.hex is saved by the line itself"}},
         {{"--nothing"}, {"\"-nothing\" is not a valid command !"}},
     };
     for (const auto& c : cases) {

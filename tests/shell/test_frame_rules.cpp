@@ -62,7 +62,7 @@ TEST(FrameRules, PutOffWhatTouchesTheDataUntilTheFrameIsIdle) {
         for (const bool reopened : {false, true}) {
             FrameWorld world;
             busyWith([&world, reopened] {
-                EXPECT_FALSE(FRAMERULES_MayOpenFile());
+                EXPECT_FALSE(FRAMERULES_IsFree());
                 FRAMERULES_OpenFile(world.file("b.hex", ":00000001FF\n"));
                 FRAMERULES_DataViewsClosed();
                 FRAMERULES_Activated();
@@ -73,7 +73,7 @@ TEST(FrameRules, PutOffWhatTouchesTheDataUntilTheFrameIsIdle) {
             });
             EXPECT_EQ(HEXDATA_IsEmpty(), !reopened);
             EXPECT_EQ(world.asked(), reopened ? 1U : 0U) << "about what is still loaded";
-            EXPECT_TRUE(FRAMERULES_MayOpenFile());
+            EXPECT_TRUE(FRAMERULES_IsFree());
         }
     }
 }

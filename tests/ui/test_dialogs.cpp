@@ -13,7 +13,10 @@
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTableView>
+#include <cstdlib>
+#include <fcntl.h>
 #include <set>
+#include <unistd.h>
 
 namespace {
 
@@ -302,6 +305,47 @@ TEST(CommunicationDialog, AppliesWhatTheControlsShow) {
         EXPECT_TRUE(SIO_GetConfig() == c.after);
         EXPECT_EQ(opened, c.opened);
     }
+}
+
+TEST(OptionsSheet, TakesTheNameOfAPortThatIsTyped) {
+    Texts opened;
+    const auto note = [&opened](const std::string& device, std::string&) {
+        opened.push_back(device);
+        return SerialPortPtr();
+    };
+    SERIALPORT_AddKind("rfc2217://", note);
+    SERIALPORT_AddKind("tcp://", note);
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const std::string path = ptsname(terminal);
+    const Texts names = {"rfc2217://bench:3001", "tcp://bench:4001", path};
+    UiWorld world;
+    selectVtB();
+    const auto onPage = [](const std::function<void(QDialog&, QComboBox&)>& script) {
+        drive(DIALOG_Options, [&script](QDialog& sheet) {
+            control<QTabWidget>(sheet, "pages")
+                .setCurrentWidget(sheet.findChild<QWidget*>("page801"));
+            script(sheet, control<QComboBox>(sheet, "802"));
+        });
+    };
+    for (const std::string& name : names) {
+        onPage([&name](QDialog& sheet, QComboBox& port) {
+            port.lineEdit()->selectAll();
+            port.lineEdit()->insert(QString::fromStdString(" " + name + " "));
+            EXPECT_TRUE(applyEnabled(sheet));
+            click(sheet, "1");
+        });
+        EXPECT_EQ(SIO_GetDevice(), name);
+        onPage([&name](QDialog& sheet, QComboBox& port) {
+            EXPECT_EQ(port.currentText().toStdString(), name);
+            EXPECT_FALSE(applyEnabled(sheet));
+        });
+    }
+    EXPECT_TRUE(SIO_IsOpen()) << "the path";
+    EXPECT_EQ(opened, (Texts{names[0], names[1]}));
+    close(terminal);
+    SERIALPORT_AddKind("rfc2217://", RFC2217PORT_Open);
+    SERIALPORT_AddKind("tcp://", TCPPORT_Open);
 }
 
 // The rules themselves are tested with the password. A fault in an address is reported while it is

@@ -1,6 +1,9 @@
 #include "desktop_world.h"
 #include "notice/status.h"
+#include "shell/frame_rules.h"
 #include "shell/program_files.h"
+#include "shell/quick_choice.h"
+#include "shell/recent_choices.h"
 #include "shell/startup.h"
 #include "ui/status_bar.h"
 
@@ -9,6 +12,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QRegularExpression>
 #include <QShortcut>
 #include <QTextBrowser>
 #include <QToolBar>
@@ -80,6 +84,7 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
     slow.programUs = 5000;
     ChipWorld world(slow);
     std::set<std::string> percents;
+    QString details; // the longest
     bool cancels = true;
     QTimer watch;
     QObject::connect(&watch, &QTimer::timeout, [&] {
@@ -90,6 +95,8 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
         }
         percents.insert(control<QWidget>(dialog, "904").accessibleName().toStdString());
         EXPECT_TRUE(control<QLabel>(dialog, "901").text().startsWith("Programming"));
+        const QString now = control<QLabel>(dialog, "details").text();
+        details = now.size() > details.size() ? now : details;
         EXPECT_TRUE(control<QLabel>(dialog, "903").text().startsWith("Elapsed time: "));
         for (const auto& [id, enabled] : {std::pair(CMD_FILE_OPEN, false),
                                           {CMD_EXIT, false},
@@ -116,6 +123,7 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
                          "Password Warning: File does not contain all password bytes!\nContinue?"};
     EXPECT_EQ(world.boxes, (Texts{asked[0], asked[1], "Error: Action canceled"}));
     EXPECT_FALSE(world.progress().isVisible());
+    EXPECT_EQ(STATUS_GetText(STATUS_GENERAL), "Failed: Auto: Action canceled");
     EXPECT_EQ(flash()[0], 0x5A);
     EXPECT_EQ(flash()[19999], 0xFF);
     cancels = false;
@@ -130,6 +138,33 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
     EXPECT_EQ(flash(), world.data);
     EXPECT_FALSE(SESSION_Get().quit);
     EXPECT_GT(percents.size(), 3U);
+    EXPECT_TRUE(QRegularExpression(R"(^block [01] of \d+, [\d.]+ kB/s, 0:\d\d left$)")
+                    .match(details)
+                    .hasMatch())
+        << details.toStdString();
+    EXPECT_TRUE(STATUS_GetText(STATUS_GENERAL).starts_with("Passed: Auto, "));
+}
+
+TEST(Target, ProgramsWhenTheFileChangesAndTellsFailuresInTheBar) {
+    ChipWorld world;
+    EXPECT_FALSE(world.isEnabled(CMD_TARGET_PROGRAM_ON_CHANGE)) << "the image is of no file";
+    const std::string path = world.programFile();
+    PROGRAM_Open(path);
+    EXPECT_FALSE(world.item(CMD_TARGET_PROGRAM_ON_CHANGE).isChecked());
+    FRAMERULES_Run(CMD_TARGET_PROGRAM_ON_CHANGE);
+    EXPECT_TRUE(world.item(CMD_TARGET_PROGRAM_ON_CHANGE).isChecked());
+    const auto& notice = control<QFrame>(world.frame(), "notice");
+    writeFile(path, ":040000000102030");
+    ASSERT_TRUE(runUntil([&notice] { return notice.isVisible(); }));
+    EXPECT_TRUE(control<QLabel>(notice, "noticeText").text().contains("is cut off"));
+    writeFile(path, ":0400000009020304EA\n:00000001FF\n");
+    click(notice, "Try again");
+    ASSERT_TRUE(runUntil([&] {
+        return STATUS_GetText(STATUS_GENERAL).find("passed at ") != std::string::npos &&
+               notice.isHidden();
+    }));
+    EXPECT_NE(world.window("Terminal I/O"), nullptr);
+    EXPECT_EQ(world.boxes, std::vector<std::string>());
 }
 
 TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
@@ -180,6 +215,9 @@ TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
     device.setCurrentIndex(device.findText("VT-A32"));
     emit device.activated(device.currentIndex());
     EXPECT_EQ(DEVICE_GetName(), "VT-A32");
+    EXPECT_TRUE(runUntil([&device] { return device.itemText(0) == "VT-A32"; }));
+    RECENTCHOICES_Reset(); // as at the next start
+    EXPECT_EQ(CHOICE_Devices().front(), "VT-A32");
     EXPECT_TRUE(control<QAction>(world.frame(), "tool273").isEnabled());
     HEXDATA_Clear();
     FRONTEND_Get().updateMenu();
@@ -199,6 +237,9 @@ TEST(StatusBar, FollowsTheTextsAndNamesTheDevice) {
     EXPECT_TRUE(runUntil([&label] { return label.text().startsWith("MCU: a device"); }));
     EXPECT_GE(label.width(), label.sizeHint().width()) << "the text is cut";
     EXPECT_EQ(control<QLabel>(world.frame(), "500.4").geometry().right() + 2, 780);
+    STATUS_SetText("00000010  block 2  " + std::string(40, 'W'), STATUS_GENERAL);
+    auto& general = control<QLabel>(world.frame(), "500.0");
+    EXPECT_TRUE(runUntil([&general] { return general.text() == "00000010  block 2"; }));
     SIO_SetPort(3);
     EXPECT_EQ(STATUSBAR_PortText(), "COM3 is /no/such/device (not present)");
 }

@@ -107,7 +107,7 @@ TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
     _AddDevice(device);
     const std::tuple<ViewWidget* (*)(QWidget*), int, int> cases[] = {{HEXLISTVIEW_Create, 782, 90},
                                                                      {HEXDUMPVIEW_Create, 591, 270},
-                                                                     {DEVICEVIEW_Create, 181, 90}};
+                                                                     {DEVICEVIEW_Create, 281, 90}};
     for (const auto& [create, width, height] : cases) {
         const ViewPtr view(create(nullptr));
         view->resize(width, height);
@@ -130,15 +130,30 @@ TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
 TEST(HexDumpView, KeysAndScrollBarFollowTheRules) {
     const DumpWorld dump(0x1005, Bytes(800, 0x41));
     QScrollBar& bar = *dump.area->verticalScrollBar();
-    const std::pair<int, int> keys[] = {
-        {Qt::Key_Up, 0},        {Qt::Key_Down, 1},      {Qt::Key_Down, 2},
-        {Qt::Key_PageUp, 2},    {Qt::Key_PageDown, 12}, {Qt::Key_Up, 11},
-        {Qt::Key_PageDown, 21}, {Qt::Key_PageDown, 31}, {Qt::Key_PageDown, 40},
-        {Qt::Key_PageDown, 40}, {Qt::Key_Down, 40},     {Qt::Key_Left, 40},
-        {Qt::Key_Home, 0},      {Qt::Key_End, 40},      {Qt::Key_PageUp, 30}};
-    for (const auto& [key, position] : keys) {
-        pressKey(*dump.area, key);
+    const std::tuple<int, int, uint32_t, Qt::KeyboardModifiers> keys[] = {
+        {Qt::Key_Up, 0, 0x1005, {}},
+        {Qt::Key_Down, 0, 0x1015, {}},
+        {Qt::Key_Right, 0, 0x1016, {}},
+        {Qt::Key_Down, 1, 0x1016, Qt::ControlModifier},
+        {Qt::Key_Down, 2, 0x1016, Qt::ControlModifier},
+        {Qt::Key_Left, 1, 0x1015, {}},
+        {Qt::Key_PageUp, 0, 0x1005, {}},
+        {Qt::Key_PageDown, 10, 0x10A5, {}},
+        {Qt::Key_Up, 9, 0x1095, {}},
+        {Qt::Key_PageDown, 19, 0x1135, {}},
+        {Qt::Key_PageDown, 29, 0x11D5, {}},
+        {Qt::Key_PageDown, 39, 0x1275, {}},
+        {Qt::Key_PageDown, 40, 0x1315, {}},
+        {Qt::Key_PageDown, 40, 0x1324, {}},
+        {Qt::Key_Down, 40, 0x1324, {}},
+        {Qt::Key_Home, 0, 0x1005, {}},
+        {Qt::Key_Left, 0, 0x1005, {}},
+        {Qt::Key_End, 40, 0x1324, {}},
+        {Qt::Key_PageUp, 30, 0x1284, {}}};
+    for (const auto& [key, position, caret, modifiers] : keys) {
+        pressKey(*dump.area, key, modifiers);
         EXPECT_EQ(dump.top(), position) << "key " << key;
+        EXPECT_EQ(dump.area->caret().address, caret) << "key " << key;
     }
     bar.setValue(5);
     bar.triggerAction(QAbstractSlider::SliderPageStepSub); // a bar by itself would go to 0

@@ -55,6 +55,7 @@ class UiWorld {
 public:
     explicit UiWorld(const std::string& settings = "") {
         freshProcess();
+        setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1); // what is kept per user
         FILES_SetProgramPath(folder / "tool");
         writeFile(folder / "tool.ini", settings);
         ERROR_SetHandlers(

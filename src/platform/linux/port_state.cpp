@@ -4,6 +4,7 @@
 #include "platform/format.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstring>
 #include <mutex>
@@ -62,10 +63,20 @@ std::optional<dev_t> deviceNumber(const fs::path& path) {
                : std::nullopt;
 }
 
+// Whoever may not look at one file of a process may look at none: it is not gone through.
 bool hasOpen(const fs::path& process, dev_t device) {
-    return std::ranges::any_of(entriesOf(process / "fd"), [device](const fs::path& descriptor) {
-        return deviceNumber(descriptor) == device;
-    });
+    std::error_code error;
+    for (fs::directory_iterator at(process / "fd", error), end; !error && at != end;
+         at.increment(error)) {
+        errno = 0;
+        if (deviceNumber(at->path()) == device) {
+            return true;
+        }
+        if (errno == EACCES) {
+            return false;
+        }
+    }
+    return false;
 }
 
 // The program at the other end of a pseudo-terminal may keep this end open too, so that it does not
