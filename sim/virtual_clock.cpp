@@ -197,13 +197,15 @@ VirtualClock::VirtualClock(uint64_t seed) : world_(std::make_unique<World>(seed)
         ++world->notifications;
     };
     face_.localTime = [world] {
-        const int64_t seconds = world->look().us / 1'000'000;
+        const int64_t ms = world->look().us / 1000;
+        const int64_t seconds = ms / 1000;
         return CivilTime{2026,
                          1,
                          2,
                          static_cast<int>(8 + seconds / 3600 % 16),
                          static_cast<int>(seconds / 60 % 60),
-                         static_cast<int>(seconds % 60)};
+                         static_cast<int>(seconds % 60),
+                         static_cast<int>(ms % 1000)};
     };
     face_.startThread = [world](std::function<void()> body) {
         return world->start(std::move(body));

@@ -14,6 +14,7 @@
 #include "platform/format.h"
 #include "serial/sio.h"
 #include "serial/terminal_buffer.h"
+#include "serial/terminal_history.h"
 
 #include <algorithm>
 #include <atomic>
@@ -111,6 +112,7 @@ void passOnWhatCameBefore() {
     const Moment deadline = CLOCK_After(SIO_RoundTripMs());
     uint8_t byte = 0;
     while (SIO_ReadUntil(&byte, 1, deadline, bootIsHopeless) == 1) {
+        TERMHISTORY_Add(TerminalSource::received, {&byte, 1});
         TERMINAL_ReceiveByte(byte);
     }
 }

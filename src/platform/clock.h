@@ -50,6 +50,7 @@ struct CivilTime {
     int hour = 0;
     int minute = 0;
     int second = 0;
+    int millisecond = 0;
 };
 CivilTime CLOCK_LocalTime();
 

@@ -95,9 +95,10 @@ private:
     unsigned permissions_ = 0;
 };
 
-// A log: created empty, appended to line by line, readable by others meanwhile. A pipe that takes
-// no more is a failure, not a wait. Not open: writes do nothing. Its results may be ignored: what
-// cannot be logged can be told nowhere. Closing is left to the destructor.
+// A log: created empty or opened as it stands, appended to line by line, readable by others
+// meanwhile. A pipe that takes no more is a failure, not a wait. Not open: writes do nothing. Its
+// results may be ignored: what cannot be logged can be told nowhere. Closing is left to the
+// destructor.
 class AppendFile {
 public:
     AppendFile() = default;
@@ -105,12 +106,15 @@ public:
     AppendFile& operator=(const AppendFile&) = delete;
     ~AppendFile();
     FileResult create(const std::filesystem::path& path);
-    FileResult write(std::string_view text); // one write call
-    FileResult flush();                      // to the disk
+    FileResult open(const std::filesystem::path& path); // keeps what it holds
+    FileResult write(std::string_view text);            // one write call
+    FileResult flush();                                 // to the disk
     void close();
     bool isOpen() const { return descriptor_ >= 0; }
 
 private:
+    FileResult openWith(const std::filesystem::path& path, int flag);
+
     int descriptor_ = -1;
 };
 

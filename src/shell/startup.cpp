@@ -30,6 +30,7 @@
 #include "shell/session.h"
 #include "shell/settings.h"
 #include "shell/summary.h"
+#include "shell/terminal_log.h"
 #include "shell/watch.h"
 #include "target/worker.h"
 
@@ -223,6 +224,7 @@ void STARTUP_Finish() {
 void STARTUP_Close() {
     EVENTS_Close();
     TARGET_Stop();
+    TERMLOG_Stop();
     SIO_CloseAll();
     SIO_TellLostEntries();
     FRONTEND_Get().stop();

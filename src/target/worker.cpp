@@ -13,6 +13,7 @@
 #include "platform/event_queue.h"
 #include "serial/sio.h"
 #include "serial/sio_log.h"
+#include "serial/terminal_history.h"
 #include "target/reply.h"
 
 #include <algorithm>
@@ -47,13 +48,32 @@ bool cancelIsSet() {
     return TARGET_State().Cancel != 0 || RUN_IsInterrupted();
 }
 
+bool failureNoted = false; // the history says why bytes were not sent; the user interface's
+
 // To a chip in its boot ROM a key would be a command: some erase it.
 void refuseKey() {
-    constexpr std::string_view note = "\n[not sent: the chip is in its boot ROM until Start "
-                                      "Application or a reset]\n";
-    if (!keyNoted.exchange(true) && terminal) {
-        std::ranges::for_each(note, [](char c) { terminal(static_cast<uint8_t>(c)); });
+    constexpr std::string_view note = "not sent: the chip is in its boot ROM until Start "
+                                      "Application or a reset";
+    if (keyNoted.exchange(true)) {
+        return;
     }
+    TERMHISTORY_Note(note);
+    if (terminal) {
+        std::ranges::for_each("\n[" + std::string(note) + "]\n",
+                              [](char c) { terminal(static_cast<uint8_t>(c)); });
+    }
+}
+
+bool writeTyped(std::span<const uint8_t> bytes) {
+    if (SIO_IsOpen() && !SIO_IsLost()) {
+        TERMHISTORY_Add(TerminalSource::sent, bytes); // before the chip can answer it
+    }
+    const bool written = SIO_Write(bytes);
+    if (!written && !failureNoted) {
+        TERMHISTORY_Note("not sent: " + SIO_GetRefusal());
+    }
+    failureNoted = !written;
+    return written;
 }
 
 void passOnReceivedBytes() {
@@ -66,6 +86,7 @@ void passOnReceivedBytes() {
         }
         BOOT_NoteUnaskedByte();
         keyNoted = false;
+        TERMHISTORY_Add(TerminalSource::received, {&byte, 1});
         if (terminal) {
             terminal(byte);
         }
@@ -265,6 +286,7 @@ void TARGET_Init(void* mainWindow, TerminalReceiver terminalReceive) {
     state.Cancel = 0;
     state.Stop = 0;
     keyNoted = false;
+    failureNoted = false;
     workerRuns = true;
     thread = CLOCK_StartThread(runWorker);
 }
@@ -350,6 +372,20 @@ int TARGET_TerminalSend(int value) {
         refuseKey();
         return LINK_BOOTROM;
     }
-    return linkState == LINK_IDLE ? static_cast<int>(SIO_WriteByte(static_cast<uint8_t>(value)))
-                                  : linkState;
+    if (linkState != LINK_IDLE) {
+        return linkState;
+    }
+    const auto byte = static_cast<uint8_t>(value);
+    return writeTyped({&byte, 1}) ? 1 : 0;
+}
+
+bool TARGET_TerminalWrite(std::span<const uint8_t> bytes) {
+    if (TARGET_State().LinkState != LINK_IDLE) {
+        return false;
+    }
+    if (BOOT_IsChipInRom()) {
+        refuseKey();
+        return false;
+    }
+    return writeTyped(bytes);
 }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string_view>
 
 using TerminalReceiver = std::function<void(uint8_t)>;
@@ -41,3 +42,5 @@ bool TARGET_TakeCancel(const Hint& hint = {});
 // link state is returned; so too while the chip sits in its boot ROM (LINK_BOOTROM), which the
 // terminal says once.
 int TARGET_TerminalSend(int value);
+// The same for several bytes, in one write: whether they were sent.
+bool TARGET_TerminalWrite(std::span<const uint8_t> bytes);

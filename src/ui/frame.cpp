@@ -9,6 +9,7 @@
 #include "shell/program_on_change.h"
 #include "shell/session.h"
 #include "shell/startup.h"
+#include "shell/terminal_log.h"
 #include "ui/artwork.h"
 #include "ui/frame_menu.h"
 #include "ui/modal.h"
@@ -84,6 +85,7 @@ public:
         addShortcuts();
         connect(&glance_, &QTimer::timeout, this, [] {
             PORTNOTICE_Watch();
+            TERMLOG_Write();
             ONCHANGE_Glance();
             NOTICEBAR_Refresh();
             TOOLBAR_Refresh();

@@ -1,156 +1,178 @@
-#include "serial/terminal_buffer.h"
-#include "target/worker.h"
-#include "ui/frame_menu.h"
-#include "ui/look.h"
-#include "ui/terminal_keys.h"
+// The terminal: its two forms, the row of tools above them and the bars below.
+
+#include "platform/files.h"
+#include "shell/front_end.h"
+#include "shell/session.h"
+#include "shell/terminal_log.h"
+#include "shell/terminal_sender.h"
+#include "ui/find_bar.h"
+#include "ui/terminal_bars.h"
+#include "ui/terminal_pane.h"
+#include "ui/terminal_simple.h"
+#include "ui/terminal_tools.h"
 #include "ui/view_widget.h"
 
-#include <QApplication>
-#include <QGridLayout>
-#include <QInputMethodEvent>
 #include <QKeyEvent>
-#include <QLabel>
-#include <QPlainTextEdit>
-#include <QScrollBar>
-#include <QTimer>
+#include <QStackedLayout>
+#include <QVBoxLayout>
 
 namespace {
 
-constexpr int kRefreshMs = 250;
-constexpr int kReceiveBlocks = 5000; // lines; the buffer holds fewer
-constexpr int kSendBlocks = 2000;
-
-void typeKey(QPlainTextEdit& pane, const TerminalKey& key) {
-    TARGET_TerminalSend(key.value);
-    const QString echo = TERMINALKEYS_Echo(key);
-    if (!echo.isEmpty()) {
-        pane.moveCursor(QTextCursor::End);
-        pane.insertPlainText(echo);
-        pane.ensureCursorVisible();
-    }
-}
-
-// Sends every key at once and shows what it sent; it is no editor.
-class SendPane : public QPlainTextEdit {
-public:
-    explicit SendPane(QWidget* parent) : QPlainTextEdit(parent) {
-        setAcceptDrops(false);
-        setUndoRedoEnabled(false);
-        setMaximumBlockCount(kSendBlocks);
-    }
-
-protected:
-    bool event(QEvent* event) override {
-        if (event->type() == QEvent::ShortcutOverride) {
-            const auto* key = static_cast<QKeyEvent*>(event);
-            if (FRAMEMENU_IsEditKey(key->key(), key->modifiers())) {
-                event->accept(); // comes here and not to the menu
-                return true;
-            }
-        }
-        return QPlainTextEdit::event(event);
-    }
-
-    void keyPressEvent(QKeyEvent* event) override {
-        // The menu's keys are the menu's also while their items are disabled.
-        if (FRAMEMENU_IsAccelerator(event->key(), event->modifiers())) {
-            return;
-        }
-        if ((event->modifiers() & Qt::AltModifier) != 0) {
-            event->ignore(); // for the menu bar
-            return;
-        }
-        const auto key = TERMINALKEYS_Translate(event->key(), event->modifiers(), event->text());
-        if (key) {
-            typeKey(*this, *key);
-        }
-    }
-
-    // Text that an input method has composed.
-    void inputMethodEvent(QInputMethodEvent* event) override {
-        for (const QChar character : event->commitString()) {
-            const auto key = TERMINALKEYS_Translate(Qt::Key_unknown, {}, QString(character));
-            if (key) {
-                typeKey(*this, *key);
-            }
-        }
-        event->accept();
-    }
-
-    bool focusNextPrevChild(bool) override { return false; } // Tab is sent
-
-    bool canInsertFromMimeData(const QMimeData*) const override { return false; }
-    void insertFromMimeData(const QMimeData*) override {}
-};
-
-QLabel* createLabel(const char* text, QWidget* pane, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setBuddy(pane);
-    return label;
-}
+constexpr int kTellMs = 250; // whether the log is still written
 
 class TerminalView final : public ViewWidget {
 public:
-    explicit TerminalView(QWidget* parent) : ViewWidget(parent) {
-        receive_ = new QPlainTextEdit(this);
-        receive_->setObjectName("Receive");
-        receive_->setReadOnly(true);
-        receive_->setAcceptDrops(false);
-        receive_->setMaximumBlockCount(kReceiveBlocks);
-        send_ = new SendPane(this);
-        send_->setObjectName("Send");
-        const QFont fixed = LOOK_FixedFont();
-        receive_->setFont(fixed);
-        send_->setFont(fixed);
-        auto* layout = new QGridLayout(this);
-        layout->setContentsMargins(5, 2, 5, 5);
-        layout->setHorizontalSpacing(10);
-        layout->setVerticalSpacing(1);
-        layout->addWidget(createLabel("Receive:", receive_, this), 0, 0);
-        layout->addWidget(createLabel("Send:", send_, this), 0, 1);
-        layout->addWidget(receive_, 1, 0);
-        layout->addWidget(send_, 1, 1);
-        layout->setRowStretch(1, 1);
-        setFocusProxy(send_);
-        connect(&timer_, &QTimer::timeout, this, [this] { takeChange(); });
-        timer_.start(kRefreshMs);
+    explicit TerminalView(QWidget* parent)
+        : ViewWidget(parent), settings_(TERMSETTINGS_Read()), simple_(new TerminalSimple(this)),
+          pane_(new TerminalPane(this, [this] { tools_->focusFirst(); })),
+          tools_(new TerminalTools(this, settings_, deeds())),
+          findBar_(FINDBAR_Create(
+              this,
+              [this](const std::vector<uint8_t>& pattern, bool forward) {
+                  return pane_->find(pattern, forward);
+              },
+              [this] { pane_->setFocus(); })),
+          hexBar_(HEXBAR_Create(
+              this, [this] { SENDBAR_Follow(sendBar_); }, [this] { pane_->setFocus(); })),
+          sendBar_(SENDBAR_Create(this, [this] { pane_->setFocus(); })) {
+        auto* layout = new QVBoxLayout(this);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setSpacing(0);
+        layout->addWidget(tools_);
+        layout->addLayout(forms_, 1);
+        for (QWidget* bar : {findBar_, hexBar_, sendBar_}) {
+            layout->addWidget(bar);
+        }
+        forms_->addWidget(simple_);
+        forms_->addWidget(pane_);
+        simple_->addFormItem(tools_->formItem());
+        connect(pane_, &QWidget::customContextMenuRequested, this,
+                [this](const QPoint& place) { tools_->menu().popup(pane_->mapToGlobal(place)); });
+        pane_->setSettings(settings_);
+        applyForm();
+        connect(&timer_, &QTimer::timeout, this, [this] { tellLog(); });
     }
 
-    void refresh() override { showReceived(TERMINAL_GetText()); }
+    void refresh() override {
+        if (settings_.onePane) {
+            pane_->refresh();
+        } else {
+            simple_->refresh();
+        }
+    }
 
-    // Ready to type, but for a click that begins to select what was received.
+    // Ready to type.
     void activated() override {
-        if (QApplication::mouseButtons() == Qt::NoButton || !receive_->underMouse()) {
-            send_->setFocus();
+        if (!settings_.onePane) {
+            simple_->activate();
+        } else if (focusWidget() == nullptr || !isAncestorOf(focusWidget())) {
+            pane_->setFocus();
+        }
+    }
+
+protected:
+    void showEvent(QShowEvent* event) override {
+        ViewWidget::showEvent(event);
+        follow(true);
+    }
+
+    void hideEvent(QHideEvent* event) override {
+        ViewWidget::hideEvent(event);
+        follow(false);
+    }
+
+    void keyPressEvent(QKeyEvent* event) override { // that a tool has not taken
+        if (event->key() == Qt::Key_Escape) {
+            focusProxy()->setFocus();
+        } else {
+            ViewWidget::keyPressEvent(event);
         }
     }
 
 private:
-    void takeChange() {
-        std::string text;
-        if (TERMINAL_TakeIfChanged(text)) {
-            showReceived(text);
+    TerminalDeeds deeds() {
+        return {[this](const TerminalSettings& settings) { choose(settings); },
+                [this] { pane_->copy(); },
+                [this] { pane_->selectAll(); },
+                [this] { pane_->clearShown(); },
+                [this] { openBar(findBar_, FINDBAR_Open); },
+                [this] { sendFile(); },
+                [this] { openBar(hexBar_, HEXBAR_Open); },
+                [this] { turnLog(); }};
+    }
+
+    void choose(const TerminalSettings& settings) {
+        const bool otherForm = settings.onePane != settings_.onePane;
+        settings_ = settings;
+        TERMSETTINGS_Write(settings);
+        pane_->setSettings(settings);
+        if (otherForm) {
+            applyForm();
+            follow(isVisible());
+            focusProxy()->setFocus();
         }
     }
 
-    // The usual case, more text behind the old, leaves a selection of the user alone.
-    void showReceived(const std::string& bytes) {
-        const QString text = QString::fromLatin1(bytes).remove('\r');
-        if (text.startsWith(shown_) && !shown_.isEmpty()) {
-            QTextCursor end(receive_->document());
-            end.movePosition(QTextCursor::End);
-            end.insertText(text.mid(shown_.size()));
+    void applyForm() {
+        QWidget* form = settings_.onePane ? static_cast<QWidget*>(pane_) : simple_;
+        forms_->setCurrentWidget(form);
+        setFocusProxy(form);
+        tools_->setVisible(settings_.onePane);
+        findBar_->hide();
+        hexBar_->hide();
+    }
+
+    // What is not seen costs nothing.
+    void follow(bool seen) {
+        pane_->setShown(seen && settings_.onePane);
+        simple_->setShown(seen && !settings_.onePane);
+        tellLog();
+        if (seen) {
+            timer_.start(kTellMs);
         } else {
-            receive_->setPlainText(text);
+            timer_.stop();
         }
-        shown_ = text;
-        receive_->verticalScrollBar()->setValue(receive_->verticalScrollBar()->maximum());
     }
 
-    QPlainTextEdit* receive_ = nullptr;
-    SendPane* send_ = nullptr;
+    void openBar(QWidget* bar, void (*open)(QWidget*)) {
+        for (QWidget* other : {findBar_, hexBar_}) {
+            other->setVisible(other == bar);
+        }
+        open(bar);
+    }
+
+    void sendFile() {
+        const auto choice = FRONTEND_Get().chooseFile(
+            {false, "Send File", {{"All files (*)", "*"}}, SESSION_Get().programPath});
+        if (choice && TERMSEND_File(choice->path)) {
+            SENDBAR_Follow(sendBar_);
+        }
+    }
+
+    void turnLog() {
+        if (!TERMLOG_Path().empty()) {
+            TERMLOG_Stop();
+        } else if (const auto choice = FRONTEND_Get().chooseFile(
+                       {true,
+                        "Log to File",
+                        {{"Log files (*.log)", "*.log"}, {"All files (*)", "*"}},
+                        FILES_KeptFolder(Kept::state) + "terminal.log"})) {
+            TERMLOG_Start(choice->path);
+        }
+        tellLog();
+    }
+
+    void tellLog() { tools_->tellLog(QString::fromStdString(TERMLOG_Path())); }
+
+    TerminalSettings settings_;
+    TerminalSimple* simple_;
+    TerminalPane* pane_;
+    TerminalTools* tools_;
+    QWidget* findBar_;
+    QWidget* hexBar_;
+    QWidget* sendBar_;
+    QStackedLayout* forms_ = new QStackedLayout;
     QTimer timer_;
-    QString shown_;
 };
 
 } // namespace

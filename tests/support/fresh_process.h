@@ -20,6 +20,7 @@
 #include "platform/files.h"
 #include "serial/sio.h"
 #include "serial/terminal_buffer.h"
+#include "serial/terminal_history.h"
 #include "shell/cmdline.h"
 #include "shell/comparison.h"
 #include "shell/edit_history.h"
@@ -47,6 +48,7 @@ inline void freshProcess() {
     PROGRESS_Reset();
     STATUS_Init();
     TERMINAL_Clear();
+    TERMHISTORY_Clear();
     LOG_Exit();
     LOG_SetObserver({});
     ERROR_Exit();

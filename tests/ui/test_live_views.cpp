@@ -1,10 +1,16 @@
 #include "desktop_world.h"
+#include "shell/terminal_settings.h"
 #include "support/test_line.h"
 #include "ui/terminal_keys.h"
 
 #include <QClipboard>
+#include <QLabel>
+#include <QLineEdit>
 #include <QListView>
 #include <QPlainTextEdit>
+#include <QScrollBar>
+#include <QToolButton>
+#include <numeric>
 
 TEST(Terminal, TranslatesAndEchoesKeys) {
     const struct {
@@ -58,6 +64,152 @@ TEST(Terminal, WorksBothWays) {
     EXPECT_EQ(send.toPlainText(), " <LEFT>") << "F8 is the menu's, though disabled";
     const std::lock_guard lock(line.mutex);
     EXPECT_EQ(line.fromProgram, (std::vector<std::string>{" ", "\x25"}));
+}
+
+// The terminal in one pane over a line in memory.
+struct OnePaneWorld {
+    OnePaneWorld() {
+        SIO_SetConfig({1, 115200, 0});
+        NOTIFIERS_Register();
+        BOX_SetResponder([this](const BoxRequest& request) {
+            boxes.push_back(request.text);
+            return ANSWER_OK;
+        });
+        FILEDIALOG_SetResponder([this](const FileRequest&) { return FileChoice{chosen, 0}; });
+        TARGET_Init(nullptr, TERMINAL_ReceiveByte);
+        world.show();
+        FRONTEND_Get().openView(View::terminal);
+        choose("OnePane");
+    }
+
+    void choose(const char* item) { control<QAction>(world.frame(), item).trigger(); }
+    QPlainTextEdit& pane() { return control<QPlainTextEdit>(world.frame(), "Terminal"); }
+    bool shows(const QString& text) {
+        return runUntil([this, &text] { return pane().toPlainText() == text; }) ||
+               (ADD_FAILURE() << pane().toPlainText().toStdString(), false);
+    }
+    std::string sent() {
+        const std::lock_guard lock(line.mutex);
+        return std::accumulate(line.fromProgram.begin(), line.fromProgram.end(), std::string());
+    }
+
+    TestLines lines{{"terminal"}}; // before the port that uses it
+    TestLine& line = lines["terminal"];
+    DesktopWorld world{"[Settings PORTS]\nCOM1 = \"test://terminal\"\n"};
+    std::vector<std::string> boxes;
+    std::string chosen; // in file dialogs
+};
+
+TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
+    OnePaneWorld one;
+    one.line.send("> ");
+    EXPECT_TRUE(one.shows("> "));
+    one.choose("LineEnd2"); // CR LF
+    for (const auto key : {Qt::Key_Space, Qt::Key_F8, Qt::Key_Return, Qt::Key_Backtab}) {
+        pressKey(one.pane(), key);
+    }
+    EXPECT_EQ(one.sent(), " \r\n") << "F8 is the menu's, Shift+Tab leads to the tools";
+    EXPECT_EQ(one.world.window("Terminal I/O")->focusWidget()->accessibleName(), "One Pane");
+    one.line.send("ok\x1B\n");
+    EXPECT_TRUE(one.shows(">  \nok\n"));
+    one.choose("Controls2"); // as hex
+    EXPECT_TRUE(one.shows(">  <0D><0A>\nok<1B><0A>\n"));
+    one.choose("Echo");
+    EXPECT_TRUE(one.shows("> ok<1B><0A>\n"));
+
+    one.pane().selectAll();
+    const QString selected = one.pane().textCursor().selectedText();
+    one.line.send(std::string(500, '\n') + "AAA");
+    EXPECT_TRUE(runUntil([&] { return one.pane().toPlainText().endsWith("AAA"); }));
+    EXPECT_EQ(one.pane().textCursor().selectedText(), selected);
+    QScrollBar& bar = *one.pane().verticalScrollBar();
+    EXPECT_EQ(bar.value(), bar.maximum()) << "it was at the end";
+    bar.setValue(100);
+    one.line.send("B\nB\n");
+    EXPECT_TRUE(runUntil([&] { return one.pane().toPlainText().endsWith("B<0A>\n"); }));
+    EXPECT_EQ(bar.value(), 100);
+
+    one.choose("TerminalFind");
+    control<QLineEdit>(one.world.frame(), "findText").setText("1B");
+    click(one.world.frame(), "findNext");
+    EXPECT_EQ(one.pane().textCursor().selectedText(), "<1B>");
+    click(one.world.frame(), "findNext");
+    EXPECT_EQ(control<QLabel>(one.world.frame(), "findMessage").text(), "Continued from the start");
+    one.choose("TerminalClear");
+    EXPECT_TRUE(one.shows(""));
+    one.line.lose("it was pulled out");
+    EXPECT_TRUE(
+        runUntil([&] { return one.pane().toPlainText().startsWith("-- port lost: COM1 "); }));
+    SIO_Restart();
+    EXPECT_TRUE(runUntil(
+        [&] { return one.pane().toPlainText().endsWith("-- port open again: COM1 --\n"); }));
+    EXPECT_EQ(TERMSETTINGS_Read().controls, TerminalControls::hex);
+    EXPECT_EQ(TERMSETTINGS_Read().lineEnd, TerminalLineEnd::crLf);
+}
+
+TEST(TerminalPane, SendsFilesAndHexAndWritesALog) {
+    OnePaneWorld one;
+    const TempFolder& folder = one.world.folder;
+    const auto& message = control<QLabel>(one.world.frame(), "hexMessage");
+    auto& hex = control<QLineEdit>(one.world.frame(), "hexText");
+    one.choose("SendHex");
+    for (const auto& [text, fault] :
+         {std::pair{"41 4g", "No hex digit at character 5"},
+          std::pair{"41 4", "A hex digit is missing: 3 make no pairs"},
+          std::pair{" ", "No hex digits"}, std::pair{"41 00\t0d", ""}}) {
+        hex.setText(text);
+        click(one.world.frame(), "hexSend");
+        EXPECT_EQ(message.text(), fault);
+    }
+    EXPECT_TRUE(runUntil([&] { return one.sent() == std::string("A\0\r", 3); }));
+
+    const std::string contents = std::string(20'000, 'x') + "end";
+    writeFile(folder / "big.bin", contents);
+    writeFile(folder / "empty.bin", "");
+    const auto sendFile = [&](const std::string& name) {
+        one.chosen = (folder / name).string();
+        one.choose("SendFile");
+    };
+    const auto& progress = control<QLabel>(one.world.frame(), "sendProgress");
+    sendFile("big.bin");
+    EXPECT_TRUE(progress.text().startsWith("big.bin: ")) << progress.text().toStdString();
+    sendFile("big.bin");
+    EXPECT_LT(one.sent().size(), 10'000U) << "in portions";
+    EXPECT_TRUE(runUntil([&] { return one.sent().ends_with("end"); }));
+    EXPECT_EQ(one.sent().substr(3), contents);
+    EXPECT_TRUE(runUntil([&] { return !progress.isVisible(); }));
+    sendFile("big.bin");
+    click(one.world.frame(), "sendCancel");
+    EXPECT_FALSE(progress.isVisible());
+    EXPECT_LT(one.sent().size(), 2 * contents.size());
+    sendFile("empty.bin");
+    sendFile("missing.bin");
+    sendFile("big.bin");
+    one.line.lose("gone");
+    EXPECT_TRUE(runUntil([&] { return one.boxes.size() == 4; }));
+    const std::string cannot = "The file cannot be sent: " + folder.path().string() + "/";
+    EXPECT_EQ(one.boxes[0], cannot + "big.bin (something is being sent already)");
+    EXPECT_EQ(one.boxes[1], cannot + "empty.bin (it is empty)");
+    EXPECT_EQ(one.boxes[2], cannot + "missing.bin (No such file or directory)");
+    EXPECT_TRUE(one.boxes[3].starts_with("Not all was sent: big.bin: ")) << one.boxes[3];
+    EXPECT_TRUE(one.boxes[3].ends_with(" of 20003 bytes sent (COM1 is test://terminal: gone)"))
+        << one.boxes[3];
+
+    SIO_Restart();
+    writeFile(folder / "run.log", "before|");
+    one.boxes.clear();
+    one.chosen = (folder / "no" / "run.log").string();
+    one.choose("LogToFile");
+    EXPECT_EQ(one.boxes, std::vector{"The terminal's log cannot be written (" + one.chosen +
+                                     ": No such file or directory)"});
+    one.chosen = (folder / "run.log").string();
+    one.choose("LogToFile");
+    one.line.send("a\x1B\r\n");
+    EXPECT_TRUE(runUntil([&] { return one.pane().toPlainText().endsWith("a\n"); }));
+    EXPECT_TRUE(control<QAction>(one.world.frame(), "LogToFile").isChecked());
+    one.choose("LogToFile");
+    EXPECT_FALSE(control<QAction>(one.world.frame(), "LogToFile").isChecked());
+    EXPECT_EQ(readFile(folder / "run.log"), "before|a\x1B\r\n");
 }
 
 TEST(LogView, FiltersAndCopies) {

@@ -103,10 +103,18 @@ AppendFile::~AppendFile() {
 }
 
 FileResult AppendFile::create(const fs::path& path) {
+    return openWith(path, O_TRUNC);
+}
+
+FileResult AppendFile::open(const fs::path& path) {
+    return openWith(path, 0);
+}
+
+FileResult AppendFile::openWith(const fs::path& path, int flag) {
     close();
     // Not blocking: a pipe that nobody reads costs the line, not the run.
     descriptor_ = filecall::open(
-        path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_NOCTTY | O_NONBLOCK, 0666);
+        path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_NOCTTY | O_NONBLOCK | flag, 0666);
     return descriptor_ < 0 ? fileFailure(errno) : FileResult{};
 }
 

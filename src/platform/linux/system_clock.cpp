@@ -88,11 +88,17 @@ void systemNotify() {
 }
 
 CivilTime systemLocalTime() {
-    const time_t now = time(nullptr);
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
     tm local{};
-    localtime_r(&now, &local);
-    return CivilTime{local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
-                     local.tm_hour,        local.tm_min,     local.tm_sec};
+    localtime_r(&now.tv_sec, &local);
+    return CivilTime{local.tm_year + 1900,
+                     local.tm_mon + 1,
+                     local.tm_mday,
+                     local.tm_hour,
+                     local.tm_min,
+                     local.tm_sec,
+                     static_cast<int>(now.tv_nsec / 1'000'000)};
 }
 
 ClockThreadPtr systemStartThread(std::function<void()> body) {
