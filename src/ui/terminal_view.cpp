@@ -12,7 +12,9 @@
 #include "ui/terminal_tools.h"
 #include "ui/view_widget.h"
 
+#include <QApplication>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
@@ -61,11 +63,12 @@ public:
         }
     }
 
-    // Ready to type.
+    // Ready to type, but for a click on a tool and where a bar is being filled in.
     void activated() override {
+        const bool inBar = qobject_cast<QLineEdit*>(focusWidget()) != nullptr;
         if (!settings_.onePane) {
             simple_->activate();
-        } else if (focusWidget() == nullptr || !isAncestorOf(focusWidget())) {
+        } else if (!inBar && QApplication::mouseButtons() == Qt::NoButton) {
             pane_->setFocus();
         }
     }

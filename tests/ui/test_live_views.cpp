@@ -109,7 +109,10 @@ TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
         pressKey(one.pane(), key);
     }
     EXPECT_EQ(one.sent(), " \r\n") << "F8 is the menu's, Shift+Tab leads to the tools";
-    EXPECT_EQ(one.world.window("Terminal I/O")->focusWidget()->accessibleName(), "One Pane");
+    QMdiSubWindow& window = *one.world.window("Terminal I/O");
+    EXPECT_EQ(window.focusWidget()->accessibleName(), "One Pane");
+    pressKey(*window.focusWidget(), Qt::Key_Escape);
+    EXPECT_EQ(window.focusWidget(), &one.pane());
     one.line.send("ok\x1B\n");
     EXPECT_TRUE(one.shows(">  \nok\n"));
     one.choose("Controls2"); // as hex
