@@ -39,6 +39,8 @@ public:
         hide();
     }
 
+    void preferText() { kind_->setCurrentIndex(kText); }
+
     void open() {
         setVisible(true);
         edit_->selectAll();
@@ -156,4 +158,8 @@ QWidget* FINDBAR_Create(QWidget* parent, FindRequest find, std::function<void()>
 
 void FINDBAR_Open(QWidget* bar) {
     static_cast<FindBar*>(bar)->open();
+}
+
+void FINDBAR_PreferText(QWidget* bar) {
+    static_cast<FindBar*>(bar)->preferText();
 }

@@ -16,5 +16,7 @@ QToolButton* FINDBAR_CreateClose(QWidget* bar);
 // A bar that is hidden; Enter asks for the next place, Shift+Enter for the one before, Esc and the
 // close button hide it and call `closed`. The parent owns it.
 QWidget* FINDBAR_Create(QWidget* parent, FindRequest find, std::function<void()> closed);
+// Has the bar begin with text in place of bytes.
+void FINDBAR_PreferText(QWidget* bar);
 // Shows the bar, ready to type in.
 void FINDBAR_Open(QWidget* bar);

@@ -47,6 +47,7 @@ public:
         }
         forms_->addWidget(simple_);
         forms_->addWidget(pane_);
+        FINDBAR_PreferText(findBar_);
         simple_->addFormItem(tools_->formItem());
         connect(pane_, &QWidget::customContextMenuRequested, this,
                 [this](const QPoint& place) { tools_->menu().popup(pane_->mapToGlobal(place)); });
