@@ -20,8 +20,8 @@ struct TerminalPiece {
 
 // What is kept: at least the bytes of kHistoryBytes, in pieces of a line each; of lines of a few
 // bytes only the last kHistoryPieces.
-inline constexpr size_t kHistoryBytes = 512 * 1024;
-inline constexpr size_t kHistoryPieces = 128 * 1024;
+inline constexpr size_t kHistoryBytes = size_t{512} * 1024;
+inline constexpr size_t kHistoryPieces = size_t{128} * 1024;
 
 void TERMHISTORY_Add(TerminalSource source, std::span<const uint8_t> bytes);
 // A note is a line of its own.

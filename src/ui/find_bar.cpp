@@ -8,7 +8,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QToolButton>
 #include <algorithm>
 
 namespace {
@@ -33,10 +32,14 @@ public:
         entry->addWidget(edit_, 1);
         addButton(buttons, "&Next", "findNext", true);
         addButton(buttons, "Previo&us", "findPrevious", false);
-        entry->insertWidget(0, createClose());
+        QToolButton* close = FINDBAR_CreateClose(this);
+        connect(close, &QToolButton::clicked, this, [this] { leave(); });
+        entry->insertWidget(0, close);
         message_->setObjectName("findMessage");
         hide();
     }
+
+    void preferText() { kind_->setCurrentIndex(kText); }
 
     void open() {
         setVisible(true);
@@ -58,16 +61,6 @@ protected:
     void resizeEvent(QResizeEvent*) override { arrange(); }
 
 private:
-    QToolButton* createClose() {
-        auto* close = new QToolButton(this);
-        close->setText("\u00D7");
-        close->setToolTip("Close (Esc)");
-        close->setAccessibleName("Close");
-        close->setAutoRaise(true);
-        connect(close, &QToolButton::clicked, this, [this] { leave(); });
-        return close;
-    }
-
     // Its parts stand side by side, or one below the other where the window is too narrow.
     void arrange() {
         layout_->setDirection(QBoxLayout::LeftToRight);
@@ -150,10 +143,23 @@ private:
 
 } // namespace
 
+QToolButton* FINDBAR_CreateClose(QWidget* bar) {
+    auto* close = new QToolButton(bar);
+    close->setText("\u00D7");
+    close->setToolTip("Close (Esc)");
+    close->setAccessibleName("Close");
+    close->setAutoRaise(true);
+    return close;
+}
+
 QWidget* FINDBAR_Create(QWidget* parent, FindRequest find, std::function<void()> closed) {
     return new FindBar(parent, std::move(find), std::move(closed));
 }
 
 void FINDBAR_Open(QWidget* bar) {
     static_cast<FindBar*>(bar)->open();
+}
+
+void FINDBAR_PreferText(QWidget* bar) {
+    static_cast<FindBar*>(bar)->preferText();
 }

@@ -1,6 +1,7 @@
 #include "ui/terminal_bars.h"
 
 #include "shell/terminal_sender.h"
+#include "ui/find_bar.h"
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -8,7 +9,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTimer>
-#include <QToolButton>
 
 namespace {
 
@@ -24,11 +24,7 @@ public:
         : QWidget(parent), sent_(std::move(sent)), closed_(std::move(closed)),
           edit_(new QLineEdit(this)), message_(new QLabel(this)) {
         auto* layout = createBarLayout(this);
-        auto* close = new QToolButton(this);
-        close->setText("\u00D7");
-        close->setToolTip("Close (Esc)");
-        close->setAccessibleName("Close");
-        close->setAutoRaise(true);
+        QToolButton* close = FINDBAR_CreateClose(this);
         connect(close, &QToolButton::clicked, this, [this] { leave(); });
         auto* label = new QLabel("He&x:", this);
         label->setBuddy(edit_);

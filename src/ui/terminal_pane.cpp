@@ -41,7 +41,9 @@ void TerminalPane::setSettings(const TerminalSettings& settings) {
     if (settings.controls == TerminalControls::glyphs && !hasPictures(font())) {
         settings_.controls = TerminalControls::hex;
     }
-    showAnew();
+    if (settings.onePane) {
+        showAnew();
+    }
 }
 
 void TerminalPane::setShown(bool shown) {

@@ -14,7 +14,7 @@ public:
     // `leave` is called when the user goes to the tools by Shift+Tab.
     TerminalPane(QWidget* parent, std::function<void()> leave);
 
-    void setSettings(const TerminalSettings& settings); // shows all anew
+    void setSettings(const TerminalSettings& settings); // shows all anew where it is the form
     void setShown(bool shown);                          // one that is not follows nothing
     void refresh();                                     // takes what has come since
     void clearShown();                                  // what came before is not shown again

@@ -45,19 +45,20 @@ QMenu* TerminalTools::addChoices(const char* text, const char* name,
                                  std::initializer_list<const char*> entries, Choice& choice) {
     auto* popup = new QMenu(text, this);
     auto* group = new QActionGroup(popup);
+    connect(group, &QActionGroup::triggered, this, [this, &choice](const QAction* chosen) {
+        choice = static_cast<Choice>(chosen->data().toInt());
+        deeds_.choose(settings_);
+    });
     int number = 0;
     for (const char* entry : entries) {
-        QAction* action = popup->addAction(entry);
+        QAction* action = group->addAction(entry);
         action->setObjectName(QString("%1%2").arg(name).arg(number));
+        action->setData(number);
         action->setCheckable(true);
         action->setChecked(number == static_cast<int>(choice));
-        group->addAction(action);
-        connect(action, &QAction::triggered, this, [this, &choice, number] {
-            choice = static_cast<Choice>(number);
-            deeds_.choose(settings_);
-        });
         ++number;
     }
+    popup->addActions(group->actions());
     return popup;
 }
 

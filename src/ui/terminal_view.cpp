@@ -12,7 +12,9 @@
 #include "ui/terminal_tools.h"
 #include "ui/view_widget.h"
 
+#include <QApplication>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
@@ -45,6 +47,7 @@ public:
         }
         forms_->addWidget(simple_);
         forms_->addWidget(pane_);
+        FINDBAR_PreferText(findBar_);
         simple_->addFormItem(tools_->formItem());
         connect(pane_, &QWidget::customContextMenuRequested, this,
                 [this](const QPoint& place) { tools_->menu().popup(pane_->mapToGlobal(place)); });
@@ -61,11 +64,12 @@ public:
         }
     }
 
-    // Ready to type.
+    // Ready to type, but for a click on a tool and where a bar is being filled in.
     void activated() override {
+        const bool inBar = qobject_cast<QLineEdit*>(focusWidget()) != nullptr;
         if (!settings_.onePane) {
             simple_->activate();
-        } else if (focusWidget() == nullptr || !isAncestorOf(focusWidget())) {
+        } else if (!inBar && QApplication::mouseButtons() == Qt::NoButton) {
             pane_->setFocus();
         }
     }

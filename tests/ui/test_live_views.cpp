@@ -4,6 +4,7 @@
 #include "ui/terminal_keys.h"
 
 #include <QClipboard>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -109,7 +110,10 @@ TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
         pressKey(one.pane(), key);
     }
     EXPECT_EQ(one.sent(), " \r\n") << "F8 is the menu's, Shift+Tab leads to the tools";
-    EXPECT_EQ(one.world.window("Terminal I/O")->focusWidget()->accessibleName(), "One Pane");
+    QMdiSubWindow& window = *one.world.window("Terminal I/O");
+    EXPECT_EQ(window.focusWidget()->accessibleName(), "One Pane");
+    pressKey(*window.focusWidget(), Qt::Key_Escape);
+    EXPECT_EQ(window.focusWidget(), &one.pane());
     one.line.send("ok\x1B\n");
     EXPECT_TRUE(one.shows(">  \nok\n"));
     one.choose("Controls2"); // as hex
@@ -130,11 +134,17 @@ TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
     EXPECT_EQ(bar.value(), 100);
 
     one.choose("TerminalFind");
-    control<QLineEdit>(one.world.frame(), "findText").setText("1B");
-    click(one.world.frame(), "findNext");
-    EXPECT_EQ(one.pane().textCursor().selectedText(), "<1B>");
-    click(one.world.frame(), "findNext");
-    EXPECT_EQ(control<QLabel>(one.world.frame(), "findMessage").text(), "Continued from the start");
+    QWidget& terminal = *window.widget();
+    const auto find = [&](const char* text) {
+        control<QLineEdit>(terminal, "findText").setText(text);
+        click(terminal, "findNext");
+        return one.pane().textCursor().selectedText();
+    };
+    EXPECT_EQ(find("ok"), "ok");
+    control<QComboBox>(terminal, "findKind").setCurrentIndex(0);
+    EXPECT_EQ(find("1B 0A"), "<1B><0A>");
+    find("1B 0A");
+    EXPECT_EQ(control<QLabel>(terminal, "findMessage").text(), "Continued from the start");
     one.choose("TerminalClear");
     EXPECT_TRUE(one.shows(""));
     one.line.lose("it was pulled out");
