@@ -11,7 +11,7 @@ namespace {
 const Strings kProgram = {"app.mot", "-OptionsCOMPort1", "-OptionsTargetDeviceVT-B128",
                           "-OptionsSettingsReset1", "-TargetAuto", "-TargetVerify",
                           // Three processes hand each byte on, and the boot ROM waits 30 ms: on a
-                          // busy machine a board may need another try, as on a bench.
+                          // busy machine a connect may need another try. Nothing behind it may.
                           "--retries", "2", "-Exit"};
 
 bool succeeds(const std::string& command) {
@@ -55,6 +55,7 @@ TEST(PortServers, Ser2net) {
     programThrough(bench, "rfc2217://127.0.0.1:" + port);
     target.stop();
     EXPECT_NE(target.summary().find("violations 0"), std::string::npos) << target.summary();
+    EXPECT_NE(target.summary().find("erases 1"), std::string::npos) << target.summary();
 }
 
 TEST(PortServers, Pyserial) {
@@ -71,5 +72,5 @@ TEST(PortServers, Pyserial) {
     ASSERT_FALSE(port.empty()) << server.err();
     programThrough(bench, "rfc2217://127.0.0.1:" + port);
     EXPECT_EQ(target.stop(), 0) << target.summary();
-    EXPECT_EQ(target.summary().find("erases 0"), std::string::npos) << target.summary();
+    EXPECT_NE(target.summary().find("erases 1"), std::string::npos) << target.summary();
 }
