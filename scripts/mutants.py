@@ -5,9 +5,14 @@ All mistakes are compiled into one build of a copy of the sources, below build/m
 environment variable CALVORIN_MUTANT chooses one of them by its number. COUNT of them (400), drawn
 by SEED (1), each have to fail a test: first those of their folder, then the quick ones, the slow
 ones last. The table at the end counts the found ones a folder; those that no test found are listed
-with their line, to be judged: a mistake that changes nothing is none.
+with their line, to be judged: a mistake that changes nothing is none. The copy is made anew only
+when the sources or the seed changed, so that a run after a change of tests begins soon.
+"scripts/mutants.py --again NUMBER..." tries the mistakes of these numbers in the copy as it is,
+with the tests of now.
 """
 import concurrent.futures
+import hashlib
+import json
 import os
 import pathlib
 import random
@@ -15,6 +20,7 @@ import re
 import shutil
 import subprocess
 import sys
+import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build" / "mutants"
@@ -22,7 +28,7 @@ TREE = WORK / "tree"
 BIN = WORK / "build" / "bin"
 SUITES = ["link", "notice", "persist", "device", "bootrom", "serial", "fuzz", "sim", "data",
           "target", "sweep", "platform", "shell", "ui", "e2e"]
-SECONDS = 90  # that a suite may take; one that hangs has found the mistake
+SECONDS = {}  # that a suite may take, by its run without a mistake; one that hangs has found it
 
 HEADER = """#pragma once
 extern "C" int calvorin_mutant;
@@ -59,7 +65,8 @@ def mistakes(line):
         return
     if match := IF.match(line):
         head, condition, tail = match.groups()
-        if ";" not in condition and not re.search(r"[^=!<>]=[^=]", condition):
+        if (";" not in condition and balanced(condition)
+                and not re.search(r"[^=!<>]=[^=]", condition)):
             yield "negated", f"{head}MUTANT(@) != static_cast<bool>({condition}){tail}"
             for word, other in (("&&", "||"), ("||", "&&")):
                 if condition.count(word) == 1 and other not in condition and "[" not in condition:
@@ -83,18 +90,37 @@ def mistakes(line):
             f"{line[:match.start()]} {match[1]} (MUTANT(@) ? 0 : 1){line[match.end():]}")
 
 
-def plant(seed):
+def is_source(name):
+    return re.fullmatch(r"src/.*\.cpp", name)
+
+
+def listed():
+    lines = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=ROOT,
+                           capture_output=True, text=True, check=True).stdout.splitlines()
+    return [name for name in lines if (ROOT / name).exists()]
+
+
+def copy_others(names):
+    """Takes over what has no mistakes, the tests above all; what is gone goes there too."""
+    others = {name for name in names if not is_source(name)}
+    for name in others:
+        target = TREE / name
+        target.parent.mkdir(parents=True, exist_ok=True)
+        if not target.exists() or target.read_bytes() != (ROOT / name).read_bytes():
+            shutil.copy(ROOT / name, target)
+    for file in TREE.glob("tests/**/*"):
+        if file.is_file() and str(file.relative_to(TREE)) not in others:
+            file.unlink()
+
+
+def plant(seed, names):
     """Copies the sources with a mistake in each line that offers one; what stands where."""
     random.seed(seed)
     shutil.rmtree(TREE, ignore_errors=True)
-    listed = subprocess.run(["git", "ls-files"], cwd=ROOT, capture_output=True, text=True, check=True)
     planted = {}
-    for name in listed.stdout.splitlines():
+    for name in filter(is_source, names):
         target = TREE / name
         target.parent.mkdir(parents=True, exist_ok=True)
-        if not re.fullmatch(r"src/.*\.cpp", name):
-            shutil.copy(ROOT / name, target)
-            continue
         lines = (ROOT / name).read_text().split("\n")
         before = ""
         constant = False
@@ -112,6 +138,27 @@ def plant(seed):
     (TREE / "src" / "mutant.h").write_text(HEADER)
     (TREE / "src" / "platform" / "mutant.cpp").write_text(SOURCE)
     return planted
+
+
+def planted_copy(seed):
+    """The copy with its mistakes, made anew only if it is not of these sources and this seed."""
+    names = listed()
+    state = hashlib.sha256(str(seed).encode() + pathlib.Path(__file__).read_bytes())
+    for name in sorted(filter(is_source, names)):
+        state.update(name.encode() + (ROOT / name).read_bytes())
+    record = WORK / "planted.json"
+    kept = json.loads(record.read_text()) if record.exists() else {}
+    if kept.get("state") != state.hexdigest():
+        kept = {"state": state.hexdigest(), "planted": plant(seed, names)}
+        record.write_text(json.dumps(kept))
+    copy_others(names)
+    return {int(number): what for number, what in kept["planted"].items()}
+
+
+def kept_copy():
+    copy_others(listed())
+    kept = json.loads((WORK / "planted.json").read_text())
+    return {int(number): what for number, what in kept["planted"].items()}
 
 
 def build():
@@ -132,7 +179,7 @@ def passes(suite, number):
     command = [BIN / f"test_{suite}"] + ([] if suite == "sweep" else
                                          ["--gtest_brief=1", "--gtest_fail_fast"])
     try:
-        return subprocess.run(command, env=environment, timeout=SECONDS, check=False,
+        return subprocess.run(command, env=environment, timeout=SECONDS.get(suite), check=False,
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode == 0
     except subprocess.TimeoutExpired:
         return False
@@ -155,17 +202,27 @@ def report(planted, drawn, found):
             print(f"{number}: {name}:{line}: {what}: {text}")
 
 
-def main():
-    count = int(sys.argv[1]) if len(sys.argv) > 1 else 400
-    seed = int(sys.argv[2]) if len(sys.argv) > 2 else 1
-    folders = sys.argv[3:]
-    planted = plant(seed)
-    build()
+def drawn_by(count, seed, folders):
+    planted = planted_copy(seed)
     possible = [n for n in planted if not folders or planted[n][0].split("/")[1] in folders]
-    drawn = sorted(random.sample(possible, min(count, len(possible))))
+    random.seed(seed)
+    return planted, sorted(random.sample(possible, min(count, len(possible))))
+
+
+def main():
+    if sys.argv[1:2] == ["--again"]:
+        planted, drawn = kept_copy(), sorted(map(int, sys.argv[2:]))
+    else:
+        count = int(sys.argv[1]) if len(sys.argv) > 1 else 400
+        seed = int(sys.argv[2]) if len(sys.argv) > 2 else 1
+        planted, drawn = drawn_by(count, seed, sys.argv[3:])
+    build()
     needed = {suite for n in drawn for suite in suites_of(planted[n][0].split("/")[1])}
     for suite in sorted(needed):
-        if not passes(suite, 0):
+        began = time.monotonic()
+        good = passes(suite, 0)
+        SECONDS[suite] = 60 + 4 * (time.monotonic() - began)
+        if not good:
             sys.exit(f"test_{suite} fails without a mistake")
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         where = pool.map(lambda n: finder(n, planted[n][0].split("/")[1]), drawn)
