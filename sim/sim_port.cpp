@@ -178,7 +178,9 @@ std::optional<uint32_t> configure(PortState& state, const LineSettings& settings
         CHIP_Run(*line.chip, CLOCK_Now());
         CHIP_SetHostRate(*line.chip, settings.baudrate);
     }
-    setLines(line, false, true);
+    if (!settings.keepLines) {
+        setLines(line, false, true);
+    }
     return std::exchange(state.rate, settings.baudrate);
 }
 

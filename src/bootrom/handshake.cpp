@@ -12,6 +12,7 @@
 #include "persist/hex_text.h"
 #include "platform/clock.h"
 #include "platform/format.h"
+#include "serial/idle_rate.h"
 #include "serial/sio.h"
 #include "serial/terminal_buffer.h"
 #include "serial/terminal_history.h"
@@ -204,6 +205,9 @@ Result<> _ResetAndMatch(const BootRomProtocol& family) {
     BOOT_SetChipInRom(true);
     linesDriven = resetIntoBootRom();
     passOnWhatCameBefore();
+    if (!IDLERATE_End()) {
+        return Failure{TERR_REPORTED};
+    }
     return matchAtItsRate(family);
 }
 

@@ -21,6 +21,7 @@ struct LineSettings {
     uint8_t byteSize = 8;
     uint8_t parity = 0;
     uint8_t stopBits = 0;
+    bool keepLines = false; // DTR and RTS stay as they are
 };
 
 // Why no built-in kind can do these settings; empty when they are 8 data bits without parity and
@@ -30,9 +31,9 @@ std::string SERIALPORT_SettingsProblem(const LineSettings& settings);
 // one that is 3 % off, and dividers round.
 bool SERIALPORT_IsRateClose(uint32_t actual, uint32_t wanted);
 
-// An open serial line. One thread reads or waits for bytes while another may write, set the lines
-// or ask for `lostReason`. Destroying the record closes the line; what the port changed on the
-// device (low latency) is put back.
+// An open serial line. One thread reads or waits for bytes while another may write, configure, set
+// the lines or ask for `lostReason`. Destroying the record closes the line; what the port changed
+// on the device (low latency) is put back.
 struct SerialPort {
     // Reads up to buffer.size() bytes until they have all arrived, the deadline has passed or
     // `stop` holds (an empty condition never does). Result: the bytes that arrived. On a lost line
@@ -43,8 +44,9 @@ struct SerialPort {
     std::function<bool(Moment deadline, const Condition& stop)> waitReadable;
     // Hands all bytes over in one call; waits while the device takes no more. False on failure.
     std::function<bool(std::span<const uint8_t>)> write;
-    // Rate and raw framing without flow control; DTR off and RTS on afterwards. Waits until what
-    // was written has left at the old rate. The rate in force before, or none on failure.
+    // Rate and raw framing without flow control; DTR off and RTS on afterwards unless the lines are
+    // kept. Waits until what was written has left at the old rate. The rate in force before, or
+    // none on failure.
     std::function<std::optional<uint32_t>(const LineSettings&)> configure;
     // Control lines; a device without them (a pseudo-terminal) ignores the call and returns true.
     std::function<bool(bool on)> setDtr;

@@ -100,7 +100,7 @@ void logRefusal(const PortUse& use) {
 
 // Empty when the rate is set, with the one in force before, else the error to report. The port is
 // left before anything is reported: an error's message box may be where the port gets closed.
-std::string setRate(uint32_t baudrate, uint32_t& before) {
+std::string setRate(uint32_t baudrate, bool keepLines, uint32_t& before) {
     PortUse use;
     if (!use.usable()) {
         return ERROR_WithReason("SIO::SIO_ChangeBaudrate: GetCommState failed", whyNot(use));
@@ -111,6 +111,7 @@ std::string setRate(uint32_t baudrate, uint32_t& before) {
         settings = lineFormat;
     }
     settings.baudrate = baudrate;
+    settings.keepLines = keepLines;
     const std::optional<uint32_t> result = use.line().configure(settings);
     if (!result) {
         use.noteLoss();
@@ -125,7 +126,7 @@ std::string setRate(uint32_t baudrate, uint32_t& before) {
 
 uint32_t changeRate(uint32_t baudrate, bool quiet) {
     uint32_t before = 0;
-    const std::string error = setRate(baudrate, before);
+    const std::string error = setRate(baudrate, false, before);
     if (!error.empty() && !quiet) {
         const std::string loss = SIO_GetLoss();
         ERROR_Out(nullptr, error, 1, loss.empty() ? Hint{} : Hint{Cause::portGone, loss});
@@ -397,6 +398,18 @@ uint32_t SIO_ChangeBaudrate(uint32_t baudrate) {
 void SIO_RestoreBaudrate(uint32_t baudrate) {
     sendHeld();
     changeRate(baudrate, true);
+}
+
+uint32_t SIO_RateInForce() {
+    const PortUse use;
+    return use.usable() ? use.port().rate.load() : 0;
+}
+
+bool SIO_ChangeRateAlone(uint32_t baudrate) {
+    uint32_t before = 0;
+    const bool changed = setRate(baudrate, true, before).empty();
+    _LogEvent(changed ? formatText("Rate %u Bd", baudrate) : "Rate not changed");
+    return changed;
 }
 
 uint32_t SIO_TransferMs(size_t bytes) {

@@ -85,6 +85,10 @@ void SIO_SetLogging(uint32_t on);        // starts or stops the communication lo
 uint32_t SIO_ChangeBaudrate(uint32_t baudrate);
 // Puts a rate back behind something that has failed already: a failure is logged alone.
 void SIO_RestoreBaudrate(uint32_t baudrate);
+// The rate in force, as it was asked for; 0 without a usable port.
+uint32_t SIO_RateInForce();
+// Changes the rate, and neither DTR nor RTS. Nothing is reported: false when it was refused.
+bool SIO_ChangeRateAlone(uint32_t baudrate);
 // How long that many bytes take on the line at the rate in force, rounded up; 0 without a port.
 uint32_t SIO_TransferMs(size_t bytes);
 // When the wait for an answer of `replyBytes` ends that may take `timeoutMs`: what was written

@@ -1,10 +1,12 @@
 #include "shell/port_notice.h"
 
 #include "link/target_link.h"
+#include "link/target_state.h"
 #include "notice/hint.h"
 #include "notice/log.h"
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "serial/idle_rate.h"
 #include "serial/sio.h"
 #include "serial/terminal_history.h"
 #include "shell/frame_rules.h"
@@ -80,6 +82,9 @@ void PORTNOTICE_TryAgain() {
 void PORTNOTICE_Watch() {
     const bool isNew = SIO_IsLost() && !lossIsTold;
     tellTerminal();
+    if (FRAMERULES_IsFree() && TARGET_State().LinkState == LINK_IDLE) {
+        IDLERATE_Use();
+    }
     if (PORTNOTICE_Get() == Notice{}) {
         deviceIsThere = true;
         triesLeft = 0;

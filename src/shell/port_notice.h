@@ -13,6 +13,6 @@ struct Notice {
 Notice PORTNOTICE_Get();
 // Opens the port, quietly where that fails: the notice stays. Nothing while a command runs.
 void PORTNOTICE_TryAgain();
-// Called several times a second: opens the port as soon as its device is there again, and tells the
-// terminal of both.
+// Called several times a second: opens the port as soon as its device is there again, tells the
+// terminal of both, and gives the line the terminal's rate while no command uses it.
 void PORTNOTICE_Watch();

@@ -12,6 +12,7 @@
 #include "platform/event_queue.h"
 #include "platform/files.h"
 #include "platform/format.h"
+#include "serial/idle_rate.h"
 #include "serial/sio.h"
 #include "serial/sio_log.h"
 #include "serial/terminal_buffer.h"
@@ -31,6 +32,7 @@
 #include "shell/settings.h"
 #include "shell/summary.h"
 #include "shell/terminal_log.h"
+#include "shell/terminal_settings.h"
 #include "shell/watch.h"
 #include "target/worker.h"
 
@@ -180,6 +182,7 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
     }
     ACCOUNT_Stage("project");
     TARGET_Init(nullptr, TERMINAL_ReceiveByte);
+    IDLERATE_Set(RUN_IsQuiet() ? 0 : TERMSETTINGS_Read().baudrate);
     const bool isComplete = loadRemembered();
     CONFIGURATION_Changed(); // an option may fill the password before it names a device
     if (!isComplete) {

@@ -1,10 +1,12 @@
 #include "shell/terminal_settings.h"
 
 #include "persist/ini.h"
+#include "serial/idle_rate.h"
 
 namespace {
 
 constexpr char kTerminalSection[] = "Settings TERMINAL"; // beside the place of the window
+constexpr char kBaudrateKey[] = "Baudrate";
 
 template <class Choice>
 void readChoice(const char* key, Choice last, Choice& choice) {
@@ -29,6 +31,9 @@ TerminalSettings TERMSETTINGS_Read() {
     readChoice("LineEnd", TerminalLineEnd::crLf, settings.lineEnd);
     readChoice("Echo", true, settings.echo);
     readChoice("Stamps", true, settings.stamps);
+    int32_t baudrate = 0;
+    INI_ReadInt(kTerminalSection, kBaudrateKey, baudrate);
+    settings.baudrate = baudrate > 0 ? static_cast<uint32_t>(baudrate) : 0;
     return settings;
 }
 
@@ -38,6 +43,8 @@ void TERMSETTINGS_Write(const TerminalSettings& settings) {
     writeChoice("LineEnd", settings.lineEnd);
     writeChoice("Echo", settings.echo);
     writeChoice("Stamps", settings.stamps);
+    INI_WriteInt(kTerminalSection, kBaudrateKey, static_cast<int32_t>(settings.baudrate));
+    IDLERATE_Set(settings.baudrate);
 }
 
 std::string_view TERMSETTINGS_Bytes(TerminalLineEnd lineEnd) {

@@ -17,6 +17,7 @@
 #include "platform/clock.h"
 #include "platform/event_queue.h"
 #include "platform/format.h"
+#include "serial/idle_rate.h"
 #include "serial/sio.h"
 #include "target/checksum_commands.h"
 #include "target/worker.h"
@@ -248,6 +249,7 @@ void TARGET_StartApplication() {
     if (!SIO_EnsureOpen()) {
         return; // the port has said why
     }
+    IDLERATE_Use(); // the application's first words come at it
     bool done = SIO_SetLines(SETDTR);
     CLOCK_Sleep(50);
     done = SIO_SetLines(CLRRTS) && done;

@@ -3,6 +3,7 @@
 #include <QActionGroup>
 #include <QFileInfo>
 #include <QHBoxLayout>
+#include <set>
 
 TerminalTools::TerminalTools(QWidget* parent, const TerminalSettings& settings, TerminalDeeds deeds)
     : QWidget(parent), settings_(settings), deeds_(std::move(deeds)), menu_(new QMenu(this)),
@@ -62,6 +63,27 @@ QMenu* TerminalTools::addChoices(const char* text, const char* name,
     return popup;
 }
 
+QMenu* TerminalTools::addRates() {
+    auto* popup = new QMenu("&Rate", this);
+    auto* group = new QActionGroup(popup);
+    connect(group, &QActionGroup::triggered, this, [this](const QAction* chosen) {
+        settings_.baudrate = chosen->data().toUInt();
+        deeds_.choose(settings_);
+    });
+    std::set<uint32_t> rates(std::begin(kTerminalRates), std::end(kTerminalRates));
+    rates.insert({0, settings_.baudrate});
+    for (const uint32_t rate : rates) {
+        QAction* action = group->addAction(rate == 0 ? QString("As in the &Options")
+                                                     : QString("%1 Bd").arg(rate));
+        action->setObjectName(QString("Rate%1").arg(rate));
+        action->setData(rate);
+        action->setCheckable(true);
+        action->setChecked(rate == settings_.baudrate);
+    }
+    popup->addActions(group->actions());
+    return popup;
+}
+
 void TerminalTools::fillMenu() {
     form_ = addCheck("One P&ane", "OnePane", settings_.onePane);
     form_->setToolTip("What is received and typed in one pane, in its order");
@@ -75,6 +97,7 @@ void TerminalTools::fillMenu() {
                                  {"As &Text", "As &Pictures", "As &Hex"}, settings_.controls));
     choices_->addMenu(addChoices("E&nter Sends", "LineEnd",
                                  {"&CR (0D)", "&LF (0A)", "C&R LF (0D 0A)"}, settings_.lineEnd));
+    choices_->addMenu(addRates());
     menu_->addAction(addItem("&Copy", "TerminalCopy", deeds_.copy));
     menu_->addAction(addItem("Selec&t All", "TerminalSelectAll", deeds_.selectAll));
     menu_->addAction(addItem("Clea&r", "TerminalClear", deeds_.clear));

@@ -34,6 +34,7 @@ private:
     template <class Choice>
     QMenu* addChoices(const char* text, const char* name,
                       std::initializer_list<const char*> entries, Choice& choice);
+    QMenu* addRates();
     void fillMenu();
     void fillRow();
 

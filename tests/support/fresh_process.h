@@ -18,6 +18,7 @@
 #include "notice/status.h"
 #include "platform/event_queue.h"
 #include "platform/files.h"
+#include "serial/idle_rate.h"
 #include "serial/sio.h"
 #include "serial/terminal_buffer.h"
 #include "serial/terminal_history.h"
@@ -38,6 +39,7 @@ inline void freshProcess() {
     TARGET_Stop();
     SIO_Exit();
     SIO_Init(0, 0, 0, 8, 0, 0);
+    IDLERATE_Set(0);
     FRONTEND_Set({});
     COMPARISON_End();
     RECENTCHOICES_Reset();

@@ -77,6 +77,32 @@ TEST(Connect, KeysDoNotReachABootRom) {
     EXPECT_EQ(type(), 2U);
 }
 
+// It is there before the application speaks and gone before the boot ROM is spoken to; beside a
+// reset nothing touches the lines.
+TEST(Connect, TheTerminalMayHaveARateOfItsOwn) {
+    for (const char* const device : {"VT-A32", "VT-B128"}) {
+        SCOPED_TRACE(device);
+        TargetWorld world({.device = device, .chip = {}});
+        EXPECT_EQ(TARGET_Connect(), 1);
+        IDLERATE_Set(9600);
+        const size_t before = SIMPORT_Calls(world.line).size();
+        TARGET_StartApplication();
+        IDLERATE_Use();
+        EXPECT_EQ(SIO_RateInForce(), 9600U);
+        EXPECT_EQ(TERMHISTORY_Since(0).pieces.back().bytes, "9600 Bd");
+        std::vector<LineCall> calls = SIMPORT_Calls(world.line);
+        EXPECT_EQ(calls.size(), before + 4);
+        EXPECT_EQ(calls[before].kind, LineCall::Kind::configure);
+        EXPECT_EQ(TARGET_Connect(), 1);
+        EXPECT_EQ(SIO_RateInForce(), 38400U);
+        TARGET_Disconnect();
+        IDLERATE_Set(0);
+        IDLERATE_Use();
+        EXPECT_EQ(SIO_RateInForce(), 38400U);
+        EXPECT_EQ(world.allErrors() + world.violations(), "");
+    }
+}
+
 // A reply that is on its way when the link is taken neither reaches the terminal nor is read as the
 // boot ROM's answer; one that does not come holds nobody up for long.
 TEST(Connect, TheLinkIsTakenAtAnyPointOfAnExchange) {

@@ -153,6 +153,10 @@ TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
     SIO_Restart();
     EXPECT_TRUE(runUntil(
         [&] { return one.pane().toPlainText().endsWith("-- port open again: COM1 --\n"); }));
+    one.choose("Rate9600");
+    EXPECT_TRUE(runUntil([&] { return one.pane().toPlainText().endsWith("-- 9600 Bd --\n"); }));
+    EXPECT_EQ(one.line.calls.back(), "rate 9600");
+    EXPECT_EQ(TERMSETTINGS_Read().baudrate, 9600U);
     EXPECT_EQ(TERMSETTINGS_Read().controls, TerminalControls::hex);
     EXPECT_EQ(TERMSETTINGS_Read().lineEnd, TerminalLineEnd::crLf);
 }

@@ -302,11 +302,14 @@ std::optional<uint32_t> configure(Session& session, const LineSettings& settings
     const Setting rate{COMPORT_SET_BAUDRATE, comPortRateBytes(settings.baudrate)};
     const Setting framing[] = {
         {COMPORT_SET_DATASIZE, {8}}, {COMPORT_SET_PARITY, {1}}, {COMPORT_SET_STOPSIZE, {1}}};
-    const Setting controls[] = {controlSetting(CONTROL_NO_FLOW_CONTROL),
-                                controlSetting(CONTROL_DTR_OFF), controlSetting(CONTROL_RTS_ON)};
+    std::vector<Setting> controls{controlSetting(CONTROL_NO_FLOW_CONTROL)};
+    if (!settings.keepLines) {
+        controls.insert(controls.end(),
+                        {controlSetting(CONTROL_DTR_OFF), controlSetting(CONTROL_RTS_ON)});
+    }
     std::vector<Setting> all{rate};
     all.insert(all.end(), std::begin(framing), std::end(framing));
-    all.insert(all.end(), std::begin(controls), std::end(controls));
+    all.insert(all.end(), controls.begin(), controls.end());
     send(session, all);
     bool accepted = takeRate(session, rate, settings.baudrate);
     for (const Setting& setting : framing) {

@@ -204,8 +204,10 @@ std::optional<uint32_t> configure(TtyLine& tty, const LineSettings& settings) {
         tty.refusal = problem;
         return std::nullopt;
     }
-    setLine(tty, TIOCM_DTR, false);
-    setLine(tty, TIOCM_RTS, true);
+    if (!settings.keepLines) {
+        setLine(tty, TIOCM_DTR, false);
+        setLine(tty, TIOCM_RTS, true);
+    }
     return before;
 }
 
