@@ -24,8 +24,12 @@ export DISPLAY HOME=$work XDG_CONFIG_HOME=$work QT_SCALE_FACTOR=$scale QT_STYLE_
 # The program beside its own settings, a chip on COM1 and a program to load.
 cp -r "$bin" "$work/bin"
 rm -f "$work"/bin/calvorin.* "$work/bin/Calvorin.tpu"
-"$bin/calvorin-sim" --pace --device VT-B128 --devices "$bin/Device" --link "$work/chip" >/dev/null 2>&1 &
-pids+=($!)
+chip() { # FURTHER options of the virtual chip
+  "$bin/calvorin-sim" --pace --device VT-B128 --devices "$bin/Device" --link "$work/chip" "$@" >/dev/null 2>&1 &
+  sim=$!
+  pids+=("$sim")
+}
+chip
 printf '[Settings PORTS]\nCOM1 = "%s"\n' "$work/chip" >"$work/bin/calvorin.ini"
 awk 'BEGIN {
   for (a = 0; a < 16384; a += 16) line(a);
@@ -114,4 +118,14 @@ keys alt+w h; shot tiled; keys alt+w c; shot cascaded; keys alt+w r
 xdotool mousemove $((740 * scale)) $((590 * scale)); shot tool-tip 1.5
 printf ':00000001FF\nnonsense\n' >"$work/broken.hex"
 intoDump
-keys ctrl+o; xdotool type "$work/broken.hex"; keys Return; shot error; keys Return
+keys ctrl+o; xdotool type "$work/broken.hex"; keys Return; shot error; keys Return; keys Escape
+kill "$program" "$sim"; wait "$program" "$sim" 2>/dev/null || true
+
+# The terminal's one pane, with an application that speaks.
+chip --start-app --app-echo --app-every 900 --app-text $'\e[32mready\r\n'
+printf '\n[Settings TERMINAL]\nOnePane = 1\nControls = 1\nStamps = 1\n' >>"$work/bin/calvorin.ini"
+start "$work/application.hex" "${options[@]}"
+keys alt+v t
+xdotool mousemove $((230 * scale)) $((486 * scale)) click --repeat 2 1; sleep 0.5 # the whole area
+xdotool type help; keys Return; shot terminal 2
+keys alt+g r; shot terminal-rates; keys Escape Escape Escape

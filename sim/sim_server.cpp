@@ -139,6 +139,7 @@ void serve(const Peer& peer, SimServerLine& line) {
 }
 
 Peer chipPeer(const ChipPtr& chip, const std::string& flashOut) {
+    CHIP_SetLines(*chip, false, true, CLOCK_Now()); // an application may speak from now on
     Peer peer;
     peer.take = [chip, dtr = false, rts = true](const HostEvent& event, Moment now,
                                                 Moment earliest) mutable {

@@ -51,6 +51,12 @@ TEST(SimProgram, PseudoTerminal) {
     EXPECT_EQ(flash.substr(0, 3), "\x01\x02\xFF");
     EXPECT_NE(readFile(files / "log").find("chip: 86"), std::string::npos);
     EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(link)));
+
+    const TempFolder others;
+    const VirtualTarget running(others, "VT-B128", {"--start-app", "--app-every", "10"});
+    port = openPort(running.port(), 115200);
+    ASSERT_TRUE(port);
+    EXPECT_EQ(exchange(*port, "00", 4).size(), 8U) << "four bytes of the application's text";
 }
 
 TEST(SimProgram, ReplacesOnlyLinksThatItMade) {
@@ -85,6 +91,7 @@ TEST(SimProgram, TcpPortSeesLinesAndRate) {
     const SerialPortPtr port = openPort(sim.port(), 9600);
     ASSERT_TRUE(port);
     EXPECT_TRUE(port->setDtr(true) && port->setRts(true));
+    EXPECT_TRUE(port->configure({.baudrate = 9600, .keepLines = true})) << "no shorter reset";
     CLOCK_Sleep(300);
     EXPECT_TRUE(port->setDtr(false));
     CLOCK_Sleep(250);
