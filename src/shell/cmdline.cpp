@@ -152,6 +152,9 @@ void CMDLINE_Poll() {
     const QueuedCommand& command = queue[nextIndex];
     CMDLINE_SetArgument(command.argument);
     dispatcher(command.entry->command->id);
+    if (!CMDLINE_IsRunning()) {
+        FRONTEND_Get().updateMenu(); // what was refused meanwhile may be done now
+    }
 }
 
 void CMDLINE_Next() {

@@ -132,9 +132,12 @@ TEST(Cmdline, RunsQueuedCommandsInOrderAndOnlyExitAfterAFailure) {
     EXPECT_EQ(CMDLINE_ProgramFile(), "app.hex");
     EXPECT_TRUE(CMDLINE_IsExitQueued());
     EXPECT_TRUE(RUN_IsUnattended());
+    bool shown = false; // that the commands may be chosen again
+    FRONTEND_Get().updateMenu = [&shown] { shown = !CMDLINE_IsRunning(); };
     while (CMDLINE_IsRunning()) {
         CMDLINE_Poll();
     }
+    EXPECT_TRUE(shown);
     EXPECT_EQ(ran, (std::vector<int>{CMD_TARGET_ERASE_CHIP, CMD_TARGET_BLANK_CHECK_BLOCKS,
                                      CMD_EDIT_RELOCATE, CMD_EXIT}));
 
