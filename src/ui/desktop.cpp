@@ -49,25 +49,6 @@ void stop() {
     application.reset();
 }
 
-// A dialog of the program: the frame stands behind it, and it ends with the program.
-int runDialog(const std::function<int(QWidget*)>& dialog) {
-    const ModalScope modal;
-    return modal.isRefused() ? kDialogCancel : dialog(modal.owner());
-}
-
-std::function<int()> dialogSlot(int (*dialog)(QWidget*)) {
-    return [dialog] { return runDialog(dialog); };
-}
-
-std::function<void()> plainDialogSlot(void (*dialog)(QWidget*)) {
-    return [dialog] {
-        runDialog([dialog](QWidget* owner) {
-            dialog(owner);
-            return kDialogOk;
-        });
-    };
-}
-
 void openView(View view) {
     if (FRAME_Get() == nullptr || SESSION_Get().quit) {
         return;
@@ -95,7 +76,7 @@ void fillViews(FrontEnd& frontEnd) {
     };
 }
 
-void fillDialogs(FrontEnd& frontEnd) {
+void fillBoxes(FrontEnd& frontEnd) {
     frontEnd.showError = BOX_ShowError;
     frontEnd.ask = BOX_Ask;
     frontEnd.chooseFile = FILEDIALOG_Choose;
@@ -103,18 +84,6 @@ void fillDialogs(FrontEnd& frontEnd) {
     frontEnd.setClipboard = [](const std::string& text) {
         QGuiApplication::clipboard()->setText(QString::fromStdString(text));
     };
-    frontEnd.editValue = [](ValueRequest& request) {
-        return runDialog([&request](QWidget* owner) { return DIALOG_EditValue(owner, request); });
-    };
-    frontEnd.targetDialog = dialogSlot(DIALOG_Target);
-    frontEnd.settingsDialog = dialogSlot(DIALOG_Settings);
-    frontEnd.communicationDialog = dialogSlot(DIALOG_Communication);
-    frontEnd.passwordDialog = dialogSlot(DIALOG_Password);
-    frontEnd.optionsSheet = dialogSlot(DIALOG_Options);
-    frontEnd.interruptVectors = [] {
-        runDialog([](QWidget* owner) { return DIALOG_InterruptVectors(owner); });
-    };
-    frontEnd.aboutDialog = plainDialogSlot(DIALOG_About);
     frontEnd.helpContents = HELP_ShowContents;
     frontEnd.helpOnHelp = HELP_ShowHelpOnHelp;
 }
@@ -190,7 +159,8 @@ FrontEnd DESKTOP_Create() {
     frontEnd.updateMenu = FRAME_UpdateMenu;
     frontEnd.isDialogOpen = MODAL_IsOpen;
     fillViews(frontEnd);
-    fillDialogs(frontEnd);
+    fillBoxes(frontEnd);
+    DIALOGS_Fill(frontEnd);
     return frontEnd;
 }
 

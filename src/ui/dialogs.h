@@ -3,6 +3,7 @@
 #pragma once
 
 #include "shell/front_end.h"
+#include "ui/modal.h"
 
 #include <QWidget>
 
@@ -14,3 +15,22 @@ int DIALOG_Options(QWidget* parent); // the four pages in one sheet
 int DIALOG_EditValue(QWidget* parent, ValueRequest& request);
 int DIALOG_InterruptVectors(QWidget* parent);
 void DIALOG_About(QWidget* parent);
+
+// How the front end is asked for each.
+inline void DIALOGS_Fill(FrontEnd& frontEnd) {
+    frontEnd.targetDialog = [] { return MODAL_Run(DIALOG_Target); };
+    frontEnd.settingsDialog = [] { return MODAL_Run(DIALOG_Settings); };
+    frontEnd.communicationDialog = [] { return MODAL_Run(DIALOG_Communication); };
+    frontEnd.passwordDialog = [] { return MODAL_Run(DIALOG_Password); };
+    frontEnd.optionsSheet = [] { return MODAL_Run(DIALOG_Options); };
+    frontEnd.editValue = [](ValueRequest& request) {
+        return MODAL_Run([&request](QWidget* owner) { return DIALOG_EditValue(owner, request); });
+    };
+    frontEnd.interruptVectors = [] { MODAL_Run(DIALOG_InterruptVectors); };
+    frontEnd.aboutDialog = [] {
+        MODAL_Run([](QWidget* owner) {
+            DIALOG_About(owner);
+            return kDialogOk;
+        });
+    };
+}

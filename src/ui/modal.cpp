@@ -1,5 +1,6 @@
 #include "ui/modal.h"
 
+#include "shell/front_end.h"
 #include "shell/session.h"
 
 #include <QApplication>
@@ -41,6 +42,11 @@ QWidget* ModalScope::owner(QWidget* wanted) const {
         return modal;
     }
     return modalFrame != nullptr && modalFrame->isVisible() ? modalFrame : nullptr;
+}
+
+int MODAL_Run(const std::function<int(QWidget*)>& dialog) {
+    const ModalScope modal;
+    return modal.isRefused() ? kDialogCancel : dialog(modal.owner());
 }
 
 bool MODAL_IsOpen() {

@@ -18,6 +18,10 @@ public:
     QWidget* owner(QWidget* wanted = nullptr) const;
 };
 
+// Runs a dialog of the program: the frame stands behind it, and it ends with the program. Its
+// result, or kDialogCancel where nothing may be shown any more.
+int MODAL_Run(const std::function<int(QWidget*)>& dialog);
+
 bool MODAL_IsOpen();
 // Rejects whatever modal is open.
 void MODAL_EndAll();
