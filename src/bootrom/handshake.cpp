@@ -197,7 +197,7 @@ Result<> _ResetAndMatch(const BootRomProtocol& family) {
         return Failure{TERR_REPORTED};
     }
     if (BOOT_GetState() != BOOT_UNSYNCED) {
-        return {};
+        return IDLERATE_End() ? Result<>{} : Failure{TERR_REPORTED};
     }
     if (!resetIsDone()) {
         return Failure{TERR_CANCELLED};
