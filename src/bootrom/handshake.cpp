@@ -13,6 +13,7 @@
 #include "platform/clock.h"
 #include "platform/format.h"
 #include "serial/sio.h"
+#include "serial/sio_line.h"
 #include "serial/terminal_buffer.h"
 #include "serial/terminal_history.h"
 
@@ -151,7 +152,7 @@ Result<> matchAtItsRate(const BootRomProtocol& family) {
     if (matched) {
         BOOT_SetState(BOOT_SYNCED);
     } else if (changes && !SIO_IsLost()) { // a port that is opened again has the rate
-        SIO_RestoreBaudrate(baudrate);
+        SIO_SetRate(baudrate, true);
     }
     return matched;
 }

@@ -18,6 +18,7 @@
 #include "platform/event_queue.h"
 #include "platform/format.h"
 #include "serial/sio.h"
+#include "serial/sio_line.h"
 #include "target/checksum_commands.h"
 #include "target/worker.h"
 

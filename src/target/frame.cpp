@@ -1,7 +1,7 @@
 #include "target/frame.h"
 
 #include "link/target_state.h"
-#include "serial/sio.h"
+#include "serial/sio_line.h"
 
 #include <algorithm>
 #include <numeric>

@@ -12,6 +12,7 @@
 #include "platform/clock.h"
 #include "platform/event_queue.h"
 #include "serial/sio.h"
+#include "serial/sio_line.h"
 #include "serial/sio_log.h"
 #include "serial/terminal_history.h"
 #include "target/reply.h"

@@ -3,6 +3,7 @@
 #include "persist/ini.h"
 #include "platform/files.h"
 #include "serial/sio.h"
+#include "serial/sio_line.h"
 #include "sim/virtual_clock.h"
 #include "support/reports.h"
 #include "support/seed.h"

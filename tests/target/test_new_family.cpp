@@ -4,6 +4,7 @@
 #include "bootrom/boot_wire.h"
 #include "bootrom/flash_commands.h"
 #include "bootrom/handshake.h"
+#include "serial/sio_line.h"
 #include "sim/chip_state.h"
 #include "target_world.h"
 
