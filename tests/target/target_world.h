@@ -44,7 +44,18 @@ struct TargetWorld : World {
         return equal;
     }
 
+    void putFlash(uint32_t address, const std::vector<uint8_t>& bytes) const {
+        SIMPORT_WithChip(line, [&](Chip& looked) { CHIP_PutFlash(looked, address, bytes); });
+    }
+    void setFaults(const std::vector<ChipFault>& faults) const {
+        SIMPORT_WithChip(line, [&](Chip& looked) { CHIP_SetFaults(looked, faults); });
+    }
+
     std::string allErrors() const { return Reports::joined(errors(), '|'); }
+    std::string allHints() const {
+        const std::vector<std::string> hints = screen.copyOf(screen.hints);
+        return std::accumulate(hints.begin(), hints.end(), std::string());
+    }
 
     std::string terminal; // what the worker has passed on
 };

@@ -17,9 +17,6 @@ struct CompareWorld : TargetWorld {
         screen.questions.clear();
         screen.log.clear();
     }
-    void putFlash(uint32_t address, std::vector<uint8_t> bytes) const {
-        SIMPORT_WithChip(line, [&](Chip& looked) { CHIP_PutFlash(looked, address, bytes); });
-    }
     // What was said: errors, questions, and of the log what tells of the comparison.
     std::string said() const {
         std::string text = Reports::joined(errors(), '|') + Reports::joined(questions(), '|');

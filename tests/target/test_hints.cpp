@@ -7,24 +7,14 @@
 
 namespace {
 
+const Hint kNoHint;
+
 void eraseWithBox() {
     TARGET_EraseChip(true);
 }
 
-void programAll() {
-    TARGET_Program(HEXDATA_GetFirstAddr(), HEXDATA_GetLastAddr());
-}
-
 void connectOnly() {
     TARGET_Connect();
-}
-
-std::string allHints(const World& world) {
-    std::string all;
-    for (const std::string& hint : world.screen.copyOf(world.screen.hints)) {
-        all += hint;
-    }
-    return all;
 }
 
 // Runs the function 1500 ms from now, when a connect awaits the chip or an erase has begun.
@@ -45,68 +35,6 @@ private:
 
 } // namespace
 
-TEST(Hints, SayWhatCame) {
-    const std::string refused =
-        "12 bytes at 1FFF4 - 1FFFF; that of the loaded file (1FFF4 - 1FFFF) was offered last, and "
-        "by its checksum the chip is not blank";
-    const struct {
-        const char* device;
-        const char* fault;
-        Hint hint;
-        void (*command)() = connectOnly;
-    } cases[] = {
-        {"VT-B128",
-         "no-reply@match",
-         {Cause::noAnswer, "86 was sent 10 times; the reset was DTR on, RTS on, DTR off"}},
-        {"VT-A32",
-         "wrong-reply@match",
-         {Cause::otherAnswer, "5A was sent 10 times, what came is 0F"}},
-        {"VT-B128", "slow@match,value=190", {Cause::lateAnswer, "94 ms after 10 tries"}},
-        {"VT-A32", "no-reply@sum", {Cause::fellSilent, "0 of 1 bytes of an answer in 1000 ms"}},
-        {"VT-B128", "wrong-reply@ram", {Cause::wrongAnswer, "45 where 10 belongs"}},
-        {"VT-B128", "refuse-password", {Cause::passwordRefused, refused}},
-        {"VT-A96",
-         "no-reply@data",
-         {Cause::passwordRefused, "8 bytes at 27F01 - 27F08; yours of 12 bytes was offered last, "
-                                  "and by its checksum the chip is not blank"}},
-        {"VT-B256", "wrong-product", {Cause::productDiffers, "none of the devices that there are"}},
-        {"VT-B128",
-         "no-reply@identify",
-         {Cause::loaderSilent, "vt-b.s, 618 bytes sent"},
-         runVerify},
-        {"VT-B128", "no-reply@read", {Cause::loaderLost, "command 03, 5000 ms"}, runVerify},
-        {"VT-B128",
-         "error-reply@erase-block,value=1",
-         {Cause::blockRefused, "block 0 (0 - 7FFF)"},
-         TARGET_EraseBlocks},
-        {"VT-B128",
-         "error-reply@program,address=11,value=2",
-         {Cause::pageRefused, "the page at 0 of block 0 (0 - 7FFF); address 11 holds 07"},
-         programAll},
-        {"VT-B128",
-         "stuck-bits,address=14,value=FF",
-         {Cause::contentsDiffer, "block 0 (0 - 7FFF)"},
-         runVerify},
-        {"VT-B128",
-         "wrong-reply@cleared",
-         {Cause::wrongAnswer, "1A where 4F belongs"},
-         eraseWithBox},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::string(c.device) + " " + c.fault);
-        WorldOptions options{.device = c.device, .chip = {}};
-        std::string wrong;
-        EXPECT_TRUE(CHIP_ParseFault(c.fault, options.chip.faults.emplace_back(), wrong)) << wrong;
-        options.chip.password = std::vector<uint8_t>(12, 0xAA);
-        TargetWorld world(options);
-        SIMPORT_WithChip(world.line, [](Chip& chip) {
-            CHIP_PutFlash(chip, DEVICE_GetFlashStart() + 0x11, std::vector<uint8_t>{0x0F});
-        });
-        c.command();
-        EXPECT_EQ(allHints(world), HINT_Text(c.hint));
-    }
-}
-
 TEST(Hints, NameTheDeviceThatTheChipIs) {
     TargetWorld world({.device = "VT-B256", .chip = {}});
     std::string other = readFile(builtFolder() / "Device" / "VT-B256.dev");
@@ -118,14 +46,14 @@ TEST(Hints, NameTheDeviceThatTheChipIs) {
     ASSERT_EQ(_ParseDeviceFile(other, "other.dev"), 0);
     ASSERT_EQ(DEVICE_FindByName("OTHER"), 0);
     connectOnly();
-    EXPECT_EQ(allHints(world), HINT_Text({Cause::productDiffers, "VT-B256"}));
+    EXPECT_EQ(world.allHints(), HINT_Text({Cause::productDiffers, "VT-B256"}));
 }
 
 TEST(Hints, NameTheImageThatCannotBeRead) {
     TargetWorld world({.device = "VT-B128", .chip = {}});
     std::filesystem::remove(world.folder() / "RamImage");
     connectOnly();
-    EXPECT_EQ(allHints(world),
+    EXPECT_EQ(world.allHints(),
               HINT_Text({Cause::ramImage, FILES_ProgramFolder() + "RamImage/vt-b.s"}));
 }
 
@@ -137,6 +65,7 @@ TEST(Hints, AreNotNeededWhereTheUserKnows) {
         TARGET_DownloadRamImage(FILES_ProgramFolder() + "RamImage/vt-b.s");
     };
     const auto flashStatus = [] { TARGET_FlashStatus(); };
+    const Hint lost{Cause::portGone, gone};
     const struct {
         const char* name;
         const char* device;
@@ -144,41 +73,28 @@ TEST(Hints, AreNotNeededWhereTheUserKnows) {
         void (*later)();
         void (*command)();
         std::string errors;
-        Hint hint = {};
+        Hint hint;
     } cases[] = {
-        {"Cancel of the reset question", "VT-B128", "", nullptr, connectOnly, canceled},
-        {"the same in a download", "VT-B128", "", nullptr, download, canceled},
-        {"the same in an erase", "VT-B128", "", nullptr, eraseWithBox, canceled},
-        {"the same in a command", "VT-A96", "", nullptr, flashStatus, canceled},
-        {"Ctrl-C in a connect", "VT-A32", "faulty://tx-cut=0@", RUN_Interrupt, connectOnly, ""},
-        {"in a download", "VT-B128", "faulty://tx-cut=0@", RUN_Interrupt, download, ""},
-        {"in an erase", "VT-B128", "faulty://tx-cut=2@", RUN_Interrupt, eraseWithBox, ""},
-        {"Cancel in an erase",
-         "VT-B128",
-         "faulty://seed=1@",
-         TARGET_Cancel,
-         eraseWithBox,
-         canceled,
-         {Cause::eraseRunsOn, "the chip is erased"}},
-        {"port lost at the echo",
-         "VT-A32",
-         "faulty://rx-hangup=0@",
-         nullptr,
-         connectOnly,
-         "Matching data failed (" + gone + ")",
-         {Cause::portGone, gone}},
-        {"port lost later",
-         "VT-A32",
-         "faulty://rx-hangup=2@",
-         nullptr,
-         connectOnly,
-         "Could not download RAM image (" + gone + ")",
-         {Cause::portGone, gone}},
+        {"Cancel of the reset question", "VT-B128", "", nullptr, connectOnly, canceled, kNoHint},
+        {"the same in a download", "VT-B128", "", nullptr, download, canceled, kNoHint},
+        {"the same in an erase", "VT-B128", "", nullptr, eraseWithBox, canceled, kNoHint},
+        {"the same in a command", "VT-A96", "", nullptr, flashStatus, canceled, kNoHint},
+        {"Ctrl-C in a connect", "VT-A32", "tx-cut=0", RUN_Interrupt, connectOnly, "", kNoHint},
+        {"in a download", "VT-B128", "tx-cut=0", RUN_Interrupt, download, "", kNoHint},
+        {"in an erase", "VT-B128", "tx-cut=2", RUN_Interrupt, eraseWithBox, "", kNoHint},
+        {"Cancel in an erase", "VT-B128", "seed=1", TARGET_Cancel, eraseWithBox, canceled,
+         Hint(Cause::eraseRunsOn, "the chip is erased")},
+        {"port lost at the echo", "VT-A32", "rx-hangup=0", nullptr, connectOnly,
+         "Matching data failed (" + gone + ")", lost},
+        {"port lost later", "VT-A32", "rx-hangup=2", nullptr, connectOnly,
+         "Could not download RAM image (" + gone + ")", lost},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         WorldOptions options{.device = c.device, .chip = {}};
-        options.port = std::string(c.port) + options.port;
+        if (*c.port != '\0') {
+            options.port = "faulty://" + std::string(c.port) + "@" + options.port;
+        }
         options.chip.eraseChipUs = 3'000'000;
         TargetWorld world(options);
         world.screen.answer = ANSWER_CANCEL;
@@ -188,7 +104,7 @@ TEST(Hints, AreNotNeededWhereTheUserKnows) {
             c.command();
         }
         std::string told = world.allErrors();
-        std::string hints = allHints(world);
+        std::string hints = world.allHints();
         for (std::string* text : {&told, &hints}) { // whatever faults the port has
             if (const size_t at = text->find("faulty://"); at != std::string::npos) {
                 text->replace(at, text->find("@sim") - at, "faulty:");
@@ -215,5 +131,5 @@ TEST(Hints, ConnectedIsALoaderThatRuns) {
     });
     CLOCK_Sleep(3000);
     EXPECT_EQ(shown(), "Disconnected"); // it was, and has fallen silent
-    EXPECT_TRUE(allHints(world).starts_with("The loader ran")) << allHints(world);
+    EXPECT_TRUE(world.allHints().starts_with("The loader ran")) << world.allHints();
 }
