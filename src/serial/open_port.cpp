@@ -47,8 +47,6 @@ void OPENPORT_Close() {
         current.reset();
     }
     port->line.reset();
-    ++generation;
-    CLOCK_Notify();
 }
 
 std::shared_ptr<OpenPort> OPENPORT_Get() {

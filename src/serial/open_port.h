@@ -29,7 +29,7 @@ void OPENPORT_Set(SerialPortPtr line, const std::string& name, const std::string
 void OPENPORT_Close();
 // The open port, for a look from the user-interface thread; null when there is none.
 std::shared_ptr<OpenPort> OPENPORT_Get();
-// Goes up whenever the port is opened or closed. Any thread.
+// Goes up whenever a port is opened. Any thread.
 uint32_t OPENPORT_Generation();
 
 // "COM3 (/dev/ttyUSB0)"; a device that is named itself stands alone.

@@ -156,18 +156,16 @@ size_t SIO_Read(uint8_t* buffer, size_t count, uint32_t timeoutMs, const Conditi
 size_t SIO_ReadUntil(uint8_t* buffer, size_t count, Moment deadline, const Condition& stop) {
     sendHeld();
     size_t arrived = 0;
-    bool usable = false;
     if (PortUse use; use.usable() && !(stop && stop())) {
         arrived = use.line().read({buffer, count}, deadline, use.orClosing(stop));
         if (arrived < count) {
             use.noteLoss();
         }
-        usable = use.usable();
     }
     if (arrived > 0) {
         _LogData({buffer, arrived}, "READ ");
     }
-    if (arrived < count && !usable) {
+    if (arrived < count) { // without a usable line the time is yet to pass
         CLOCK_Wait(deadline, [&stop] { return stop && stop(); });
     }
     return arrived;

@@ -107,7 +107,6 @@ void reportAndRelease(const Failure& failure, bool linkFailed, bool resetBoot) {
     {
         const std::lock_guard lock(control);
         if (linkFailed) {
-            state.Identified = 0;
             dropped = TARGET_LeaveLinkState(LINK_RAMCODE, LINK_IDLE);
         }
         state.Operation = 0;
@@ -280,12 +279,7 @@ void TARGET_Init(void* mainWindow, TerminalReceiver terminalReceive) {
     stopWorker(true);
     window = mainWindow;
     terminal = std::move(terminalReceive);
-    TargetState& state = TARGET_State();
-    state.LinkState = LINK_IDLE;
-    state.Operation = 0;
-    state.Identified = 0;
-    state.Cancel = 0;
-    state.Stop = 0;
+    TARGET_State().LinkState = LINK_IDLE;
     keyNoted = false;
     failureNoted = false;
     workerRuns = true;
@@ -324,7 +318,6 @@ void TARGET_Cancel() {
         }
     }
     SIO_FlushLog();
-    CLOCK_Notify();
 }
 
 bool TARGET_PostOperation(const Operation& operation) {
