@@ -8,7 +8,6 @@
 #include "link/target_link.h"
 #include "link/target_state.h"
 #include "support/script_world.h"
-#include "support/world.h"
 
 namespace {
 
@@ -367,23 +366,6 @@ TEST(Wire, APortLostAtAChangeOfTheRateIsSaidOnce) {
         EXPECT_EQ(world.deviation(), "");
         EXPECT_EQ(world.errors(), errors);
     }
-}
-
-TEST(Wire, ResetGivesTheChipItsTime) {
-    WorldOptions options;
-    options.device = "VT-A32";
-    World world(options);
-    TARGET_SetLinkState(LINK_IDLE);
-    const auto before = static_cast<ptrdiff_t>(SIMPORT_Calls(world.line).size());
-    const auto at = [start = CLOCK_Now()](int64_t ms) { return Moment{start.us + ms * 1000}; };
-    EXPECT_EQ(TARGET_Connect(), 1);
-    const std::vector<LineCall> calls = SIMPORT_Calls(world.line);
-    using Kind = LineCall::Kind;
-    EXPECT_EQ(std::vector(calls.begin() + before, calls.begin() + before + 4),
-              (std::vector<LineCall>{{Kind::setDtr, at(500), 1},
-                                     {Kind::setRts, at(550), 1},
-                                     {Kind::setDtr, at(800), 0},
-                                     {Kind::configure, at(1050), 9600}}));
 }
 
 // The chip never answers the checksum command, and the user closes the program meanwhile.

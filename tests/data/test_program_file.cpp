@@ -1,10 +1,12 @@
 #include "data/hexdata.h"
+#include "data/image_copy.h"
 #include "data/program_file.h"
 #include "data/program_format.h"
 #include "notice/run.h"
 #include "persist/hex_text.h"
 #include "platform/files.h"
 #include "platform/format.h"
+#include "support/hex_bytes.h"
 #include "support/reports.h"
 #include "support/seed.h"
 #include "support/temp_folder.h"
@@ -80,10 +82,12 @@ TEST_F(ProgramFile, ReadsWellFormedFiles) {
         {":02000004FFFFFC\n:01FFFF0011F0\n", "FFFFFFFF:11"},
         {"S00600004844521B\r\nS1040010AB40\r\nS9030000FC\r\n", "10:AB"},
         {"S205123456abb3\nS30612345678AB3A", "123456:AB 12345678:AB"},
+        // A window and a bit more, so that the last line ends where another went on.
+        {repeat("S00600004844521B\r\n", 3700) + "S1040010AB40", "10:AB"},
         {"S10300C03C\nS501FE\nSZ0201FC\nS10400C1AB8F\n", "C1:AB"},
     };
     for (const auto& [text, expected] : cases) {
-        EXPECT_EQ(load(text), expected) << text;
+        EXPECT_EQ(load(text), expected) << text.substr(0, 80);
         EXPECT_EQ(HEXDATA_GetFileType(), text[0] == 'S' ? FILETYPE_SRECORD : FILETYPE_INTEL);
     }
 }
@@ -163,6 +167,15 @@ TEST_F(ProgramFile, MergesAndClearsAfterAFault) {
     writeFile(path, "nonsense");
     EXPECT_FALSE(PROGRAMFILE_Merge(path));
     EXPECT_EQ(imageText(), "10:12 20:CD") << "nothing was touched so far";
+    {
+        const ImageBeside beside;
+        writeFile(path, "S1040010CD1E\nS1040010CD1E");
+        EXPECT_FALSE(PROGRAMFILE_Merge(path));
+        writeFile(path, kData);
+        EXPECT_TRUE(PROGRAMFILE_Merge(path));
+    }
+    EXPECT_EQ(imageText(), "10:12 20:CD") << "a file beside it changes nothing";
+    EXPECT_EQ(HEXDATA_GetFileType(), FILETYPE_SRECORD);
     writeFile(path, "S1040030CDFE\nS1");
     EXPECT_FALSE(PROGRAMFILE_Merge(path));
     EXPECT_TRUE(HEXDATA_IsEmpty());
@@ -240,19 +253,24 @@ TEST_F(ProgramFile, AProtectedFileIsNotReplaced) {
     EXPECT_EQ(readFile(path), "old");
 }
 
-TEST_F(ProgramFile, SaysWhyReadingBrokeOff) {
-    std::string text;
-    for (int line = 0; line < 10'000; ++line) {
-        text += kData;
-    }
-    writeFile(path, text);
-    int calls = 0;
-    FILES_SetCallHook([&calls] { return ++calls > 2 ? EIO : 0; }); // opening and one piece succeed
-    EXPECT_FALSE(PROGRAMFILE_Load(path));
-    FILES_SetCallHook({});
-    const std::string report = reports.take();
-    EXPECT_NE(report.find("Error reading file (Input/output error)"), std::string::npos) << report;
+TEST_F(ProgramFile, SaysWhyReadingOrWritingBrokeOff) {
+    const auto breakingOff = [this](bool (*run)(const std::filesystem::path&),
+                                    int callsThatSucceed) {
+        int calls = 0;
+        FILES_SetCallHook([&] { return ++calls > callsThatSucceed ? EIO : 0; });
+        EXPECT_FALSE(run(path));
+        FILES_SetCallHook({});
+        return reports.take();
+    };
+    writeFile(path, repeat(kData, 10'000));
+    EXPECT_EQ(breakingOff(PROGRAMFILE_Load, 2), // opening and one piece
+              "Error in line 1: Error reading file (Input/output error)");
     EXPECT_TRUE(HEXDATA_IsEmpty());
+    const std::string before = readFile(path);
+    const auto save = [](auto& file) { return PROGRAMFILE_Save(file, FILETYPE_INTEL); };
+    EXPECT_EQ(breakingOff(save, 5), // to where the new file is written
+              "Error writing file (" + path.string() + ": Input/output error)");
+    EXPECT_EQ(readFile(path), before);
 }
 
 TEST_F(ProgramFile, RandomImagesReadBackEqualInBothFormats) {

@@ -21,8 +21,9 @@ struct CompareWorld : TargetWorld {
     std::string said() const {
         std::string text = Reports::joined(errors(), '|') + Reports::joined(questions(), '|');
         for (const std::string& entry : log()) {
-            const bool tells = entry.starts_with("Compared") || entry.starts_with("Block ") ||
-                               entry.starts_with("In no") || entry.starts_with("Note");
+            const bool tells = entry.starts_with("Compared") || entry == "Comparing failed" ||
+                               entry.starts_with("Block ") || entry.starts_with("In no") ||
+                               entry.starts_with("Note");
             text += tells ? "\n" + entry : "";
         }
         return text;
@@ -91,7 +92,7 @@ TEST(Compare, SaysWhereImageAndChipDiffer) {
              w.screen.log.clear();
              SIMPORT_Unplug(w.line);
          },
-         "Timeout error (COM1 is sim://world: No such device)", ""},
+         "Timeout error (COM1 is sim://world: No such device)\nComparing failed", ""},
     };
     for (const auto& one : cases) {
         SCOPED_TRACE(one.what);

@@ -126,9 +126,7 @@ TEST(Hints, ConnectedIsALoaderThatRuns) {
     TARGET_SetLinkState(LINK_IDLE);
     connectOnly();
     EXPECT_EQ(shown(), "Connected");
-    SIMPORT_WithChip(world.line, [](Chip& chip) {
-        CHIP_SetFaults(chip, {{FaultKind::noReply, ChipStep::identify}});
-    });
+    world.setFaults({{FaultKind::noReply, ChipStep::identify}});
     CLOCK_Sleep(3000);
     EXPECT_EQ(shown(), "Disconnected"); // it was, and has fallen silent
     EXPECT_TRUE(world.allHints().starts_with("The loader ran")) << world.allHints();

@@ -1,6 +1,7 @@
 // Each fault of the chip that has a message: that message alone with its hint, exit code 1, no
 // claim of success.
 
+#include "notice/progress.h"
 #include "target_world.h"
 
 namespace {
@@ -59,6 +60,7 @@ void expectMessage(const Case& c) {
     EXPECT_EQ(world.allErrors(), c.errors);
     EXPECT_EQ(world.allHints(), HINT_Text(c.hint));
     EXPECT_EQ(RUN_GetExitCode(), 1);
+    EXPECT_FALSE(PROGRESS_IsOpen());
     const std::string asked = Reports::joined(world.questions(), '|');
     EXPECT_EQ(asked.find("successfully"), std::string::npos) << asked;
     EXPECT_FALSE(world.log().back().ends_with("finished")) << world.log().back();

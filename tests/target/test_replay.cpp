@@ -100,20 +100,39 @@ struct ReplayWorld {
 } // namespace
 
 // Thirteen lines, and a count every ten seconds.
-TEST(Idle, TheLogCountsPollsAndTellsTheReset) {
+TEST(Idle, TheLogCountsPolls) {
     const Recorded log = record("VT-B128");
     EXPECT_EQ(log.count("            The 13 lines above came 51 times more within 10000 ms\r\n"),
               5U);
     EXPECT_EQ(log.count("EB \r\n" + std::string(13, ' ')), 0U);
     EXPECT_EQ(log.count("56 54 31 30"), 2U) << "after connecting and after programming";
-    std::string lines; // of the two resets
-    std::istringstream stream(log.text);
-    for (std::string line; std::getline(stream, line);) {
-        if (const size_t at = std::min(line.find("DTR "), line.find("RTS ")); at < line.size()) {
-            lines += line.substr(at, line.size() - at - 1) + "|";
+}
+
+// Two resets, a minute apart, with the ms since the line call before; the first of them for the
+// boot ROM's erase where there is one.
+TEST(Idle, TheLogTellsThePausesOfTheResets) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"VT-A32", "500DTR on|50RTS on|250DTR off|250Rate 9600 Bd, DTR off, RTS on|"
+                   "0Rate 38400 Bd, DTR off, RTS on|61011DTR on|50RTS off|250DTR off|"},
+        {"VT-B128", "500DTR on|50RTS on|250DTR off|61803DTR on|50RTS off|250DTR off|"},
+    };
+    for (const auto& [device, expected] : cases) {
+        std::istringstream stream(record(device).text);
+        std::string calls;
+        int before = 0;
+        for (std::string line; std::getline(stream, line);) {
+            int minutes = 0;
+            int seconds = 0;
+            int ms = 0;
+            char call[80] = "";
+            if (std::sscanf(line.c_str(), "%*d:%d:%d:%d            %1[DR]%78[^\r]", &minutes,
+                            &seconds, &ms, call, call + 1) == 5) {
+                const int at = (minutes * 60 + seconds) * 1000 + ms;
+                calls += std::to_string(at - std::exchange(before, at)) + call + "|";
+            }
         }
+        EXPECT_EQ(calls, expected) << device;
     }
-    EXPECT_EQ(lines, "DTR on|RTS on|DTR off|DTR on|RTS off|DTR off|");
 }
 
 // Five questions a second, a lost loader or line noticed in time, and an operation begun at once.
@@ -139,7 +158,7 @@ TEST(Idle, TheLoaderIsAskedFiveTimesASecond) {
 
     for (const bool unplugged : {false, true}) {
         world.screen.take(world.screen.errors, '|');
-        SIMPORT_WithChip(world.line, [](Chip& chip) { CHIP_SetFaults(chip, {}); });
+        world.setFaults({});
         runAuto();
         EXPECT_EQ(TARGET_State().LinkState, LINK_RAMCODE);
         CLOCK_Sleep(1000);
@@ -147,9 +166,7 @@ TEST(Idle, TheLoaderIsAskedFiveTimesASecond) {
         if (unplugged) {
             SIMPORT_Unplug(world.line);
         } else {
-            SIMPORT_WithChip(world.line, [](Chip& chip) {
-                CHIP_SetFaults(chip, {{FaultKind::die, ChipStep::any, 0, 0, 0}});
-            });
+            world.setFaults({{FaultKind::die, ChipStep::any, 0, 0, 0}});
         }
         CLOCK_Wait(kNever, [] { return TARGET_State().LinkState == LINK_IDLE; });
         EXPECT_LE(CLOCK_Now().us - gone.us, unplugged ? 1000 : 1'220'000);
