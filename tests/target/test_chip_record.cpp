@@ -22,6 +22,21 @@ std::string recordText() {
 
 } // namespace
 
+TEST(ChipRecord, TellsHowFarABlankCheckCame) {
+    const std::tuple<const char*, uint32_t, const char*> cases[] = {
+        {"VT-B128", 0x8004, "0-7FFF erased;"},   // the loader's own, block by block
+        {"VT-B64S", 0xC004, "8000-BFFF erased;"} // by reading
+    };
+    for (const auto& [device, wrong, text] : cases) {
+        TargetWorld world({.device = device, .chip = {}});
+        CONFIGURATION_Changed();
+        EXPECT_EQ(TARGET_Connect(), 1);
+        world.putFlash(wrong, {0});
+        TARGET_BlankCheckChip();
+        EXPECT_EQ(recordText(), text) << device;
+    }
+}
+
 TEST(ChipRecord, FollowsTheCommands) {
     TargetWorld world({.device = "VT-B128", .chip = {}});
     CONFIGURATION_Changed();

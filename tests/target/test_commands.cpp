@@ -119,7 +119,12 @@ TEST(Commands, ProgramVerifyReadAndEraseEveryDevice) {
                     world.hasLogged("Programming target finished"));
         runVerify();
         EXPECT_TRUE(world.hasLogged("Verifying finished"));
-        TARGET_GetCrc(true);
+        EXPECT_TRUE(world.hasLogged("Programming Chip started") ||
+                    world.hasLogged(formatText("Programming 0x%06X - 0x%06X started",
+                                               HEXDATA_GetFirstAddr(), HEXDATA_GetLastAddr())));
+        const std::string sum = formatText("%04X", TARGET_GetCrc(true));
+        const char* const kind = DEVICE_GetSprtCRC() != 0 ? "CRC" : "SUM";
+        EXPECT_EQ(world.questions().back(), formatText("Get %s: %s = ", kind, kind) + sum);
         TARGET_ReadBack(DEVICE_GetFlashStart(), DEVICE_GetFlashStart() + 0x3FF);
         EXPECT_EQ(HEXDATA_GetNumBytes(), 0x400U);
         EXPECT_TRUE(world.chipHoldsProgram() || HEXDATA_GetLastAddr() < DEVICE_GetFlashEnd());
@@ -272,6 +277,7 @@ TEST(Commands, DownloadAndStart) {
     EXPECT_EQ(TARGET_Connect(), 1);
     const uint64_t before = SIMPORT_BytesToChip(world.line);
     EXPECT_EQ(TARGET_TerminalSend('x'), LINK_RAMCODE);
+    EXPECT_FALSE(TARGET_TerminalWrite(std::vector<uint8_t>{'x'}));
     const Moment start = CLOCK_Now();
     TARGET_StartApplication();
     EXPECT_EQ(CLOCK_Now().us - start.us, 650'000) << "with the pause of the disconnect";

@@ -60,6 +60,7 @@ TEST(Connect, KeysDoNotReachABootRom) {
     EXPECT_EQ(type(), 2U);
     world.terminal.clear();
     EXPECT_EQ(TARGET_Connect(), 0); // the password is refused
+    EXPECT_FALSE(TARGET_TerminalWrite(std::vector<uint8_t>{'@', '0'}));
     EXPECT_EQ(type(), 0U);
     EXPECT_EQ(world.terminal,
               "\n[not sent: the chip is in its boot ROM until Start Application or a "
@@ -71,7 +72,10 @@ TEST(Connect, KeysDoNotReachABootRom) {
     });
     CLOCK_Sleep(1000);
     EXPECT_EQ(type(), 2U);
+    world.terminal.clear();
     EXPECT_EQ(TARGET_Connect(), 0);
+    EXPECT_EQ(type(), 0U);
+    EXPECT_TRUE(world.terminal.starts_with("\n[not sent")) << world.terminal;
     TARGET_StartApplication();
     EXPECT_EQ(type(), 2U);
     PASSWORD_SetBytes(options.chip.password);

@@ -1,4 +1,5 @@
 // What happens on the line while nothing happens, and communication logs that are played back.
+#include "bootrom/connect.h"
 #include "sim/replay.h"
 #include "support/test_line.h"
 #include "target/target_world.h"
@@ -106,6 +107,17 @@ TEST(Idle, TheLogCountsPolls) {
               5U);
     EXPECT_EQ(log.count("EB \r\n" + std::string(13, ' ')), 0U);
     EXPECT_EQ(log.count("56 54 31 30"), 2U) << "after connecting and after programming";
+}
+
+TEST(Idle, ThePollsAreCountedAsTheyEnd) {
+    TargetWorld world({.chip = {}});
+    SIO_SetLogging(1);
+    EXPECT_EQ(TARGET_Connect(), 1);
+    CLOCK_Sleep(3000);
+    TARGET_Disconnect();
+    CLOCK_Sleep(2000);
+    EXPECT_NE(readFile(world.folder() / "calvorin.sio").find("lines above came"),
+              std::string::npos);
 }
 
 // Two resets, a minute apart, with the ms since the line call before; the first of them for the
