@@ -208,13 +208,7 @@ TEST(Wire, MatchGoesPastOtherBytes) {
 }
 
 TEST(Wire, FailedDownloads) {
-    const struct {
-        const char* name;
-        std::string device;
-        const char* image;
-        Script script;
-        const char* errors;
-    } cases[] = {
+    const std::tuple<const char*, std::string, const char*, Script, const char*> cases[] = {
         {"no file", kDeviceA, "", talk(""),
          "File not found (/nowhere/image: No such file or directory)|Error reading RAM-Immage "
          "file"},
@@ -226,14 +220,14 @@ TEST(Wire, FailedDownloads) {
          join({kReset, kMatchA, kSumA, talk("60>60 FFC0FFC1A1A2> 3A020400001122C7>0000")}),
          "|Error parsing RAM-image"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        WireWorld world(c.device, c.script);
-        const bool missing = *c.image == '\0';
+    for (const auto& [name, device, image, script, errors] : cases) {
+        SCOPED_TRACE(name);
+        WireWorld world(device, script);
+        const bool missing = *image == '\0';
         const Result<> result =
-            download(missing ? "/nowhere/image" : world.addFile("image", c.image));
+            download(missing ? "/nowhere/image" : world.addFile("image", image));
         ASSERT_FALSE(result);
-        EXPECT_EQ(world.errors() + "|" + result.error().reason, c.errors);
+        EXPECT_EQ(world.errors() + "|" + result.error().reason, errors);
         EXPECT_EQ(RUN_GetExitCode(), 1);
     }
 }

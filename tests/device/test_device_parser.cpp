@@ -110,12 +110,7 @@ TEST(DeviceParser, RefusesWhatDoesNotGoTogether) {
 
 TEST(DeviceParser, ReadsNumbersAndCodes) {
     using R = DeviceRecord;
-    struct Case {
-        std::string statement;
-        std::function<int64_t(const R&)> field;
-        int64_t value;
-    };
-    const Case cases[] = {
+    const std::tuple<std::string, std::function<int64_t(const R&)>, int64_t> cases[] = {
         {"Version = 9999", [](const R& r) { return r.Writable; }, 1},
         {"IDLenMin=4\nIDLenMin\t=\t99 bytes", [](const R& r) { return r.IDLenMin; }, 15},
         {"IDLenAdr = 1fFfFfFfF", [](const R& r) { return r.IDLenAdr; }, 0xFFFFFFFF},
@@ -132,10 +127,10 @@ TEST(DeviceParser, ReadsNumbersAndCodes) {
         {"aHWRange = 5 , 2000, 7, 7", [](const R& r) { return r.aHWRange[0].second; }, 1000},
         {"aConstIDData = 1, 1FF", [](const R& r) { return r.aConstIDData[1]; }, 0xFF},
     };
-    for (const Case& c : cases) {
-        const DeviceParseResult result = DEVICE_ParseText(kHead + c.statement);
-        ASSERT_TRUE(result.record) << c.statement << ": " << faultTexts(result);
-        EXPECT_EQ(c.field(*result.record), c.value) << c.statement;
+    for (const auto& [statement, field, value] : cases) {
+        const DeviceParseResult result = DEVICE_ParseText(kHead + statement);
+        ASSERT_TRUE(result.record) << statement << ": " << faultTexts(result);
+        EXPECT_EQ(field(*result.record), value) << statement;
     }
 }
 

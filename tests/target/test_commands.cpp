@@ -70,11 +70,7 @@ void runAutoAndVerify() {
 } // namespace
 
 TEST(Commands, ShowHowFarTheyAre) {
-    const struct {
-        const char* device;
-        void (*command)();
-        const char* shown;
-    } cases[] = {
+    const std::tuple<const char*, void (*)(), const char*> cases[] = {
         {"VT-A32", [] { downloadAgain("RamImage/vt-a.hex"); },
          "Downloading RAM Image... 1091/1092 bytes|"},
         {"VT-B128", [] { downloadAgain("RamImage/vt-b.s"); },
@@ -96,14 +92,14 @@ TEST(Commands, ShowHowFarTheyAre) {
          "block 0 of 1;Programming chip... 492/500 bytes, no Cancel|Getting SUM... 1/2|"},
         {"VT-AE16", TARGET_BlankCheckBlocks, "block 0 of 1;Checking if blank... 0/1|"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::string(c.device) + " " + c.shown);
-        WorldOptions options{.device = c.device, .chip = {}, .baudrate = 115200};
+    for (const auto& [device, command, shown] : cases) {
+        SCOPED_TRACE(std::string(device) + " " + shown);
+        WorldOptions options{.device = device, .chip = {}, .baudrate = 115200};
         options.chip.pacing = true;
         const TargetWorld world(options);
         EXPECT_EQ(TARGET_Connect(), 1);
         PROGRESS_Reset(); // what the connect has left
-        EXPECT_EQ(shownBy(c.command), c.shown);
+        EXPECT_EQ(shownBy(command), shown);
     }
 }
 
@@ -166,23 +162,18 @@ TEST(Commands, AutoLeavesDeselectedBlocksAlone) {
         "UARTRamcode = \"vt-b.s\", \"TYPE_B\"\nFLASHPageLen = 128\nSkipPasswordCheck = 1\n"
         "TimeoutEraseAll = 9000\nTimeoutEraseBlock = 5000\nTimeoutGetSUM = 5000\n"
         "SprtEraseChip = 1\n";
-    const struct {
-        const char* flags;
-        bool unattended;
-        const char* error;
-        const char* question;
-    } cases[] = {
+    const std::tuple<const char*, bool, const char*, const char*> cases[] = {
         {"SprtErase = 1", true, "", "Programming: All bytes\nwritten successfully"},
         {"SprtCRC = 0", true, "Auto writes the whole chip, but a block is deselected", ""},
         {"FLASHIsEE = 1", true, "Auto writes the whole chip, but a block is deselected", ""},
         {"FLASHIsEE = 1", false, "",
          "Deselected Blocks: Auto writes the whole chip, deselected blocks too!\nContinue?"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.flags);
+    for (const auto& [flags, unattended, error, question] : cases) {
+        SCOPED_TRACE(flags);
         WorldOptions options;
         options.device = "OWN";
-        options.description = common + c.flags + "\n";
+        options.description = common + flags + "\n";
         options.chip.password = std::vector<uint8_t>(12, 0xAA);
         TargetWorld world(options);
         world.screen.answer = ANSWER_NO;
@@ -192,10 +183,10 @@ TEST(Commands, AutoLeavesDeselectedBlocksAlone) {
         HEXDATA_AddData(0, std::vector<uint8_t>{0x10, 0x20});
         DEVPROPS_SelectBlock(1, false);
         HEXDATA_SetFits(DEVICE_ImageFits());
-        RUN_SetUnattended(c.unattended);
+        RUN_SetUnattended(unattended);
         CHECKS_Auto();
-        EXPECT_EQ(world.allErrors(), c.error);
-        EXPECT_EQ(world.questions().empty() ? "" : world.questions().back(), c.question);
+        EXPECT_EQ(world.allErrors(), error);
+        EXPECT_EQ(world.questions().empty() ? "" : world.questions().back(), question);
         EXPECT_EQ(world.flash(0x4000, 3), mark);
     }
 }
@@ -314,28 +305,23 @@ TEST(Commands, ChecksumDecidesAboutProgramming) {
 // Whoever waits for the command must find the failure already reported: in the log, on the screen,
 // in the exit code. The screen may be the user-interface thread's, which is waiting.
 TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
-    struct Case {
-        ChipFault fault;
-        std::string error;
-        int linkState;
-    };
-    const std::vector<Case> cases = {
+    const std::tuple<ChipFault, std::string, int> cases[] = {
         {{FaultKind::errorReply, ChipStep::read, 1, 0x40, 2},
          "Error writing on address 40\nContents: 36",
          LINK_RAMCODE},
         {{FaultKind::noReply, ChipStep::read, 1}, "Timeout error", LINK_IDLE},
         {{FaultKind::slow, ChipStep::read, 5, 0, 500}, "Action canceled", LINK_RAMCODE}, // the last
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.error);
+    for (const auto& [fault, error, linkState] : cases) {
+        SCOPED_TRACE(error);
         TargetWorld world({.device = "VT-B128", .chip = {}});
         runAuto();
-        world.setFaults({c.fault});
+        world.setFaults({fault});
         bool shown = false;
         bool commandReturned = false;
         ERROR_SetHandlers(
             [&](WindowHandle, const std::string& text, const std::string&, int) {
-                EXPECT_EQ(text.substr(0, 13), c.error.substr(0, 13));
+                EXPECT_EQ(text.substr(0, 13), error.substr(0, 13));
                 EXPECT_TRUE(EVENTS_PostAndWait([&] {
                     CLOCK_Sleep(3000); // the user reads
                     shown = !commandReturned;
@@ -345,7 +331,7 @@ TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
             },
             {}, RUN_SetExitCode);
         ClockThreadPtr canceller;
-        if (c.linkState == LINK_RAMCODE && c.fault.kind == FaultKind::slow) {
+        if (linkState == LINK_RAMCODE && fault.kind == FaultKind::slow) {
             canceller = CLOCK_StartThread([] {
                 CLOCK_Wait(CLOCK_After(5000), [] { return TARGET_State().Operation != 0; });
                 CLOCK_Sleep(100);
@@ -357,7 +343,7 @@ TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
         CLOCK_JoinThread(canceller);
         EXPECT_TRUE(shown);
         EXPECT_EQ(RUN_GetExitCode(), 1);
-        EXPECT_EQ(TARGET_State().LinkState, c.linkState);
+        EXPECT_EQ(TARGET_State().LinkState, linkState);
         TARGET_Stop();
         ERROR_SetHandlers({}, {}, {});
     }
