@@ -182,12 +182,8 @@ TEST_F(ProgramFile, MergesAndClearsAfterAFault) {
 }
 
 TEST_F(ProgramFile, WritesTheRecordsThatTheAddressesNeed) {
-    struct Case {
-        uint32_t start, count;
-        const char* intel; // the lines up to the second data byte, without the last line
-        const char* motorola;
-    };
-    const Case cases[] = {
+    // The lines up to the second data byte, without the last line, in both formats.
+    const std::tuple<uint32_t, uint32_t, const char*, const char*> cases[] = {
         {0, 0, "", ""},
         {0x1000, 40, ":201000000000 :081020000000 ", "S123100000000 S10B102000000 "},
         {0x20000, 32, ":020000022000 :200000000000 ", "S224020000000 "},
@@ -206,11 +202,11 @@ TEST_F(ProgramFile, WritesTheRecordsThatTheAddressesNeed) {
         }
         return text;
     };
-    for (const Case& c : cases) {
+    for (const auto& [start, count, intel, motorola] : cases) {
         HEXDATA_Clear();
-        HEXDATA_AddData(c.start, std::vector<uint8_t>(c.count));
-        EXPECT_EQ(heads(FILETYPE_INTEL), c.intel + ":00000001FF\r "s);
-        EXPECT_EQ(heads(FILETYPE_SRECORD), c.motorola + "S9030000FC\r "s);
+        HEXDATA_AddData(start, std::vector<uint8_t>(count));
+        EXPECT_EQ(heads(FILETYPE_INTEL), intel + ":00000001FF\r "s);
+        EXPECT_EQ(heads(FILETYPE_SRECORD), motorola + "S9030000FC\r "s);
     }
     HEXDATA_Clear();
     for (const uint32_t address : {0xFFF00u, 0x120000u, 0x140000u}) {

@@ -14,14 +14,9 @@ ChipFault parsed(const std::string& text) {
 } // namespace
 
 TEST(ChipFaults, RepliesAreSpoilt) {
-    struct Case {
-        const char* fault;
-        bool loader; // else the boot ROM after a reset
-        std::string send;
-        std::string answer;
-    };
     const std::string identify = frame("00 56543130 8000");
-    const Case cases[] = {
+    // By a loader that runs, else by the boot ROM after a reset.
+    const std::tuple<const char*, bool, std::string, std::string> cases[] = {
         {"no-reply@identify#2", true, frame("00"), identify},
         {"wrong-reply@identify,value=FF", true, frame("00"), "14" + identify.substr(2)},
         {"short-reply@identify,value=3", true, frame("00"), identify.substr(0, 6)},
@@ -35,15 +30,15 @@ TEST(ChipFaults, RepliesAreSpoilt) {
         {"reset-at-byte#2", false, "8620", "86"},
         {"garbage@match,value=0", false, "86", "xx86"},
     };
-    for (const Case& test : cases) {
+    for (const auto& [fault, byLoader, sent, expected] : cases) {
         Bench bench("VT-B128");
-        test.loader ? bench.startLoader() : bench.reset(true);
-        CHIP_SetFaults(*bench.chip, {parsed(test.fault)});
-        std::string answer = bench.exchange(test.send);
-        if (test.answer.starts_with("xx")) {
+        byLoader ? bench.startLoader() : bench.reset(true);
+        CHIP_SetFaults(*bench.chip, {parsed(fault)});
+        std::string answer = bench.exchange(sent);
+        if (expected.starts_with("xx")) {
             answer.replace(0, 2, "xx");
         }
-        EXPECT_EQ(answer, test.answer) << test.fault;
+        EXPECT_EQ(answer, expected) << fault;
     }
 }
 

@@ -122,11 +122,6 @@ TEST(Frames, OperationsOnBlocks) {
     check("protect", relocated, OP_PROTECT_CHIP, {{block(6, 0, 0x100), kAck}});
     check("erase error stops", kThree, OP_ERASE_CHIP,
           {{block(1, 0x1000, 0x1000), frame("F3 01 00000000 00")}}, "Error erasing sector");
-    check("not acknowledged", kThree, OP_PROTECT_BLOCKS, {{block(6, 0x1000, 0x1000), frame("F1")}},
-          "Not acknowledged");
-    check("blank check", kThree, OP_BLANK_CHECK,
-          {{block(5, 0x2000, 0x100), frame("F3 04 10200000 7F")}},
-          "Target not blank at address 2010\nContents: 7F", onlyBlock(1));
     check("unknown error", relocated, OP_ERASE_CHIP,
           {{block(1, 0, 0x100), frame("F3 2A 10000000 05")}},
           "Unknown target error 42 at address 10010\nContents: 05");
@@ -182,11 +177,6 @@ TEST(Frames, OperationsThatRead) {
     }
     check("reply about another address", kOne, OP_BLANK_READ,
           {{read(0, 16), data(1, repeat("FF", 16))}}, "Timeout error", ranged(0, 15));
-    check("verify", kOne, OP_VERIFY,
-          {{read(0, 128), data(0, half)},
-           {read(128, 128), data(128, half)},
-           {read(256, 1), data(256, "11")}},
-          "", image257);
     check("verify differs at the end", kOne, OP_VERIFY,
           {{read(0, 128), data(0, half)},
            {read(128, 128), data(128, half)},
@@ -217,8 +207,6 @@ TEST(Frames, OperationsThatWrite) {
            {program(0x207C, repeat("55", 124)), kAck},
            {program(0x20F8, repeat("55", 53) + "FFFFFF"), kAck}},
           "", image(0x2001, 300, 0x55));
-    check("write error", kOne, OP_PROGRAM, {{program(0x1000, five), frame("F3 02 34120000 5A")}},
-          "Error writing on address 1234\nContents: 5A", page, 128);
     check("over the border of the relocated range",
           "Bank = FF80,80, 10000,80\nRelocate = 0,10000,8000", OP_PROGRAM,
           {{program(0xFF80, repeat("FF", 120) + repeat("66", 8)), kAck},
