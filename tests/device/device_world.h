@@ -19,10 +19,7 @@ class DeviceWorld {
     FreshStart freshStart_;
 
 public:
-    DeviceWorld() {
-        FILES_SetProgramPath(folder / "tool");
-        LOG_SetObserver([this](const std::string&, const std::string& text) { log += text; });
-    }
+    DeviceWorld() { FILES_SetProgramPath(folder / "tool"); }
     ~DeviceWorld() { freshProcess(); }
 
     std::string deviceFolder() const { return (folder / "Device").string() + "/"; }
@@ -39,5 +36,4 @@ public:
     const TempFolder folder;
     Reports screen;
     std::vector<std::string>& reports = screen.errors;
-    std::string log;
 };
