@@ -6,6 +6,7 @@
 #include "serial/sio_line.h"
 #include "serial/sio_log.h"
 #include "sim/virtual_clock.h"
+#include "support/hex_bytes.h"
 #include "support/reports.h"
 #include "support/seed.h"
 #include "support/temp_folder.h"
@@ -262,10 +263,6 @@ TEST(SioLog, RecordsTheConversation) {
     EXPECT_EQ(CLOCK_Now().us - start.us, 100'000);
     EXPECT_EQ(world.log().back(), "SIO-Logging stopped");
 
-    std::string longData;
-    for (int count = 0; count < 1200; ++count) {
-        longData += "5A ";
-    }
     const std::string rule(56, '-');
     const std::string text = readFile(world.folder / "calvorin.sio");
     EXPECT_TRUE(text.starts_with("calvorin communication protocoll file, compiled at "));
@@ -279,7 +276,7 @@ TEST(SioLog, RecordsTheConversation) {
                                      "1:02:03:004            COM1 opened with 9600 Baud\r\n"
                                      "1:02:03:004    2 WRITE 01 AB \r\n"
                                      "1:02:03:011 1200 READ  " +
-                                     longData +
+                                     repeat("5A ", 1200) +
                                      "\r\n"
                                      "1:02:03:021            Rate 1 Bd, DTR off, RTS on\r\n"
                                      "1:02:03:021            Rate not changed\r\n"
