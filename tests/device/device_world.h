@@ -19,7 +19,10 @@ class DeviceWorld {
     FreshStart freshStart_;
 
 public:
-    DeviceWorld() { FILES_SetProgramPath(folder / "tool"); }
+    DeviceWorld() {
+        FILES_SetProgramPath(folder / "tool");
+        LOG_SetObserver([this](const std::string&, const std::string& text) { log += text; });
+    }
     ~DeviceWorld() { freshProcess(); }
 
     std::string deviceFolder() const { return (folder / "Device").string() + "/"; }
@@ -36,4 +39,5 @@ public:
     const TempFolder folder;
     Reports screen;
     std::vector<std::string>& reports = screen.errors;
+    std::string log;
 };
