@@ -234,47 +234,41 @@ TEST(Wire, FailedDownloads) {
 
 TEST(Wire, ConnectAsksWhatItNeedsAndRefusesWhatCannotWork) {
     const std::string summary = "Could not download RAM image. Please check password";
-    {
-        // The user presses reset and gives no password.
-        WireWorld world(kDeviceA, join({kReset, kMatchA, kSumA}));
-        world.addFile("RamImage/a.hex", ":020400001122C7\n:00000001FF");
-        TARGET_SetLinkState(LINK_IDLE);
+    const Script syncedB = join({kReset, kMatchB, kSumB});
+    const Script unanswered = talk("10>10 A1A200000000000000000000BD>10 000000100001EF>10 AA> 56>");
+    const auto noPassword = [] {
         DEVPROPS_SetResetByPC(false);
         PASSWORD_Reset();
         PASSWORD_SetDialog([] { return 2; });
-        EXPECT_EQ(TARGET_Connect(), 0);
-        EXPECT_EQ(world.questions(), "Target: Please reset target\nand then press enter...");
-        EXPECT_EQ(world.errors(), summary);
-        EXPECT_EQ(TARGET_State().LinkState, LINK_IDLE);
-        EXPECT_EQ(BOOT_GetState(), BOOT_UNSYNCED);
-    }
-    {
-        // A description without the time that the last answer may take.
-        WireWorld world(kDeviceB + "TimeoutGetSUM = 0\n",
-                        join({kReset, kMatchB, kSumB,
-                              talk("10>10 A1A200000000000000000000BD>10 000000100001EF>10 AA> "
-                                   "56>")}));
-        world.addFile("RamImage/b.s", "S30600000010AA00");
-        EXPECT_EQ(TARGET_Connect(), 0);
-        EXPECT_EQ(world.errors(), "The device description gives the chip no time to answer the "
-                                  "download (TimeoutGetSUM)");
-    }
-    {
-        // Unattended: nobody is asked to press reset, but what stops the run is said.
-        WireWorld world(kDeviceB, join({kReset, kMatchB, kSumB}));
-        world.addFile("RamImage/b.s", "S30600000100AA00");
-        RUN_SetUnattended(true);
+    };
+    const auto unattended = [] {
         DEVPROPS_SetResetByPC(false);
         PASSWORD_Reset();
+        RUN_SetUnattended(true);
+    };
+    const std::tuple<std::string, Script, void (*)(), const char*, std::string> cases[] = {
+        {kDeviceA, join({kReset, kMatchA, kSumA}), noPassword,
+         "Target: Please reset target\nand then press enter...", summary},
+        // Nobody is asked to press reset, but what stops the run is said.
+        {kDeviceB, syncedB, unattended, "Password: A password is needed to connect", summary},
+        // A description without the time that the last answer may take.
+        {kDeviceB + "TimeoutGetSUM = 0\n", join({syncedB, unanswered}), [] {}, "",
+         "The device description gives the chip no time to answer the download (TimeoutGetSUM)"},
+        {"Bank = 0,8000", talk(""), [] {}, "", "Target::Unsuported RAM-Code protocoll"},
+    };
+    for (const auto& [device, script, prepare, questions, errors] : cases) {
+        SCOPED_TRACE(errors);
+        WireWorld world(device, script);
+        world.addFile("RamImage/a.hex", ":020400001122C7\n:00000001FF");
+        world.addFile("RamImage/b.s", "S30600000010AA00");
+        TARGET_SetLinkState(LINK_IDLE);
+        prepare();
         EXPECT_EQ(TARGET_Connect(), 0);
-        EXPECT_EQ(world.questions(), "Password: A password is needed to connect");
-        EXPECT_EQ(world.errors(), summary);
-    }
-    {
-        WireWorld world("Bank = 0,8000", {});
-        EXPECT_EQ(TARGET_Connect(), 0);
-        EXPECT_EQ(world.errors(), "Target::Unsuported RAM-Code protocoll");
+        EXPECT_EQ(world.questions(), questions);
+        EXPECT_EQ(world.errors(), errors);
         EXPECT_EQ(RUN_GetExitCode(), 1);
+        EXPECT_EQ(TARGET_State().LinkState, LINK_IDLE);
+        EXPECT_EQ(BOOT_GetState(), BOOT_UNSYNCED);
     }
 }
 

@@ -56,6 +56,15 @@ std::string shownBy(void (*command)()) {
     return shown;
 }
 
+// Cancels the next operation when it has run for a tenth of a second.
+ClockThreadPtr cancelSoon() {
+    return CLOCK_StartThread([] {
+        CLOCK_Wait(CLOCK_After(5000), [] { return TARGET_State().Operation != 0; });
+        CLOCK_Sleep(100);
+        TARGET_Cancel();
+    });
+}
+
 void downloadAgain(const char* image) {
     TARGET_Disconnect();
     TARGET_DownloadRamImage(FILES_ProgramFolder() + image);
@@ -330,14 +339,8 @@ TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
                 EXPECT_FALSE(PROGRESS_IsDone());
             },
             {}, RUN_SetExitCode);
-        ClockThreadPtr canceller;
-        if (linkState == LINK_RAMCODE && fault.kind == FaultKind::slow) {
-            canceller = CLOCK_StartThread([] {
-                CLOCK_Wait(CLOCK_After(5000), [] { return TARGET_State().Operation != 0; });
-                CLOCK_Sleep(100);
-                TARGET_Cancel();
-            });
-        }
+        const ClockThreadPtr canceller =
+            fault.kind == FaultKind::slow ? cancelSoon() : ClockThreadPtr();
         runVerify();
         commandReturned = true;
         CLOCK_JoinThread(canceller);
@@ -346,6 +349,22 @@ TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
         EXPECT_EQ(TARGET_State().LinkState, linkState);
         TARGET_Stop();
         ERROR_SetHandlers({}, {}, {});
+    }
+}
+
+// Also where none is offered: it may have been pressed just before.
+TEST(Commands, EveryWriteEndsWithACancel) {
+    for (void (*const command)() : {TARGET_EraseBlocks, TARGET_ProgramTarget}) {
+        WorldOptions options{.device = "VT-AE16", .chip = {}};
+        options.chip.pacing = true;
+        const TargetWorld world(options);
+        EXPECT_EQ(TARGET_Connect(), 1);
+        const Moment start = CLOCK_Now();
+        const ClockThreadPtr canceller = cancelSoon();
+        command();
+        CLOCK_JoinThread(canceller);
+        EXPECT_LT(CLOCK_Now().us - start.us, 300'000);
+        EXPECT_EQ(world.allErrors(), "Action canceled");
     }
 }
 
