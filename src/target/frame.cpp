@@ -98,7 +98,6 @@ void TARGET_SendFrame(std::span<const uint8_t> head, std::span<const uint8_t> da
 }
 
 int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, Moment deadline, const FrameStop& stop) {
-    payload.clear();
     if (!frameBegins(deadline, stop)) {
         return -1;
     }

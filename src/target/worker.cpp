@@ -310,14 +310,11 @@ void TARGET_BeginCommand(std::string_view caption) {
 // While an operation runs, the worker releases the command, after the report.
 void TARGET_Cancel() {
     TargetState& state = TARGET_State();
-    {
-        const std::lock_guard lock(control);
-        state.Cancel = 1;
-        if (state.Operation == 0) {
-            PROGRESS_Done();
-        }
+    const std::lock_guard lock(control);
+    state.Cancel = 1;
+    if (state.Operation == 0) {
+        PROGRESS_Done();
     }
-    SIO_FlushLog();
 }
 
 bool TARGET_PostOperation(const Operation& operation) {
