@@ -14,6 +14,7 @@
 #include "platform/clock.h"
 #include "platform/format.h"
 #include "serial/sio.h"
+#include "serial/sio_line.h"
 
 #include <mutex>
 

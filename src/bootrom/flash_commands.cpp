@@ -9,7 +9,7 @@
 #include "notice/run.h"
 #include "platform/clock.h"
 #include "platform/format.h"
-#include "serial/sio.h"
+#include "serial/sio_line.h"
 
 namespace {
 

@@ -14,6 +14,7 @@
 #include "platform/format.h"
 #include "serial/idle_rate.h"
 #include "serial/sio.h"
+#include "serial/sio_line.h"
 #include "serial/terminal_buffer.h"
 #include "serial/terminal_history.h"
 
@@ -152,7 +153,7 @@ Result<> matchAtItsRate(const BootRomProtocol& family) {
     if (matched) {
         BOOT_SetState(BOOT_SYNCED);
     } else if (changes && !SIO_IsLost()) { // a port that is opened again has the rate
-        SIO_RestoreBaudrate(baudrate);
+        SIO_SetRate(baudrate, true);
     }
     return matched;
 }

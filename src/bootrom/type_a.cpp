@@ -17,6 +17,7 @@
 #include "platform/event_queue.h"
 #include "platform/format.h"
 #include "serial/sio.h"
+#include "serial/sio_line.h"
 
 #include <string>
 #include <vector>

@@ -14,7 +14,7 @@
 #include "notice/run.h"
 #include "platform/clock.h"
 #include "platform/event_queue.h"
-#include "serial/sio.h"
+#include "serial/sio_line.h"
 
 #include <algorithm>
 #include <span>

@@ -3,6 +3,7 @@
 #include "platform/format.h"
 #include "serial/open_port.h"
 #include "serial/sio.h"
+#include "serial/sio_line.h"
 #include "serial/terminal_history.h"
 
 #include <optional>

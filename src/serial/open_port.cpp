@@ -16,11 +16,13 @@ std::atomic<uint32_t> generation{0};
 
 } // namespace
 
-void OPENPORT_Set(SerialPortPtr line, const std::string& name, const std::string& device) {
+void OPENPORT_Set(SerialPortPtr line, const std::string& name, const std::string& device,
+                  const LineSettings& format) {
     auto port = std::make_shared<OpenPort>();
     port->line = std::move(line);
     port->name = name;
     port->device = device;
+    port->format = format;
     {
         const std::lock_guard lock(portMutex);
         current = std::move(port);
@@ -45,8 +47,6 @@ void OPENPORT_Close() {
         current.reset();
     }
     port->line.reset();
-    ++generation;
-    CLOCK_Notify();
 }
 
 std::shared_ptr<OpenPort> OPENPORT_Get() {
@@ -56,6 +56,10 @@ std::shared_ptr<OpenPort> OPENPORT_Get() {
 
 uint32_t OPENPORT_Generation() {
     return generation;
+}
+
+std::string OPENPORT_Named(const std::string& name, const std::string& device) {
+    return name == device ? name : name + " (" + device + ")";
 }
 
 std::string OPENPORT_Reason(const std::string& name, const std::string& device,

@@ -13,8 +13,9 @@ struct OpenPort {
     SerialPortPtr line;
     std::string name; // "COM1", or the device where it is named in place of a number
     std::string device;
-    std::atomic<uint32_t> rate{
-        0}; // as it was asked for last; what the device made of it may differ
+    LineSettings format; // its rate is the one below
+    // As it was asked for last; what the device made of it may differ.
+    std::atomic<uint32_t> rate{0};
     std::atomic<int64_t> lineFreeUs{0}; // the moment at which all that was written has left
     std::atomic<bool> closing{false};
     std::atomic<bool> lost{false};
@@ -22,14 +23,17 @@ struct OpenPort {
 };
 
 // Makes `line` the open port; there is none before. User-interface thread.
-void OPENPORT_Set(SerialPortPtr line, const std::string& name, const std::string& device);
+void OPENPORT_Set(SerialPortPtr line, const std::string& name, const std::string& device,
+                  const LineSettings& format);
 // Has every user leave the port, then closes it. User-interface thread.
 void OPENPORT_Close();
 // The open port, for a look from the user-interface thread; null when there is none.
 std::shared_ptr<OpenPort> OPENPORT_Get();
-// Goes up whenever the port is opened or closed. Any thread.
+// Goes up whenever a port is opened. Any thread.
 uint32_t OPENPORT_Generation();
 
+// "COM3 (/dev/ttyUSB0)"; a device that is named itself stands alone.
+std::string OPENPORT_Named(const std::string& name, const std::string& device);
 // A reason of a device's as it stands behind the text of an error.
 std::string OPENPORT_Reason(const std::string& name, const std::string& device,
                             const std::string& reason);

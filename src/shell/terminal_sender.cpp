@@ -8,6 +8,7 @@
 #include "platform/files.h"
 #include "platform/format.h"
 #include "serial/sio.h"
+#include "serial/sio_line.h"
 #include "target/worker.h"
 
 #include <algorithm>

@@ -19,6 +19,7 @@
 #include "platform/format.h"
 #include "serial/idle_rate.h"
 #include "serial/sio.h"
+#include "serial/sio_line.h"
 #include "target/checksum_commands.h"
 #include "target/worker.h"
 

@@ -1,7 +1,7 @@
 #include "target/frame.h"
 
 #include "link/target_state.h"
-#include "serial/sio.h"
+#include "serial/sio_line.h"
 
 #include <algorithm>
 #include <numeric>
@@ -98,7 +98,6 @@ void TARGET_SendFrame(std::span<const uint8_t> head, std::span<const uint8_t> da
 }
 
 int TARGET_ReceiveFrame(std::vector<uint8_t>& payload, Moment deadline, const FrameStop& stop) {
-    payload.clear();
     if (!frameBegins(deadline, stop)) {
         return -1;
     }

@@ -5,6 +5,7 @@
 #include "notice/run.h"
 #include "platform/format.h"
 #include "serial/sio.h"
+#include "serial/sio_line.h"
 
 #include <algorithm>
 

@@ -12,6 +12,7 @@
 #include "platform/clock.h"
 #include "platform/event_queue.h"
 #include "serial/sio.h"
+#include "serial/sio_line.h"
 #include "serial/sio_log.h"
 #include "serial/terminal_history.h"
 #include "target/reply.h"
@@ -106,7 +107,6 @@ void reportAndRelease(const Failure& failure, bool linkFailed, bool resetBoot) {
     {
         const std::lock_guard lock(control);
         if (linkFailed) {
-            state.Identified = 0;
             dropped = TARGET_LeaveLinkState(LINK_RAMCODE, LINK_IDLE);
         }
         state.Operation = 0;
@@ -279,12 +279,7 @@ void TARGET_Init(void* mainWindow, TerminalReceiver terminalReceive) {
     stopWorker(true);
     window = mainWindow;
     terminal = std::move(terminalReceive);
-    TargetState& state = TARGET_State();
-    state.LinkState = LINK_IDLE;
-    state.Operation = 0;
-    state.Identified = 0;
-    state.Cancel = 0;
-    state.Stop = 0;
+    TARGET_State().LinkState = LINK_IDLE;
     keyNoted = false;
     failureNoted = false;
     workerRuns = true;
@@ -315,15 +310,11 @@ void TARGET_BeginCommand(std::string_view caption) {
 // While an operation runs, the worker releases the command, after the report.
 void TARGET_Cancel() {
     TargetState& state = TARGET_State();
-    {
-        const std::lock_guard lock(control);
-        state.Cancel = 1;
-        if (state.Operation == 0) {
-            PROGRESS_Done();
-        }
+    const std::lock_guard lock(control);
+    state.Cancel = 1;
+    if (state.Operation == 0) {
+        PROGRESS_Done();
     }
-    SIO_FlushLog();
-    CLOCK_Notify();
 }
 
 bool TARGET_PostOperation(const Operation& operation) {

@@ -4,12 +4,7 @@
 #include "support/script_world.h"
 
 TEST(RamImageA, MustLieInTheRam) {
-    struct Case {
-        std::string text;
-        bool fits;
-        std::string error;
-    };
-    const std::vector<Case> cases = {
+    const std::tuple<std::string, bool, std::string> cases[] = {
         {":10020000", true, ""}, // the header of a line is all that is looked at
         {":01020000AAxx\r\n\r\n:0105FF00AA\r\n:00000001FF", true, ""},
         {":01020000AA\n:02FFFF04AAAA\n", true, ""}, // other types are passed over
@@ -23,19 +18,14 @@ TEST(RamImageA, MustLieInTheRam) {
         {std::string(":01020000AA\n\0:01FF0000AA", 24), true, ""}, // a NUL ends the text
     };
     ScriptWorld world("Bank = 8000,8000\nRam = 200,400", {});
-    for (const Case& c : cases) {
-        EXPECT_EQ(_RamImageFits(c.text), c.fits) << c.text;
-        EXPECT_EQ(world.errors(), c.error) << c.text;
+    for (const auto& [text, fits, error] : cases) {
+        EXPECT_EQ(_RamImageFits(text), fits) << text;
+        EXPECT_EQ(world.errors(), error) << text;
     }
 }
 
 TEST(RamImageA, GivesItsRecordsUpToTheFirstFault) {
-    struct Case {
-        std::string text;
-        size_t records;
-        bool malformed;
-    };
-    const std::vector<Case> cases = {
+    const std::tuple<std::string, size_t, bool> cases[] = {
         {"junk:0102000055A8\r\n:00000001FF", 2, false},
         {":0102000055A8:00000001FF", 2, false},
         {":0102000055A8\n:010200G055A8\n:00000001FF", 1, true},
@@ -43,23 +33,17 @@ TEST(RamImageA, GivesItsRecordsUpToTheFirstFault) {
         {":0102000055", 0, true},
         {"nothing", 0, false},
     };
-    for (const Case& c : cases) {
-        const RamImageA image = parseRamImageA(c.text);
-        EXPECT_EQ(image.records.size(), c.records) << c.text;
-        EXPECT_EQ(image.malformed, c.malformed) << c.text;
+    for (const auto& [text, records, malformed] : cases) {
+        const RamImageA image = parseRamImageA(text);
+        EXPECT_EQ(image.records.size(), records) << text;
+        EXPECT_EQ(image.malformed, malformed) << text;
     }
-    EXPECT_EQ(parseRamImageA(cases[0].text).records[0].bytes, bytesOfHex("3A0102000055A8"));
+    EXPECT_EQ(parseRamImageA(std::get<0>(cases[0])).records[0].bytes, bytesOfHex("3A0102000055A8"));
 }
 
 TEST(RamImageB, IsTakenWholeOrNotAtAll) {
     const std::string tooFar = "S30600000000AAFF\nS306000100FFAAFF";
-    struct Case {
-        std::string text;
-        std::string error;
-        uint32_t start;
-        uint32_t size;
-    };
-    const std::vector<Case> cases = {
+    const std::tuple<std::string, std::string, uint32_t, uint32_t> cases[] = {
         {"S0030000FC\r\nS30720000000AABB00\nS30620000010CC00\nS70500000000FA", "", 0x20000000,
          0x11},
         {"S306FFFFFFFF0000", "", 0xFFFFFFFF, 1},
@@ -74,12 +58,12 @@ TEST(RamImageB, IsTakenWholeOrNotAtAll) {
         {"S30800000010AA", "Error parsing RAM-image", 0, 0},
         {"S30600000010A ", "Error parsing RAM-image", 0, 0},
     };
-    for (const Case& c : cases) {
+    for (const auto& [text, error, start, size] : cases) {
         RamImageB image;
-        EXPECT_EQ(parseRamImageB(c.text, image), c.error) << c.text;
-        if (c.error.empty()) {
-            EXPECT_EQ(image.start, c.start) << c.text;
-            EXPECT_EQ(image.size, c.size) << c.text;
+        EXPECT_EQ(parseRamImageB(text, image), error) << text;
+        if (error.empty()) {
+            EXPECT_EQ(image.start, start) << text;
+            EXPECT_EQ(image.size, size) << text;
         }
     }
 }

@@ -23,11 +23,7 @@ TEST(CopyText, MakesEachFormatOfARangeWithAGap) {
 }
 
 TEST(CopyText, ParsesHexAndSaysWhatIsNone) {
-    const struct {
-        const char* text;
-        std::vector<uint8_t> bytes;
-        const char* fault;
-    } cases[] = {
+    const std::tuple<const char*, std::vector<uint8_t>, const char*> cases[] = {
         {"12aB 0xC3,0X0405,\r\n\tff\n", {0x12, 0xAB, 0xC3, 0x04, 0x05, 0xFF}, ""},
         {" ,\n", {}, ""},
         {"12 34\n56 -- 78", {}, "Line 2, column 4: \"-\" is no hex digit"},
@@ -39,9 +35,9 @@ TEST(CopyText, ParsesHexAndSaysWhatIsNone) {
         {"0x", {}, "Line 1, column 3: there is no digit behind 0x"},
         {"0x 12", {}, "Line 1, column 3: there is no digit behind 0x"},
     };
-    for (const auto& c : cases) {
-        const PastedHex parsed = COPYTEXT_Parse(c.text);
-        EXPECT_EQ(parsed.bytes, c.bytes) << c.text;
-        EXPECT_EQ(parsed.fault, c.fault);
+    for (const auto& [text, bytes, fault] : cases) {
+        const PastedHex parsed = COPYTEXT_Parse(text);
+        EXPECT_EQ(parsed.bytes, bytes) << text;
+        EXPECT_EQ(parsed.fault, fault);
     }
 }

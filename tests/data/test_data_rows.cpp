@@ -74,11 +74,7 @@ TEST_F(DataRows, DumpMarksWhatTheImageDoesNotHold) {
 }
 
 TEST_F(DataRows, DumpLinesBeginAtTheFirstAddressAndReachTheLast) {
-    const struct {
-        AddressRange range;
-        uint32_t lines;
-        const char* lastLine;
-    } cases[] = {
+    const std::tuple<AddressRange, uint32_t, const char*> cases[] = {
         {{0x1005, 0x1015}, 1, "00001005"},          {{0x1005, 0x1016}, 2, "00001015"},
         {{0xFFFFFFFA, 0x100000000}, 1, "FFFFFFFA"}, {{0, 0x100000000}, 1u << 28, "FFFFFFF0"},
         {{1, 0x100000000}, 1u << 28, "FFFFFFF1"},
@@ -86,10 +82,10 @@ TEST_F(DataRows, DumpLinesBeginAtTheFirstAddressAndReachTheLast) {
     HEXDATA_AddData(0, Bytes{0xAB});
     HEXDATA_AddData(0xFFFFFFFF, Bytes{0xCD});
     DumpLine texts;
-    for (const auto& c : cases) {
-        EXPECT_EQ(HEXDUMPVIEW_NumLines(c.range), c.lines);
-        HEXDUMPVIEW_MakeLine(c.range, c.lines - 1, texts);
-        EXPECT_EQ(texts.address, c.lastLine);
+    for (const auto& [range, lines, lastLine] : cases) {
+        EXPECT_EQ(HEXDUMPVIEW_NumLines(range), lines);
+        HEXDUMPVIEW_MakeLine(range, lines - 1, texts);
+        EXPECT_EQ(texts.address, lastLine);
     }
     EXPECT_EQ(texts.hex, "-- -- -- -- -- -- -- -- -- -- -- -- -- -- CD --")
         << "nothing is taken from the start of the address space";

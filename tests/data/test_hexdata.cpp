@@ -2,6 +2,7 @@
 #include "data/checksum.h"
 #include "data/hexdata.h"
 #include "data/image_copy.h"
+#include "data/sha256.h"
 #include "support/reports.h"
 #include "support/seed.h"
 
@@ -211,6 +212,19 @@ TEST_F(HexData, ChecksumsCountGapsAsFill) {
     EXPECT_EQ(HEXDATA_GetChecksum(), 0x030F);
     HEXDATA_CalcSum(1, 1, restart, 0xFF);
     EXPECT_EQ(HEXDATA_GetChecksum(), 0x0321);
+}
+
+TEST(Checksum, Sha256IsThatOfTheStandard) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"abc", "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"},
+        {"abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq", // fills more than one block
+         "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1"},
+    };
+    for (const auto& [text, digest] : cases) {
+        Sha256 sum;
+        sum.add(text);
+        EXPECT_EQ(sum.finish(), digest);
+    }
 }
 
 // The fast forms against the plain definition: T[crc >> 8] ^ (crc << 8) ^ byte.

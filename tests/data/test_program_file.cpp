@@ -1,10 +1,12 @@
 #include "data/hexdata.h"
+#include "data/image_copy.h"
 #include "data/program_file.h"
 #include "data/program_format.h"
 #include "notice/run.h"
 #include "persist/hex_text.h"
 #include "platform/files.h"
 #include "platform/format.h"
+#include "support/hex_bytes.h"
 #include "support/reports.h"
 #include "support/seed.h"
 #include "support/temp_folder.h"
@@ -83,7 +85,7 @@ TEST_F(ProgramFile, ReadsWellFormedFiles) {
         {"S10300C03C\nS501FE\nSZ0201FC\nS10400C1AB8F\n", "C1:AB"},
     };
     for (const auto& [text, expected] : cases) {
-        EXPECT_EQ(load(text), expected) << text;
+        EXPECT_EQ(load(text), expected) << text.substr(0, 80);
         EXPECT_EQ(HEXDATA_GetFileType(), text[0] == 'S' ? FILETYPE_SRECORD : FILETYPE_INTEL);
     }
 }
@@ -111,6 +113,8 @@ TEST_F(ProgramFile, NamesTheLineOfTheFirstFault) {
          "Error in line 3: Data beyond address 0xFFFFFFFF !"},
         {"S", "Error in line 1: Unexpected character"},
         {"S1040010AB4", "Error in line 1: " + anyCase},
+        // Read in more than one piece: it ends where digits of an earlier one stood.
+        {repeat("S00600004844521B\r\n", 3700) + "S1040010AB4", "Error in line 3701: " + anyCase},
         {"S1040010AB40x", "Error in line 1: Expected CR or LF"},
         {"S2031234B6", "Error in line 1: Record too short !"},
         {"S307FFFFFFFF0102F9", "Error in line 1: Data beyond address 0xFFFFFFFF !"},
@@ -163,18 +167,23 @@ TEST_F(ProgramFile, MergesAndClearsAfterAFault) {
     writeFile(path, "nonsense");
     EXPECT_FALSE(PROGRAMFILE_Merge(path));
     EXPECT_EQ(imageText(), "10:12 20:CD") << "nothing was touched so far";
+    {
+        const ImageBeside beside;
+        writeFile(path, "S1040010CD1E\nS1040010CD1E");
+        EXPECT_FALSE(PROGRAMFILE_Merge(path));
+        writeFile(path, kData);
+        EXPECT_TRUE(PROGRAMFILE_Merge(path));
+    }
+    EXPECT_EQ(imageText(), "10:12 20:CD") << "a file beside it changes nothing";
+    EXPECT_EQ(HEXDATA_GetFileType(), FILETYPE_SRECORD);
     writeFile(path, "S1040030CDFE\nS1");
     EXPECT_FALSE(PROGRAMFILE_Merge(path));
     EXPECT_TRUE(HEXDATA_IsEmpty());
 }
 
 TEST_F(ProgramFile, WritesTheRecordsThatTheAddressesNeed) {
-    struct Case {
-        uint32_t start, count;
-        const char* intel; // the lines up to the second data byte, without the last line
-        const char* motorola;
-    };
-    const Case cases[] = {
+    // The lines up to the second data byte, without the last line, in both formats.
+    const std::tuple<uint32_t, uint32_t, const char*, const char*> cases[] = {
         {0, 0, "", ""},
         {0x1000, 40, ":201000000000 :081020000000 ", "S123100000000 S10B102000000 "},
         {0x20000, 32, ":020000022000 :200000000000 ", "S224020000000 "},
@@ -193,11 +202,11 @@ TEST_F(ProgramFile, WritesTheRecordsThatTheAddressesNeed) {
         }
         return text;
     };
-    for (const Case& c : cases) {
+    for (const auto& [start, count, intel, motorola] : cases) {
         HEXDATA_Clear();
-        HEXDATA_AddData(c.start, std::vector<uint8_t>(c.count));
-        EXPECT_EQ(heads(FILETYPE_INTEL), c.intel + ":00000001FF\r "s);
-        EXPECT_EQ(heads(FILETYPE_SRECORD), c.motorola + "S9030000FC\r "s);
+        HEXDATA_AddData(start, std::vector<uint8_t>(count));
+        EXPECT_EQ(heads(FILETYPE_INTEL), intel + ":00000001FF\r "s);
+        EXPECT_EQ(heads(FILETYPE_SRECORD), motorola + "S9030000FC\r "s);
     }
     HEXDATA_Clear();
     for (const uint32_t address : {0xFFF00u, 0x120000u, 0x140000u}) {
@@ -240,19 +249,24 @@ TEST_F(ProgramFile, AProtectedFileIsNotReplaced) {
     EXPECT_EQ(readFile(path), "old");
 }
 
-TEST_F(ProgramFile, SaysWhyReadingBrokeOff) {
-    std::string text;
-    for (int line = 0; line < 10'000; ++line) {
-        text += kData;
-    }
-    writeFile(path, text);
-    int calls = 0;
-    FILES_SetCallHook([&calls] { return ++calls > 2 ? EIO : 0; }); // opening and one piece succeed
-    EXPECT_FALSE(PROGRAMFILE_Load(path));
-    FILES_SetCallHook({});
-    const std::string report = reports.take();
-    EXPECT_NE(report.find("Error reading file (Input/output error)"), std::string::npos) << report;
+TEST_F(ProgramFile, SaysWhyReadingOrWritingBrokeOff) {
+    const auto breakingOff = [this](bool (*run)(const std::filesystem::path&),
+                                    int callsThatSucceed) {
+        int calls = 0;
+        FILES_SetCallHook([&] { return ++calls > callsThatSucceed ? EIO : 0; });
+        EXPECT_FALSE(run(path));
+        FILES_SetCallHook({});
+        return reports.take();
+    };
+    writeFile(path, repeat(kData, 10'000));
+    EXPECT_EQ(breakingOff(PROGRAMFILE_Load, 2), // opening and one piece
+              "Error in line 1: Error reading file (Input/output error)");
     EXPECT_TRUE(HEXDATA_IsEmpty());
+    const std::string before = readFile(path);
+    const auto save = [](auto& file) { return PROGRAMFILE_Save(file, FILETYPE_INTEL); };
+    EXPECT_EQ(breakingOff(save, 5), // to where the new file is written
+              "Error writing file (" + path.string() + ": Input/output error)");
+    EXPECT_EQ(readFile(path), before);
 }
 
 TEST_F(ProgramFile, RandomImagesReadBackEqualInBothFormats) {

@@ -1,19 +1,8 @@
 #include "device_world.h"
+#include "support/hex_bytes.h"
 
 #include <functional>
 #include <gtest/gtest.h>
-
-namespace {
-
-std::string repeated(const std::string& first, const std::string& item, size_t count) {
-    std::string text = first;
-    for (size_t i = 0; i < count; ++i) {
-        text += item;
-    }
-    return text;
-}
-
-} // namespace
 
 TEST(DeviceParser, NamesWhatIsWrongWithAStatement) {
     const std::pair<std::string, std::vector<std::string>> cases[] = {
@@ -53,12 +42,12 @@ TEST(DeviceParser, NamesWhatIsWrongWithAStatement) {
          {"ProductInfo = 0, 0, 0, \"" + std::string(100, 'x') + "\""}},
         {"IVector: more than 99 characters",
          {"IVector = 0, \"" + std::string(100, 'x') + "\", 16, 0"}},
-        {"Bank: more than 79 blocks", {repeated("Bank = 100, 1", ", 100, 1", 78)}},
-        {"aHWRange: more than 10 pairs", {repeated("aHWRange = 1, 2", ", 1, 2", 10)}},
-        {"aIDAdr: more than 20 addresses", {repeated("aIDAdr = 1", ", 1", 20)}},
-        {"aConstIDData: more than 20 bytes", {repeated("aConstIDData = 1", ", 1", 20)}},
+        {"Bank: more than 79 blocks", {"Bank = 100, 1" + repeat(", 100, 1", 78)}},
+        {"aHWRange: more than 10 pairs", {"aHWRange = 1, 2" + repeat(", 1, 2", 10)}},
+        {"aIDAdr: more than 20 addresses", {"aIDAdr = 1" + repeat(", 1", 20)}},
+        {"aConstIDData: more than 20 bytes", {"aConstIDData = 1" + repeat(", 1", 20)}},
         {"IVector: more than 100 entries",
-         {repeated("IVector = 1, \"a\", 8, 1", ", 1, \"a\", 8, 1", 100)}},
+         {"IVector = 1, \"a\", 8, 1" + repeat(", 1, \"a\", 8, 1", 100)}},
     };
     const std::string head = kHead + "\r\n\n// note\n"; // blank lines do not count, comments do
     for (const auto& [error, statements] : cases) {
@@ -110,12 +99,7 @@ TEST(DeviceParser, RefusesWhatDoesNotGoTogether) {
 
 TEST(DeviceParser, ReadsNumbersAndCodes) {
     using R = DeviceRecord;
-    struct Case {
-        std::string statement;
-        std::function<int64_t(const R&)> field;
-        int64_t value;
-    };
-    const Case cases[] = {
+    const std::tuple<std::string, std::function<int64_t(const R&)>, int64_t> cases[] = {
         {"Version = 9999", [](const R& r) { return r.Writable; }, 1},
         {"IDLenMin=4\nIDLenMin\t=\t99 bytes", [](const R& r) { return r.IDLenMin; }, 15},
         {"IDLenAdr = 1fFfFfFfF", [](const R& r) { return r.IDLenAdr; }, 0xFFFFFFFF},
@@ -132,18 +116,18 @@ TEST(DeviceParser, ReadsNumbersAndCodes) {
         {"aHWRange = 5 , 2000, 7, 7", [](const R& r) { return r.aHWRange[0].second; }, 1000},
         {"aConstIDData = 1, 1FF", [](const R& r) { return r.aConstIDData[1]; }, 0xFF},
     };
-    for (const Case& c : cases) {
-        const DeviceParseResult result = DEVICE_ParseText(kHead + c.statement);
-        ASSERT_TRUE(result.record) << c.statement << ": " << faultTexts(result);
-        EXPECT_EQ(c.field(*result.record), c.value) << c.statement;
+    for (const auto& [statement, field, value] : cases) {
+        const DeviceParseResult result = DEVICE_ParseText(kHead + statement);
+        ASSERT_TRUE(result.record) << statement << ": " << faultTexts(result);
+        EXPECT_EQ(field(*result.record), value) << statement;
     }
 }
 
 TEST(DeviceParser, ReadsTextsAndListsUpToTheirLimits) {
     const std::string name(255, 'n');
     const DeviceParseResult result = DEVICE_ParseText(
-        "Device = \"" + name + "\"\nManufacturer = \"two\nlines\"\n" +
-        repeated("Bank = 0, 1", ", 0, 1", 77) + "\nBank = 10000 , 8000\n" +
+        "Device = \"" + name + "\"\nManufacturer = \"two\nlines\"\n" + "Bank = 0, 1" +
+        repeat(", 0, 1", 77) + "\nBank = 10000 , 8000\n" +
         "IVector = 0, \"Reset\", 16, FFFE, 1, \"NMI\" , 20, FFFC\naIDAdr = A ,b\naIDAdr = C\n" +
         std::string(3, '\0'));
     ASSERT_TRUE(result.record) << faultTexts(result);

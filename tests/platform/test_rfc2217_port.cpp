@@ -195,7 +195,9 @@ TEST(Rfc2217Port, SetsTheLineAndPassesBytes) {
     EXPECT_EQ(readText(*port, 4, 30'000), "\x01\xFF\x00\r"s);
     EXPECT_EQ(readText(*port, 5, 10), "");
     // Twenty bytes at 2400 Bd must have left before the rate changes.
-    EXPECT_EQ(port->configure({.baudrate = 2400}), 0xFF00U);
+    EXPECT_EQ(port->configure({.baudrate = 2400, .keepLines = true}), 0xFF00U);
+    EXPECT_EQ(server.takeAnswers(), "FFFA2C6500000960FFF0FFFA2C6608FFF0FFFA2C6701FFF0"
+                                    "FFFA2C6801FFF0FFFA2C6901FFF0");
     const Moment start = CLOCK_Now();
     writeText(*port, std::string(20, 'x'));
     EXPECT_EQ(port->configure({.baudrate = 9600}), 2400U);

@@ -3,7 +3,10 @@
 #include "persist/ini.h"
 #include "platform/files.h"
 #include "serial/sio.h"
+#include "serial/sio_line.h"
+#include "serial/sio_log.h"
 #include "sim/virtual_clock.h"
+#include "support/hex_bytes.h"
 #include "support/reports.h"
 #include "support/seed.h"
 #include "support/temp_folder.h"
@@ -26,7 +29,8 @@ struct World {
         FILES_SetProgramPath(folder / "calvorin");
         writeFile(folder / "calvorin.ini", "[Settings PORTS]\r\nCOM10 = \"test://b\"\r\n"
                                            "COM1 = \"test://a\"\r\nCOM2 = \"test://b\"\r\n"
-                                           "COM3 = \"test://missing\"\r\n");
+                                           "COM3 = \"test://missing\"\r\n"
+                                           "COM12 = \"/nowhere/tty\"\r\n");
         INI_Load();
         RUN_Reset();
         SIO_Init(0, 0, 0, 8, 0, 0);
@@ -60,7 +64,8 @@ TEST(Sio, OpensClosesAndReopensWithItsLogLines) {
     EXPECT_EQ(world.log(),
               (Texts{"COM1 is test://a", "COM1 opened with 38400 Baud", "Communication started"}));
     EXPECT_EQ(world.lines["a"].calls, Texts{"rate 38400"});
-    SIO_SetPort(2);
+    SIO_SetDevice("test://missing");
+    SIO_SetPort(2); // in its place
     SIO_SetBaudrate(9600);
     EXPECT_TRUE(world.log().empty());
     EXPECT_TRUE(SIO_Restart());
@@ -76,25 +81,26 @@ TEST(Sio, OpensClosesAndReopensWithItsLogLines) {
 
 TEST(Sio, ReportsAPortThatCannotBeOpened) {
     World world;
-    const struct {
-        uint32_t port;
-        std::string reason;
-        std::string behindError;
-    } cases[] = {
-        {3, "COM3 (test://missing): No such line", "COM3 is test://missing: No such line"},
-        {21, "COM21 is not one of COM1 to COM20", "COM21 is not one of COM1 to COM20"},
+    const std::string missing = "No such file or directory";
+    const std::tuple<uint32_t, std::string, std::string, const char*> cases[] = {
+        {3, "COM3 (test://missing): No such line", "COM3 is test://missing: No such line", ""},
+        {12, "COM12 (/nowhere/tty): " + missing, "COM12 is /nowhere/tty: " + missing, "Ports that"},
+        {21, "COM21 is not one of COM1 to COM20", "COM21 is not one of COM1 to COM20",
+         "Ports that"},
     };
-    for (const auto& [port, reason, behindError] : cases) {
+    for (const auto& [port, reason, behindError, hint] : cases) {
         SIO_SetPort(port);
         EXPECT_FALSE(SIO_Restart());
         EXPECT_EQ(world.log(), Texts{reason});
         EXPECT_EQ(world.errors(), (Texts{"SIO::_InitSIO: Port not available (" + behindError + ")",
                                          "SIO::_StartComm: Could not open COM-Port"}));
+        EXPECT_EQ(world.screen.takeAll(world.screen.hints).front().substr(0, 10), hint);
         EXPECT_EQ(RUN_GetExitCode(), 1);
         EXPECT_EQ(SIO_GetOpenFailure(), reason);
         const Moment start = CLOCK_Now();
         EXPECT_EQ(readText(1, 700), "");
-        EXPECT_EQ(CLOCK_Now().us - start.us, 700'000);
+        EXPECT_FALSE(SIO_WaitReadable([] { return false; }, CLOCK_After(50)));
+        EXPECT_EQ(CLOCK_Now().us - start.us, 750'000);
         EXPECT_FALSE(writeText("x") || SIO_SetLines(SETDTR));
         SIO_TolerateOpenFailure(true);
         EXPECT_FALSE(SIO_Restart());
@@ -127,9 +133,10 @@ TEST(Sio, ChangesTheRateAndTheLines) {
                 SIO_SetLines(SETRTS));
     EXPECT_EQ(world.lines["a"].calls,
               (Texts{"rate 38400", "rate 9600", "DTR on", "RTS off", "DTR off", "RTS on"}));
-    world.lines["a"].refuseRates = true;
+    world.lines["a"].refuseCalls = true;
     EXPECT_EQ(SIO_ChangeBaudrate(1), 0U);
-    EXPECT_EQ(world.log(), Texts{"COM1 (test://a): that is refused"});
+    EXPECT_FALSE(SIO_SetLines(SETDTR));
+    EXPECT_EQ(world.log(), Texts(2, "COM1 (test://a): that is refused"));
     EXPECT_EQ(
         world.errors(),
         Texts{"SIO::SIO_ChangeBaudrate: SetCommState failed (COM1 is test://a: that is refused)"});
@@ -146,7 +153,8 @@ TEST(Sio, ReadsWhatArrivesInTime) {
     uint8_t byte = 0;
     world.lines["a"].send("d");
     EXPECT_EQ(SIO_Read(&byte, 1, 50, [] { return true; }), 0U);
-    EXPECT_FALSE(SIO_WaitReadable([] { return true; }));
+    int looks = 0;
+    EXPECT_FALSE(SIO_WaitReadable([&looks] { return ++looks > 1; }));
     EXPECT_TRUE(SIO_WaitReadable([] { return false; }));
     EXPECT_EQ(readText(1, 0), "d");
 }
@@ -245,6 +253,9 @@ TEST(SioLog, RecordsTheConversation) {
     CLOCK_Sleep(7);
     readText(1200, 10);
     readText(1, 10);
+    world.lines["a"].refuseCalls = true;
+    SIO_ChangeBaudrate(1);
+    SIO_SetLines(CLRRTS);
     SIO_CloseAll();
     writeText("z");
     const Moment start = CLOCK_Now();
@@ -252,10 +263,6 @@ TEST(SioLog, RecordsTheConversation) {
     EXPECT_EQ(CLOCK_Now().us - start.us, 100'000);
     EXPECT_EQ(world.log().back(), "SIO-Logging stopped");
 
-    std::string longData;
-    for (int count = 0; count < 1200; ++count) {
-        longData += "5A ";
-    }
     const std::string rule(56, '-');
     const std::string text = readFile(world.folder / "calvorin.sio");
     EXPECT_TRUE(text.starts_with("calvorin communication protocoll file, compiled at "));
@@ -269,13 +276,28 @@ TEST(SioLog, RecordsTheConversation) {
                                      "1:02:03:004            COM1 opened with 9600 Baud\r\n"
                                      "1:02:03:004    2 WRITE 01 AB \r\n"
                                      "1:02:03:011 1200 READ  " +
-                                     longData +
+                                     repeat("5A ", 1200) +
                                      "\r\n"
+                                     "1:02:03:021            Rate 1 Bd, DTR off, RTS on\r\n"
+                                     "1:02:03:021            Rate not changed\r\n"
+                                     "1:02:03:021            RTS off\r\n"
+                                     "1:02:03:021            RTS off failed\r\n"
                                      "1:02:03:021            Closing COM1\r\n"
                                      "1:02:03:021    1 WRITE 7A \r\n" +
                                      rule + "\r\n");
     SIO_SetLogging(1);
     EXPECT_LT(readFile(world.folder / "calvorin.sio").size(), 500U);
+}
+
+TEST(SioLog, ATranscriptIsALogElsewhere) {
+    World world;
+    world.openA();
+    EXPECT_FALSE(SIO_StartTranscript(world.folder / "no" / "transcript").ok());
+    SIO_EndTranscript();
+    EXPECT_TRUE(SIO_StartTranscript(world.folder / "transcript").ok());
+    writeText("ab");
+    SIO_EndTranscript();
+    EXPECT_NE(readFile(world.folder / "transcript").find("2 WRITE 61 62"), std::string::npos);
 }
 
 TEST(SioLog, AFileThatCannotBeWrittenIsToldOnceAndFailsNothing) {

@@ -43,6 +43,7 @@ TEST(TerminalHistory, KeepsTheOrderAndTheNewestHalfMegabyte) {
     news = TERMHISTORY_Since(start);
     EXPECT_GE(news.end - start - news.missing, kHistoryBytes);
     TERMHISTORY_Clear();
+    EXPECT_TRUE(TERMHISTORY_Since(0).pieces.empty());
 }
 
 } // namespace

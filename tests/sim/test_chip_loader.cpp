@@ -74,13 +74,8 @@ TEST(ChipLoader, Frames) {
 }
 
 TEST(ChipLoader, BadFramesAreRefused) {
-    struct Case {
-        const char* bytes;
-        std::string answer;
-        const char* violation;
-    };
     const std::string nak = frame("F1");
-    const Case cases[] = {
+    const std::tuple<const char*, std::string, const char*> cases[] = {
         {"EBED01000002EC", nak, "frame with a wrong checksum or end\n"},
         {"EBED01000001ED", nak, "frame with a wrong checksum or end\n"},
         {"EBED000000EC", nak, "frame without a command\n"},
@@ -88,11 +83,11 @@ TEST(ChipLoader, BadFramesAreRefused) {
         {"EBED0109", "", "frame of 2305 bytes\n"},
         {"5A", "", "byte 5A where a frame begins\n"},
     };
-    for (const Case& test : cases) {
+    for (const auto& [bytes, answer, violation] : cases) {
         Bench bench("VT-B128");
         bench.startLoader();
-        EXPECT_EQ(bench.exchange(test.bytes), test.answer) << test.bytes;
-        EXPECT_EQ(bench.violations(), test.violation);
+        EXPECT_EQ(bench.exchange(bytes), answer) << bytes;
+        EXPECT_EQ(bench.violations(), violation);
         EXPECT_EQ(bench.exchange(frame("00")), frame("00 56543130 8000"));
     }
 }

@@ -3,11 +3,7 @@
 #include <gtest/gtest.h>
 
 TEST(SimOptions, BadOnesAreRefused) {
-    struct Case {
-        std::vector<std::string> arguments;
-        const char* error;
-    };
-    const Case cases[] = {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
         {{}, "--device is needed; --list lists the devices, --help the options"},
         {{"--device"}, "--device needs NAME"},
         {{"--tcp", "65536"}, "--tcp: '65536' is not allowed"},
@@ -16,11 +12,11 @@ TEST(SimOptions, BadOnesAreRefused) {
         {{"--erase-us", "1s"}, "--erase-us: '1s' is not allowed"},
         {{"--fault", "nothing"}, "--fault: unknown fault 'nothing'"},
     };
-    for (const Case& test : cases) {
+    for (const auto& [arguments, expected] : cases) {
         SimOptions options;
         std::string error;
-        EXPECT_FALSE(SIM_ParseOptions(test.arguments, options, error)) << test.error;
-        EXPECT_EQ(error, test.error);
+        EXPECT_FALSE(SIM_ParseOptions(arguments, options, error)) << expected;
+        EXPECT_EQ(error, expected);
     }
 }
 

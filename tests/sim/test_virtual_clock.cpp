@@ -27,20 +27,6 @@ std::string runOrder(uint64_t seed) {
 
 } // namespace
 
-TEST(VirtualClock, JumpsToTheEarliestDeadline) {
-    const VirtualClock clock(1);
-    const Moment start = CLOCK_Now();
-    Moment early{};
-    const auto thread = CLOCK_StartThread([&] {
-        CLOCK_Sleep(500);
-        early = CLOCK_Now();
-    });
-    CLOCK_Sleep(3'600'000);
-    CLOCK_JoinThread(thread);
-    EXPECT_EQ(early.us - start.us, 500'000);
-    EXPECT_EQ(CLOCK_Now().us - start.us, 3'600'000'000);
-}
-
 TEST(VirtualClock, RepeatsARunFromItsSeed) {
     EXPECT_EQ(runOrder(7), runOrder(7));
     bool differs = false;

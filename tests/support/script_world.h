@@ -29,7 +29,7 @@ class ScriptWorld {
     FreshStart freshStart_;
 
 public:
-    ScriptWorld(const std::string& deviceText, Script script, uint32_t baudrate = 38400)
+    ScriptWorld(const std::string& deviceText, Script script)
         : clock_(testSeed()), script_(std::move(script)) {
         EVENTS_Open();
         EXPECT_EQ(_ParseDeviceFile("Version = 100\nManufacturer = \"M\"\nDevice = \"D\"\n" +
@@ -43,7 +43,7 @@ public:
         FILES_SetProgramPath(folder_ / "calvorin");
         writeFile(folder_ / "calvorin.ini", "[Settings PORTS]\r\nCOM1 = \"test://script\"\r\n");
         INI_Load();
-        SIO_SetConfig({1, baudrate, 0});
+        SIO_SetConfig({1, 38400, 0});
         log();
         lines_["script"].heard = [this](const std::string& what, bool isData) {
             happened(isData ? HEXTEXT_FromBytes(std::vector<uint8_t>(what.begin(), what.end()))
@@ -52,20 +52,13 @@ public:
         };
     }
     ~ScriptWorld() {
+        EXPECT_EQ(deviation(), "");
         lines_["script"].heard = {};
         freshProcess();
     }
     ScriptWorld(const ScriptWorld&) = delete;
     ScriptWorld& operator=(const ScriptWorld&) = delete;
 
-    // What of the script has not happened, or happened otherwise; empty when all is well.
-    std::string deviation() const {
-        const std::lock_guard lock(mutex_);
-        if (!wrong_.empty() || next_ == script_.size()) {
-            return wrong_;
-        }
-        return "not reached: " + script_[next_].host + " (after " + pending_ + ")";
-    }
     // What has been said since the last call.
     std::string errors() { return screen.take(screen.errors, '|'); }
     std::string questions() { return screen.take(screen.questions, '|'); }
@@ -82,6 +75,15 @@ public:
     std::string identifyReply;
 
 private:
+    // What of the script has not happened, or happened otherwise; empty when all is well.
+    std::string deviation() const {
+        const std::lock_guard lock(mutex_);
+        if (!wrong_.empty() || next_ == script_.size()) {
+            return wrong_;
+        }
+        return "not reached: " + script_[next_].host + " (after " + pending_ + ")";
+    }
+
     void happened(const std::string& what, bool isData) {
         std::string answer;
         {

@@ -19,7 +19,7 @@ struct TestLine {
     std::string lost;
     std::vector<std::string> calls; // rate and line changes
     uint32_t rate = 0;
-    bool refuseRates = false;
+    bool refuseCalls = false; // of rate and lines
     bool refuseWrites = false;
     int opened = 0;
     std::atomic<bool> isOpen{false};
@@ -79,12 +79,12 @@ struct TestLine {
         note(calls, "rate " + std::to_string(settings.baudrate));
         const std::lock_guard lock(mutex);
         const uint32_t rounded = settings.baudrate + settings.baudrate / 500;
-        return refuseRates || !lost.empty() ? std::nullopt
+        return refuseCalls || !lost.empty() ? std::nullopt
                                             : std::optional(std::exchange(rate, rounded));
     }
     bool call(const std::string& name, bool on) {
         note(calls, name + (on ? " on" : " off"));
-        return true;
+        return !refuseCalls;
     }
 };
 

@@ -9,6 +9,8 @@
 
 namespace {
 
+using Look = std::function<bool(SweepWorld&)>;
+
 constexpr int64_t kFailureMs = 1700; // the rest of a frame, and the pauses after a failure
 constexpr int64_t kRetryMs = 300;    // of the matching byte
 constexpr int64_t kSumMs = 5000;     // for a checksum that came in part
@@ -30,14 +32,13 @@ std::vector<uint8_t> wholeFlash(const SweepWorld& world) {
     return world.flash(world.start, world.size);
 }
 
-bool holdsBlank(SweepWorld& world) {
-    return wholeFlash(world) == world.contents("blank");
+Look holds(const char* contents) {
+    return [contents](SweepWorld& world) { return wholeFlash(world) == world.contents(contents); };
 }
-bool holdsHalf(SweepWorld& world) {
-    return wholeFlash(world) == world.contents("half");
-}
-bool holdsProgram(SweepWorld& world) {
-    return wholeFlash(world) == world.contents("program");
+Look runs(ChipMode mode) {
+    return [mode](SweepWorld& world) {
+        return world.chip([mode](Chip& chip) { return CHIP_GetMode(chip) == mode; });
+    };
 }
 bool firstBlockIsBlank(SweepWorld& world) {
     return world.flash(world.start, world.size / 2) == std::vector<uint8_t>(world.size / 2, 0xFF);
@@ -51,12 +52,6 @@ bool imageIsFlash(SweepWorld& world) {
     HEXDATA_Copy(first, image, {});
     return HEXDATA_GetFirstAddr() == first && HEXDATA_GetNumBytes() == image.size() &&
            image == world.flash(first, world.size - 0x10);
-}
-bool loaderRuns(SweepWorld& world) {
-    return world.chip([](Chip& chip) { return CHIP_GetMode(chip) == ChipMode::loader; });
-}
-bool applicationRuns(SweepWorld& world) {
-    return world.chip([](Chip& chip) { return CHIP_GetMode(chip) == ChipMode::application; });
 }
 template <bool both>
 bool isProtected(SweepWorld& world) {
@@ -124,7 +119,7 @@ std::string checkReasons(const SweepCase& sweepCase, const Outcome& told) {
 
 // What of a success that is none nobody can see from this side of the line.
 std::string blindSpot(const SweepCase& sweepCase, SweepWorld& world) {
-    if (sweepCase.isStop() && sweepCase.command == "download" && loaderRuns(world)) {
+    if (sweepCase.isStop() && sweepCase.command == "download" && runs(ChipMode::loader)(world)) {
         return "Cancel that comes too late to end a download";
     }
     if (sweepCase.command == "flash-status" && sweepCase.kind == "rx") {
@@ -182,21 +177,21 @@ std::string checkNext(SweepWorld& world, const CleanRun& clean, bool virtualTime
 
 const std::vector<SweepCommand>& SWEEP_Commands() {
     static const std::vector<SweepCommand> commands = {
-        {"download", {CMD_TARGET_DOWNLOAD_RAM_IMAGE}, "program", loaderRuns},
-        {"erase-chip", {CMD_TARGET_ERASE_CHIP}, "old", holdsBlank},
-        {"erase-connected", {CMD_TARGET_GET_CRC, CMD_TARGET_ERASE_CHIP}, "old", holdsBlank},
-        {"erase-blocks", {CMD_TARGET_ERASE_BLOCKS}, "old", holdsHalf},
-        {"program", {CMD_TARGET_PROGRAM}, "blank", holdsProgram},
+        {"download", {CMD_TARGET_DOWNLOAD_RAM_IMAGE}, "program", runs(ChipMode::loader)},
+        {"erase-chip", {CMD_TARGET_ERASE_CHIP}, "old", holds("blank")},
+        {"erase-connected", {CMD_TARGET_GET_CRC, CMD_TARGET_ERASE_CHIP}, "old", holds("blank")},
+        {"erase-blocks", {CMD_TARGET_ERASE_BLOCKS}, "old", holds("half")},
+        {"program", {CMD_TARGET_PROGRAM}, "blank", holds("program")},
         {"read-back", {CMD_TARGET_READ_BACK}, "program", imageIsFlash},
         {"checksum", {CMD_TARGET_GET_CRC}, "program", checksumIsRight},
-        {"auto", {CMD_TARGET_AUTO}, "old", holdsProgram},
-        {"auto-verify", {CMD_TARGET_AUTO, CMD_TARGET_VERIFY}, "old", holdsProgram},
-        {"verify", {CMD_TARGET_VERIFY}, "program", holdsProgram},
-        {"verify-other", {CMD_TARGET_VERIFY}, "old", holdsProgram},
-        {"blank-chip", {CMD_TARGET_BLANK_CHECK_CHIP}, "blank", holdsBlank},
-        {"blank-other", {CMD_TARGET_BLANK_CHECK_CHIP}, "half", holdsBlank},
+        {"auto", {CMD_TARGET_AUTO}, "old", holds("program")},
+        {"auto-verify", {CMD_TARGET_AUTO, CMD_TARGET_VERIFY}, "old", holds("program")},
+        {"verify", {CMD_TARGET_VERIFY}, "program", holds("program")},
+        {"verify-other", {CMD_TARGET_VERIFY}, "old", holds("program")},
+        {"blank-chip", {CMD_TARGET_BLANK_CHECK_CHIP}, "blank", holds("blank")},
+        {"blank-other", {CMD_TARGET_BLANK_CHECK_CHIP}, "half", holds("blank")},
         {"blank-blocks", {CMD_TARGET_BLANK_CHECK_BLOCKS}, "half", firstBlockIsBlank},
-        {"start", {CMD_TARGET_START_APPLICATION}, "program", applicationRuns},
+        {"start", {CMD_TARGET_START_APPLICATION}, "program", runs(ChipMode::application)},
         {"protect-chip", {CMD_TARGET_PROTECT_CHIP}, "program", isProtected<true>},
         {"protect-blocks", {CMD_TARGET_PROTECT_BLOCKS}, "program", isProtected<false>},
         {"read-protect", {CMD_TARGET_READ_PROTECT}, "program", isReadProtected},

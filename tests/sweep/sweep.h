@@ -5,6 +5,7 @@
 #include "sim/sim_port.h"
 #include "sweep/faults.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
@@ -19,9 +20,10 @@ const std::vector<SweepDevice>& SWEEP_Devices();
 
 struct SweepCommand {
     const char* name;
-    std::vector<int> ids;         // of the menu, run one after the other until one fails
-    const char* flash;            // what it holds before: "blank", "old", "program", "half"
-    bool (*asAsked)(SweepWorld&); // whether chip and program stand as a success would have it
+    std::vector<int> ids; // of the menu, run one after the other until one fails
+    const char* flash;    // what it holds before: "blank", "old", "program", "half"
+    // Whether chip and program stand as a success would have it.
+    std::function<bool(SweepWorld&)> asAsked;
 };
 const std::vector<SweepCommand>& SWEEP_Commands();
 

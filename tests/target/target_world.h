@@ -31,20 +31,38 @@ struct TargetWorld : World {
     }
 
     // Whether the flash holds the loaded program and nothing else.
-    bool chipHoldsProgram() {
-        bool equal = true;
-        for (const DeviceBlock& block : DEVICE_Blocks()) {
+    bool chipHoldsProgram() const {
+        return std::ranges::all_of(DEVICE_Blocks(), [this](const DeviceBlock& block) {
             std::vector<uint8_t> image(block.range.size(), 0xFF);
             HEXDATA_Copy(block.range.start, image, {});
-            SIMPORT_WithChip(line, [&](Chip& looked) {
-                equal = equal && CHIP_GetFlash(looked, block.range.start,
-                                               static_cast<uint32_t>(image.size())) == image;
-            });
-        }
-        return equal;
+            return flash(block.range.start, image.size()) == image;
+        });
+    }
+    bool chipIsBlank() const {
+        bool blank = false;
+        SIMPORT_WithChip(line, [&blank](Chip& looked) { blank = CHIP_IsBlank(looked); });
+        return blank;
+    }
+
+    std::vector<uint8_t> flash(uint32_t address, size_t count) const {
+        std::vector<uint8_t> bytes;
+        SIMPORT_WithChip(line, [&](Chip& looked) {
+            bytes = CHIP_GetFlash(looked, address, static_cast<uint32_t>(count));
+        });
+        return bytes;
+    }
+    void putFlash(uint32_t address, const std::vector<uint8_t>& bytes) const {
+        SIMPORT_WithChip(line, [&](Chip& looked) { CHIP_PutFlash(looked, address, bytes); });
+    }
+    void setFaults(const std::vector<ChipFault>& faults) const {
+        SIMPORT_WithChip(line, [&](Chip& looked) { CHIP_SetFaults(looked, faults); });
     }
 
     std::string allErrors() const { return Reports::joined(errors(), '|'); }
+    std::string allHints() const {
+        const std::vector<std::string> hints = screen.copyOf(screen.hints);
+        return std::accumulate(hints.begin(), hints.end(), std::string());
+    }
 
     std::string terminal; // what the worker has passed on
 };
@@ -59,4 +77,13 @@ inline void runAuto() {
 
 inline void runVerify() {
     TARGET_Verify(HEXDATA_GetFirstAddr(), HEXDATA_GetLastAddr());
+}
+
+// That Auto and Verify bring the program into the chip, with nothing to be said against them.
+inline void expectAutoAndVerify(const TargetWorld& world) {
+    runAuto();
+    runVerify();
+    EXPECT_TRUE(world.hasLogged("Verifying finished"));
+    EXPECT_TRUE(world.chipHoldsProgram());
+    EXPECT_EQ(world.allErrors() + world.violations(), "");
 }

@@ -17,15 +17,13 @@ struct CompareWorld : TargetWorld {
         screen.questions.clear();
         screen.log.clear();
     }
-    void putFlash(uint32_t address, std::vector<uint8_t> bytes) const {
-        SIMPORT_WithChip(line, [&](Chip& looked) { CHIP_PutFlash(looked, address, bytes); });
-    }
     // What was said: errors, questions, and of the log what tells of the comparison.
     std::string said() const {
         std::string text = Reports::joined(errors(), '|') + Reports::joined(questions(), '|');
         for (const std::string& entry : log()) {
-            const bool tells = entry.starts_with("Compared") || entry.starts_with("Block ") ||
-                               entry.starts_with("In no") || entry.starts_with("Note");
+            const bool tells = entry.starts_with("Compared") || entry == "Comparing failed" ||
+                               entry.starts_with("Block ") || entry.starts_with("In no") ||
+                               entry.starts_with("Note");
             text += tells ? "\n" + entry : "";
         }
         return text;
@@ -46,12 +44,7 @@ TEST(Compare, SaysWhereImageAndChipDiffer) {
     const std::string equal = "Comparing: Image and chip do not differ\nCompared with the chip "
                               "VT-B128 at COM1: no difference";
     const std::string differ = "Image and chip differ: ";
-    const struct {
-        const char* what;
-        void (*prepare)(CompareWorld&);
-        std::string said;
-        const char* note;
-    } cases[] = {
+    const std::tuple<const char*, void (*)(CompareWorld&), std::string, const char*> cases[] = {
         {"equal", [](CompareWorld&) {}, equal, ""},
         {"where the image holds nothing", [](CompareWorld& w) { w.putFlash(0x1000, {1}); }, equal,
          ""},
@@ -94,20 +87,20 @@ TEST(Compare, SaysWhereImageAndChipDiffer) {
              w.screen.log.clear();
              SIMPORT_Unplug(w.line);
          },
-         "Timeout error (COM1 is sim://world: No such device)", ""},
+         "Timeout error (COM1 is sim://world: No such device)\nComparing failed", ""},
     };
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.what);
+    for (const auto& [what, prepare, said, note] : cases) {
+        SCOPED_TRACE(what);
         CompareWorld world;
-        one.prepare(world);
+        prepare(world);
         RUN_SetExitCode(0);
         const std::string image = imageText();
         COMPARISON_WithChip();
-        EXPECT_EQ(world.said(), one.said);
-        EXPECT_EQ(RUN_GetExitCode(), one.said.starts_with("Comparing") ? 0 : 1);
-        EXPECT_EQ(COMPARISON_IsOpen(), one.note[0] != '\0');
+        EXPECT_EQ(world.said(), said);
+        EXPECT_EQ(RUN_GetExitCode(), said.starts_with("Comparing") ? 0 : 1);
+        EXPECT_EQ(COMPARISON_IsOpen(), note[0] != '\0');
         COMPARISON_Next();
-        EXPECT_EQ(COMPARISON_Note(), one.note);
+        EXPECT_EQ(COMPARISON_Note(), note);
         EXPECT_EQ(imageText(), image);
         EXPECT_EQ(world.violations(), "");
     }
@@ -152,11 +145,7 @@ TEST(Compare, GoesThroughDifferencesAndEndsWithTheImage) {
 
 TEST(Compare, ReadsAFileBesideTheImage) {
     const std::string end = ":00000001FF\n";
-    const struct {
-        const char* text;
-        std::string said; // of errors and questions
-        const char* note;
-    } cases[] = {
+    const std::tuple<const char*, std::string, const char*> cases[] = {
         {":020020001617B1\n", "Comparing: 498 bytes differ in 3 places.\nF11 shows the next one.",
          "Difference 1 of 3, 11 - 1F: image 07 08 09 0A 0B 0C 0D 0E ..., "
          "file -- -- -- -- -- -- -- -- ..."},
@@ -166,17 +155,17 @@ TEST(Compare, ReadsAFileBesideTheImage) {
          "Difference 1 of 3, 0: image --, file 09"},
         {":zz\n", "Error in line 1: Expected Hex character : 0..9, A..F", ""},
     };
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.text);
+    for (const auto& [text, said, note] : cases) {
+        SCOPED_TRACE(text);
         TargetWorld world({.device = "VT-B128", .chip = {}});
         world.screen.answer = ANSWER_OK;
         const std::string image = imageText();
-        writeFile(world.folder() / "other.hex", one.text + end);
+        writeFile(world.folder() / "other.hex", text + end);
         COMPARISON_WithFile((world.folder() / "other.hex").string());
         EXPECT_EQ(Reports::joined(world.errors(), '|') + Reports::joined(world.questions(), '|'),
-                  one.said);
+                  said);
         COMPARISON_Next();
-        EXPECT_EQ(COMPARISON_Note(), one.note);
+        EXPECT_EQ(COMPARISON_Note(), note);
         EXPECT_EQ(imageText(), image);
         EXPECT_STREQ(HEXDATA_AddData(0x11, std::vector<uint8_t>{1}), nullptr);
         EXPECT_EQ(world.questions().back().substr(0, 11), "Overlapping")

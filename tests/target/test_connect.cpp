@@ -30,7 +30,7 @@ TEST(Connect, ARefusedPasswordIsFollowedByTheOthersThatMayFit) {
         // 257 zeros and one FE less than all FF: the same sum of 16 bits.
         std::vector<uint8_t> flash(258, 0);
         flash.back() = c.looksBlank ? 0xFE : 0x10;
-        SIMPORT_WithChip(world.line, [&](Chip& chip) { CHIP_PutFlash(chip, 0x100, flash); });
+        world.putFlash(0x100, flash);
         PASSWORD_SetBytes(c.users);
         HEXDATA_Clear();
         HEXDATA_AddData(0x1FFF4, c.inFile);
@@ -47,8 +47,7 @@ TEST(Connect, KeysDoNotReachABootRom) {
     options.chip.password = std::vector<uint8_t>(12, 0x11);
     options.chip.applicationText = "hello";
     TargetWorld world(options);
-    SIMPORT_WithChip(world.line,
-                     [](Chip& chip) { CHIP_PutFlash(chip, 0, std::vector<uint8_t>{1}); });
+    world.putFlash(0, {1});
     PASSWORD_SetBytes(std::vector<uint8_t>(12, 0x22));
     const auto sent = [&world] { return SIMPORT_BytesToChip(world.line); };
     const auto type = [&] {
@@ -61,10 +60,13 @@ TEST(Connect, KeysDoNotReachABootRom) {
     EXPECT_EQ(type(), 2U);
     world.terminal.clear();
     EXPECT_EQ(TARGET_Connect(), 0); // the password is refused
+    EXPECT_FALSE(TARGET_TerminalWrite(std::vector<uint8_t>{'@', '0'}));
+    const std::string note =
+        "\n[not sent: the chip is in its boot ROM until Start Application or a "
+        "reset]\n";
+    EXPECT_EQ(world.terminal, note);
     EXPECT_EQ(type(), 0U);
-    EXPECT_EQ(world.terminal,
-              "\n[not sent: the chip is in its boot ROM until Start Application or a "
-              "reset]\n");
+    EXPECT_EQ(world.terminal, note) << "once";
     CLOCK_Sleep(3000);
     SIMPORT_WithChip(world.line, [](Chip& chip) { // the user presses reset
         CHIP_SetLines(chip, true, false, CLOCK_Now());
@@ -72,9 +74,16 @@ TEST(Connect, KeysDoNotReachABootRom) {
     });
     CLOCK_Sleep(1000);
     EXPECT_EQ(type(), 2U);
+    world.terminal.clear();
     EXPECT_EQ(TARGET_Connect(), 0);
+    EXPECT_EQ(type(), 0U);
+    EXPECT_EQ(world.terminal, note);
     TARGET_StartApplication();
     EXPECT_EQ(type(), 2U);
+    PASSWORD_SetBytes(options.chip.password);
+    EXPECT_EQ(TARGET_Connect(), 1);
+    TARGET_Disconnect();
+    EXPECT_EQ(type(), 2U) << "a loader is no boot ROM";
 }
 
 // It is there before the application speaks and gone before the boot ROM is spoken to; beside a
@@ -118,9 +127,7 @@ TEST(Connect, TheLinkIsTakenAtAnyPointOfAnExchange) {
     }
     TargetWorld world({.device = "VT-B128", .chip = paced});
     EXPECT_EQ(TARGET_Connect(), 1);
-    SIMPORT_WithChip(world.line, [](Chip& chip) {
-        CHIP_SetFaults(chip, {{FaultKind::noReply, ChipStep::identify}});
-    });
+    world.setFaults({{FaultKind::noReply, ChipStep::identify}});
     CLOCK_Sleep(50);
     const Moment start = CLOCK_Now();
     TARGET_Disconnect();
@@ -128,9 +135,10 @@ TEST(Connect, TheLinkIsTakenAtAnyPointOfAnExchange) {
     EXPECT_EQ(world.allErrors(), "");
 }
 
-// The slowest rate with the largest page, and a line that pauses inside of replies, as a busy
-// computer and a port server make it pause.
-TEST(Connect, SlowAndPausingLinesAreWaitedFor) {
+// The slowest rate with the largest page; a line that pauses inside of replies, as a busy computer
+// and a port server make it pause; a port server that is a second away, where every byte comes that
+// late, also those of before the reset.
+TEST(Connect, SlowPausingAndFarLinesAreWaitedFor) {
     WorldOptions slow;
     slow.device = "OWN";
     slow.description = "Version = 100\nManufacturer = \"M\"\nDevice = \"OWN\"\nBank = 0,4000\n"
@@ -142,31 +150,16 @@ TEST(Connect, SlowAndPausingLinesAreWaitedFor) {
     WorldOptions pausing;
     pausing.port = "faulty://rx-late=60:450ms,rx-late=61:450ms,rx-late=200:450ms,rx-late=421:450ms,"
                    "rx-late=700:450ms@sim://world";
-    for (const WorldOptions& options : {slow, pausing}) {
+    WorldOptions far;
+    far.chip.applicationText = "running ";
+    far.chip.applicationEveryMs = 5;
+    WorldOptions farA = far;
+    farA.device = "VT-A96";
+    for (const WorldOptions& options : {slow, pausing, far, farA}) {
+        SCOPED_TRACE(options.device + " " + options.port);
         TargetWorld world(options);
-        runAuto();
-        runVerify();
-        EXPECT_TRUE(world.hasLogged("Verifying finished"));
-        EXPECT_TRUE(world.chipHoldsProgram());
-        EXPECT_EQ(world.allErrors() + world.violations(), "");
-    }
-}
-
-// A port server that is a second away: every byte comes that late, also those of before the reset.
-TEST(Connect, FarPortServersAreWaitedFor) {
-    for (const char* device : {"VT-B128", "VT-A96"}) {
-        SCOPED_TRACE(device);
-        WorldOptions options;
-        options.device = device;
-        options.chip.applicationText = "running ";
-        options.chip.applicationEveryMs = 5;
-        TargetWorld world(options);
-        SIMPORT_SetDelay(world.line, 1000);
+        SIMPORT_SetDelay(world.line, options.chip.applicationEveryMs != 0 ? 1000 : 0);
         CLOCK_Sleep(3000);
-        runAuto();
-        runVerify();
-        EXPECT_TRUE(world.hasLogged("Verifying finished"));
-        EXPECT_TRUE(world.chipHoldsProgram());
-        EXPECT_EQ(world.allErrors() + world.violations(), "");
+        expectAutoAndVerify(world);
     }
 }

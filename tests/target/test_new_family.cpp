@@ -4,6 +4,7 @@
 #include "bootrom/boot_wire.h"
 #include "bootrom/flash_commands.h"
 #include "bootrom/handshake.h"
+#include "serial/sio_line.h"
 #include "sim/chip_state.h"
 #include "target_world.h"
 
@@ -103,14 +104,10 @@ TEST(NewFamily, WorksFromItsRecordsAlone) {
                           "SprtCRC = 1\n";
     options.chip.password = {1, 2, 3};
     TargetWorld world(options);
-    runAuto();
-    runVerify();
-    EXPECT_TRUE(world.hasLogged("Verifying finished"));
-    EXPECT_TRUE(world.chipHoldsProgram());
-    EXPECT_EQ(world.allErrors() + world.violations(), "");
+    expectAutoAndVerify(world);
     EXPECT_EQ(TARGET_FlashStatus(), 1);
     EXPECT_EQ(world.allErrors(),
               "Flash Memory Status is not supported by the boot ROM of this device");
     EXPECT_EQ(TARGET_EraseChip(true), 0);
-    SIMPORT_WithChip(world.line, [](Chip& chip) { EXPECT_TRUE(CHIP_IsBlank(chip)); });
+    EXPECT_TRUE(world.chipIsBlank());
 }

@@ -1,4 +1,6 @@
 // What happens on the line while nothing happens, and communication logs that are played back.
+#include "bootrom/connect.h"
+#include "platform/format.h"
 #include "sim/replay.h"
 #include "support/test_line.h"
 #include "target/target_world.h"
@@ -7,31 +9,20 @@
 
 namespace {
 
-struct Recorded {
-    std::string text;
-    std::string lineAt(size_t number) const {
-        std::istringstream stream(text);
-        std::string line;
-        while (number-- > 0) {
-            std::getline(stream, line);
-        }
-        return line;
+size_t countOf(const std::string& part, const std::string& text) {
+    size_t found = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++found;
     }
-    size_t count(const std::string& part) const {
-        size_t found = 0;
-        for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
-            ++found;
-        }
-        return found;
-    }
-};
+    return found;
+}
 
 WorldOptions withLog(const std::string& device) {
     return {.device = device, .chip = {}, .openPort = false};
 }
 
 // Auto, a minute of nothing, a verify and Start Application, with the log on from the opening.
-Recorded record(const std::string& device) {
+std::string record(const std::string& device) {
     TargetWorld world(withLog(device));
     SIO_SetLogging(1);
     SIO_SetConfig({1, 38400, 1});
@@ -42,7 +33,7 @@ Recorded record(const std::string& device) {
     EXPECT_EQ(world.allErrors() + world.violations(), "");
     TARGET_Stop();
     SIO_Exit();
-    return {readFile(world.folder() / "calvorin.sio")};
+    return readFile(world.folder() / "calvorin.sio");
 }
 
 // A program that talks to a replay in virtual time.
@@ -100,20 +91,50 @@ struct ReplayWorld {
 } // namespace
 
 // Thirteen lines, and a count every ten seconds.
-TEST(Idle, TheLogCountsPollsAndTellsTheReset) {
-    const Recorded log = record("VT-B128");
-    EXPECT_EQ(log.count("            The 13 lines above came 51 times more within 10000 ms\r\n"),
+TEST(Idle, TheLogCountsPolls) {
+    const std::string log = record("VT-B128");
+    EXPECT_EQ(countOf("            The 13 lines above came 51 times more within 10000 ms\r\n", log),
               5U);
-    EXPECT_EQ(log.count("EB \r\n" + std::string(13, ' ')), 0U);
-    EXPECT_EQ(log.count("56 54 31 30"), 2U) << "after connecting and after programming";
-    std::string lines; // of the two resets
-    std::istringstream stream(log.text);
-    for (std::string line; std::getline(stream, line);) {
-        if (const size_t at = std::min(line.find("DTR "), line.find("RTS ")); at < line.size()) {
-            lines += line.substr(at, line.size() - at - 1) + "|";
+    EXPECT_EQ(countOf("EB \r\n" + std::string(13, ' '), log), 0U);
+    EXPECT_EQ(countOf("56 54 31 30", log), 2U) << "after connecting and after programming";
+}
+
+TEST(Idle, ThePollsAreCountedAsTheyEnd) {
+    TargetWorld world({.chip = {}});
+    SIO_SetLogging(1);
+    EXPECT_EQ(TARGET_Connect(), 1);
+    CLOCK_Sleep(3000);
+    TARGET_Disconnect();
+    CLOCK_Sleep(2000);
+    EXPECT_NE(readFile(world.folder() / "calvorin.sio").find("lines above came"),
+              std::string::npos);
+}
+
+// Two resets, a minute apart, with the ms since the line call before; the first of them for the
+// boot ROM's erase where there is one.
+TEST(Idle, TheLogTellsThePausesOfTheResets) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"VT-A32", "500DTR on|50RTS on|250DTR off|250Rate 9600 Bd, DTR off, RTS on|"
+                   "0Rate 38400 Bd, DTR off, RTS on|61011DTR on|50RTS off|250DTR off|"},
+        {"VT-B128", "500DTR on|50RTS on|250DTR off|61803DTR on|50RTS off|250DTR off|"},
+    };
+    for (const auto& [device, expected] : cases) {
+        std::istringstream stream(record(device));
+        std::string calls;
+        int before = 0;
+        for (std::string line; std::getline(stream, line);) {
+            int minutes = 0;
+            int seconds = 0;
+            int ms = 0;
+            char call[80] = "";
+            if (std::sscanf(line.c_str(), "%*d:%d:%d:%d            %1[DR]%78[^\r]", &minutes,
+                            &seconds, &ms, call, call + 1) == 5) {
+                const int at = (minutes * 60 + seconds) * 1000 + ms;
+                calls += std::to_string(at - std::exchange(before, at)) + call + "|";
+            }
         }
+        EXPECT_EQ(calls, expected) << device;
     }
-    EXPECT_EQ(lines, "DTR on|RTS on|DTR off|DTR on|RTS off|DTR off|");
 }
 
 // Five questions a second, a lost loader or line noticed in time, and an operation begun at once.
@@ -139,7 +160,7 @@ TEST(Idle, TheLoaderIsAskedFiveTimesASecond) {
 
     for (const bool unplugged : {false, true}) {
         world.screen.take(world.screen.errors, '|');
-        SIMPORT_WithChip(world.line, [](Chip& chip) { CHIP_SetFaults(chip, {}); });
+        world.setFaults({});
         runAuto();
         EXPECT_EQ(TARGET_State().LinkState, LINK_RAMCODE);
         CLOCK_Sleep(1000);
@@ -147,9 +168,7 @@ TEST(Idle, TheLoaderIsAskedFiveTimesASecond) {
         if (unplugged) {
             SIMPORT_Unplug(world.line);
         } else {
-            SIMPORT_WithChip(world.line, [](Chip& chip) {
-                CHIP_SetFaults(chip, {{FaultKind::die, ChipStep::any, 0, 0, 0}});
-            });
+            world.setFaults({{FaultKind::die, ChipStep::any, 0, 0, 0}});
         }
         CLOCK_Wait(kNever, [] { return TARGET_State().LinkState == LINK_IDLE; });
         EXPECT_LE(CLOCK_Now().us - gone.us, unplugged ? 1000 : 1'220'000);
@@ -160,8 +179,8 @@ TEST(Idle, TheLoaderIsAskedFiveTimesASecond) {
 TEST(Replay, TheHostThatMadeTheLogPlaysItToItsEnd) {
     for (const char* const device : {"VT-B128", "VT-A60"}) {
         SCOPED_TRACE(device);
-        const Recorded log = record(device);
-        ReplayWorld host(device, log.text);
+        const std::string log = record(device);
+        ReplayWorld host(device, log);
         runAuto();
         CLOCK_Sleep(3000); // another number of polls
         runVerify();
@@ -172,51 +191,46 @@ TEST(Replay, TheHostThatMadeTheLogPlaysItToItsEnd) {
     }
 }
 
-// What is changed in the log is where the host differs from it.
+// What is changed in the log is where the host differs from it; a log that is cut off ends too
+// early.
 TEST(Replay, TheFirstDifferenceIsNamed) {
-    struct Case {
-        const char* device;
-        const char* find;
-        const char* replacement;
-        const char* log; // what the difference says
-        const char* came;
-        size_t linesOn = 1; // from the changed one, counted from 0
-    };
-    const Case cases[] = {
-        {"VT-A60", "Rate 9600 Bd", "Rate 19200 Bd", "a rate of 19200 Bd", " a rate of 9600 Bd"},
-        {"VT-B128", "RTS off", "RTS on", "DTR off", " RTS off", 2}, // nothing changes RTS
-        {"VT-B128", "WRITE 86 ", "WRITE 5A ", "WRITE 5A", " 86 (byte 1)"},
-        {"VT-B128", "D7 0A 27 F3 ", "D7 0A 27 F4 ", "WRITE ... 93 8A EF 43 67 D7 0A 27 F4 0B",
-         " ... 93 8A EF 43 67 D7 0A 27 F3 (byte 11)"},
-        {"VT-B128", "WRITE 03 11 00 ", "WRITE 03 12 00 ", "WRITE 03 12 00 00 00 80 00",
-         " 03 11 (byte 2)"},
-        {"VT-B128", "            DTR on\r\n", "    1 WRITE 00 \r\n            DTR on\r\n",
-         "WRITE 00", " DTR on"},
-        {"VT-B128", "            Closing COM1\r\n", "    2 WRITE 41 42 \r\n", "WRITE 41 42",
-         " nothing"},
-        {"VT-B128", "            DTR off\r\n", "-", "the end of the log", " 86"},
-    };
-    for (const Case& test : cases) {
-        SCOPED_TRACE(std::string(test.find) + " -> " + test.replacement);
-        Recorded log = record(test.device);
-        size_t at = log.text.find(test.find);
+    // What is changed into what; what the difference says of the log and of the host, and how many
+    // lines on from the changed one.
+    const std::tuple<const char*, std::string, std::string, std::string, std::string, int> cases[] =
+        {
+            {"VT-A60", "Rate 9600 Bd", "Rate 19200 Bd", "a rate of 19200 Bd", "a rate of 9600 Bd",
+             1},
+            {"VT-B128", "RTS off", "RTS on", "DTR off", "RTS off", 2}, // nothing changes RTS
+            {"VT-B128", "WRITE 86 ", "WRITE 5A ", "WRITE 5A", "86 (byte 1)", 1},
+            {"VT-B128", "D7 0A 27 F3 ", "D7 0A 27 F4 ", "WRITE ... 93 8A EF 43 67 D7 0A 27 F4 0B",
+             "... 93 8A EF 43 67 D7 0A 27 F3 (byte 11)", 1},
+            {"VT-B128", "WRITE 03 11 00 ", "WRITE 03 12 00 ", "WRITE 03 12 00 00 00 80 00",
+             "03 11 (byte 2)", 1},
+            {"VT-B128", "            DTR on\r\n", "    1 WRITE 00 \r\n            DTR on\r\n",
+             "WRITE 00", "DTR on", 1},
+            {"VT-B128", "            Closing COM1\r\n", "    2 WRITE 41 42 \r\n", "WRITE 41 42",
+             "nothing", 1},
+            {"VT-B128", "DTR off\r\n", "", "the end of the log", "86", 0},
+        };
+    for (const auto& [device, from, to, wanted, came, linesOn] : cases) {
+        SCOPED_TRACE(from + " -> " + to);
+        std::string log = record(device);
+        const size_t at = log.find(from);
         ASSERT_NE(at, std::string::npos);
-        const bool cutOff = *test.replacement == '-';
-        const auto line = static_cast<size_t>(
-            std::count(log.text.begin(), log.text.begin() + static_cast<ptrdiff_t>(at), '\n'));
-        at += cutOff ? std::string(test.find).size() : 0;
-        log.text.replace(at, cutOff ? std::string::npos : std::string(test.find).size(),
-                         cutOff ? "" : test.replacement);
-        ReplayWorld host(test.device, log.text);
+        const int line = static_cast<int>(countOf("\n", log.substr(0, at))) + linesOn;
+        if (to.empty()) {
+            log.resize(at + from.size());
+        } else {
+            log.replace(at, from.size(), to);
+        }
+        ReplayWorld host(device, log);
         runAuto();
         runVerify();
         TARGET_StartApplication();
         const std::string told = host.replay->difference() + host.replay->missing();
-        EXPECT_TRUE(told.starts_with(cutOff ? test.log
-                                            : "line " + std::to_string(line + test.linesOn) + " ("))
-            << told;
-        EXPECT_NE(told.find(test.log), std::string::npos) << told;
-        EXPECT_NE(told.find(std::string("came:") + test.came), std::string::npos) << told;
+        EXPECT_TRUE(told.starts_with(to.empty() ? wanted : formatText("line %d (", line))) << told;
+        EXPECT_NE(told.find(wanted), std::string::npos) << told;
+        EXPECT_NE(told.find("came: " + came), std::string::npos) << told;
     }
 }
 
