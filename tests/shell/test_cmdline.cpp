@@ -125,8 +125,6 @@ TEST(Cmdline, ReportsWhatIsWrongWithAnArgument) {
          unattended},
         {{"-FileMerge" + std::string(kMaxArgument + 1, 'x')},
          "The argument of \"FileMerge\" is too long: at most 599 characters"},
-        {Strings(kMaxQueuedCommands + 1, "-TargetVerify"),
-         "Too many commands, \"TargetVerify\" is not run: at most 20 can be queued", unattended},
         {{"--watch"}, "--watch needs a FILE to watch"},
         {{"/dev/null", "--watch"},
          "--watch needs a file that can change, /dev/null is a pipe or a device"},
@@ -216,6 +214,9 @@ TEST(Cmdline, RunsQueuedCommandsInOrderAndOnlyExitAfterAFailure) {
     EXPECT_EQ(world.reports, Strings{});
     CMDLINE_RunCommand(CMD_EXIT);
     EXPECT_TRUE(SESSION_Get().quit);
+    process(Strings(kMaxQueuedCommands + 1, "-TargetVerify"));
+    EXPECT_EQ(world.reports, Strings{"Too many commands, \"TargetVerify\" is not run: at most 20 "
+                                     "can be queued"});
 }
 
 TEST(Cmdline, TakesTheProgramFileAtAnyPlace) {
