@@ -13,6 +13,11 @@
 #include "shell/session.h"
 #include "shell/summary.h"
 
+// Four bytes at 0, one at 0x20, and what ends within its record.
+constexpr char kAppHex[] = ":0400000001020304F2\n:00000001FF\n";
+constexpr char kBootHex[] = ":0100200034AB\n:00000001FF\n";
+constexpr char kCutHex[] = ":0100300034";
+
 class ShellWorld : public DeviceWorld {
 public:
     explicit ShellWorld(const std::string& device = kHead + "Bank = 100, 100, 200, 100\n") {
@@ -24,5 +29,10 @@ public:
     static void load(uint32_t address, const std::vector<uint8_t>& bytes) {
         HEXDATA_AddData(address, bytes);
         SUMMARY_Refresh();
+    }
+    // Writes a file of the folder; its path.
+    std::string file(const std::string& name, const std::string& text) const {
+        writeFile(folder / name, text);
+        return folder / name;
     }
 };

@@ -10,7 +10,7 @@ using std::string_literals::operator""s;
 
 namespace {
 
-// Flash 0x8000 to 0xFFFF, a reset vector at 0xFFFE and another at 0xFFFC.
+// Flash 0x8000 to 0xFFFF, a reset vector at 0xFFFE and another at 0xFFFC, and a password.
 const std::string kVectors = "Device = \"V\"\nManufacturer = \"M\"\nBank = 8000, 8000\n"
                              "IVector = 0, \"NMI\", 16, FFFC, 1, \"RESET_Vector\", 16, FFFE\n";
 const std::string kPassword = kVectors + "UARTRamcode = \"x\", \"TYPE_B\"\nIDLenMin = 4\n"
@@ -18,41 +18,30 @@ const std::string kPassword = kVectors + "UARTRamcode = \"x\", \"TYPE_B\"\nIDLen
 
 } // namespace
 
-TEST(Checks, JudgeTheResetVector) {
-    const struct {
-        std::vector<uint8_t> bytes; // from 0xFFFC
-        ResetVectorVerdict verdict;
-    } cases[] = {
-        {{}, RESET_VECTOR_NONE},
-        {{0xFF, 0xFF, 0xFF, 0xFF}, RESET_VECTOR_NONE},
-        {{0x00, 0x90, 0xFF, 0xFF}, RESET_VECTOR_MISSING},
-        {{0x00, 0x90}, RESET_VECTOR_MISSING},
-        {{0x00, 0x90, 0x00}, RESET_VECTOR_MISSING},
-        {{0x00, 0x90, 0x00, 0x80}, RESET_VECTOR_GOOD},
-        {{0xFF, 0xFF, 0xFF, 0x7F}, RESET_VECTOR_OUTSIDE},
-    };
-    for (const auto& c : cases) {
-        const ShellWorld world(kVectors);
-        HEXDATA_AddData(0xFFFC, c.bytes);
-        EXPECT_EQ(CHECKS_ResetVector(), c.verdict) << c.bytes.size();
-    }
-}
-
-TEST(Checks, JudgeThePassword) {
+TEST(Checks, JudgeResetVectorAndPassword) {
     const struct {
         uint32_t address;
         std::vector<uint8_t> bytes;
-        PasswordVerdict verdict;
+        ResetVectorVerdict vector;
+        PasswordVerdict password = PASSWORD_INCOMPLETE;
     } cases[] = {
-        {0x9000, {1, 2, 3, 4}, PASSWORD_PLAUSIBLE},
-        {0x9000, {5, 5, 5, 5}, PASSWORD_UNIFORM},
-        {0x9000, {1, 2, 3}, PASSWORD_INCOMPLETE},
-        {0x9004, {1}, PASSWORD_INCOMPLETE},
+        {0xFFFC, {}, RESET_VECTOR_NONE},
+        {0xFFFC, {0xFF, 0xFF, 0xFF, 0xFF}, RESET_VECTOR_NONE},
+        {0xFFFC, {0x00, 0x90, 0xFF, 0xFF}, RESET_VECTOR_MISSING},
+        {0xFFFC, {0x00, 0x90}, RESET_VECTOR_MISSING},
+        {0xFFFC, {0x00, 0x90, 0x00}, RESET_VECTOR_MISSING},
+        {0xFFFC, {0x00, 0x90, 0x00, 0x80}, RESET_VECTOR_GOOD},
+        {0xFFFC, {0xFF, 0xFF, 0xFF, 0x7F}, RESET_VECTOR_OUTSIDE},
+        {0x9000, {1, 2, 3, 4}, RESET_VECTOR_NONE, PASSWORD_PLAUSIBLE},
+        {0x9000, {5, 5, 5, 5}, RESET_VECTOR_NONE, PASSWORD_UNIFORM},
+        {0x9000, {1, 2, 3}, RESET_VECTOR_NONE},
+        {0x9004, {1}, RESET_VECTOR_NONE},
     };
     for (const auto& c : cases) {
         const ShellWorld world(kPassword);
         HEXDATA_AddData(c.address, c.bytes);
-        EXPECT_EQ(CHECKS_Password(), c.verdict);
+        EXPECT_EQ(CHECKS_ResetVector(), c.vector) << &c - cases;
+        EXPECT_EQ(CHECKS_Password(), c.password) << &c - cases;
     }
     const ShellWorld typeA(kVectors);
     EXPECT_EQ(CHECKS_Password(), PASSWORD_PLAUSIBLE);

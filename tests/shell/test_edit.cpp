@@ -63,19 +63,14 @@ int stepsUndone() {
 // shows.
 TEST(EditHistory, TakesBackAndDoesAgain) {
     ShellWorld world;
-    const std::string app = world.folder / "app.hex";
-    const std::string boot = world.folder / "boot.hex";
-    const std::string cut = world.folder / "cut.hex";
-    writeFile(app, ":0400000001020304F2\n:00000001FF\n");
-    writeFile(boot, ":0100200034AB\n:00000001FF\n");
-    writeFile(cut, ":0100300034");
+    const std::string app = world.file("app.hex", kAppHex);
     const std::vector<std::function<void()>> edits = {
         [] { EDIT_Relocate(0x10); },
         [] { EDIT_Relocate(INT32_MIN); },
         [] { EDIT_DeleteRange(0x80000011, 0x80000012); },
-        [&] { PROGRAM_Merge(boot); },
-        [&] { PROGRAM_Open(cut); },     // fails and leaves nothing
-        [] { EDIT_DeleteRange(0, 5); }, // changes nothing
+        [&] { PROGRAM_Merge(world.file("boot.hex", kBootHex)); },
+        [&] { PROGRAM_Open(world.file("cut.hex", kCutHex)); }, // fails and leaves nothing
+        [] { EDIT_DeleteRange(0, 5); },                        // changes nothing
     };
     ASSERT_TRUE(PROGRAM_Open(app));
     std::vector<std::pair<std::string, Areas>> states;
@@ -106,9 +101,8 @@ TEST(EditHistory, TakesBackAndDoesAgain) {
 
 TEST(EditHistory, KnowsWhichStateIsSavedAndWhatTypingIsOne) {
     ShellWorld world;
-    const std::string app = world.folder / "app.hex";
+    const std::string app = world.file("app.hex", kAppHex);
     const std::string copy = world.folder / "copy.hex";
-    writeFile(app, ":0400000001020304F2\n:00000001FF\n");
     ASSERT_TRUE(PROGRAM_Open(app));
     typeByte(1, 0x50);
     typeByte(1, 0x56);
@@ -148,8 +142,7 @@ TEST(EditHistory, KeepsNoMoreThanItsLimit) {
 // Where the image would be given up, the user is asked first, with windows alone.
 TEST(EditHistory, ChangesAreNotLostWithoutAQuestion) {
     ShellWorld world;
-    const std::string app = world.folder / "app.hex";
-    writeFile(app, ":0400000001020304F2\n:00000001FF\n");
+    const std::string app = world.file("app.hex", kAppHex);
     FRONTEND_Get().hasWindows = true;
     FRONTEND_Get().chooseFile = [&](const FileRequest&) { return FileChoice{app, 0}; };
     const std::function<void()> losses[] = {PROGRAM_OpenDialog,   [&] { PROGRAM_OpenRecent(app); },

@@ -17,16 +17,11 @@ struct FrameWorld : ShellWorld {
         FRONTEND_Get().updateMenu = FRAMERULES_CatchUp;
         FRONTEND_Get().isDialogOpen = [this] { return dialogOpen; };
         FRONTEND_Get().isViewOpen = [this](View) { return viewOpen; };
-        const std::string path = file("app.hex", ":0400000001020304F2\n:00000001FF\n");
-        PROGRAM_Open(path);
+        PROGRAM_Open(file("app.hex", kAppHex));
         SESSION_Get().image.time = 1;
     }
     ~FrameWorld() { EVENTS_Close(); }
 
-    std::string file(const std::string& name, const std::string& text) const {
-        writeFile(folder / name, text);
-        return (folder / name).string();
-    }
     // How often it was asked whether to reload.
     size_t asked() const {
         while (EVENTS_ProcessOne()) {
@@ -111,6 +106,6 @@ TEST(FrameRules, OpenABroughtFileByItsName) {
     FrameWorld world;
     FRAMERULES_OpenFile(world.file("a.TPU", "Baudrate = 2400\n"));
     EXPECT_EQ(SIO_GetBaudrate(), 2400U);
-    FRAMERULES_OpenFile(world.file("b.hex", ":01008000017E\n:00000001FF\n"));
-    EXPECT_EQ(HEXDATA_GetFirstAddr(), 0x80U);
+    FRAMERULES_OpenFile(world.file("b.hex", kBootHex));
+    EXPECT_EQ(HEXDATA_GetFirstAddr(), 0x20U);
 }

@@ -35,7 +35,6 @@ TEST(ProgramFiles, AreWrittenWithoutAskingOnlyWhereTheImageIsTheirs) {
     ShellWorld world;
     const std::string app = world.folder / "app.hex";
     const std::string boot = world.folder / "boot.hex";
-    const std::string cut = world.folder / "cut.hex";
     std::string title;
     int asked = 0;
     FRONTEND_Get().setTitle = [&title](const std::string& text) { title = text; };
@@ -53,7 +52,7 @@ TEST(ProgramFiles, AreWrittenWithoutAskingOnlyWhereTheImageIsTheirs) {
         EDIT_DeleteRange(0x1000, 0x1000); // holds nothing
         EDIT_Relocate(0);
     };
-    const auto loseIt = [&] { PROGRAM_Merge(cut); };
+    const auto loseIt = [&] { PROGRAM_Merge(world.file("cut.hex", kCutHex)); };
     const auto saveAs = [&] { PROGRAM_Save(boot, FILETYPE_INTEL); };
     const struct {
         std::vector<std::function<void()>> steps;
@@ -71,9 +70,8 @@ TEST(ProgramFiles, AreWrittenWithoutAskingOnlyWhereTheImageIsTheirs) {
         {{open, merge, open}, app, app},
     };
     for (const auto& c : cases) {
-        writeFile(app, ":0400000001020304F2\n:00000001FF\n");
-        writeFile(boot, ":0100200034AB\n:00000001FF\n");
-        writeFile(cut, ":0100300034");
+        world.file("app.hex", kAppHex);
+        world.file("boot.hex", kBootHex);
         PROGRAM_Unload();
         for (const auto& step : c.steps) {
             step();
@@ -91,7 +89,7 @@ TEST(ProgramFiles, AreWrittenWithoutAskingOnlyWhereTheImageIsTheirs) {
         EXPECT_EQ(title.find('*') != std::string::npos, c.saved.empty() && c.origin.ends_with('*'));
     }
     RUN_SetUnattended(true);
-    writeFile(boot, ":0100200034AB\n:00000001FF\n");
+    world.file("boot.hex", kBootHex);
     merge();
     world.screen.takeAll(world.reports);
     PROGRAM_SaveCurrent();
