@@ -2,7 +2,6 @@
 
 #include "notice/error.h"
 #include "notice/log.h"
-#include "notice/run.h"
 #include "persist/ini.h"
 #include "platform/format.h"
 #include "platform/port_list.h"
@@ -203,10 +202,7 @@ bool _InitSIO(uint32_t baudrate) {
     OPENPORT_Set(std::move(line), name, device);
     logDevice(name, device);
     changeRate(baudrate, isFailureTolerated());
-    // To see who else has the port takes longer than a conversion.
-    if (!isFailureTolerated() || !RUN_IsUnattended()) {
-        PORTHINT_NoteOpened(device);
-    }
+    PORTHINT_NoteOpened(device);
     logOpenState(
         formatText("%s opened with %d Baud", name.c_str(), static_cast<int>(wanted.Baudrate)));
     return true;

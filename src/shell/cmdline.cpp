@@ -20,7 +20,7 @@ Options take effect before the file is loaded, commands then run in their order,
 skips the rest.
 With -Exit nothing is shown or asked: errors, questions that were not asked and log lines go to
 standard error, and the exit code is 0 or 1. Of a line that is not understood to its last character
-nothing is done. A run that queues no -Target command needs no port; one that does ends with a line
+nothing is done. A run that queues no -Target command leaves the port alone; another ends with a line
 "Passed: ..." or "Failed: ...". Ctrl-C, SIGTERM and SIGHUP end a run with 1.
 What a run leaves in Calvorin.tpu (--paths tells where), the next one starts with; a Calvorin.tpu
 that cannot be read to its end ends a run with -Exit.

@@ -19,7 +19,6 @@
 #include "shell/cmdline.h"
 #include "shell/cmdline_commands.h"
 #include "shell/cmdline_line.h"
-#include "shell/console.h"
 #include "shell/front_end.h"
 #include "shell/identity.h"
 #include "shell/image_origin.h"
@@ -124,18 +123,17 @@ bool loadRemembered() {
     return !RUN_IsUnattended() || RUN_GetExitCode() == 0;
 }
 
-// A conversion needs no port: a run that queues no target command goes on without one. It says so;
-// the desktop shows it as long as it lasts.
+// A run that only converts leaves the port alone: opening it would move the lines that reset a
+// board and take the port from a run that needs it. The desktop shows a failure as long as it
+// lasts.
 void openPort() {
     const bool needless = !CMDLINE_NeedsTarget();
+    if (needless && RUN_IsUnattended()) {
+        return;
+    }
     SIO_TolerateOpenFailure(needless);
-    SIO_Restart();
-    const std::string failure = needless ? SIO_GetOpenFailure() : "";
-    if (!failure.empty() && RUN_IsUnattended()) {
-        CONSOLE_PrintLine("Note: the port is not available, " + failure +
-                          "; no command of this run needs it");
-    } else if (!failure.empty()) {
-        LOG_Add(failure);
+    if (!SIO_Restart() && needless) {
+        LOG_Add(SIO_GetOpenFailure());
     }
     SIO_TolerateOpenFailure(false);
 }
