@@ -80,31 +80,37 @@ uint8_t reduce(const Lanes& lanes, const Combine& combine) {
 
 } // namespace
 
+// The sum is kept in a local: the compiler cannot know that no byte written is that of `sum`.
 bool decodeHex(const char* text, std::span<uint8_t> bytes, uint8_t& sum) {
     Lanes seenLanes{};
     Lanes sums{};
+    const size_t size = bytes.size();
+    uint8_t* const to = bytes.data();
     size_t at = 0;
-    for (; at + kBlock <= bytes.size(); at += kBlock) {
+    for (; at + kBlock <= size; at += kBlock) {
         const Lanes block = decodeBlock(text + 2 * at, seenLanes);
-        std::memcpy(bytes.data() + at, &block, sizeof block);
+        std::memcpy(to + at, &block, sizeof block);
         sums += block;
     }
     uint8_t seen = 0;
+    uint8_t total = sum;
     if (at > 0) {
         seen = reduce(seenLanes, std::bit_or<uint8_t>());
-        sum = static_cast<uint8_t>(sum + reduce(sums, std::plus<uint8_t>()));
+        total = static_cast<uint8_t>(total + reduce(sums, std::plus<uint8_t>()));
     }
-    for (; at < bytes.size(); ++at) {
+    for (; at < size; ++at) {
         const uint8_t high = kDigits[static_cast<uint8_t>(text[2 * at])];
         const uint8_t low = kDigits[static_cast<uint8_t>(text[2 * at + 1])];
         seen |= high | low;
-        bytes[at] = static_cast<uint8_t>(high << 4 | low);
-        sum = static_cast<uint8_t>(sum + bytes[at]);
+        to[at] = static_cast<uint8_t>(high << 4 | low);
+        total = static_cast<uint8_t>(total + to[at]);
     }
+    sum = total;
     return (seen & kNoDigit) == 0;
 }
 
 char* encodeHex(char* text, std::span<const uint8_t> bytes, uint8_t& sum) {
+    uint8_t total = sum;
     if (bytes.size() >= kBlock) {
         Lanes sums{};
         for (; bytes.size() >= kBlock; bytes = bytes.subspan(kBlock)) {
@@ -114,12 +120,13 @@ char* encodeHex(char* text, std::span<const uint8_t> bytes, uint8_t& sum) {
             sums += block;
             text += 2 * kBlock;
         }
-        sum = static_cast<uint8_t>(sum + reduce(sums, std::plus<uint8_t>()));
+        total = static_cast<uint8_t>(total + reduce(sums, std::plus<uint8_t>()));
     }
     for (const uint8_t byte : bytes) {
         std::memcpy(text, kPairs[byte].data(), 2);
         text += 2;
-        sum = static_cast<uint8_t>(sum + byte);
+        total = static_cast<uint8_t>(total + byte);
     }
+    sum = total;
     return text;
 }

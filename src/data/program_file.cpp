@@ -54,7 +54,7 @@ bool readFile(FileReader& file, const std::filesystem::path& path) {
     }
     HEXDATA_Clear(); // no half-read file remains
     const std::string error = formatText("Error in line %d: %s", reader.line(), reader.error());
-    report(ERROR_WithReason(error, file.failure().reason));
+    report(ERROR_WithReason(error, reader.reason()));
     return false;
 }
 
@@ -97,7 +97,7 @@ bool PROGRAMFILE_Save(const std::filesystem::path& path, int type) {
         }
         return false;
     }
-    RecordWriter writer([&file](std::string_view text) { return file.write(text); });
+    RecordWriter writer([&file](std::string& text) { return file.pass(text); });
     wanted->write(writer, AddressRange::upTo(0, UINT32_MAX));
     FileResult written = writer.finish();
     if (written.ok()) {

@@ -3,35 +3,72 @@
 #include "data/hex_codec.h"
 #include "persist/chars.h"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace {
 
-constexpr size_t kWindow = 65536; // characters
+constexpr size_t kPiece = 65536; // characters
+constexpr size_t kLargePiece = 524288;
+constexpr uint64_t kLargeFile = 1U << 20; // bytes, many times what starting a thread costs
 constexpr char kCtrlZ = 0x1A;
 constexpr char kExpectedHex[] = "Expected Hex character : 0..9, A..F";
 
 } // namespace
 
-RecordReader::RecordReader(FileReader& file) : file_(file), window_(kWindow + kLongestRecord) {
+// What is no file in the end, a pipe or a device, tells no size.
+RecordReader::RecordReader(FileReader& file)
+    : file_(file), pieceSize_(file.size() >= kLargeFile ? kLargePiece
+                              : file.size() > 0         ? std::min(file.size() + 1, kPiece)
+                                                        : kPiece),
+      window_(kLongestRecord, '\0'), position_(kLongestRecord) {
+    if (file.size() >= kLargeFile) {
+        ahead_.emplace([this](std::string& piece) { readPiece(piece); });
+        std::string first;
+        ahead_->exchange(first);
+    }
+}
+
+// A piece that is shorter than the others is the last one.
+void RecordReader::readPiece(std::string& piece) {
+    piece.resize(kLongestRecord + pieceSize_);
+    size_t end = kLongestRecord;
+    while (!readAll_ && end < piece.size()) {
+        const ptrdiff_t count = file_.read(std::span(piece).subspan(end));
+        readFailed_ = count < 0;
+        readAll_ = count <= 0;
+        end += count > 0 ? static_cast<size_t>(count) : 0;
+    }
+    piece.resize(end);
+}
+
+void RecordReader::nextPiece() {
+    if (ahead_) {
+        ahead_->exchange(window_);
+    } else {
+        readPiece(window_);
+    }
+    fileEnded_ = window_.size() < kLongestRecord + pieceSize_;
+    if (fileEnded_) {
+        ahead_.reset();
+    }
+    if (fileEnded_ && readFailed_) {
+        fail("Error reading file");
+        reason_ = file_.failure().reason;
+    }
 }
 
 void RecordReader::refill() {
-    if (fileEnded_ || end_ - position_ >= kLongestRecord) {
+    const size_t left = window_.size() - position_;
+    if (fileEnded_ || left >= kLongestRecord) {
         return;
     }
-    std::memmove(window_.data(), window_.data() + position_, end_ - position_);
-    end_ -= position_;
-    position_ = 0;
-    while (!fileEnded_ && end_ < kWindow) {
-        const ptrdiff_t count = file_.read(std::span(window_).subspan(end_, kWindow - end_));
-        if (count < 0) {
-            fail("Error reading file");
-        }
-        fileEnded_ = count <= 0;
-        end_ += count > 0 ? static_cast<size_t>(count) : 0;
-    }
-    window_[end_] = '\0';
+    std::array<char, kLongestRecord> rest;
+    std::memcpy(rest.data(), window_.data() + position_, left);
+    nextPiece();
+    position_ = kLongestRecord - left;
+    std::memcpy(window_.data() + position_, rest.data(), left);
 }
 
 bool RecordReader::atEndOfData() const {

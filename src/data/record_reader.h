@@ -1,14 +1,17 @@
 // The text of a program file as its record readers see it: a window that slides over the file, the
 // line number, the checksum of the record being read and the first error. Every read after an error
-// yields 0 and moves nothing, so that a record's reads may follow one another.
+// yields 0 and moves nothing, so that a record's reads may follow one another. The next piece of a
+// large file is read meanwhile.
 #pragma once
 
 #include "platform/files.h"
+#include "platform/second_buffer.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
-#include <vector>
+#include <string>
 
 // The longest record that is looked at in one piece: start, 256 bytes in hex digits and a line end.
 inline constexpr size_t kLongestRecord = 1000; // characters
@@ -18,11 +21,11 @@ inline constexpr char kRecordTooShort[] = "Record too short !";
 
 class RecordReader {
 public:
-    explicit RecordReader(FileReader& file);
+    explicit RecordReader(FileReader& file); // which nobody else reads meanwhile
 
     // Sees to it that the whole next record stands in the window.
     void refill();
-    bool atEndOfFile() const { return position_ == end_; }
+    bool atEndOfFile() const { return position_ == window_.size(); }
     // Ctrl-Z, or the end of the file.
     bool atEndOfData() const;
     char peek() const { return window_[position_]; } // NUL at the end of the file
@@ -46,6 +49,8 @@ public:
 
     // The first error of the file, null while there is none.
     const char* error() const { return error_; }
+    // The system's reason where the error is that the file could not be read.
+    const std::string& reason() const { return reason_; }
     void fail(const char* error);
     int line() const { return lineEnds_ + 1; }
 
@@ -53,13 +58,20 @@ private:
     enum class End { unknown, lacking, there };
     bool hasEndRecord() const { return endRecord_ == End::there; }
 
+    void readPiece(std::string& piece);
+    void nextPiece();
+
     FileReader& file_;
-    std::vector<char> window_; // a NUL stands behind the filled part, and room for a record
-    size_t position_ = 0;
-    size_t end_ = 0;
+    const size_t pieceSize_;
+    bool readAll_ = false; // the end has come, or a failure
+    bool readFailed_ = false;
+    std::string window_; // room for what is left of the piece before, then the piece, then a NUL
+    size_t position_;
     bool fileEnded_ = false;
     int lineEnds_ = 0;
     uint8_t checksum_ = 0;
     const char* error_ = nullptr;
+    std::string reason_;
     End endRecord_ = End::unknown;
+    std::optional<SecondBuffer> ahead_; // has what readPiece() uses until it is gone
 };

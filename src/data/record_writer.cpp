@@ -6,19 +6,21 @@
 
 namespace {
 
-constexpr size_t kBuffer = 262144;   // characters
+constexpr size_t kFirstBuffer = 16384; // characters; a small file touches no more memory
+constexpr size_t kBuffer = 262144;
 constexpr size_t kLongestLine = 128; // start, head, 32 data bytes, checksum, line end
 
 } // namespace
 
-RecordWriter::RecordWriter(std::function<FileResult(std::string_view)> write)
-    : write_(std::move(write)), buffer_(kBuffer, '\0') {
+RecordWriter::RecordWriter(std::function<FileResult(std::string&)> write)
+    : write_(std::move(write)), buffer_(kFirstBuffer, '\0') {
 }
 
 void RecordWriter::record(std::string_view start, std::span<const uint8_t> head,
                           std::span<const uint8_t> data, bool negated) {
     if (buffer_.size() - used_ < kLongestLine) {
         flush();
+        buffer_.resize(kBuffer);
     }
     char* const line = buffer_.data() + used_;
     char* text = line;
@@ -37,7 +39,8 @@ void RecordWriter::record(std::string_view start, std::span<const uint8_t> head,
 
 void RecordWriter::flush() {
     if (result_.ok()) {
-        result_ = write_(std::string_view(buffer_).substr(0, used_));
+        buffer_.resize(used_);
+        result_ = write_(buffer_);
     }
     used_ = 0;
 }

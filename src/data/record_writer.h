@@ -14,8 +14,8 @@ inline constexpr uint32_t kRecordData = 32; // data bytes of a record at most
 
 class RecordWriter {
 public:
-    // `write` takes the text, piece by piece.
-    explicit RecordWriter(std::function<FileResult(std::string_view)> write);
+    // `write` takes the text, piece by piece, and may leave anything in its place.
+    explicit RecordWriter(std::function<FileResult(std::string&)> write);
 
     // One line: `start`, then the head, the data and the checksum in hex digits. The checksum is
     // the complement of the sum of head and data: the two's when `negated`, else the ones'.
@@ -27,7 +27,7 @@ public:
 private:
     void flush();
 
-    std::function<FileResult(std::string_view)> write_;
+    std::function<FileResult(std::string&)> write_;
     std::string buffer_;
     size_t used_ = 0;
     FileResult result_;

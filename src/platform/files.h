@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -13,6 +14,7 @@
 #include <vector>
 
 struct stat;
+class SecondBuffer;
 
 enum class FileStatus { ok, notFound, failed };
 
@@ -69,13 +71,17 @@ enum class FileAccess { usual, ownerOnly };
 // directly, as they take it; a pipe without a reader is waited for until the program is to end.
 class FileReplacer {
 public:
-    FileReplacer() = default;
+    FileReplacer();
     FileReplacer(const FileReplacer&) = delete;
     FileReplacer& operator=(const FileReplacer&) = delete;
     ~FileReplacer();
     [[nodiscard]] FileResult open(const std::filesystem::path& path,
                                   FileAccess access = FileAccess::usual);
     [[nodiscard]] FileResult write(std::string_view text);
+    // The same for the pieces of a text that may be long: a thread of its own writes it while the
+    // next one is made. `text` is left with other contents, and a failure may come with a later
+    // piece or the commit.
+    [[nodiscard]] FileResult pass(std::string& text);
     [[nodiscard]] FileResult commit();
 
 private:
@@ -93,6 +99,8 @@ private:
     std::filesystem::path temporary_; // empty: what is written has no name
     std::filesystem::path target_;
     unsigned permissions_ = 0;
+    FileResult passed_;                        // of the pieces so far
+    std::unique_ptr<SecondBuffer> background_; // uses all of the above
 };
 
 // A log: created empty or opened as it stands, appended to line by line, readable by others

@@ -82,8 +82,7 @@ void PORTNOTICE_TryAgain() {
 void PORTNOTICE_Watch() {
     const bool isNew = SIO_IsLost() && !lossIsTold;
     tellTerminal();
-    if (FRAMERULES_IsFree() && TARGET_State().LinkState == LINK_IDLE &&
-        !BOOT_IsChipInRom()) {
+    if (FRAMERULES_IsFree() && TARGET_State().LinkState == LINK_IDLE && !BOOT_IsChipInRom()) {
         IDLERATE_Use();
     }
     if (PORTNOTICE_Get() == Notice{}) {

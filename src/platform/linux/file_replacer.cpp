@@ -8,6 +8,7 @@
 #include "platform/linux/descriptor_io.h"
 #include "platform/linux/file_calls.h"
 #include "platform/process.h"
+#include "platform/second_buffer.h"
 
 #include <algorithm>
 #include <span>
@@ -21,7 +22,8 @@ namespace fs = std::filesystem;
 constexpr int64_t kReaderPollMs = 20; // nothing tells that a pipe has got a reader
 constexpr int kMostLinks = 40;        // in a chain, as the system itself has it
 constexpr uint64_t kWriteBackPiece = 1U << 20;
-constexpr int kMostNames = 1000; // of temporary files at the same time
+constexpr size_t kWorthAThread = 1U << 17; // bytes, many times what starting it costs
+constexpr int kMostNames = 1000;           // of temporary files at the same time
 
 bool isAnyOf(int error, std::initializer_list<int> errors) {
     return std::find(errors.begin(), errors.end(), error) != errors.end();
@@ -164,7 +166,10 @@ bool holds(const fs::path& path, std::string_view text) {
 
 } // namespace
 
+FileReplacer::FileReplacer() = default;
+
 FileReplacer::~FileReplacer() {
+    background_.reset();
     closeDescriptor(descriptor_);
     closeDescriptor(inPlace_);
     if (!temporary_.empty()) {
@@ -253,6 +258,26 @@ FileResult FileReplacer::write(std::string_view text) {
     return result;
 }
 
+// A device takes its own time, and what fits into one small piece is written at once.
+FileResult FileReplacer::pass(std::string& text) {
+    if (!background_ && (direct_ || text.size() < kWorthAThread)) {
+        return write(text);
+    }
+    if (!background_) {
+        background_ = std::make_unique<SecondBuffer>([this](const std::string& piece) {
+            if (passed_.ok()) {
+                passed_ = write(piece);
+            }
+        });
+    }
+    background_->await();
+    if (!passed_.ok()) {
+        return passed_;
+    }
+    background_->exchange(text);
+    return {};
+}
+
 // The disk begins while the rest is being made, so that the commit waits for less of it. What goes
 // wrong shows there.
 void FileReplacer::beginWriteBack(size_t count) {
@@ -265,7 +290,11 @@ void FileReplacer::beginWriteBack(size_t count) {
 }
 
 FileResult FileReplacer::commit() {
-    FileResult result;
+    background_.reset(); // when all of it is written
+    FileResult result = passed_;
+    if (!result.ok()) {
+        return result;
+    }
     if (direct_) {
         const int closed = filecall::close(std::exchange(descriptor_, -1));
         return closed == 0 ? FileResult{} : fileFailure(errno);
