@@ -53,11 +53,10 @@ TEST(Menu, ChecksOpenViewsAndListsThem) {
 }
 
 // A command's letters in its popup are given, and some stand twice there.
-TEST(Menu, GivesEveryKeyToOneCommand) {
+TEST(Menu, GivesEveryKeyToOneCommandAndAllHasAName) {
     DesktopWorld world;
-    for (const View view : {View::log, View::device, View::terminal, View::hexDump}) {
-        FRONTEND_Get().openView(view);
-    }
+    DesktopWorld::open(
+        {View::log, View::device, View::terminal, View::hexDump, View::hexList, View::memoryMap});
     std::map<QKeySequence, QString> used; // views may share theirs: one has the focus
     const auto take = [&used](const QKeySequence& key, const QString& text) {
         EXPECT_TRUE(key.isEmpty() || used.emplace(key, text).first->second == text)
@@ -76,6 +75,7 @@ TEST(Menu, GivesEveryKeyToOneCommand) {
         take(action->shortcut(), action->text());
     }
     EXPECT_GE(used.size(), 20U);
+    expectNamed(world.frame());
 }
 
 // With the menu while a command runs; its rules are tested where they are written.
@@ -229,7 +229,6 @@ TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
 TEST(StatusBar, FollowsTheTextsAndNamesTheDevice) {
     DesktopWorld world("[Settings PORTS]\nCOM3 = \"/no/such/device\"\n");
     world.frame().resize(800, 600);
-    world.show();
     std::thread([] {
         STATUS_SetText("MCU: a device with quite a long name", STATUS_DEVICE);
     }).join();
@@ -255,7 +254,6 @@ TEST(Frame, AsksOnceAboutAChangedFileWhenActivated) {
         EVENTS_Post([&passed] { passed = true; }); // behind what the activation has posted
         return runUntil([&passed] { return passed; });
     };
-    world.show();
     SESSION_Get().image.time = 1;
     const std::vector<std::string> once = {"Reload request: File has changed. Reload?"};
     ASSERT_TRUE(activate());
@@ -286,7 +284,6 @@ TEST(Help, ShowsTheDocumentWithItsContents) {
 
 TEST(Frame, OpensWhatIsDroppedOnIt) {
     DesktopWorld world;
-    world.show();
     const auto drop = [&world](const std::string& path) {
         QMimeData data;
         data.setUrls({QUrl("https://example.org/app.hex"), QUrl::fromLocalFile(path.c_str())});

@@ -48,7 +48,6 @@ TEST(Placement, CascadeShowsEveryTitleBar) {
                                                                         {0, 0, 200, 100},
                                                                         {20, 20, 200, 100}}));
     DesktopWorld world;
-    world.show();
     for (const View view : {View::log, View::terminal, View::device}) {
         FRONTEND_Get().openView(view);
     }
@@ -62,7 +61,6 @@ TEST(Placement, CascadeShowsEveryTitleBar) {
 
 TEST(Placement, IsKeptAndRestored) {
     DesktopWorld world("[Settings TERMINAL]\nRect = 5000,5000,300,100\n");
-    world.show();
     const QRect area = world.frame().findChild<QMdiArea*>()->viewport()->rect();
     FRONTEND_Get().openView(View::log);
     EXPECT_EQ(world.window("Log")->geometry().bottomRight(), area.bottomRight());
@@ -88,7 +86,6 @@ TEST(Placement, IsKeptAndRestored) {
 
 TEST(Placement, KeepsTheSharesOfTheArea) {
     DesktopWorld world;
-    world.show();
     const auto* viewport = world.frame().findChild<QMdiArea*>()->viewport();
     FRONTEND_Get().openView(View::log);
     FRONTEND_Get().openView(View::device);

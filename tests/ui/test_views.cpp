@@ -1,23 +1,17 @@
 #include "desktop_world.h"
 #include "platform/format.h"
-#include "shell/front_end.h"
 #include "ui/hex_dump_area.h"
 #include "ui/view_widget.h"
-#include "ui_world.h"
 
 #include <QAction>
 #include <QClipboard>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListView>
 #include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QTableView>
-#include <memory>
 #include <tuple>
-#include <utility>
 
 namespace {
 
@@ -262,32 +256,8 @@ TEST(HexDumpView, FindsBytesAndText) {
     EXPECT_FALSE(edit.isVisible());
 }
 
-// A stutter would be felt from some 50 ms on; this bound only catches work that grows with the
-// data.
-TEST(Views, OpenAndPaintManyAreasAndManyBytesAtOnce) {
-    UiWorld world;
-    for (uint32_t index = 0; index < 100'000; ++index) {
-        HEXDATA_AddData(index * 64, Bytes(32, 0x55));
-    }
-    HEXDATA_AddData(0x80000000, Bytes(16 << 20, 0xAA));
-    QElapsedTimer timer;
-    timer.start();
-    for (const auto create : {HEXLISTVIEW_Create, HEXDUMPVIEW_Create}) {
-        const ViewPtr view(create(nullptr));
-        view->show();
-        auto& bar = *qobject_cast<QAbstractScrollArea*>(view->focusProxy())->verticalScrollBar();
-        for (int step = 0; step < 20; ++step) {
-            bar.setValue(bar.maximum() / 20 * step);
-            EXPECT_FALSE(view->grab().isNull());
-        }
-    }
-    EXPECT_LT(timer.elapsed(), 5000);
-}
-
 TEST(TerminalView, IsReadyToTypeWheneverItIsActivated) {
     DesktopWorld world;
-    world.show();
-    QApplication::processEvents();
     QMdiArea& area = *world.frame().findChild<QMdiArea*>();
     const auto focusIn = [&](View view) {
         FRONTEND_Get().openView(view);
@@ -300,26 +270,4 @@ TEST(TerminalView, IsReadyToTypeWheneverItIsActivated) {
         EXPECT_NE(qobject_cast<QTableView*>(focusIn(View::hexList)), nullptr);
     }
     EXPECT_EQ(focusIn(View::terminal)->objectName(), "Send");
-}
-
-TEST(Views, SayWhatTheyAre) {
-    DesktopWorld world;
-    world.show();
-    for (const View view :
-         {View::terminal, View::log, View::hexList, View::hexDump, View::device}) {
-        FRONTEND_Get().openView(view);
-    }
-    QApplication::processEvents();
-    expectNamed(world.frame());
-}
-
-TEST(LogView, StartsAgainWithTheDefaultPlacement) {
-    DesktopWorld world;
-    world.show();
-    FRONTEND_Get().openView(View::log);
-    CLOCK_Sleep(20);
-    FRONTEND_Get().restoreDefaultPlacement();
-    const auto& list = control<QListView>(world.frame(), "LogList");
-    ASSERT_TRUE(runUntil([&] { return list.model()->rowCount() > 0; }));
-    EXPECT_EQ(list.model()->index(0, 0).data().toString().left(10), "0:00:00:00");
 }
