@@ -6,7 +6,7 @@
 
 namespace {
 
-// Two good boards and one whose program commands get no answer.
+// Two good boards and one that takes no password.
 class Examples : public testing::Test {
 protected:
     Examples() {
@@ -15,7 +15,7 @@ protected:
         writeFile(bench_.folder / "last_number", "41\n");
         addBoard("good1", {});
         addBoard("good2", {});
-        addBoard("bad", {"--fault", "no-reply@program"});
+        addBoard("bad", {"--fault", "wrong-reply@header"});
     }
     ~Examples() override {
         for (const auto& chip : chips_) {

@@ -107,22 +107,12 @@ TEST(WithoutChip, ConvertsAndEditsWithoutAPort) {
     EXPECT_EQ(readFile(world.folder / "o.bin"), image);
 }
 
-TEST(WithoutChip, NeedsThePortForATargetCommand) {
-    const ProgramFolder world;
-    const RunResult result = world.run({"-TargetGetCRC", "-Exit"});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.errors,
-              (Strings{"SIO::_InitSIO: Port not available (COM1 is " +
-                           (world.folder / "port").string() + ": No such file or directory)",
-                       "SIO::_StartComm: Could not open COM-Port"}));
-    EXPECT_TRUE(ProgramFolder::lines(result.err).back().starts_with("Failed: "));
-}
-
-// Each bad file: one clear message, exit code 1, the old output stays.
+// Each bad file: one clear message, exit code 1, the old output and the bad file stay.
 TEST(WithoutChip, RefusesBadFiles) {
     const struct {
         const char* file;
-        std::string content; // "": the file is removed, "/": a folder in its place
+        std::string content; // "": the file is removed, "/": a folder in its place, ">": 2 GiB of
+                             // it and of a device
         const char* errors;
     } cases[] = {
         {"app.hex", std::string(kHex) + " ", "Error in line 3: Unexpected character\n"},
@@ -130,16 +120,27 @@ TEST(WithoutChip, RefusesBadFiles) {
         {"app.hex", "/", "OnFileOpen: Invalid file handle (app.hex: Is a directory)\n"},
         {"Device", "", "Can not find device file in directory ./Device/\n"},
         {"calvorin.ini", "[Settings MAINFRAME]\r\nRect = 1, 2\r\n", "Expected ',', got '\\x0D'\n"},
+        {"Calvorin.tpu", "Port = 1\r\nPort = x\r\n",
+         "The default project cannot be read to its end (./Calvorin.tpu)\n"},
+        {"Calvorin.tpu", ">", "Read file failed (./Calvorin.tpu: File too large)\n"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.file + c.content);
         const ProgramFolder world;
+        const auto bad = world.folder / c.file;
         writeFile(world.folder / "app.hex", kHex);
         writeFile(world.folder / "out.mot", "old");
-        std::filesystem::remove_all(world.folder / c.file);
+        std::filesystem::remove_all(bad);
         if (c.content == "/") {
-            std::filesystem::create_directory(world.folder / c.file);
+            std::filesystem::create_directory(bad);
         } else if (!c.content.empty()) {
-            writeFile(world.folder / c.file, c.content);
+            writeFile(bad, c.content);
+        }
+        if (c.content == ">") {
+            writeFile(world.folder / "Device" / "huge.dev", "");
+            for (const auto& huge : {bad, world.folder / "Device" / "huge.dev"}) {
+                std::filesystem::resize_file(huge, 1ULL << 31);
+            }
         }
         const RunResult result = world.run({"app.hex", "-FileSaveAsout.mot", "-Exit"}, [&] {
             std::filesystem::current_path(world.folder.path());
@@ -152,6 +153,9 @@ TEST(WithoutChip, RefusesBadFiles) {
         }
         EXPECT_EQ(errors, c.errors);
         EXPECT_EQ(readFile(world.folder / "out.mot"), "old");
+        EXPECT_EQ(result.err.find("huge.dev: the file is too large)\n") == std::string::npos,
+                  c.content != ">");
+        EXPECT_TRUE(c.content.size() < 2 || readFile(bad) == c.content);
     }
 }
 
@@ -188,32 +192,6 @@ TEST(WithoutChip, UsesPipesAndEndsWithinThem) {
     }
 }
 
-TEST(WithoutChip, RefusesAHugeDescriptionAndProjectAtOnce) {
-    const ProgramFolder world;
-    for (const char* name : {"Device/huge.dev", "Calvorin.tpu"}) {
-        writeFile(world.folder / name, "");
-        std::filesystem::resize_file(world.folder / name, uintmax_t{1} << 31);
-    }
-    const RunResult result = world.run({"-Exit"});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.errors.size(), 1U) << result.err;
-    EXPECT_NE(result.err.find("huge.dev: the file is too large)\n"), std::string::npos)
-        << result.err;
-    EXPECT_NE(result.err.find("Calvorin.tpu: File too large)\n"), std::string::npos) << result.err;
-}
-
-TEST(WithoutChip, MissesNoCommunicationLog) {
-    const ProgramFolder world;
-    std::filesystem::create_symlink("/dev/full", world.folder / "calvorin.sio");
-    writeFile(world.folder / "Calvorin.tpu", "Port = 1\nBaudrate = 9600\nLogging = 1\n");
-    const RunResult result = world.run({"-Exit"});
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_NE(result.err.find("The communication log cannot be written ("), std::string::npos);
-    EXPECT_NE(result.err.find("\n1 entries of the communication log were lost\n"),
-              std::string::npos)
-        << result.err;
-}
-
 TEST(WithoutChip, ShowsControlCharactersOfAName) {
     const ProgramFolder world;
     const RunResult name = world.run({"\x1B\x9B\n.hex", "-Exit"});
@@ -248,41 +226,6 @@ TEST(WithoutChip, IsBuiltHardened) {
     }
 }
 #endif
-
-TEST(WithoutChip, GoesByItsLineAloneWhenIsolated) {
-    const ProgramFolder world;
-    const std::string settings = readFile(world.folder / "calvorin.ini");
-    const std::string bad = "Port = 3\r\n\r\nPort = x\r\nFile = \"gone.hex\"\r\n";
-    const auto contents = [&world] {
-        Strings names;
-        for (const auto& entry : std::filesystem::directory_iterator(world.folder.path())) {
-            names.push_back(entry.path().filename().string());
-        }
-        std::ranges::sort(names);
-        return names;
-    };
-    writeFile(world.folder / "Calvorin.tpu", bad);
-    writeFile(world.folder / "app.hex", kHex);
-    const std::string file = world.folder / "app.hex";
-    RunResult result = world.run({"--isolated", file, "-EditRelocate10", "-Exit"});
-    EXPECT_EQ(result.exitCode, 0) << result.err;
-    EXPECT_EQ(world.run({file, "--isolated", "-TargetGetCRC", "-Exit"}).exitCode, 1);
-    const Strings left = contents();
-    for (const char* name : {"calvorin.log", "calvorin.err", "Calvorin.tpu.bad"}) {
-        EXPECT_EQ(std::ranges::count(left, name), 0) << name;
-    }
-
-    result = world.run({file, "-EditRelocate10", "-TargetGetCRC", "-Exit"});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.errors, Strings{"The default project cannot be read to its end (" +
-                                     (world.folder / "Calvorin.tpu").string() + ")"});
-    EXPECT_NE(result.err.find(" is not read beyond line 3\n"
-                              "Error reading project file: Expecting a number\n"),
-              std::string::npos)
-        << result.err;
-    EXPECT_EQ(readFile(world.folder / "Calvorin.tpu"), bad);
-    EXPECT_EQ(readFile(world.folder / "calvorin.ini"), settings);
-}
 
 TEST(WithoutChip, RefusesDamagedRecordsUnlessTheLineAcceptsThem) {
     const ProgramFolder world;
@@ -325,23 +268,4 @@ TEST(WithoutChip, WorksInAFolderThatCannotBeWritten) {
     EXPECT_EQ(ProgramFolder::lines(readFile(out)).size(), 2U);
     EXPECT_FALSE(std::filesystem::exists(world.folder / "calvorin.log"));
     std::filesystem::permissions(world.folder.path(), std::filesystem::perms(0755));
-}
-
-TEST(WithoutChip, KeepsTheOldFileWhenTheDiskIsFull) {
-    const ProgramFolder world;
-    const TempFolder target;
-    const std::string in = world.folder / "a.mot";
-    const std::string out = target / "out.hex";
-    writeFile(in, srecords(0, randomBytes(100'000, 1)));
-    writeFile(out, "old");
-    const RunResult result = world.run({in, "-FileSaveAs" + out, "-Exit"}, [] {
-        const rlimit limit{20'000, 20'000}; // bytes: the file does not fit, the logs do
-        setrlimit(RLIMIT_FSIZE, &limit);
-        std::signal(SIGXFSZ, SIG_IGN);
-    });
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.errors, Strings{"Error writing file (" + out + ": File too large)"});
-    EXPECT_EQ(readFile(out), "old");
-    const std::filesystem::directory_iterator entries(target.path());
-    EXPECT_EQ(std::distance(begin(entries), end(entries)), 1) << "no temporary file is left";
 }

@@ -6,6 +6,7 @@
 #include "notice/status.h"
 #include "platform/format.h"
 #include "shell/checks.h"
+#include "shell/edit_history.h"
 #include "shell/edit_operations.h"
 #include "shell/image_origin.h"
 #include "shell/program_files.h"
@@ -383,6 +384,9 @@ TEST(Commands, AReadBackThatFailsLeavesTheImage) {
     EDIT_ReadBack(start, start + 0x3FF);
     EXPECT_EQ(HEXDATA_GetAreas(), std::vector{AddressRange::of(start, 0x400)});
     EXPECT_EQ(ORIGIN_Text(), "Read back");
+    HISTORY_Undo();
+    EXPECT_EQ(HEXDATA_GetAreas(), loaded);
+    HISTORY_Redo();
     EXPECT_EQ(ORIGIN_ProgramFile(), "");
     int asked = 0;
     FRONTEND_Get().chooseFile = [&asked](const FileRequest&) {

@@ -31,6 +31,7 @@ struct DesktopWorld : UiWorld {
         SESSION_Get().frameRect[2] = 800;
         SESSION_Get().frameRect[3] = 600;
         FRONTEND_Get().start();
+        FRONTEND_Get().showFrame(true);
         EVENTS_SetTicker(10, [] {}); // so that waiting for something ends when it never comes
     }
     ~DesktopWorld() {
@@ -44,7 +45,22 @@ struct DesktopWorld : UiWorld {
     }
 
     QMainWindow& frame() { return *FRAME_Get(); }
-    void show() { FRONTEND_Get().showFrame(true); }
+    static void open(std::initializer_list<View> views) {
+        for (const View view : views) {
+            FRONTEND_Get().openView(view);
+        }
+    }
+    // Answers every box, with Yes or OK but for the question whether to end, and keeps it.
+    void answerBoxes() {
+        NOTIFIERS_Register();
+        BOX_SetResponder([this](const BoxRequest& request) {
+            boxes.push_back(request.caption + ": " + request.text);
+            if (request.caption == "Exit") {
+                return exitAnswer;
+            }
+            return (request.boxType & BOX_YES_NO) == BOX_YES_NO ? ANSWER_YES : ANSWER_OK;
+        });
+    }
 
     std::string programFile() const {
         const auto path = folder / "app.hex";
@@ -75,10 +91,12 @@ struct DesktopWorld : UiWorld {
         }
         return nullptr;
     }
+
+    std::vector<std::string> boxes;
+    BoxAnswer exitAnswer = ANSWER_CANCEL;
 };
 
-// The frame over a virtual chip on COM1. Every box is answered, with Yes or OK but
-// for the question whether to end, and kept.
+// The frame over a virtual chip on COM1. Every box is answered.
 struct ChipWorld : DesktopWorld {
     explicit ChipWorld(const ChipOptions& options = {})
         : DesktopWorld("[Settings PORTS]\nCOM1 = \"sim://desktop\"\n") {
@@ -91,16 +109,8 @@ struct ChipWorld : DesktopWorld {
         SUMMARY_Refresh();
         line = SIMPORT_Offer("desktop", CHIP_Create(DEVICE_Selected(), options));
         SIO_SetConfig({1, 115200, 0});
-        NOTIFIERS_Register();
-        BOX_SetResponder([this](const BoxRequest& request) {
-            boxes.push_back(request.caption + ": " + request.text);
-            if (request.caption == "Exit") {
-                return exitAnswer;
-            }
-            return (request.boxType & BOX_YES_NO) == BOX_YES_NO ? ANSWER_YES : ANSWER_OK;
-        });
+        answerBoxes();
         TARGET_Init(nullptr, TERMINAL_ReceiveByte);
-        show();
     }
     ~ChipWorld() { SIMPORT_Withdraw("desktop"); }
 
@@ -108,8 +118,6 @@ struct ChipWorld : DesktopWorld {
 
     const std::vector<uint8_t> data = std::vector<uint8_t>(20000, 0x5A);
     SimLinePtr line;
-    std::vector<std::string> boxes;
-    BoxAnswer exitAnswer = ANSWER_CANCEL;
 };
 
 // Runs the program's loop until `done` holds; false when it does not within a minute.

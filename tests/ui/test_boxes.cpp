@@ -30,23 +30,9 @@ TEST(Boxes, AnswerEitherThread) {
                                                "B: There?"}));
 }
 
-TEST(Boxes, ShowTheHintBelowTheError) {
+TEST(Boxes, HaveTheButtonsAndDefaultsOfTheirTypeAndTheHintBelow) {
     DesktopWorld world;
     NOTIFIERS_Register();
-    const auto fail = [] {
-        ERROR_Out(nullptr, "Text", 1, {Cause::unknownDevice, "A"});
-        return 0;
-    };
-    driveDialog(fail, [](QDialog& dialog) {
-        auto& box = dynamic_cast<QMessageBox&>(dialog);
-        EXPECT_EQ(box.text(), "Text");
-        EXPECT_EQ(box.informativeText(), "Devices that there are: A");
-        box.defaultButton()->click();
-    });
-}
-
-TEST(Boxes, HaveTheButtonsAndDefaultsOfTheirType) {
-    DesktopWorld world;
     const struct {
         unsigned type;
         const char* defaultButton;
@@ -56,23 +42,30 @@ TEST(Boxes, HaveTheButtonsAndDefaultsOfTheirType) {
                  {BOX_YES_NO, "Yes", ANSWER_YES, ANSWER_NO},
                  {BOX_YES_NO | BOX_DEFAULT_SECOND, "No", ANSWER_NO, ANSWER_NO}};
     for (const auto& one : cases) {
-        int answer = 0;
-        const auto ask = [&] {
-            answer =
-                BOX_Ask(nullptr, "Text", "A caption far longer than the text below it", one.type);
-            return 0;
+        const auto ask = [&one] {
+            return BOX_Ask(nullptr, "Text", "A caption far longer than the text below it",
+                           one.type);
         };
-        driveDialog(ask, [&](QDialog& dialog) {
+        const auto accept = [&one](QDialog& dialog) {
             auto& box = dynamic_cast<QMessageBox&>(dialog);
             const int caption = box.fontMetrics().horizontalAdvance(box.windowTitle());
             EXPECT_GT(box.width(), caption + 100) << "with icon and buttons beside it";
             EXPECT_EQ(box.defaultButton()->text().remove('&'), one.defaultButton);
             box.defaultButton()->click();
-        });
-        EXPECT_EQ(answer, one.accepted);
-        driveDialog(ask, [](QDialog& dialog) { pressKey(dialog, Qt::Key_Escape); });
-        EXPECT_EQ(answer, one.escaped);
+        };
+        EXPECT_EQ(driveDialog(ask, accept), one.accepted);
+        EXPECT_EQ(driveDialog(ask, [](QDialog& box) { pressKey(box, Qt::Key_Escape); }),
+                  one.escaped);
     }
+    driveDialog(
+        [] {
+            ERROR_Out(nullptr, "Text", 1, {Cause::unknownDevice, "A"});
+        },
+        [](QDialog& dialog) {
+            const auto& box = dynamic_cast<QMessageBox&>(dialog);
+            EXPECT_EQ(box.text(), "Text");
+            EXPECT_EQ(box.informativeText(), "Devices that there are: A");
+        });
 }
 
 TEST(FileDialog, FollowsTheFilterWithTheExtension) {
@@ -85,23 +78,18 @@ TEST(FileDialog, FollowsTheFilterWithTheExtension) {
         {{"Intel Hex file (*.hex)", "*.hex"}, {"Motorola S file (*.mot)", "*.mot"}},
         (world.folder / "app.old.txt").string()};
     writeFile(world.folder / "app.mot", "is replaced without a question");
-    std::optional<FileChoice> choice;
-    driveDialog(
-        [&] {
-            choice = FILEDIALOG_Choose(request);
-            return 0;
-        },
-        [](QDialog& dialog) {
-            auto& name = control<QLineEdit>(dialog, "fileNameEdit");
-            EXPECT_EQ(name.text(), "app.hex");
-            auto& files = dynamic_cast<QFileDialog&>(dialog);
-            const QString second = files.nameFilters().at(1);
-            files.selectNameFilter(second);
-            emit files.filterSelected(second);
-            EXPECT_EQ(name.text(), "app.mot");
-            name.setText("app");
-            files.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save)->click();
-        });
+    const auto choose = [&request] { return FILEDIALOG_Choose(request); };
+    const auto choice = driveDialog(choose, [](QDialog& dialog) {
+        auto& name = control<QLineEdit>(dialog, "fileNameEdit");
+        EXPECT_EQ(name.text(), "app.hex");
+        auto& files = dynamic_cast<QFileDialog&>(dialog);
+        const QString second = files.nameFilters().at(1);
+        files.selectNameFilter(second);
+        emit files.filterSelected(second);
+        EXPECT_EQ(name.text(), "app.mot");
+        name.setText("app");
+        files.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save)->click();
+    });
     ASSERT_TRUE(choice);
     EXPECT_EQ(choice->path, (world.folder / "app.mot").string());
     EXPECT_EQ(choice->filter, 1U);
@@ -114,27 +102,22 @@ TEST(FileDialog, TakesTheTypedPathAndNotTheFolderSelectedInTheList) {
     const std::string start = (world.folder / "start" / "app.hex").string();
     for (const bool save : {true, false}) {
         const FileRequest request{save, "Title", {{"All (*.hex)", "*.hex"}}, start};
-        std::optional<FileChoice> choice;
-        driveDialog(
-            [&] {
-                choice = FILEDIALOG_Choose(request);
-                return 0;
-            },
-            [&path, save](QDialog& dialog) {
-                auto& list = control<QListView>(dialog, "listView");
-                const auto folder = [&list] { return list.model()->index(0, 0, list.rootIndex()); };
-                ASSERT_TRUE(runUntil([&] { return folder().data().toString() == "selected"; }));
-                list.selectionModel()->select(folder(), QItemSelectionModel::ClearAndSelect |
-                                                            QItemSelectionModel::Rows);
-                auto& name = control<QLineEdit>(dialog, "fileNameEdit");
-                dialog.activateWindow();
-                name.setFocus();
-                ASSERT_TRUE(runUntil([&name] { return name.hasFocus(); }));
-                name.setText(QString::fromStdString(path));
-                dialog.findChild<QDialogButtonBox*>()
-                    ->button(save ? QDialogButtonBox::Save : QDialogButtonBox::Open)
-                    ->click();
-            });
+        const auto choose = [&request] { return FILEDIALOG_Choose(request); };
+        const auto choice = driveDialog(choose, [&path, save](QDialog& dialog) {
+            auto& list = control<QListView>(dialog, "listView");
+            const auto folder = [&list] { return list.model()->index(0, 0, list.rootIndex()); };
+            ASSERT_TRUE(runUntil([&] { return folder().data().toString() == "selected"; }));
+            list.selectionModel()->select(folder(), QItemSelectionModel::ClearAndSelect |
+                                                        QItemSelectionModel::Rows);
+            auto& name = control<QLineEdit>(dialog, "fileNameEdit");
+            dialog.activateWindow();
+            name.setFocus();
+            ASSERT_TRUE(runUntil([&name] { return name.hasFocus(); }));
+            name.setText(QString::fromStdString(path));
+            dialog.findChild<QDialogButtonBox*>()
+                ->button(save ? QDialogButtonBox::Save : QDialogButtonBox::Open)
+                ->click();
+        });
         ASSERT_TRUE(choice) << (save ? "save" : "open");
         EXPECT_EQ(choice->path, path);
         writeFile(path, "");
@@ -144,7 +127,6 @@ TEST(FileDialog, TakesTheTypedPathAndNotTheFolderSelectedInTheList) {
 // What it shows of a running operation is tested with one.
 TEST(Progress, OpensEmptyAndStaysWithoutCancel) {
     DesktopWorld world;
-    world.show();
     PROGRESS_Open("Programming", nullptr);
     PROGRESS_SetText("Writing");
     PROGRESS_SetMax(1000);

@@ -7,7 +7,6 @@
 
 TEST(Closing, ReleasesAWorkerThatWaitsForAnAnswer) {
     DesktopWorld world;
-    world.show();
     std::atomic<int> answer{-1};
     std::thread worker([&answer] { answer = BOX_Ask(nullptr, "Go on?", "Question", BOX_YES_NO); });
     later(100, [&world] {
@@ -27,45 +26,36 @@ TEST(Closing, EndsDialogsWhenTheProgramIsToldToEnd) {
     EXPECT_EQ(BOX_Ask(nullptr, "Go on?", "Question", BOX_YES_NO), ANSWER_NONE);
 }
 
-namespace {
-
-void closeWithViews(bool byMenu) {
-    SCOPED_TRACE(byMenu);
-    DesktopWorld world;
-    world.show();
-    FRONTEND_Get().openView(View::log);
-    FRONTEND_Get().openView(View::terminal);
-    world.frame().move(30, 40);
-    world.frame().resize(700, 500);
-    byMenu ? world.item(CMD_EXIT).trigger() : static_cast<void>(world.frame().close());
-    EXPECT_TRUE(SESSION_Get().quit);
-    STARTUP_Finish();
-    const std::string kept = readFile(world.folder / "tool.ini");
-    for (const char* flag : {"ShowLog = 1", "ShowTerminal = 1", "ShowDevice = 0"}) {
-        EXPECT_NE(kept.find(flag), std::string::npos) << flag;
-    }
-    const int32_t* rect = SESSION_Get().frameRect;
-    EXPECT_EQ(std::vector<int32_t>(rect, rect + 4), (std::vector<int32_t>{30, 40, 730, 540}));
-}
-
-} // namespace
-
 TEST(Closing, StoresTheViewsThatAreOpenAndThePlace) {
-    closeWithViews(false);
-    closeWithViews(true);
+    for (const bool byMenu : {false, true}) {
+        SCOPED_TRACE(byMenu);
+        DesktopWorld world;
+        DesktopWorld::open({View::log, View::terminal});
+        world.frame().move(30, 40);
+        world.frame().resize(700, 500);
+        byMenu ? world.item(CMD_EXIT).trigger() : static_cast<void>(world.frame().close());
+        EXPECT_TRUE(SESSION_Get().quit);
+        STARTUP_Finish();
+        const std::string kept = readFile(world.folder / "tool.ini");
+        for (const char* part :
+             {"ShowLog = 1", "ShowTerminal = 1", "ShowDevice = 0", "Rect = 30, 40, 730, 540"}) {
+            EXPECT_NE(kept.find(part), std::string::npos) << part << "\n" << kept;
+        }
+    }
 }
 
 namespace {
 
-enum class When { loaderIsSent, operationRuns, questionIsOpen };
+enum class When { loaderIsSent, operationRuns, questionIsOpen, chipIsChanged };
 
-// Closes the frame at that moment of a blank check, which the user has cancelled just before or
-// not.
+// Closes the frame at that moment of a command, which the user has cancelled just before or not.
 void closeDuringCommand(When when, bool cancelled) {
     SCOPED_TRACE(static_cast<int>(when));
     ChipOptions slow;
     slow.faults = {{FaultKind::slow, ChipStep::blankCheck, 0, 0, 100}};
+    slow.programUs = 5000;
     ChipWorld world(slow);
+    world.exitAnswer = ANSWER_OK;
     const bool asks = when == When::questionIsOpen;
     DEVPROPS_SetResetByPC(!asks);
     if (asks) {
@@ -76,7 +66,7 @@ void closeDuringCommand(When when, bool cancelled) {
             return QApplication::activeModalWidget() != nullptr;
         }
         return when == When::loaderIsSent ? SIMPORT_BytesToChip(world.line) > 100
-                                          : TARGET_State().Operation == OP_BLANK_CHECK;
+                                          : TARGET_State().Operation != 0;
     };
     QTimer watch;
     QObject::connect(&watch, &QTimer::timeout, [&] {
@@ -87,10 +77,16 @@ void closeDuringCommand(When when, bool cancelled) {
         if (cancelled) {
             click(world.progress(), "2");
         }
+        world.boxes.clear();
         world.frame().close();
+        EXPECT_EQ(when == When::chipIsChanged,
+                  !world.boxes.empty() && world.boxes[0].starts_with("Exit: "));
     });
     watch.start(5);
-    world.item(CMD_TARGET_BLANK_CHECK_CHIP).trigger();
+    const int command =
+        when == When::chipIsChanged ? CMD_TARGET_PROGRAM : CMD_TARGET_BLANK_CHECK_CHIP;
+    EXPECT_TRUE(world.isEnabled(command));
+    world.item(command).trigger();
     EXPECT_TRUE(runUntil([] { return SESSION_Get().quit; }));
     EXPECT_FALSE(watch.isActive()) << "the moment did not come";
     EXPECT_FALSE(SESSION_Get().targetBusy);
@@ -99,30 +95,15 @@ void closeDuringCommand(When when, bool cancelled) {
 
 } // namespace
 
-TEST(Closing, EndsACommandAtAnyMoment) {
-    closeDuringCommand(When::loaderIsSent, false);
-    closeDuringCommand(When::operationRuns, false);
+TEST(Closing, EndsACommandThatIsBeforeTheChip) {
     closeDuringCommand(When::questionIsOpen, false);
+    closeDuringCommand(When::loaderIsSent, false);
+    closeDuringCommand(When::loaderIsSent, true);
 }
 
-TEST(Closing, AsksFirstWhileTheChipIsChanged) {
-    ChipOptions slow;
-    slow.programUs = 5000;
-    ChipWorld world(slow);
-    world.exitAnswer = ANSWER_OK;
-    QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, [&] {
-        if (TARGET_State().Operation != 0) {
-            watch.stop();
-            world.frame().close();
-        }
-    });
-    watch.start(5);
-    EXPECT_TRUE(world.isEnabled(CMD_TARGET_PROGRAM));
-    world.item(CMD_TARGET_PROGRAM).trigger();
-    ASSERT_FALSE(world.boxes.empty());
-    EXPECT_TRUE(world.boxes.back().starts_with("Exit: ")) << world.boxes.back();
-    EXPECT_TRUE(runUntil([] { return SESSION_Get().quit; }));
+TEST(Closing, EndsARunningOperationAndAsksWhenItChangesTheChip) {
+    closeDuringCommand(When::operationRuns, true);
+    closeDuringCommand(When::chipIsChanged, false);
 }
 
 // A box that is open is ended first; whoever stays then can go on as before.
@@ -141,9 +122,4 @@ TEST(Closing, AsksBeforeChangesAreLostAlsoOverABox) {
         EXPECT_TRUE(runUntil([&asked] { return asked.size() == 2; }));
         EXPECT_EQ(SESSION_Get().quit, answer == ANSWER_OK);
     }
-}
-
-TEST(Closing, EndsACancelledCommand) {
-    closeDuringCommand(When::loaderIsSent, true);
-    closeDuringCommand(When::operationRuns, true);
 }

@@ -31,7 +31,6 @@ TEST(ComparisonView, ShowsBothValuesUntilItEnds) {
     FILEDIALOG_SetResponder([&](const FileRequest&) {
         return FileChoice{(world.folder / "other.hex").string(), 0};
     });
-    world.show();
     FRONTEND_Get().openView(View::hexDump);
     auto& area = *dynamic_cast<HexDumpArea*>(
         world.frame().findChild<QWidget*>("comparisonNote")->parentWidget()->focusProxy());

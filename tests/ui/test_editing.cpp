@@ -29,7 +29,6 @@ struct EditingWorld : DesktopWorld {
         writeFile(path, ":0400000001020304F2\n:01000800AA4D\n:00000001FF\n");
         SESSION_Get().showHexListView = 1;
         PROGRAM_Open(path);
-        show();
         findArea();
     }
 
@@ -188,19 +187,15 @@ TEST(Editing, OffersTheSelectionToFillAndCopy) {
     EXPECT_FALSE(world.isEnabled(CMD_EDIT_COPY_TEXT)) << "nothing is selected";
     world.area->select({7, 2});
     EXPECT_TRUE(runUntil([&] { return world.item(CMD_EDIT_COPY_TEXT).isEnabled(); }));
-    driveDialog(
-        [&] {
-            world.item(CMD_EDIT_FILL).trigger();
-            return 0;
-        },
-        [](QDialog& dialog) {
-            expectNamed(dialog);
-            EXPECT_EQ(control<QLineEdit>(dialog, "704").text(), "2");
-            EXPECT_EQ(control<QLineEdit>(dialog, "705").text(), "7");
-            control<QLineEdit>(dialog, "707").setText("41 42 4");
-            control<QLineEdit>(dialog, "707").insert("3");
-            click(dialog, "1");
-        });
+    driveDialog([&] { world.item(CMD_EDIT_FILL).trigger(); },
+                [](QDialog& dialog) {
+                    expectNamed(dialog);
+                    EXPECT_EQ(control<QLineEdit>(dialog, "704").text(), "2");
+                    EXPECT_EQ(control<QLineEdit>(dialog, "705").text(), "7");
+                    control<QLineEdit>(dialog, "707").setText("41 42 4");
+                    control<QLineEdit>(dialog, "707").insert("3");
+                    click(dialog, "1");
+                });
     world.item(CMD_EDIT_COPY_TEXT).trigger();
     EXPECT_EQ(QGuiApplication::clipboard()->text(), "ABCABC");
     FRONTEND_Get().closeView(View::hexDump);
@@ -238,38 +233,25 @@ TEST(Editing, KeysOfUndoGoToTheChipFromTheTerminal) {
     EXPECT_EQ(lines["terminal"].fromProgram, (std::vector<std::string>{"\x1a", "\x19"}));
 }
 
-TEST(Editing, ReadBackIsTakenBack) {
-    ChipWorld world;
-    EDIT_ReadBack(0, 0xF);
-    EXPECT_EQ(HEXDUMPVIEW_CopyHex(HEXDUMPVIEW_GetRange()),
-              "FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF");
-    EXPECT_EQ(HISTORY_UndoName(), "Read Back");
-    world.item(CMD_EDIT_UNDO).trigger();
-    EXPECT_EQ(HEXDATA_GetAreas(), (std::vector<AddressRange>{{0, 20000}}));
-    EXPECT_EQ(HEXDUMPVIEW_CopyHex({0, 2}), "5A 5A");
-    world.item(CMD_EDIT_REDO).trigger();
-    EXPECT_EQ(HEXDATA_GetNumBytes(), 16U);
-}
-
 TEST(Editing, AsksBeforeTheLastViewTakesChangesWithIt) {
     EditingWorld world;
     NOTIFIERS_Register();
-    std::vector<std::string> asked;
+    int asked = 0;
     int answer = ANSWER_CANCEL;
     BOX_SetResponder([&](const BoxRequest& request) {
-        asked.push_back(request.caption);
+        asked += request.caption == "Unsaved changes" ? 1 : 0;
         return answer;
     });
     world.type("55");
     ASSERT_EQ(world.windows().size(), 2U);
     world.windows()[0]->close();
-    EXPECT_TRUE(asked.empty()) << "another view shows the data";
+    EXPECT_EQ(asked, 0) << "another view shows the data";
     QApplication::processEvents();
     world.windows()[0]->close();
     EXPECT_EQ(HEXDATA_GetNumBytes(), 5U);
     ASSERT_EQ(world.windows().size(), 1U);
     answer = ANSWER_OK;
     world.windows()[0]->close();
-    EXPECT_EQ(asked, (std::vector<std::string>{"Unsaved changes", "Unsaved changes"}));
+    EXPECT_EQ(asked, 2);
     EXPECT_TRUE(HEXDATA_IsEmpty());
 }

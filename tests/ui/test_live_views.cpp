@@ -45,42 +45,14 @@ TEST(Terminal, TranslatesAndEchoesKeys) {
     }
 }
 
-TEST(Terminal, WorksBothWays) {
-    TestLines lines({"terminal"}); // before the port that uses it
-    DesktopWorld world("[Settings PORTS]\nCOM1 = \"test://terminal\"\n");
-    TestLine& line = lines["terminal"];
-    SIO_SetConfig({1, 38400, 0});
-    TARGET_Init(nullptr, TERMINAL_ReceiveByte);
-    TERMINAL_Clear();
-    world.show();
-    FRONTEND_Get().openView(View::terminal);
-    auto& receive = control<QPlainTextEdit>(world.frame(), "Receive");
-    auto& send = control<QPlainTextEdit>(world.frame(), "Send");
-
-    line.send("OK\r\nmoreX\b");
-    EXPECT_TRUE(runUntil([&receive] { return receive.toPlainText() == "OK\nmore"; }));
-    for (const auto key : {Qt::Key_Space, Qt::Key_Left, Qt::Key_F8}) {
-        pressKey(send, key);
-    }
-    EXPECT_EQ(send.toPlainText(), " <LEFT>") << "F8 is the menu's, though disabled";
-    const std::lock_guard lock(line.mutex);
-    EXPECT_EQ(line.fromProgram, (std::vector<std::string>{" ", "\x25"}));
-}
-
-// The terminal in one pane over a line in memory.
-struct OnePaneWorld {
-    OnePaneWorld() {
+// The terminal over a line in memory.
+struct TerminalWorld {
+    TerminalWorld() {
         SIO_SetConfig({1, 115200, 0});
-        NOTIFIERS_Register();
-        BOX_SetResponder([this](const BoxRequest& request) {
-            boxes.push_back(request.text);
-            return ANSWER_OK;
-        });
+        world.answerBoxes();
         FILEDIALOG_SetResponder([this](const FileRequest&) { return FileChoice{chosen, 0}; });
         TARGET_Init(nullptr, TERMINAL_ReceiveByte);
-        world.show();
         FRONTEND_Get().openView(View::terminal);
-        choose("OnePane");
     }
 
     void choose(const char* item) { control<QAction>(world.frame(), item).trigger(); }
@@ -97,12 +69,26 @@ struct OnePaneWorld {
     TestLines lines{{"terminal"}}; // before the port that uses it
     TestLine& line = lines["terminal"];
     DesktopWorld world{"[Settings PORTS]\nCOM1 = \"test://terminal\"\n"};
-    std::vector<std::string> boxes;
+    std::vector<std::string>& boxes = world.boxes;
     std::string chosen; // in file dialogs
 };
 
+TEST(Terminal, WorksBothWaysInTwoPanes) {
+    TerminalWorld two;
+    const auto& receive = control<QPlainTextEdit>(two.world.frame(), "Receive");
+    auto& send = control<QPlainTextEdit>(two.world.frame(), "Send");
+    two.line.send("OK\r\nmoreX\b");
+    EXPECT_TRUE(runUntil([&receive] { return receive.toPlainText() == "OK\nmore"; }));
+    for (const auto key : {Qt::Key_Space, Qt::Key_Left, Qt::Key_F8}) {
+        pressKey(send, key);
+    }
+    EXPECT_EQ(send.toPlainText(), " <LEFT>") << "F8 is the menu's, though disabled";
+    EXPECT_EQ(two.sent(), " \x25");
+}
+
 TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
-    OnePaneWorld one;
+    TerminalWorld one;
+    one.choose("OnePane");
     one.line.send("> ");
     EXPECT_TRUE(one.shows("> "));
     one.choose("LineEnd2"); // CR LF
@@ -162,7 +148,8 @@ TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
 }
 
 TEST(TerminalPane, SendsFilesAndHexAndWritesALog) {
-    OnePaneWorld one;
+    TerminalWorld one;
+    one.choose("OnePane");
     const TempFolder& folder = one.world.folder;
     const auto& message = control<QLabel>(one.world.frame(), "hexMessage");
     auto& hex = control<QLineEdit>(one.world.frame(), "hexText");
@@ -201,11 +188,11 @@ TEST(TerminalPane, SendsFilesAndHexAndWritesALog) {
     sendFile("big.bin");
     one.line.lose("gone");
     EXPECT_TRUE(runUntil([&] { return one.boxes.size() == 4; }));
-    const std::string cannot = "The file cannot be sent: " + folder.path().string() + "/";
+    const std::string cannot = "Error: The file cannot be sent: " + folder.path().string() + "/";
     EXPECT_EQ(one.boxes[0], cannot + "big.bin (something is being sent already)");
     EXPECT_EQ(one.boxes[1], cannot + "empty.bin (it is empty)");
     EXPECT_EQ(one.boxes[2], cannot + "missing.bin (No such file or directory)");
-    EXPECT_TRUE(one.boxes[3].starts_with("Not all was sent: big.bin: ")) << one.boxes[3];
+    EXPECT_TRUE(one.boxes[3].starts_with("Error: Not all was sent: big.bin: ")) << one.boxes[3];
     EXPECT_TRUE(one.boxes[3].ends_with(" of 20003 bytes sent (COM1 is test://terminal: gone)"))
         << one.boxes[3];
 
@@ -214,7 +201,7 @@ TEST(TerminalPane, SendsFilesAndHexAndWritesALog) {
     one.boxes.clear();
     one.chosen = (folder / "no" / "run.log").string();
     one.choose("LogToFile");
-    EXPECT_EQ(one.boxes, std::vector{"The terminal's log cannot be written (" + one.chosen +
+    EXPECT_EQ(one.boxes, std::vector{"Error: The terminal's log cannot be written (" + one.chosen +
                                      ": No such file or directory)"});
     one.chosen = (folder / "run.log").string();
     one.choose("LogToFile");
@@ -228,7 +215,6 @@ TEST(TerminalPane, SendsFilesAndHexAndWritesALog) {
 
 TEST(LogView, FiltersAndCopies) {
     DesktopWorld world;
-    world.show();
     FRONTEND_Get().openView(View::log);
     LOG_Add("Erasing Chip started");
     std::thread([] { LOG_Add("Error: Timeout error"); }).join();
@@ -244,4 +230,9 @@ TEST(LogView, FiltersAndCopies) {
         }
     }
     EXPECT_TRUE(QApplication::clipboard()->text().endsWith(" Error: Timeout error"));
+    FRONTEND_Get().restoreDefaultPlacement();
+    LOG_Add("Error: Cable");
+    auto& restarted = control<QListView>(world.frame(), "LogList");
+    ASSERT_TRUE(runUntil([&] { return restarted.model()->rowCount() > 0; }));
+    EXPECT_EQ(restarted.model()->index(0, 0).data().toString().left(10), "0:00:00:00");
 }

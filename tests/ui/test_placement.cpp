@@ -48,7 +48,6 @@ TEST(Placement, CascadeShowsEveryTitleBar) {
                                                                         {0, 0, 200, 100},
                                                                         {20, 20, 200, 100}}));
     DesktopWorld world;
-    world.show();
     for (const View view : {View::log, View::terminal, View::device}) {
         FRONTEND_Get().openView(view);
     }
@@ -62,7 +61,6 @@ TEST(Placement, CascadeShowsEveryTitleBar) {
 
 TEST(Placement, IsKeptAndRestored) {
     DesktopWorld world("[Settings TERMINAL]\nRect = 5000,5000,300,100\n");
-    world.show();
     const QRect area = world.frame().findChild<QMdiArea*>()->viewport()->rect();
     FRONTEND_Get().openView(View::log);
     EXPECT_EQ(world.window("Log")->geometry().bottomRight(), area.bottomRight());
@@ -88,7 +86,6 @@ TEST(Placement, IsKeptAndRestored) {
 
 TEST(Placement, KeepsTheSharesOfTheArea) {
     DesktopWorld world;
-    world.show();
     const auto* viewport = world.frame().findChild<QMdiArea*>()->viewport();
     FRONTEND_Get().openView(View::log);
     FRONTEND_Get().openView(View::device);
@@ -105,34 +102,25 @@ TEST(Placement, KeepsTheSharesOfTheArea) {
     }
 }
 
-TEST(DataViews, UnloadWhenTheLastIsClosedByTheUser) {
+TEST(DataViews, ShowWhatTheImageIsAndUnloadWithTheLast) {
     DesktopWorld world;
     const std::string path = world.programFile();
+    const std::string titled = IDENTITY_Title() + " - " + path;
     SESSION_Get().showHexListView = 1;
     PROGRAM_Open(path);
+    EDIT_Relocate(0x10);
+    EXPECT_EQ(world.frame().windowTitle().toStdString(), titled + " *");
+    EXPECT_EQ(world.windows()[0]->windowTitle().toStdString(), path + " *");
+    PROGRAM_SaveCurrent();
+    EXPECT_EQ(world.frame().windowTitle().toStdString(), titled);
     ASSERT_EQ(world.windows().size(), 2U);
     world.windows()[0]->close();
     EXPECT_FALSE(HEXDATA_IsEmpty());
-
-    // Opening again closes and reopens the list; nothing is lost on the way.
-    PROGRAM_Open(path);
-    world.window(path)->close();
-    PROGRAM_Open(path);
+    PROGRAM_Open(path); // closes and opens the list; nothing is lost on the way
     EXPECT_FALSE(HEXDATA_IsEmpty());
     while (!world.windows().empty()) {
         world.windows()[0]->close();
     }
     EXPECT_TRUE(HEXDATA_IsEmpty());
     EXPECT_EQ(world.frame().windowTitle().toStdString(), IDENTITY_Title());
-}
-
-TEST(DataViews, ShowWhatTheImageIs) {
-    DesktopWorld world;
-    const std::string path = world.programFile();
-    PROGRAM_Open(path);
-    EDIT_Relocate(0x10);
-    EXPECT_EQ(world.frame().windowTitle().toStdString(), IDENTITY_Title() + " - " + path + " *");
-    EXPECT_EQ(world.windows()[0]->windowTitle().toStdString(), path + " *");
-    PROGRAM_SaveCurrent();
-    EXPECT_EQ(world.frame().windowTitle().toStdString(), IDENTITY_Title() + " - " + path);
 }

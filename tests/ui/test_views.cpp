@@ -1,23 +1,17 @@
 #include "desktop_world.h"
 #include "platform/format.h"
-#include "shell/front_end.h"
 #include "ui/hex_dump_area.h"
 #include "ui/view_widget.h"
-#include "ui_world.h"
 
 #include <QAction>
 #include <QClipboard>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListView>
 #include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QTableView>
-#include <memory>
 #include <tuple>
-#include <utility>
 
 namespace {
 
@@ -71,7 +65,7 @@ struct DumpWorld : UiWorld {
 
 } // namespace
 
-TEST(HexListView, ShowsTheRowsBelowASummary) {
+TEST(HexListView, ShowsTheRowsBelowASummaryInGreenOrRed) {
     UiWorld world;
     HEXDATA_AddData(0, Bytes(0x100, 0x11));
     HEXDATA_AddData(0x200, bytesOf("0123456789abcdef"));
@@ -79,19 +73,14 @@ TEST(HexListView, ShowsTheRowsBelowASummary) {
     view->findChild<QTableView*>()->selectRow(1);
     EXPECT_EQ(copied(*view), "0002\t00000200\t00000010\t\t"
                              "30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66\t0123456789abcdef");
-    EXPECT_EQ(control<QLabel>(*view, "range").text(), "0x000000-0x00020F");
+    const auto& range = control<QLabel>(*view, "range");
+    EXPECT_EQ(range.text(), "0x000000-0x00020F");
     EXPECT_EQ(control<QLabel>(*view, "bytes").text(), "Number of bytes: 272");
-}
-
-TEST(HexListView, RangeIsGreenOrRedInLightAndDark) {
-    UiWorld world;
-    const ViewPtr view(HEXLISTVIEW_Create(nullptr));
     for (const QColor& window : {QColor(Qt::white), QColor(30, 30, 30)}) {
         view->setPalette(QPalette(window));
         for (const bool fits : {true, false}) {
             HEXDATA_SetFits(fits);
             view->refresh();
-            const auto& range = control<QLabel>(*view, "range");
             const QColor colour = range.palette().color(QPalette::WindowText);
             EXPECT_EQ(colour.green() > colour.red(), fits);
             EXPECT_GT(std::abs(colour.lightness() - window.lightness()), 90);
@@ -262,32 +251,8 @@ TEST(HexDumpView, FindsBytesAndText) {
     EXPECT_FALSE(edit.isVisible());
 }
 
-// A stutter would be felt from some 50 ms on; this bound only catches work that grows with the
-// data.
-TEST(Views, OpenAndPaintManyAreasAndManyBytesAtOnce) {
-    UiWorld world;
-    for (uint32_t index = 0; index < 100'000; ++index) {
-        HEXDATA_AddData(index * 64, Bytes(32, 0x55));
-    }
-    HEXDATA_AddData(0x80000000, Bytes(16 << 20, 0xAA));
-    QElapsedTimer timer;
-    timer.start();
-    for (const auto create : {HEXLISTVIEW_Create, HEXDUMPVIEW_Create}) {
-        const ViewPtr view(create(nullptr));
-        view->show();
-        auto& bar = *qobject_cast<QAbstractScrollArea*>(view->focusProxy())->verticalScrollBar();
-        for (int step = 0; step < 20; ++step) {
-            bar.setValue(bar.maximum() / 20 * step);
-            EXPECT_FALSE(view->grab().isNull());
-        }
-    }
-    EXPECT_LT(timer.elapsed(), 5000);
-}
-
 TEST(TerminalView, IsReadyToTypeWheneverItIsActivated) {
     DesktopWorld world;
-    world.show();
-    QApplication::processEvents();
     QMdiArea& area = *world.frame().findChild<QMdiArea*>();
     const auto focusIn = [&](View view) {
         FRONTEND_Get().openView(view);
@@ -300,26 +265,4 @@ TEST(TerminalView, IsReadyToTypeWheneverItIsActivated) {
         EXPECT_NE(qobject_cast<QTableView*>(focusIn(View::hexList)), nullptr);
     }
     EXPECT_EQ(focusIn(View::terminal)->objectName(), "Send");
-}
-
-TEST(Views, SayWhatTheyAre) {
-    DesktopWorld world;
-    world.show();
-    for (const View view :
-         {View::terminal, View::log, View::hexList, View::hexDump, View::device}) {
-        FRONTEND_Get().openView(view);
-    }
-    QApplication::processEvents();
-    expectNamed(world.frame());
-}
-
-TEST(LogView, StartsAgainWithTheDefaultPlacement) {
-    DesktopWorld world;
-    world.show();
-    FRONTEND_Get().openView(View::log);
-    CLOCK_Sleep(20);
-    FRONTEND_Get().restoreDefaultPlacement();
-    const auto& list = control<QListView>(world.frame(), "LogList");
-    ASSERT_TRUE(runUntil([&] { return list.model()->rowCount() > 0; }));
-    EXPECT_EQ(list.model()->index(0, 0).data().toString().left(10), "0:00:00:00");
 }

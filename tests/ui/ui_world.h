@@ -21,6 +21,7 @@
 #include <QKeyEvent>
 #include <QPointer>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QTimer>
 #include <functional>
 #include <gtest/gtest.h>
@@ -90,8 +91,13 @@ inline void later(int ms, std::function<void()> action) {
 
 // Runs a modal dialog and, once it is shown, the script; a dialog that the script leaves open is
 // cancelled.
-inline int driveDialog(const std::function<int()>& run, std::function<void(QDialog&)> script) {
+template <class Run>
+auto driveDialog(const Run& run, std::function<void(QDialog&)> script) {
     bool shown = false;
+    const auto ended = qScopeGuard([&shown] {
+        QApplication::processEvents();
+        EXPECT_TRUE(shown) << "no dialog appeared";
+    });
     later(0, [&shown, script = std::move(script)] {
         auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
         if (dialog != nullptr) {
@@ -103,10 +109,7 @@ inline int driveDialog(const std::function<int()>& run, std::function<void(QDial
             }
         }
     });
-    const int result = run();
-    QApplication::processEvents();
-    EXPECT_TRUE(shown) << "no dialog appeared";
-    return result;
+    return run();
 }
 
 template <class Control>
