@@ -323,6 +323,7 @@ TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
     };
     for (const auto& [fault, error, linkState] : cases) {
         SCOPED_TRACE(error);
+        const std::string beginning = error.substr(0, 13);
         TargetWorld world({.device = "VT-B128", .chip = {}});
         runAuto();
         world.setFaults({fault});
@@ -330,7 +331,7 @@ TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
         bool commandReturned = false;
         ERROR_SetHandlers(
             [&](WindowHandle, const std::string& text, const std::string&, int) {
-                EXPECT_EQ(text.substr(0, 13), error.substr(0, 13));
+                EXPECT_EQ(text.substr(0, 13), beginning);
                 EXPECT_TRUE(EVENTS_PostAndWait([&] {
                     CLOCK_Sleep(3000); // the user reads
                     shown = !commandReturned;
