@@ -271,6 +271,7 @@ TEST(Commands, DownloadAndStart) {
     TargetWorld world({.device = "VT-A32", .chip = talkative});
     TARGET_DownloadRamImage((world.folder() / "RamImage" / "vt-a.hex").string());
     EXPECT_EQ(world.questions().back(), "Download RAM-Image: All bytes\nwritten successfully");
+    EXPECT_FALSE(PROGRESS_IsOpen());
     EXPECT_EQ(TARGET_State().LinkState, LINK_IDLE);
     EXPECT_EQ(BOOT_GetState(), BOOT_UNSYNCED);
 
