@@ -44,7 +44,7 @@ void play(Bench& bench, const std::string& steps) {
         if (step == "boot") {
             bench.reset(true);
         } else if (step[0] == '+') {
-            bench.now.us += std::stoi(step) * 1000;
+            bench.now.us += std::stoll(step) * 1000;
         } else if (step[0] == 'r') {
             CHIP_SetHostRate(*bench.chip, static_cast<uint32_t>(std::stoul(step.substr(1))));
         } else if (step.size() == 2 && (step[0] == 'D' || step[0] == 'R')) {

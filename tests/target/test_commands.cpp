@@ -272,6 +272,7 @@ TEST(Commands, DownloadAndStart) {
     TargetWorld world({.device = "VT-A32", .chip = talkative});
     TARGET_DownloadRamImage((world.folder() / "RamImage" / "vt-a.hex").string());
     EXPECT_EQ(world.questions().back(), "Download RAM-Image: All bytes\nwritten successfully");
+    EXPECT_FALSE(PROGRESS_IsOpen());
     EXPECT_EQ(TARGET_State().LinkState, LINK_IDLE);
     EXPECT_EQ(BOOT_GetState(), BOOT_UNSYNCED);
 
@@ -324,6 +325,7 @@ TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
     };
     for (const auto& [fault, error, linkState] : cases) {
         SCOPED_TRACE(error);
+        const std::string beginning = error.substr(0, 13);
         TargetWorld world({.device = "VT-B128", .chip = {}});
         runAuto();
         world.setFaults({fault});
@@ -331,7 +333,7 @@ TEST(Commands, ReportComesBeforeTheCommandGoesOn) {
         bool commandReturned = false;
         ERROR_SetHandlers(
             [&](WindowHandle, const std::string& text, const std::string&, int) {
-                EXPECT_EQ(text.substr(0, 13), error.substr(0, 13));
+                EXPECT_EQ(text.substr(0, 13), beginning);
                 EXPECT_TRUE(EVENTS_PostAndWait([&] {
                     CLOCK_Sleep(3000); // the user reads
                     shown = !commandReturned;

@@ -213,7 +213,7 @@ TEST(Replay, TheFirstDifferenceIsNamed) {
             {"VT-B128", "DTR off\r\n", "", "the end of the log", "86", 0},
         };
     for (const auto& [device, from, to, wanted, came, linesOn] : cases) {
-        SCOPED_TRACE(from + " -> " + to);
+        SCOPED_TRACE(formatText("%s -> %s", from.c_str(), to.c_str()));
         std::string log = record(device);
         const size_t at = log.find(from);
         ASSERT_NE(at, std::string::npos);
