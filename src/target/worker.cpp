@@ -107,6 +107,7 @@ void reportAndRelease(const Failure& failure, bool linkFailed, bool resetBoot) {
     {
         const std::lock_guard lock(control);
         if (linkFailed) {
+            state.Identified = 0;
             dropped = TARGET_LeaveLinkState(LINK_RAMCODE, LINK_IDLE);
         }
         state.Operation = 0;
@@ -279,7 +280,12 @@ void TARGET_Init(void* mainWindow, TerminalReceiver terminalReceive) {
     stopWorker(true);
     window = mainWindow;
     terminal = std::move(terminalReceive);
-    TARGET_State().LinkState = LINK_IDLE;
+    TargetState& state = TARGET_State();
+    state.LinkState = LINK_IDLE;
+    state.Operation = 0;
+    state.Identified = 0;
+    state.Cancel = 0;
+    state.Stop = 0;
     keyNoted = false;
     failureNoted = false;
     workerRuns = true;

@@ -2,6 +2,8 @@
 // port.
 
 #include "bootrom/connect.h"
+#include "serial/idle_rate.h"
+#include "serial/sio_line.h"
 #include "target_world.h"
 
 TEST(Connect, ARefusedPasswordIsFollowedByTheOthersThatMayFit) {
