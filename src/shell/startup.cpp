@@ -123,14 +123,9 @@ bool loadRemembered() {
     return !RUN_IsUnattended() || RUN_GetExitCode() == 0;
 }
 
-// A run that only converts leaves the port alone: opening it would move the lines that reset a
-// board and take the port from a run that needs it. The desktop shows a failure as long as it
-// lasts.
+// Where nothing needs it yet, the desktop shows a failure as long as it lasts.
 void openPort() {
     const bool needless = !CMDLINE_NeedsTarget();
-    if (needless && RUN_IsUnattended()) {
-        return;
-    }
     SIO_TolerateOpenFailure(needless);
     if (!SIO_Restart() && needless) {
         LOG_Add(SIO_GetOpenFailure());
@@ -177,7 +172,12 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
         return false;
     }
     ACCOUNT_Stage("project");
-    TARGET_Init(nullptr, TERMINAL_ReceiveByte);
+    // A run that only converts leaves the port alone: opening it would move the lines that reset a
+    // board and take the port from a run that needs it.
+    const bool usesPort = !RUN_IsUnattended() || CMDLINE_ContainsTarget(arguments);
+    if (usesPort) {
+        TARGET_Init(nullptr, TERMINAL_ReceiveByte);
+    }
     const bool isComplete = loadRemembered();
     CONFIGURATION_Changed(); // an option may fill the password before it names a device
     if (!isComplete) {
@@ -197,7 +197,9 @@ bool STARTUP_Run(const std::vector<std::string>& arguments) {
     openRememberedViews();
     CONFIGURATION_Changed();
     ACCOUNT_Stage("port");
-    openPort();
+    if (usesPort) {
+        openPort();
+    }
     ACCOUNT_Stage("end");
     return true;
 }
