@@ -40,6 +40,7 @@ appstreamcli validate --no-net "$build"/packaging/*.metainfo.xml >"$work/appstre
 mandoc() { LC_ALL=C.UTF-8 groff -man -Tutf8 -ww "$@" 2>&1 >/dev/null; }
 [ -z "$(mandoc "$build"/packaging/reference/*.1)" ] || fail "the man pages: $(mandoc "$build"/packaging/reference/*.1)"
 scripts/completions_check.sh "$build/packaging/reference" "$build/bin"
+scripts/udev_check.sh
 
 # A root of its own, with this system's list of packages, so that dpkg checks what ours depend on.
 root=$work/root

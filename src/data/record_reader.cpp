@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr size_t kPiece = 65536; // characters
+constexpr size_t kReadPiece = 65536; // characters
 constexpr size_t kLargePiece = 524288;
 constexpr uint64_t kLargeFile = 1U << 20; // bytes, many times what starting a thread costs
 constexpr char kCtrlZ = 0x1A;
@@ -20,8 +20,8 @@ constexpr char kExpectedHex[] = "Expected Hex character : 0..9, A..F";
 // What is no file in the end, a pipe or a device, tells no size.
 RecordReader::RecordReader(FileReader& file)
     : file_(file), pieceSize_(file.size() >= kLargeFile ? kLargePiece
-                              : file.size() > 0         ? std::min(file.size() + 1, kPiece)
-                                                        : kPiece),
+                              : file.size() > 0         ? std::min(file.size() + 1, kReadPiece)
+                                                        : kReadPiece),
       window_(kLongestRecord, '\0'), position_(kLongestRecord) {
     if (file.size() >= kLargeFile) {
         ahead_.emplace([this](std::string& piece) { readPiece(piece); });

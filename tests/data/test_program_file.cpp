@@ -12,8 +12,11 @@
 #include "support/temp_folder.h"
 
 #include <algorithm>
+#include <atomic>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <sstream>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using std::string_literals::operator""s;
@@ -267,6 +270,50 @@ TEST_F(ProgramFile, SaysWhyReadingOrWritingBrokeOff) {
     EXPECT_EQ(breakingOff(save, 5), // to where the new file is written
               "Error writing file (" + path.string() + ": Input/output error)");
     EXPECT_EQ(readFile(path), before);
+}
+
+// Large enough for the thread that reads and writes beside the conversion: each of the calls on
+// files fails once, or the process ends in front of it.
+TEST_F(ProgramFile, ALargeFileIsWholeOrTheOldOne) {
+    TestRandom random;
+    std::vector<uint8_t> bytes(1 << 20);
+    std::ranges::generate(bytes, [&] { return static_cast<uint8_t>(random()); });
+    HEXDATA_AddData(0, bytes);
+    const std::string whole = saved(FILETYPE_SRECORD);
+    const std::string image = imageText();
+    writeFile(folder / "in", whole);
+    std::atomic<int> left;
+    const auto fails = [&left] { return left-- == 0 ? EIO : 0; };
+    const auto ends = [&left] { return left-- == 0 ? (_exit(1), 0) : 0; };
+    int refused = 0;
+    for (int at = 0, status = 1; status != 0; ++at) {
+        SCOPED_TRACE(at);
+        writeFile(path, "old");
+        left = at;
+        if (const pid_t child = fork(); child == 0) {
+            FILES_SetCallHook(ends);
+            _exit(PROGRAMFILE_Save(path, FILETYPE_SRECORD) ? 0 : 1);
+        } else {
+            waitpid(child, &status, 0);
+        }
+        EXPECT_TRUE(readFile(path) == whole || (status != 0 && readFile(path) == "old"));
+
+        writeFile(path, "old");
+        left = at;
+        FILES_SetCallHook(fails);
+        const bool isSaved = PROGRAMFILE_Save(path, FILETYPE_SRECORD);
+        left = at;
+        const bool isLoaded = PROGRAMFILE_Load(folder / "in");
+        FILES_SetCallHook({});
+        const std::string report = reports.take();
+        refused += (isSaved ? 0 : 1) + (isLoaded ? 0 : 1);
+        EXPECT_TRUE(readFile(path) == whole || (!isSaved && readFile(path) == "old"));
+        EXPECT_TRUE(imageText() == image || (!isLoaded && HEXDATA_IsEmpty()));
+        EXPECT_EQ(report.find(strerror(EIO)) == std::string::npos, isSaved && isLoaded) << report;
+        HEXDATA_Clear();
+        HEXDATA_AddData(0, bytes);
+    }
+    EXPECT_GT(refused, 20);
 }
 
 TEST_F(ProgramFile, RandomImagesReadBackEqualInBothFormats) {
