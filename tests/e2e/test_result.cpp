@@ -16,12 +16,8 @@ struct ResultRun {
     ProgramFolder bench;
 
     Strings arguments(Strings more) const {
-        writeFile(bench.folder / "app.mot", srecords(0, randomBytes(700, 1)));
-        Strings all = {bench.folder / "app.mot", "-OptionsCOMPort1", "-OptionsTargetDeviceVT-B128",
-                       "-OptionsSettingsReset1"};
-        all.insert(all.end(), more.begin(), more.end());
-        all.insert(all.end(), {"-Exit", "--isolated", "--result", bench.folder / kPath});
-        return all;
+        more.insert(more.end(), {"--isolated", "--result", bench.folder / kPath});
+        return withFile(bench, srecords(0, randomBytes(700, 1)), onDevice("VT-B128", more));
     }
     // Each result is held against its schema.
     Json result() const { return validResult(readFile(bench.folder / kPath)); }
