@@ -184,3 +184,19 @@ private:
     std::string summary_;
     std::optional<Process> process_;
 };
+
+// The arguments of a run on a device: the commands, then the end.
+inline Strings onDevice(const std::string& device, const Strings& rest) {
+    Strings arguments{"-OptionsTargetDevice" + device, "-OptionsSettingsReset1", "-OptionsCOMPort1",
+                      "-OptionsCOMBaudrate115200"};
+    arguments.insert(arguments.end(), rest.begin(), rest.end());
+    arguments.emplace_back("-Exit");
+    return arguments;
+}
+
+// With a program file, loaded from the command line's first argument.
+inline Strings withFile(const ProgramFolder& world, const std::string& text, Strings arguments) {
+    writeFile(world.folder / "app.mot", text);
+    arguments.insert(arguments.begin(), world.folder / "app.mot");
+    return arguments;
+}

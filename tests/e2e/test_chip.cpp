@@ -62,21 +62,6 @@ std::string flashWith(const DeviceRecord& device, const std::vector<Data>& data)
     return flash;
 }
 
-Strings onDevice(const std::string& device, const Strings& rest) {
-    Strings arguments{"-OptionsTargetDevice" + device, "-OptionsSettingsReset1",
-                      "-OptionsCOMBaudrate115200"};
-    arguments.insert(arguments.end(), rest.begin(), rest.end());
-    arguments.emplace_back("-Exit");
-    return arguments;
-}
-
-// A program file, loaded from the command line's first argument.
-Strings withFile(const ProgramFolder& world, const std::string& text, Strings arguments) {
-    writeFile(world.folder / "app.mot", text);
-    arguments.insert(arguments.begin(), world.folder / "app.mot");
-    return arguments;
-}
-
 std::string hexRange(const DeviceRecord& device) {
     char text[40];
     std::snprintf(text, sizeof text, "%X,%X", device.aBlock.front().Start, endOf(device) - 1);

@@ -8,22 +8,16 @@
 
 namespace {
 
-const Strings kProgram = {"app.mot", "-OptionsCOMPort1", "-OptionsTargetDeviceVT-B128",
-                          "-OptionsSettingsReset1", "-TargetAuto", "-TargetVerify",
-                          // Three processes hand each byte on, and the boot ROM waits 30 ms: on a
-                          // busy machine a connect may need another try. Nothing behind it may.
-                          "--retries", "2", "-Exit"};
-
 bool succeeds(const std::string& command) {
     return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
 }
 
 void programThrough(const ProgramFolder& bench, const std::string& port) {
-    writeFile(bench.folder / "app.mot", srecords(0, randomBytes(700, 1)));
     writeFile(bench.folder / "calvorin.ini", "[Settings PORTS]\r\nCOM1 = \"" + port + "\"\r\n");
-    Strings arguments = kProgram;
-    arguments[0] = bench.folder / "app.mot";
-    const RunResult result = bench.run(arguments);
+    // Three processes hand each byte on, and the boot ROM waits 30 ms: on a busy machine a connect
+    // may need another try. Nothing behind it may.
+    const Strings line = onDevice("VT-B128", {"-TargetAuto", "-TargetVerify", "--retries", "2"});
+    const RunResult result = bench.run(withFile(bench, srecords(0, randomBytes(700, 1)), line));
     EXPECT_EQ(result.exitCode, 0) << result.err;
 }
 

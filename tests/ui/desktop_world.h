@@ -18,6 +18,7 @@
 #include "ui/desktop.h"
 #include "ui/file_dialog.h"
 #include "ui/frame.h"
+#include "ui/hex_dump_area.h"
 #include "ui_world.h"
 
 #include <QMdiArea>
@@ -79,6 +80,10 @@ struct DesktopWorld : UiWorld {
         return *action;
     }
 
+    HexDumpArea& dumpArea() {
+        auto& note = control<QWidget>(frame(), "comparisonNote");
+        return dynamic_cast<HexDumpArea&>(*note.parentWidget()->focusProxy());
+    }
     std::vector<QMdiSubWindow*> windows() {
         const auto list = frame().findChild<QMdiArea*>()->subWindowList();
         return {list.begin(), list.end()};

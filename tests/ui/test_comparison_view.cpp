@@ -1,6 +1,5 @@
 // A comparison in the hex dump: colours, tool tip, the line below, and its end.
 #include "desktop_world.h"
-#include "ui/hex_dump_area.h"
 #include "ui/look.h"
 
 #include <QHelpEvent>
@@ -32,8 +31,7 @@ TEST(ComparisonView, ShowsBothValuesUntilItEnds) {
         return FileChoice{(world.folder / "other.hex").string(), 0};
     });
     FRONTEND_Get().openView(View::hexDump);
-    auto& area = *dynamic_cast<HexDumpArea*>(
-        world.frame().findChild<QWidget*>("comparisonNote")->parentWidget()->focusProxy());
+    HexDumpArea& area = world.dumpArea();
     const auto& note = control<QLabel>(world.frame(), "comparisonNote");
     EXPECT_EQ(pixelsOfDifferences(area), 0);
     EXPECT_FALSE(note.isVisible() || world.isEnabled(CMD_COMPARISON_NEXT));

@@ -101,6 +101,8 @@ void expectReachable(const QDialog& dialog) {
             continue;
         }
         take(widget->property("text").toString());
+        EXPECT_TRUE(qobject_cast<QCheckBox*>(widget) == nullptr ||
+                    widget->property("text").toString().contains('&'));
         hasDefault = hasDefault || widget->property("default").toBool();
         if (widget->isEnabled() && widget->focusProxy() == nullptr &&
             (widget->focusPolicy() & Qt::TabFocus) != 0) {
@@ -167,17 +169,20 @@ TEST(ValueDialog, ShowsAndReadsHexNumbersUnlessCancelled) {
         ValueRequest request;
         request.mode = c.mode;
         request.sign = c.sign;
+        request.title = "Title";
         request.label0 = "First:";
         request.label1 = "Second:";
         request.value0 = c.before[0];
         request.value1 = c.before[1];
         const auto edit = [&] { return DIALOG_EditValue(nullptr, request); };
         const int result = driveDialog(edit, [&c](QDialog& dialog) {
+            EXPECT_EQ(dialog.windowTitle(), "Title");
             EXPECT_EQ(textIn(dialog, "704"), c.shown[0]);
             EXPECT_EQ(textIn(dialog, "705"), c.shown[1]);
             type(dialog, "704", c.typed[0]);
             type(dialog, "705", c.typed[1]);
             click(dialog, c.button);
+            EXPECT_FALSE(dialog.isVisible());
         });
         EXPECT_EQ(result, std::atoi(c.button));
         EXPECT_EQ(request.value0, c.after[0]) << c.typed[0];
@@ -197,8 +202,10 @@ TEST(TargetDialog, TheDeviceTakesEffectOnOkOnly) {
             EXPECT_EQ(blockLines(dialog), (Texts{"1000 - 10FF"}));
             chooseDevice(dialog, "VT-B");
             EXPECT_EQ(blockLines(dialog), (Texts{"+0 - FF", "+100 - 1FF"}));
+            EXPECT_TRUE(control<QWidget>(dialog, "606").isVisible()) << "its clock";
             EXPECT_EQ(DEVICE_GetName(), "VT-C");
             click(dialog, accept ? "1" : "2");
+            EXPECT_FALSE(dialog.isVisible());
         });
         EXPECT_EQ(result, accept ? kDialogOk : kDialogCancel);
         EXPECT_EQ(DEVICE_GetName(), accept ? "VT-B" : "VT-C");
@@ -393,29 +400,38 @@ TEST(OptionsSheet, ApplyFollowsEveryChangeAndItsUndoing) {
     selectVtB();
     PASSWORD_SetBytes(std::vector<uint8_t>{0x61, 0x62});
     SIO_Init(0, 9600, 0, 8, 0, 0);
-    using Change = std::function<void(QDialog&)>;
-    const std::pair<Change, Change> changes[] = {
-        {[](QDialog& d) { click(d, "602"); }, [](QDialog& d) { click(d, "602"); }},
-        {[](QDialog& d) { click(d, "604"); }, [](QDialog& d) { click(d, "605"); }},
-        {[](QDialog& d) { type(d, "606", "1"); }, [](QDialog& d) { type(d, "606", "0"); }},
-        {[](QDialog& d) { control<QComboBox>(d, "801").setCurrentIndex(0); },
-         [](QDialog& d) { control<QComboBox>(d, "801").setCurrentIndex(2); }},
-        {[](QDialog& d) { type(d, "1003", "abc"); }, [](QDialog& d) { type(d, "1003", "ab"); }},
-        {[](QDialog& d) { type(d, "1001", "FFE0"); }, [](QDialog& d) { type(d, "1001", "FFDF"); }},
-        {[](QDialog& d) { chooseDevice(d, "VT-A"); },
-         [](QDialog& d) {
-             chooseDevice(d, "VT-B");
-             click(d, "605");
-             type(d, "606", "0");
-         }},
+    struct Step {
+        const char* control;
+        const char* text; // typed or chosen; none: clicked
     };
-    drive(DIALOG_Options, [&changes](QDialog& dialog) {
+    const std::pair<Step, std::vector<Step>> changes[] = {
+        {{"602", ""}, {{"602", ""}}},
+        {{"604", ""}, {{"605", ""}}},
+        {{"606", "1"}, {{"606", "0"}}},
+        {{"801", "2400"}, {{"801", "9600"}}},
+        {{"803", ""}, {{"803", ""}}},
+        {{"1003", "abc"}, {{"1003", "ab"}}},
+        {{"1005", ""}, {{"1005", ""}}},
+        {{"1001", "FFE0"}, {{"1001", "FFDF"}}},
+        {{"601", "VT-A"}, {{"601", "VT-B"}, {"605", ""}, {"606", "0"}}},
+    };
+    const auto take = [](QDialog& dialog, const Step& step) {
+        if (auto* combo = dialog.findChild<QComboBox*>(step.control)) {
+            combo->setCurrentIndex(combo->findText(step.text, Qt::MatchStartsWith));
+        } else if (*step.text != '\0') {
+            type(dialog, step.control, step.text);
+        } else {
+            click(dialog, step.control);
+        }
+    };
+    drive(DIALOG_Options, [&](QDialog& dialog) {
         EXPECT_FALSE(applyEnabled(dialog));
         for (const auto& [change, undo] : changes) {
-            change(dialog);
-            EXPECT_TRUE(applyEnabled(dialog)) << "change " << &change - &changes[0].first;
-            undo(dialog);
-            EXPECT_FALSE(applyEnabled(dialog)) << "undo " << &undo - &changes[0].second;
+            SCOPED_TRACE(change.control);
+            take(dialog, change);
+            EXPECT_TRUE(applyEnabled(dialog));
+            std::ranges::for_each(undo, [&](const Step& step) { take(dialog, step); });
+            EXPECT_FALSE(applyEnabled(dialog));
         }
         EXPECT_EQ(SHEET_Options(nullptr), kDialogCancel) << "a second sheet";
     });
@@ -467,6 +483,12 @@ TEST(OptionsSheet, UntouchedPagesAreNotCheckedButFollowTheDevice) {
         EXPECT_EQ(PASSWORD_GetAdrCompare(), count);
     }
     EXPECT_TRUE(world.reports.empty());
+    PASSWORD_Set({0, 0, {}, true, false});
+    drive(DIALOG_Options, [](QDialog& dialog) {
+        chooseDevice(dialog, "VT-B");
+        click(dialog, "1");
+    });
+    EXPECT_FALSE(PASSWORD_GetBytes().empty()) << "filled";
 }
 
 TEST(InterruptVectors, ShowsRowsWarnsAndKeepsWidths) {

@@ -6,7 +6,6 @@
 #include "shell/edit_operations.h"
 #include "shell/program_files.h"
 #include "support/test_line.h"
-#include "ui/hex_dump_area.h"
 
 #include <QClipboard>
 #include <QLabel>
@@ -29,14 +28,7 @@ struct EditingWorld : DesktopWorld {
         writeFile(path, ":0400000001020304F2\n:01000800AA4D\n:00000001FF\n");
         SESSION_Get().showHexListView = 1;
         PROGRAM_Open(path);
-        findArea();
-    }
-
-    void findArea() {
-        for (QAbstractScrollArea* one : frame().findChildren<QAbstractScrollArea*>()) {
-            auto* dump = dynamic_cast<HexDumpArea*>(one);
-            area = dump != nullptr ? dump : area;
-        }
+        area = &dumpArea();
     }
 
     // '<' and '>' move, '+' extends the selection, '=' goes to the end, '!' is Escape.
@@ -107,7 +99,7 @@ TEST(Editing, KeysTypeOverTheBytes) {
         EXPECT_FALSE(world.isMarked());
         FRONTEND_Get().closeView(View::hexDump); // the next one begins at its start
         FRONTEND_Get().openView(View::hexDump);
-        world.findArea();
+        world.area = &world.dumpArea();
     }
     const TargetBusy busy;
     world.type("12");
@@ -202,6 +194,8 @@ TEST(Editing, OffersTheSelectionToFillAndCopy) {
     EXPECT_FALSE(world.isEnabled(CMD_EDIT_COPY_TEXT));
     EXPECT_FALSE(world.isEnabled(CMD_EDIT_PASTE_HEX));
     EXPECT_TRUE(world.isEnabled(CMD_EDIT_FILL));
+    FRONTEND_Get().revealData(AddressRange::of(2, 3));
+    EXPECT_EQ(world.dumpArea().selection()->range(), AddressRange::of(2, 3));
 }
 
 TEST(Editing, KeysOfUndoGoToTheChipFromTheTerminal) {

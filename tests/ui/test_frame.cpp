@@ -10,6 +10,7 @@
 #include <QComboBox>
 #include <QDropEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QRegularExpression>
@@ -39,13 +40,19 @@ TEST(Menu, ChecksOpenViewsAndListsThem) {
     EXPECT_FALSE(world.item(CMD_VIEW_DEVICE).isChecked());
 
     auto& menu = control<QMenu>(world.frame(), "&Window");
-    emit menu.aboutToShow();
+    for (int time = 0; time < 2; ++time) {
+        emit menu.aboutToShow();
+    }
     QStringList texts;
     for (const QAction* action : menu.actions()) {
         texts << action->text() + (action->isChecked() ? "*" : "");
     }
     EXPECT_TRUE(texts.contains("&1 Log"));
     EXPECT_TRUE(texts.contains("&2 Terminal I/O*"));
+    EXPECT_TRUE(texts.contains("&Tool Bar*")) << texts.join(", ").toStdString();
+    world.window("Log")->showMinimized();
+    trigger(menu, "&1 Log");
+    EXPECT_FALSE(world.window("Log")->isMinimized());
 
     world.window("Log")->close();
     FRONTEND_Get().updateMenu();
@@ -68,9 +75,16 @@ TEST(Menu, GivesEveryKeyToOneCommandAndAllHasAName) {
     for (const QWidget* widget : world.frame().findChildren<QWidget*>()) { // the find bar's
         take(QKeySequence::mnemonic(widget->property("text").toString()), widget->objectName());
     }
-    for (const QShortcut* shortcut : world.frame().findChildren<QShortcut*>()) {
+    std::set<std::string> inFront; // one after the other, by key
+    for (QShortcut* shortcut : world.frame().findChildren<QShortcut*>()) {
         take(shortcut->key(), QString::number(used.size()));
+        if (shortcut->key().toString().endsWith("F6")) {
+            emit shortcut->activated();
+            auto* front = control<QMdiArea>(world.frame(), "140").activeSubWindow();
+            inFront.insert(front->windowTitle().toStdString());
+        }
     }
+    EXPECT_EQ(inFront, (std::set<std::string>{"Log", "Memory Map"})) << "forth and back";
     for (const QAction* action : world.frame().findChildren<QAction*>()) {
         take(action->shortcut(), action->text());
     }
@@ -272,7 +286,16 @@ TEST(Help, ShowsTheDocumentWithItsContents) {
     ASSERT_NE(help, nullptr);
     auto& contents = control<QTreeWidget>(*help, "HelpContents");
     EXPECT_EQ(contents.currentItem()->text(0), "How to use this help");
-    const QString text = control<QTextBrowser>(*help, "HelpPage").toPlainText();
+    const auto& page = control<QTextBrowser>(*help, "HelpPage");
+    const QString text = page.toPlainText();
+    auto& find = *help->findChild<QLineEdit*>();
+    find.setText("boot ROM");
+    std::set<int> places; // of the matches, until it begins again
+    do {
+        emit find.returnPressed();
+        EXPECT_EQ(page.textCursor().selectedText().toLower(), "boot rom");
+    } while (places.insert(page.textCursor().position()).second);
+    EXPECT_EQ(static_cast<qsizetype>(places.size()), text.count("boot ROM", Qt::CaseInsensitive));
     for (const QAction* action : world.frame().findChildren<QAction*>()) {
         const QString name = action->text().section('\t', 0, 0).remove('&').remove("...").trimmed();
         if (action->data().toInt() != 0) {

@@ -84,6 +84,10 @@ TEST(Terminal, WorksBothWaysInTwoPanes) {
     }
     EXPECT_EQ(send.toPlainText(), " <LEFT>") << "F8 is the menu's, though disabled";
     EXPECT_EQ(two.sent(), " \x25");
+    FRONTEND_Get().closeView(View::terminal);
+    EXPECT_FALSE(two.world.item(CMD_VIEW_TERMINAL).isChecked());
+    FRONTEND_Get().openView(View::terminal);
+    EXPECT_EQ(control<QPlainTextEdit>(two.world.frame(), "Receive").toPlainText(), "OK\nmore");
 }
 
 TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
@@ -224,11 +228,7 @@ TEST(LogView, FiltersAndCopies) {
     control<QAction>(world.frame(), "ErrorsOnly").trigger();
     ASSERT_EQ(list.model()->rowCount(), 1);
     list.selectAll();
-    for (QAction* action : list.actions()) {
-        if (action->text() == "&Copy") {
-            action->trigger();
-        }
-    }
+    trigger(list, "&Copy");
     EXPECT_TRUE(QApplication::clipboard()->text().endsWith(" Error: Timeout error"));
     FRONTEND_Get().restoreDefaultPlacement();
     LOG_Add("Error: Cable");

@@ -57,6 +57,9 @@ TEST(Placement, CascadeShowsEveryTitleBar) {
     EXPECT_EQ(top("Terminal I/O"), 0);
     EXPECT_GT(top("Device"), 0);
     EXPECT_EQ(top("Log"), 2 * top("Device"));
+    world.item(CMD_WINDOW_TILE_HORIZONTALLY).trigger();
+    EXPECT_EQ(top("Log"), 0) << "the one in front is the first tile";
+    EXPECT_GT(top("Terminal I/O"), 0);
 }
 
 TEST(Placement, IsKeptAndRestored) {
@@ -100,6 +103,10 @@ TEST(Placement, KeepsTheSharesOfTheArea) {
         EXPECT_EQ(world.window("Log")->geometry().bottomRight(), viewport->rect().bottomRight());
         EXPECT_GT(world.window("Log")->x(), half.width());
     }
+    world.window("Device")->move(viewport->width() / 2, 0);
+    world.frame().resize(700, 500);
+    QApplication::processEvents();
+    EXPECT_NEAR(world.window("Device")->x(), viewport->width() / 2, 2);
 }
 
 TEST(DataViews, ShowWhatTheImageIsAndUnloadWithTheLast) {

@@ -16,6 +16,7 @@
 
 #include <QAbstractScrollArea>
 #include <QAccessible>
+#include <QAction>
 #include <QApplication>
 #include <QDialog>
 #include <QKeyEvent>
@@ -123,6 +124,15 @@ Control& control(const QWidget& window, const char* name) {
 
 inline void click(const QWidget& window, const char* name) {
     control<QAbstractButton>(window, name).click();
+}
+
+inline void trigger(const QWidget& window, const char* text) {
+    for (QAction* action : window.findChildren<QAction*>()) {
+        if (action->text() == text) {
+            return action->trigger();
+        }
+    }
+    ADD_FAILURE() << "no action " << text;
 }
 
 inline void pressKey(QWidget& widget, int key, Qt::KeyboardModifiers modifiers = {}) {
