@@ -4,19 +4,13 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
-struct FormCase {
-    bool hexmode;
-    std::string text;
-    std::string error;
-    std::vector<uint8_t> bytes;
-};
-
-} // namespace
-
 TEST(Password, IsFormedFromTextOrHexDigits) {
-    const std::vector<FormCase> cases = {
+    const struct {
+        bool hexmode;
+        std::string text;
+        std::string error;
+        std::vector<uint8_t> bytes;
+    } cases[] = {
         {false, "ab1", "", {'a', 'b', '1'}},
         {false, "\xC3\xA4\x7F", "", {0xE4, 0x7F}},
         {false, "", "", {}},
@@ -29,7 +23,7 @@ TEST(Password, IsFormedFromTextOrHexDigits) {
         {true, "0g", "Not a hex value", {9}},
         {true, std::string(516, '0'), "HexString too long", {9}},
     };
-    for (const FormCase& c : cases) {
+    for (const auto& c : cases) {
         PasswordSettings settings;
         settings.Hexmode = c.hexmode;
         settings.Password = {9};
@@ -39,16 +33,15 @@ TEST(Password, IsFormedFromTextOrHexDigits) {
 }
 
 TEST(Password, IsCheckedAgainstTheLimitsOfTheDevice) {
-    struct Case {
+    const PasswordLimits area = {0, 0, 0xFFDF, 7};
+    const PasswordLimits top = {0, 0, 0xFFFFFFF0, 16};
+    const struct {
         PasswordLimits limits;
         uint32_t count;
         uint32_t compare;
         size_t length;
         std::string message;
-    };
-    const PasswordLimits area = {0, 0, 0xFFDF, 7};
-    const PasswordLimits top = {0, 0, 0xFFFFFFF0, 16};
-    const std::vector<Case> cases = {
+    } cases[] = {
         {{}, 0, 0, 0, ""},
         {{8, 8, 0, 0}, 0, 0, 8, ""},
         {{8, 0, 0, 0}, 0, 0, 7, "Password too short. Minimum 8 bytes"},
@@ -59,7 +52,7 @@ TEST(Password, IsCheckedAgainstTheLimitsOfTheDevice) {
         {area, 0, 0, 1, "Illegal password area. Must be within FFDF - FFE5"},
         {top, 0xFFFFFFFF, 0xFFFFFFF0, 1, ""},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         PasswordSettings settings{c.count, c.compare, std::vector<uint8_t>(c.length), false, false};
         EXPECT_EQ(PASSWORD_Validate(settings, c.limits).value_or(""), c.message);
     }

@@ -17,6 +17,15 @@ namespace {
 
 constexpr char kRule[] = "\r\n\\*{56}\r\n\r\n";
 
+// The texts of a progress and what else is shown.
+std::string shown() {
+    const ProgressView view = PROGRESS_GetView();
+    return view.caption + "|" + view.line1 + "|" + view.line2 + "|" + view.step + "|" + view.line3 +
+           "|" + (view.barTextMode ? "bar: " + view.barText + " " : "") +
+           (view.showClock ? "clock " : "") + (view.busyCursor ? "busy " : "") +
+           (view.showCancel ? "cancel " : "");
+}
+
 // A program folder and the file beside the program that is looked at.
 class NoticeFiles : public testing::Test {
 protected:
@@ -103,27 +112,47 @@ TEST(Hints, AreWhatThePageSays) {
         << HINT_PageTable();
 }
 
-TEST(Progress, ShowsBytesNoteAndPercentage) {
+TEST(Progress, ShowsWhatIsSetAndBeginsAnew) {
     VirtualClock clock(1);
+    std::string told;
+    PROGRESS_SetObserver({[&](void*) { told += "opened "; }, [&] { told += "changed "; }});
+    PROGRESS_HideClock();
+    PROGRESS_ShowCancel(false);
+    const ProgressTotal before = PROGRESS_Total();
     PROGRESS_Open("Programming", nullptr);
-    EXPECT_FALSE(PROGRESS_GetView().hasRange);
-    EXPECT_EQ(PROGRESS_GetView().line3, "Elapsed time: 0:00");
+    EXPECT_EQ(shown(), "Programming||0 of 0 bytes||Elapsed time: 0:00|clock busy cancel ");
     CLOCK_Sleep(67'900);
-    EXPECT_EQ(PROGRESS_GetView().line3, "Elapsed time: 1:07");
     PROGRESS_SetMax(1000);
     PROGRESS_SetPos(250);
-    EXPECT_EQ(PROGRESS_GetView().line2, "250 of 1000 bytes");
+    PROGRESS_SetText("Page");
+    EXPECT_EQ(shown(), "Programming|Page|250 of 1000 bytes||Elapsed time: 1:07|clock busy cancel ");
     EXPECT_EQ(PROGRESS_Percent(PROGRESS_GetView()), 25);
     PROGRESS_HideByteCount();
     PROGRESS_SetNote("Block 3");
-    EXPECT_EQ(PROGRESS_GetView().line2, "Block 3");
+    PROGRESS_SetStep("3 of 8");
+    PROGRESS_SetBarText("30 s");
+    PROGRESS_SetBarTextMode(true);
+    PROGRESS_ShowCancel(false);
+    PROGRESS_HideClock();
+    EXPECT_EQ(shown(), "Programming|Page|Block 3|3 of 8||bar: 30 s ");
     // Addresses beyond the signed range are positions like any other.
     PROGRESS_SetMin(static_cast<int32_t>(0x7FFFFF00));
     PROGRESS_SetMax(static_cast<int32_t>(0x80000100));
     PROGRESS_SetPos(static_cast<int32_t>(0x80000000));
     EXPECT_EQ(PROGRESS_Percent(PROGRESS_GetView()), 50);
+    PROGRESS_Open("Reading", nullptr);
+    PROGRESS_SetBarTextMode(true);
+    EXPECT_EQ(shown(), "Reading|Page|0 of 0 bytes||Elapsed time: 0:00|bar:  clock busy cancel ");
+    CLOCK_Sleep(100);
     PROGRESS_Close();
+    CLOCK_Sleep(100);
     EXPECT_TRUE(PROGRESS_GetView().closeRequest);
+    EXPECT_EQ(PROGRESS_Total().openings - before.openings, 2U);
+    EXPECT_EQ(PROGRESS_Total().ms - before.ms, 68'000U);
+    EXPECT_EQ(told, "changed opened changed changed opened changed ");
+    PROGRESS_SetObserver({});
+    PROGRESS_Reset();
+    EXPECT_FALSE(PROGRESS_GetView().barTextMode || PROGRESS_GetView().closeRequest);
 }
 
 TEST(Progress, EndsTheWaitAtOnceAlsoWhenDoneCameFirst) {
@@ -132,10 +161,11 @@ TEST(Progress, EndsTheWaitAtOnceAlsoWhenDoneCameFirst) {
     PROGRESS_Done();
     PROGRESS_Run("Reading...", {});
     PROGRESS_Reset();
-    const auto thread = CLOCK_StartThread([] { PROGRESS_Done(); });
-    PROGRESS_Run("Reading...", {});
+    const auto thread = CLOCK_StartThread([] { EVENTS_PostAndWait(PROGRESS_Cancel); });
+    PROGRESS_Run("Reading more...", PROGRESS_Done);
     CLOCK_JoinThread(thread);
     EXPECT_TRUE(PROGRESS_IsDone());
+    EXPECT_EQ(PROGRESS_GetView().line1, "Reading more...");
     EVENTS_Close();
 }
 

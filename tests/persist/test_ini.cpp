@@ -6,6 +6,7 @@
 #include "support/temp_folder.h"
 
 #include <array>
+#include <cerrno>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -34,6 +35,11 @@ protected:
         int32_t value = 77;
         INI_ReadInt(section, key, value);
         return value;
+    }
+    static std::string port(const char* key) {
+        std::string device = "none";
+        INI_ReadText("Settings PORTS", key, device);
+        return device;
     }
     // The file as it is after a save.
     std::string file() const {
@@ -115,7 +121,7 @@ TEST_F(Ini, FindsSectionsAndKeysInFilesWrittenByHand) {
 // The run changes C, D, F and G, deletes H, leaves the others alone; somebody edits the file
 // meanwhile.
 TEST_F(Ini, LeavesWhatIsEditedDuringTheRun) {
-    load("[S]\nA = 1\nB = 1\nC = 1\nD = 1\nE = 1\nH = 1\n[Settings PORTS]\nCOM1 = \"/a\"\n");
+    load("[S]\nA=1\nB = 1\nC = 1\nD = 1\nE = 1\nH = 1\n[Settings PORTS]\nCOM1 = \"/a\"\n");
     for (const char* key : {"A", "B"}) {
         INI_WriteInt("S", key, 1);
     }
@@ -124,19 +130,20 @@ TEST_F(Ini, LeavesWhatIsEditedDuringTheRun) {
     }
     INI_DeleteKey("S", "H");
     EXPECT_EQ(readFile(folder / "tool.ini").find('2'), std::string::npos) << "saved key by key";
-    writeFile(folder / "tool.ini", "// mine\n[S]\nA = 1\nB = 3\nC = 1\nD = 3\nG = 3\nH = 1\n"
+    writeFile(folder / "tool.ini", "// mine\n[S]\nA=1\nB = 3\nC = 1\nD = 3\nG = 3\nH = 1\n"
                                    "[Settings PORTS]\nCOM1 = \"/b\"\nCOM2 = \"/c\"\n");
-    const std::string merged = "// mine\n[S]\nF = 2\r\nC = 2\r\nA = 1\nB = 3\nD = 3\nG = 3\n"
+    const std::string merged = "// mine\n[S]\nF = 2\r\nC = 2\r\nA=1\nB = 3\nD = 3\nG = 3\n"
                                "[Settings PORTS]\nCOM1 = \"/b\"\nCOM2 = \"/c\"\n";
     EXPECT_EQ(file(), merged);
     for (const char* key : {"B", "D", "E"}) { // and after a first save
         INI_WriteInt("S", key, 4);
     }
+    INI_WriteInt("S", "H", 4);
     INI_WriteInt("S", "C", 4);
     EXPECT_EQ(read("S", "B"), 4) << "the run goes on with its own";
     const std::string again = file();
     EXPECT_TRUE(again.find("B = 3\nD = 3") != std::string::npos &&
-                again.find("C = 4\r\nF = 2") != std::string::npos)
+                again.find("C = 4\r\nH = 4\r\nF = 2") != std::string::npos)
         << again;
 }
 
@@ -146,26 +153,13 @@ TEST_F(Ini, AnIsolatedRunSeesThePortsAndSavesNothing) {
         "[S]\nKey = x\n[Settings PORTS]\nCOM1 = \"/a\"\nCOM2 = 5\n[T]\nKey = 6\n";
     load(text);
     EXPECT_EQ(read("S", "Key") + read("T", "Key"), 2 * 77);
-    std::string device;
-    INI_ReadText("Settings PORTS", "COM1", device);
-    EXPECT_EQ(device, "/a");
-    INI_ReadText("Settings PORTS", "COM2", device);
+    EXPECT_EQ(port("COM1"), "/a");
+    EXPECT_EQ(port("COM2"), "none");
     EXPECT_EQ(takeFault(), "line 5: Expected a text in double quotes");
     INI_WriteInt("S", "Key", 8);
     EXPECT_EQ(read("S", "Key"), 8) << "within the run";
     EXPECT_EQ(file(), text);
     RUN_SetIsolated(false);
-}
-
-TEST_F(Ini, PlainTextsAreMatchedWhole) {
-    load("[Settings PORTS]\nCOM10 = \"/dev/ten\"\nCOM1=\"/dev/one\"\nCOM2 = 5\n");
-    std::string text = "default";
-    INI_ReadText("Settings PORTS", "COM3", text);
-    EXPECT_EQ(text, "default");
-    INI_ReadText("Settings PORTS", "COM1", text);
-    EXPECT_EQ(text, "/dev/one");
-    INI_ReadText("Settings PORTS", "COM2", text);
-    EXPECT_EQ(takeFault(), "line 4: Expected a text in double quotes");
 }
 
 TEST_F(Ini, ReportsWhatCannotBeReadAndKeepsWhatCameBefore) {
@@ -181,16 +175,13 @@ TEST_F(Ini, ReportsWhatCannotBeReadAndKeepsWhatCameBefore) {
     INI_ReadIntArray("S", "Array", array);
     EXPECT_EQ(takeFault(), "line 4: Expected ',', got '\r'");
     EXPECT_EQ(array, (std::array{7, 8, 9}));
-    const std::pair<const char*, const char*> texts[] = {
-        {"Odd", "line 5: Odd length is illegal"},
-        {"Long", "line 6: HexString too long"},
-        {"Bad", "line 7: Not a hex value"},
-        {"Open", "line 8: Expected a text in double quotes"},
-    };
-    for (const auto& [key, fault] : texts) {
+    const std::array faults = {"line 5: Odd length is illegal", "line 6: HexString too long",
+                               "line 7: Not a hex value",
+                               "line 8: Expected a text in double quotes"};
+    for (size_t i = 0; const char* key : {"Odd", "Long", "Bad", "Open"}) {
         std::array<uint8_t, 2> bytes = {9, 9};
         INI_ReadString("S", key, bytes);
-        EXPECT_EQ(takeFault(), fault);
+        EXPECT_EQ(takeFault(), faults[i++]);
         EXPECT_EQ(bytes[0], key[0] == 'B' ? 1 : 0) << "what came before the fault";
     }
 }
@@ -216,26 +207,38 @@ TEST_F(Ini, FilesThatAreNoSettingsAreReportedAndKept) {
     EXPECT_EQ(takeFault(), "line 2: NUL byte, left out");
     EXPECT_EQ(read("S", "B"), 2);
 
+    INI_WriteInt("S", "New", 1);
+    writeFile(folder / "tool.ini", large.substr(0, kIniCapacity - 1)); // meanwhile
+    INI_Save();
+    EXPECT_EQ(reports.take(),
+              inFile(": no room for \"New\", a settings file holds fewer than 30000 bytes"));
+
+    FILES_SetCallHook([calls = 0]() mutable { return calls++ == 2 ? EIO : 0; });
+    INI_Load();
+    FILES_SetCallHook({});
+    EXPECT_EQ(reports.take(), "Read file failed (" + inFile(": Input/output error)"));
+
     std::filesystem::remove(folder / "tool.ini");
     std::filesystem::create_directory(folder / "tool.ini");
     INI_Load();
     INI_WriteInt("S", "B", 3); // nowhere to go, and no message
+    INI_Save();
     EXPECT_EQ(reports.take(), inFile(": Is a directory"));
 }
 
 // What is a slip of a name is noted; what is a name of another kind, or matches, is not.
 TEST_F(Ini, NotesNamesThatAreNearlyOurs) {
-    load(
-        "[PORTS]\ncom1 = \"a\"\n[Settings PORTS]\r\n  com2= \"b\"\nCOM 3 = \"c\"\nCOM04 = \"d\"\n"
-        "COM5 = \"e\"\nCOM16 = \"f\"\nNAME1 = \"g\"\n// com7\n[Settings PORT]\n[Settings LOGVIEW]\n"
-        "rect = 1\n[Settings DEVICEPROPS]\nDevProps.speed = 1\nDevProps.aBlockSelect[1] = 1\n");
+    load("[PORTS]\ncom1 = \"a\"\n[Settings PORTS]\r\n  com2= \"b\"\nCOM 3 = \"c\"\nCOM04 = \"d\"\n"
+         "COM5 = \"e\"\nCOM16 = \"f\"\nNAME1 = \"g\"\n// com7\n[Settings PORT]\n[Settings "
+         "LOGVIEW]\n[Settings PORT123]\n[My Settings PORTS]\n[tings PORTS]\n"
+         "rect = 1\n[Settings DEVICEPROPS]\nDevProps.speed = 1\nDevProps.aBlockSelect[1] = 1\n");
     const std::string path = "Note: " + inFile(", line ");
     EXPECT_EQ(log, path + "1: [PORTS] is not read, the section is [Settings PORTS]" + path +
                        "4: com2 is not read, the key is COM2" + path +
                        "5: COM 3 is not read, the key is COM3" + path +
                        "6: COM04 is not read, the key is COM4" + path +
                        "11: [Settings PORT] is not read, the section is [Settings PORTS]" + path +
-                       "15: DevProps.speed is not read, the key is DevProps.Speed");
+                       "18: DevProps.speed is not read, the key is DevProps.Speed");
 }
 
 // The settings of an installed program are the user's, the ports beside it those of all users.
@@ -249,17 +252,13 @@ TEST_F(Ini, LooksForPortsBesideAnInstalledProgram) {
     setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
     setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1);
     const fs::path common = folder / "lib/calvorin/tool.ini";
-    writeFile(common, "[Settings PORTS]\nCOM1 = \"common\"\nCOM2 = \"common\"\n[S]\nKey = 3\n");
+    writeFile(common, "[Settings PORTS]\nCOM1 = \"common\"\nCOM2=\"common\"\ncom3 = "
+                      "\"x\"\n[S]\nKey = 3\n[Settings DEVICEPROPS]\nDevProps.speed = 1\n");
     fs::create_directories(folder / "calvorin");
-    writeFile(folder / "calvorin/tool.ini", "[Settings PORTS]\nCOM1 = \"own\"\n");
+    writeFile(folder / "calvorin/tool.ini", "[Settings PORTS]\nCOM10 = \"ten\"\nCOM1 = \"own\"\n");
     INI_Load();
-    std::string ports;
-    for (const char* key : {"COM1", "COM2", "COM3"}) {
-        std::string device = "none";
-        INI_ReadText("Settings PORTS", key, device);
-        ports += device + " ";
-    }
-    EXPECT_EQ(ports, "own common none ");
+    EXPECT_EQ(port("COM1") + port("COM2") + port("COM3"), "owncommonnone");
+    EXPECT_EQ(log, "Note: " + common.string() + ", line 4: com3 is not read, the key is COM3");
     EXPECT_EQ(read("S", "Key"), 77);
     const std::string before = readFile(common);
     INI_WriteInt("S", "Key", 4);

@@ -37,5 +37,7 @@ TEST(Mru, KeepsTheLastPathsAcrossRuns) {
 
     RECENTSTORE_Write("Recent File List 0", {"one", "", "with\nbreak", "two"});
     MRU_Init(MRU_PROGRAMS, 8);
-    EXPECT_EQ(MRU_GetEntries(MRU_PROGRAMS), (std::vector<std::string>{"one", "two"}));
+    const std::string longest(kMruPathLength, 'x');
+    MRU_Add(MRU_PROGRAMS, longest);
+    EXPECT_EQ(MRU_GetEntries(MRU_PROGRAMS), (std::vector<std::string>{longest, "one", "two"}));
 }

@@ -4,8 +4,16 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-TEST(EventQueue, RunsPostedEventsInOrderAndWakesTheWaitingThread) {
-    EVENTS_Open();
+namespace {
+
+struct EventQueue : testing::Test {
+    EventQueue() { EVENTS_Open(); }
+    ~EventQueue() override { EVENTS_Close(); }
+};
+
+} // namespace
+
+TEST_F(EventQueue, RunsPostedEventsInOrderAndWakesTheWaitingThread) {
     std::vector<int> order;
     EVENTS_Post([&] { order.push_back(1); });
     EVENTS_Post([&] { order.push_back(2); });
@@ -18,11 +26,9 @@ TEST(EventQueue, RunsPostedEventsInOrderAndWakesTheWaitingThread) {
     EVENTS_WaitOne();
     CLOCK_JoinThread(thread);
     EXPECT_EQ(order, (std::vector{1, 2, 3}));
-    EVENTS_Close();
 }
 
-TEST(EventQueue, AnswersAThreadThatWaitsAndReleasesItAtTheEnd) {
-    EVENTS_Open();
+TEST_F(EventQueue, AnswersAThreadThatWaitsAndReleasesItAtTheEnd) {
     std::atomic<int> answer{0};
     std::atomic<int> ran{-1};
     auto thread = CLOCK_StartThread([&] { ran = EVENTS_PostAndWait([&] { answer = 42; }); });
@@ -40,26 +46,17 @@ TEST(EventQueue, AnswersAThreadThatWaitsAndReleasesItAtTheEnd) {
     EXPECT_EQ(ran, 0);
 }
 
-TEST(EventQueue, TicksWhileItWaits) {
-    EVENTS_Open();
+TEST_F(EventQueue, TicksWhileItWaitsAndLetsWindowEventsThrough) {
     int ticks = 0;
     EVENTS_SetTicker(2, [&] { ++ticks; });
     EVENTS_WaitOne();
     EVENTS_WaitOne();
     EXPECT_EQ(ticks, 2);
-    EVENTS_SetTicker(0, {});
-    EXPECT_FALSE(EVENTS_ProcessOne());
-    EVENTS_Close();
-}
-
-TEST(EventQueue, LetsWindowEventsThroughBesideTheTicker) {
-    EVENTS_Open();
     bool seen = false;
     EVENTS_SetLoop({[&seen] { return !std::exchange(seen, true); }, {}, {}});
-    EVENTS_SetTicker(1, [] {});
     EVENTS_Sleep(10);
     EXPECT_TRUE(seen);
     EVENTS_SetTicker(0, {});
     EVENTS_SetLoop({});
-    EVENTS_Close();
+    EXPECT_FALSE(EVENTS_ProcessOne());
 }

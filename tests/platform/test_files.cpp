@@ -141,18 +141,13 @@ TEST(Files, WritesEveryFileThatTheUserMayWrite) {
     fs::permissions(shut, fs::perms(0755));
 }
 
-TEST(Files, RefusesWhatIsNoText) {
+TEST(Files, SaysWhatCannotBeReadOrWritten) {
     const TempFolder folder;
     std::string text;
     writeFile(folder / "large", "");
     fs::resize_file(folder / "large", uintmax_t{1} << 31);
     EXPECT_EQ(FILES_ReadAll(folder / "large", text).reason, "File too large");
     EXPECT_EQ(FILES_ReadAll("/dev/zero", text).reason, "File too large");
-}
-
-TEST(Files, TellsMissingFromUnreadable) {
-    const TempFolder folder;
-    std::string text;
     EXPECT_EQ(FILES_ReadAll(folder / "none", text).status, FileStatus::notFound);
     EXPECT_EQ(FILES_ReadAll(folder.path(), text).status, FileStatus::failed);
     EXPECT_EQ(FILES_ReadAll(folder.path(), text).reason, "Is a directory");

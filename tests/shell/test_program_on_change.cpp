@@ -30,50 +30,36 @@ std::string programOfByte(uint8_t byte) {
     return formatText(":04000000%02X%02X%02X%02X%02X\n", byte, byte, byte, byte, sum) + kEnd;
 }
 
-// Every state has a time of its own, however fast the test writes.
-void save(const fs::path& path, const std::string& text, bool add = false) {
-    static int saves = 0;
-    std::ofstream(path, add ? std::ios::app : std::ios::trunc) << text;
-    fs::last_write_time(path, fs::file_time_type::clock::now() + std::chrono::seconds(++saves));
-}
-
-// Another file in its place.
-void replace(const fs::path& path, const std::string& text) {
-    save(path.string() + "~", text);
-    fs::rename(path.string() + "~", path);
-}
-
-// What happens to the file at a time: "=TEXT" is written to it, "+TEXT" added, "~TEXT" replaces it,
-// "-" takes it away.
-struct Write {
-    int64_t atMs;
-    std::string what;
-};
-
+// "=TEXT" is written to the file, "+TEXT" added, "~TEXT" replaces it, "-" takes it away. Every
+// state has a time of its own, however fast the test writes.
 void happen(const fs::path& path, const std::string& what) {
+    static int states = 0;
     if (what == "-") {
         fs::remove(path);
-    } else if (what[0] == '~') {
-        replace(path, what.substr(1));
-    } else {
-        save(path, what.substr(1), what[0] == '+');
+        return;
     }
+    const fs::path written = what[0] == '~' ? path.string() + "~" : path.string();
+    std::ofstream(written, what[0] == '+' ? std::ios::app : std::ios::trunc) << what.substr(1);
+    fs::last_write_time(written, fs::file_time_type::clock::now() + std::chrono::seconds(++states));
+    fs::rename(written, path);
 }
 
+using Writes = std::vector<std::pair<int64_t, std::string>>; // when, in ms, and what
+
 // What five looks a second tell of a file that was whole before, "MS LOOK" each.
-std::string toldOf(const std::vector<Write>& writes, bool throughLink) {
+std::string toldOf(const Writes& writes, bool throughLink) {
     const World world({});
     const fs::path path = world.folder() / "app.hex";
     const fs::path link = world.folder() / "link.hex";
     fs::create_symlink(path, link);
-    save(path, programOfByte(1));
+    happen(path, "=" + programOfByte(1));
     WatchedFile watched((throughLink ? link : path).string());
     watched.take();
     std::string told;
     auto next = writes.begin();
     for (int now = 0; now < 10'000; now += 200) {
-        for (; next != writes.end() && next->atMs <= now; ++next) {
-            happen(path, next->what);
+        for (; next != writes.end() && next->first <= now; ++next) {
+            happen(path, next->second);
         }
         const FileLook look = watched.look();
         told += look < FileLook::whole     ? ""
@@ -85,15 +71,9 @@ std::string toldOf(const std::vector<Write>& writes, bool throughLink) {
     return told;
 }
 
-WorldOptions onDevice(const std::string& name) {
-    WorldOptions options;
-    options.device = name;
-    return options;
-}
-
 // A frame without windows over a virtual chip and a program file, which is watched.
 struct RoundsWorld : World {
-    explicit RoundsWorld(const std::string& device = "VT-B128") : World(onDevice(device)) {
+    explicit RoundsWorld(const std::string& device = "VT-B128") : World({.device = device}) {
         NOTIFIERS_Register();
         FRAMERULES_Reset();
         FrontEnd& frontEnd = FRONTEND_Get();
@@ -114,7 +94,7 @@ struct RoundsWorld : World {
     }
 
     std::string path() const { return (folder() / "app.hex").string(); }
-    void build(uint8_t byte) const { replace(path(), programOfByte(byte)); }
+    void build(uint8_t byte) const { happen(path(), "~" + programOfByte(byte)); }
     // As the frame does it four times a second; what the log says of rounds meanwhile.
     std::string glances(int64_t ms) {
         screen.takeAll(screen.log);
@@ -154,7 +134,7 @@ TEST(WatchedFile, IsWholeWhenNothingIsMissingAndNothingMoves) {
     const std::string begun = whole.substr(0, 9);
     const std::string cut = whole.substr(0, whole.size() - 2);
     const struct {
-        std::vector<Write> writes;
+        Writes writes;
         const char* told;
     } cases[] = {
         {{}, ""},
@@ -180,8 +160,7 @@ TEST(ProgramOnChange, RunsARoundAChangeWhateverRunsInTheChip) {
     RoundsWorld world;
     EXPECT_EQ(world.glances(2000), "");
     uint8_t byte = 0x20;
-    for (const bool resets :
-         {true, true, false, false}) { // then the application runs, or the loader
+    for (const bool resets : {true, true, false, false}) { // the application runs, or the loader
         DEVPROPS_SetResetByPC(resets);
         world.build(++byte);
         EXPECT_EQ(world.glances(30'000),
@@ -230,8 +209,8 @@ TEST(ProgramOnChange, TellsAFailureOnceAndGoesOn) {
         std::function<void(RoundsWorld&)> spoil;
         const char* notice;
     } cases[] = {
-        {[](RoundsWorld& world) { fs::remove(world.path()); }, "File not found (@: "},
-        {[](RoundsWorld& world) { save(world.path(), "S1040000AA50\nS9030000FC\n"); },
+        {[](RoundsWorld& world) { fs::remove(world.path()); }, "File not found ("},
+        {[](RoundsWorld& world) { happen(world.path(), "=S1040000AA50\nS9030000FC\n"); },
          "Error in line 1: CheckSum error !"},
         {[](RoundsWorld& world) {
              SIMPORT_WithChip(world.line,
@@ -252,11 +231,9 @@ TEST(ProgramOnChange, TellsAFailureOnceAndGoesOn) {
         RoundsWorld world;
         c.spoil(world);
         EXPECT_TRUE(world.glances(60'000).starts_with("Failed: "));
-        std::string expected = "Programming on change failed: " + std::string(c.notice);
-        if (const size_t at = expected.find('@'); at != std::string::npos) {
-            expected.replace(at, 1, world.path());
-        }
-        EXPECT_TRUE(ONCHANGE_Notice().text.starts_with(expected)) << ONCHANGE_Notice().text;
+        const std::string said = ONCHANGE_Notice().text;
+        EXPECT_TRUE(said.starts_with("Programming on change failed: " + std::string(c.notice)))
+            << said;
         EXPECT_EQ(world.glances(60'000), "") << "once";
         EXPECT_EQ(world.boxes, "");
         SIMPORT_WithChip(world.line, [](Chip& chip) { CHIP_SetFaults(chip, {}); });

@@ -32,7 +32,7 @@
 struct WorldOptions {
     std::string device = "VT-B128";
     std::string description = {}; // of a device that is none of the program's own
-    ChipOptions chip;
+    ChipOptions chip = {};
     uint64_t seed = testSeed();
     uint32_t baudrate = 38400;
     std::string port = "sim://world"; // what COM1 leads to; "faulty://...@sim://world" spoils it

@@ -84,60 +84,53 @@ TEST(Rfc2217Codec, AnswersOnlyChanges) {
     EXPECT_TRUE(negotiation.ours[TELNET_COM_PORT].refused);
 }
 
-TEST(Rfc2217Codec, ReadsNames) {
-    std::string host;
-    std::string port;
-    EXPECT_TRUE(tcpParseName("rfc2217://", "rfc2217://bench-3:2001", host, port));
-    EXPECT_EQ(host + " " + port, "bench-3 2001");
-    EXPECT_TRUE(tcpParseName("rfc2217://", "rfc2217://[::1]:7", host, port));
-    EXPECT_EQ(host + " " + port, "::1 7");
-    for (const char* bad : {"rfc2217://", "rfc2217://host", "rfc2217://:1", "rfc2217://host:",
-                            "rfc2217://::1:7", "rfc2217://host:1x", "rfc2217://host:123456"}) {
-        EXPECT_FALSE(tcpParseName("rfc2217://", bad, host, port)) << bad;
+// Where a port server is reached; what waits in the system is of no interest.
+struct Listener {
+    const int descriptor = socket(AF_INET, SOCK_STREAM, 0);
+    std::string name; // HOST:PORT
+
+    Listener() {
+        const int little = 4096;
+        setsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &little, sizeof little);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), size), 0);
+        listen(descriptor, 1);
+        getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size);
+        name = "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
     }
-}
+    ~Listener() { close(descriptor); }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+};
 
 // A port server of one connection with a line that echoes, hangs up at a byte 4 and at a byte 5
 // sends `flood` for ever.
 class Server {
 public:
-    Server() : listener_(socket(AF_INET, SOCK_STREAM, 0)) {
-        const int little = 4096; // what waits in the system is of no interest
-        setsockopt(listener_, SOL_SOCKET, SO_RCVBUF, &little, sizeof little);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        EXPECT_EQ(bind(listener_, reinterpret_cast<sockaddr*>(&address), size), 0);
-        listen(listener_, 1);
-        getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
-        name = "rfc2217://127.0.0.1:" + std::to_string(ntohs(address.sin_port));
-    }
     ~Server() {
-        shutdown(listener_, SHUT_RDWR);
+        shutdown(listener_.descriptor, SHUT_RDWR);
         CLOCK_JoinThread(thread_);
-        close(listener_);
     }
-    Server(const Server&) = delete;
-    Server& operator=(const Server&) = delete;
 
     // Opens the port; the server's first answer that holds `spoilt` has `instead` in its place.
-    SerialPortPtr open(std::string& error, const std::string& spoilt = "",
-                       const std::string& instead = "") {
+    SerialPortPtr open(const std::string& spoilt = "", const std::string& instead = "") {
         thread_ = CLOCK_StartThread([this, spoilt, instead] { serve(spoilt, instead); });
-        return SERIALPORT_Open(name, error);
+        return SERIALPORT_Open("rfc2217://" + listener_.name, error);
     }
     // What has been answered to settings since the last call, in hex.
     std::string takeAnswers() {
         const std::lock_guard lock(mutex_);
         return HEXTEXT_FromBytes(bytesOf(std::exchange(answers_, {})));
     }
-    std::string name;
+    std::string error; // of opening
     std::string flood;
 
 private:
     void serve(const std::string& spoilt, const std::string& instead) {
-        const int peer = accept(listener_, nullptr, nullptr);
+        const int peer = accept(listener_.descriptor, nullptr, nullptr);
         const int noDelay = 1;
         setsockopt(peer, IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof noDelay);
         Telnet telnet;
@@ -173,7 +166,7 @@ private:
         close(peer);
     }
 
-    int listener_;
+    Listener listener_;
     ClockThreadPtr thread_;
     std::mutex mutex_;
     std::string answers_;
@@ -181,9 +174,8 @@ private:
 
 TEST(Rfc2217Port, SetsTheLineAndPassesBytes) {
     Server server;
-    std::string error;
-    const SerialPortPtr port = server.open(error);
-    ASSERT_TRUE(port) << error;
+    const SerialPortPtr port = server.open();
+    ASSERT_TRUE(port) << server.error;
     EXPECT_EQ(port->configure({.baudrate = 0xFF00}), 9600U);
     EXPECT_EQ(server.takeAnswers(), "FFFA2C6500002580FFF0FFFA2C650000FFFF00FFF0"
                                     "FFFA2C6608FFF0FFFA2C6701FFF0FFFA2C6801FFF0"
@@ -212,9 +204,8 @@ TEST(Rfc2217Port, SetsTheLineAndPassesBytes) {
 // One thread waits for bytes while the other awaits answers: neither takes the other's.
 TEST(Rfc2217Port, ServesTwoThreads) {
     Server server;
-    std::string error;
-    const SerialPortPtr port = server.open(error);
-    ASSERT_TRUE(port) << error;
+    const SerialPortPtr port = server.open();
+    ASSERT_TRUE(port) << server.error;
     std::string heard;
     const ClockThreadPtr reader = CLOCK_StartThread([&] {
         while (port->waitReadable(CLOCK_After(30'000), {}) && !heard.ends_with('z')) {
@@ -247,9 +238,8 @@ TEST(Rfc2217Port, SaysWhatAServerWillNotDo) {
     };
     for (const Case& row : cases) {
         Server server;
-        std::string error;
-        const SerialPortPtr port = server.open(error, row.answer, row.instead);
-        EXPECT_EQ(error, row.openError);
+        const SerialPortPtr port = server.open(row.answer, row.instead);
+        EXPECT_EQ(server.error, row.openError);
         ASSERT_EQ(port != nullptr, row.openError.empty());
         if (port) {
             EXPECT_FALSE(port->configure({.baudrate = 31250}) && port->setDtr(true));
@@ -265,9 +255,8 @@ TEST(Rfc2217Port, StandsAServerThatFloods) {
         while (server.flood.size() < 100'000) {
             server.flood += "\xFF\xFD\x18";
         }
-        std::string error;
-        const SerialPortPtr port = server.open(error);
-        ASSERT_TRUE(port && port->configure({.baudrate = 9600})) << error;
+        const SerialPortPtr port = server.open();
+        ASSERT_TRUE(port && port->configure({.baudrate = 9600})) << server.error;
         writeText(*port, asks ? "\x05" : "echo");
         alarm(60);
         bytesWithoutEnd = !asks;
@@ -285,18 +274,54 @@ TEST(Rfc2217Port, StandsAServerThatFloods) {
 
 TEST(Rfc2217Port, SaysWhyThereIsNoConnection) {
     std::string listening;
-    { listening = Server().name; }
-    const std::pair<std::string, std::string> cases[] = {
-        {"rfc2217://host", "a port server is named rfc2217://HOST:PORT"},
-        {"rfc2217://no.such.host.invalid:1", "the host no.such.host.invalid is not known"},
-        {listening,
-         "nothing listens on port " + listening.substr(listening.rfind(':') + 1) + " of 127.0.0.1"},
-    };
+    { listening = Listener().name; }
+    std::string host;
+    std::string port;
+    EXPECT_TRUE(tcpParseName("rfc2217://", "rfc2217://[::1]:7", host, port));
+    EXPECT_EQ(host + " " + port, "::1 7");
+    std::vector<std::pair<std::string, std::string>> cases = {
+        {"no.such.host.invalid:1", "the host no.such.host.invalid is not known"},
+        {listening, "nothing listens on port " + listening.substr(10) + " of 127.0.0.1"}};
+    for (const char* bad : {"", "host", ":1", "host:", "::1:7", "host:1x", "host:123456"}) {
+        cases.emplace_back(bad, "a port server is named rfc2217://HOST:PORT");
+    }
     for (const auto& [name, reason] : cases) {
         std::string error;
-        EXPECT_FALSE(SERIALPORT_Open(name, error));
-        EXPECT_EQ(error, reason);
+        EXPECT_FALSE(SERIALPORT_Open("rfc2217://" + name, error));
+        EXPECT_EQ(error, reason) << name;
     }
+}
+
+// The other end is the test itself: what is sent lies in the system until it is fetched.
+TEST(TcpPort, CarriesBytesAndRefusesWhatItCannotDo) {
+    const Listener listener;
+    std::string error;
+    const SerialPortPtr port = SERIALPORT_Open("tcp://" + listener.name, error);
+    ASSERT_TRUE(port) << error;
+    const int peer = accept(listener.descriptor, nullptr, nullptr);
+
+    EXPECT_EQ(port->configure({9600}), 9600U);
+    EXPECT_EQ(port->configure({9600}), 9600U);
+    EXPECT_FALSE(port->configure({115200}));
+    EXPECT_NE(port->refusal().find("taken to be 9600 Bd"), std::string::npos) << port->refusal();
+    EXPECT_TRUE(port->setDtr(true) && port->setRts(false));
+
+    uint8_t buffer[4] = {'p', 'i', 'n', 'g'};
+    EXPECT_TRUE(port->write(buffer));
+    EXPECT_EQ(recv(peer, buffer, sizeof buffer, MSG_WAITALL), 4);
+    EXPECT_FALSE(port->waitReadable(CLOCK_After(1), {}));
+    EXPECT_EQ(send(peer, "pong", 4, 0), 4);
+    EXPECT_TRUE(port->waitReadable(CLOCK_After(60'000), {}));
+    EXPECT_EQ(port->read(buffer, CLOCK_After(60'000), {}), 4U);
+    EXPECT_EQ(std::string(buffer, buffer + 4), "pong");
+    EXPECT_EQ(port->lostReason(), "");
+    close(peer);
+    EXPECT_FALSE(port->waitReadable(CLOCK_After(60'000), {}));
+    EXPECT_EQ(port->lostReason(), "the port server closed the connection");
+    EXPECT_FALSE(port->write(buffer));
+    EXPECT_EQ(port->read(buffer, CLOCK_After(60'000), {}), 0U);
+    EXPECT_FALSE(SERIALPORT_Open("tcp://nowhere", error));
+    EXPECT_EQ(error, "a port server without control is named tcp://HOST:PORT");
 }
 
 } // namespace
