@@ -112,7 +112,7 @@ TEST(Closing, AsksBeforeChangesAreLostAlsoOverABox) {
     PROGRAM_Open(world.programFile());
     ORIGIN_MarkChanged();
     for (const BoxAnswer answer : {ANSWER_CANCEL, ANSWER_OK}) {
-        std::vector<std::string> asked;
+        Texts asked;
         BOX_SetResponder([&](const BoxRequest& request) {
             asked.push_back(request.caption);
             return request.caption == "Unsaved changes" ? std::optional<int>(answer) : std::nullopt;
