@@ -97,7 +97,7 @@ struct DesktopWorld : UiWorld {
         return nullptr;
     }
 
-    std::vector<std::string> boxes;
+    Texts boxes;
     BoxAnswer exitAnswer = ANSWER_CANCEL;
 };
 
@@ -121,7 +121,7 @@ struct ChipWorld : DesktopWorld {
 
     QDialog& progress() { return control<QDialog>(frame(), "900"); }
 
-    const std::vector<uint8_t> data = std::vector<uint8_t>(20000, 0x5A);
+    const Bytes data = Bytes(20000, 0x5A);
     SimLinePtr line;
 };
 

@@ -1,16 +1,12 @@
 #include "desktop_world.h"
 
-#include <QDialogButtonBox>
 #include <QFileDialog>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListView>
 #include <QMessageBox>
 
 TEST(Boxes, AnswerEitherThread) {
     DesktopWorld world;
     NOTIFIERS_Register();
-    std::vector<std::string> asked;
+    Texts asked;
     const std::thread::id here = std::this_thread::get_id();
     BOX_SetResponder([&](const BoxRequest& request) -> std::optional<int> {
         EXPECT_EQ(std::this_thread::get_id(), here);
@@ -26,8 +22,7 @@ TEST(Boxes, AnswerEitherThread) {
     EXPECT_TRUE(runUntil([&answer] { return answer != -1; }));
     worker.join();
     EXPECT_EQ(answer, ANSWER_YES);
-    EXPECT_EQ(asked, (std::vector<std::string>{"A: Here?", "Error: ThereDevices that there are: A",
-                                               "B: There?"}));
+    EXPECT_EQ(asked, (Texts{"A: Here?", "Error: ThereDevices that there are: A", "B: There?"}));
 }
 
 TEST(Boxes, HaveTheButtonsAndDefaultsOfTheirTypeAndTheHintBelow) {

@@ -22,8 +22,11 @@ TEST(Closing, ReleasesAWorkerThatWaitsForAnAnswer) {
 
 TEST(Closing, EndsDialogsWhenTheProgramIsToldToEnd) {
     DesktopWorld world;
+    int inner = ANSWER_OK;
+    later(10, [&inner] { inner = BOX_Ask(nullptr, "Really?", "Question", BOX_OK_CANCEL); });
     later(50, [] { EVENTS_Post([] { SESSION_Get().quit = true; }); });
     EXPECT_EQ(BOX_Ask(nullptr, "Go on?", "Question", BOX_YES_NO), ANSWER_NONE);
+    EXPECT_EQ(inner, ANSWER_NONE);
 }
 
 TEST(Closing, StoresTheViewsThatAreOpenAndThePlace) {
@@ -112,7 +115,7 @@ TEST(Closing, AsksBeforeChangesAreLostAlsoOverABox) {
     PROGRAM_Open(world.programFile());
     ORIGIN_MarkChanged();
     for (const BoxAnswer answer : {ANSWER_CANCEL, ANSWER_OK}) {
-        std::vector<std::string> asked;
+        Texts asked;
         BOX_SetResponder([&](const BoxRequest& request) {
             asked.push_back(request.caption);
             return request.caption == "Unsaved changes" ? std::optional<int>(answer) : std::nullopt;

@@ -3,7 +3,6 @@
 #include "ui/look.h"
 
 #include <QHelpEvent>
-#include <QLabel>
 #include <QToolTip>
 
 namespace {
@@ -25,7 +24,7 @@ int pixelsOfDifferences(const HexDumpArea& area) {
 
 TEST(ComparisonView, ShowsBothValuesUntilItEnds) {
     DesktopWorld world;
-    HEXDATA_AddData(0, std::vector<uint8_t>{1, 2, 3, 4});
+    HEXDATA_AddData(0, Bytes{1, 2, 3, 4});
     writeFile(world.folder / "other.hex", ":0400000001AA03BB93\n:00000001FF\n");
     FILEDIALOG_SetResponder([&](const FileRequest&) {
         return FileChoice{(world.folder / "other.hex").string(), 0};
@@ -34,6 +33,16 @@ TEST(ComparisonView, ShowsBothValuesUntilItEnds) {
     HexDumpArea& area = world.dumpArea();
     const auto& note = control<QLabel>(world.frame(), "comparisonNote");
     EXPECT_EQ(pixelsOfDifferences(area), 0);
+    const auto hasText = [&area](int column) {
+        const QRect place(area.header()->sectionViewportPosition(column), 0,
+                          area.header()->sectionSize(column) / 2, area.fontMetrics().height());
+        const QImage picture = area.viewport()->grab(place).toImage();
+        const QImage first = picture.copy(0, 0, 1, 1).scaled(picture.size());
+        return picture != first.convertToFormat(picture.format());
+    };
+    for (const int column : {0, 1, 2}) {
+        EXPECT_TRUE(hasText(column)) << column;
+    }
     EXPECT_FALSE(note.isVisible() || world.isEnabled(CMD_COMPARISON_NEXT));
 
     EXPECT_TRUE(world.isEnabled(CMD_FILE_COMPARE));

@@ -1,64 +1,12 @@
+#include "dialog_world.h"
 #include "platform/serial_port.h"
 #include "ui/desktop.h"
-#include "ui/dialogs.h"
-#include "ui/sheet.h"
-#include "ui_world.h"
 
-#include <QAbstractItemModel>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
 #include <QTabBar>
-#include <QTabWidget>
-#include <QTableView>
 #include <cstdlib>
-#include <fcntl.h>
 #include <set>
-#include <unistd.h>
 
 namespace {
-
-using Texts = std::vector<std::string>;
-using Dialog = int (*)(QWidget*);
-
-int drive(Dialog dialog, std::function<void(QDialog&)> script) {
-    return driveDialog([dialog] { return dialog(nullptr); }, std::move(script));
-}
-
-QString textIn(const QWidget& window, const char* name) {
-    return control<QLineEdit>(window, name).text();
-}
-
-void type(const QWidget& window, const char* name, const QString& text) {
-    control<QLineEdit>(window, name).setText(text);
-}
-
-// VT-C, VT-A, VT-B in table order; the last with a password area and a clock to set up.
-void addDevices() {
-    _AddDevice(makeDevice("VT-C", {{0x1000, 0x100}}));
-    _AddDevice(makeDevice("VT-A", {{0x0, 0x8000}, {0x8000, 0x8000}, {0x20000, 0x10}}));
-    DeviceRecord device = makeDevice("VT-B", {{0x0, 0x100}, {0x100, 0x100}});
-    device.TimerInit = 1;
-    device.IDLenMin = 2;
-    device.IDLenMax = 7;
-    device.PWAreaStart = 0xFFDF;
-    device.PWAreaLen = 7;
-    _AddDevice(device);
-}
-
-// The device for which every control is there.
-void selectVtB() {
-    addDevices();
-    DEVPROPS_SetDevice(2);
-    PASSWORD_SetLimitsOfDevice();
-}
-
-void chooseDevice(const QWidget& window, const char* name) {
-    auto& combo = control<QComboBox>(window, "601");
-    combo.setCurrentIndex(combo.findText(name));
-}
 
 // The block list, "+" before a selected line.
 Texts blockLines(const QWidget& window) {
@@ -74,10 +22,6 @@ Texts blockLines(const QWidget& window) {
 int32_t selectedBlocks() {
     const DevProps props = DEVPROPS_Get();
     return static_cast<int32_t>(std::ranges::count(props.aBlockSelect, 1));
-}
-
-bool applyEnabled(const QWidget& sheet) {
-    return control<QPushButton>(sheet, "apply").isEnabled();
 }
 
 // What a user without a mouse needs: one control a letter, Tab from top to bottom and from left to
@@ -101,8 +45,6 @@ void expectReachable(const QDialog& dialog) {
             continue;
         }
         take(widget->property("text").toString());
-        EXPECT_TRUE(qobject_cast<QCheckBox*>(widget) == nullptr ||
-                    widget->property("text").toString().contains('&'));
         hasDefault = hasDefault || widget->property("default").toBool();
         if (widget->isEnabled() && widget->focusProxy() == nullptr &&
             (widget->focusPolicy() & Qt::TabFocus) != 0) {
@@ -300,41 +242,6 @@ TEST(CommunicationDialog, AppliesWhatTheControlsShow) {
     }
 }
 
-TEST(OptionsSheet, TakesTheNameOfAPortThatIsTyped) {
-    Texts opened;
-    const auto note = [&opened](const std::string& device, std::string&) {
-        opened.push_back(device);
-        return SerialPortPtr();
-    };
-    SERIALPORT_AddKind("rfc2217://", note);
-    SERIALPORT_AddKind("tcp://", note);
-    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
-    ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
-    const std::string path = ptsname(terminal);
-    const Texts names = {"rfc2217://bench:3001", "tcp://bench:4001", path};
-    UiWorld world;
-    selectVtB();
-    for (const std::string& name : names) {
-        drive(DIALOG_Options, [&name](QDialog& sheet) {
-            auto& edit = *control<QComboBox>(sheet, "802").lineEdit();
-            edit.selectAll();
-            edit.insert(QString::fromStdString(" " + name + " "));
-            EXPECT_TRUE(applyEnabled(sheet));
-            click(sheet, "1");
-        });
-        EXPECT_EQ(SIO_GetDevice(), name);
-        drive(DIALOG_Options, [&name](QDialog& sheet) {
-            EXPECT_EQ(control<QComboBox>(sheet, "802").currentText().toStdString(), name);
-            EXPECT_FALSE(applyEnabled(sheet));
-        });
-    }
-    EXPECT_TRUE(SIO_IsOpen()) << "the path";
-    EXPECT_EQ(opened, (Texts{names[0], names[1]}));
-    close(terminal);
-    SERIALPORT_AddKind("rfc2217://", RFC2217PORT_Open);
-    SERIALPORT_AddKind("tcp://", TCPPORT_Open);
-}
-
 // The rules themselves are tested with the password. A fault in an address is reported while it is
 // typed, every other one on OK, after which the dialog stays.
 TEST(PasswordDialog, ReadsItsControlsAndStaysWhenRefused) {
@@ -345,12 +252,12 @@ TEST(PasswordDialog, ReadsItsControlsAndStaysWhenRefused) {
         const char *box, *field; // clicked, and typed into
         QString text;
         std::string report;
-        std::vector<uint8_t> bytes;
+        Bytes bytes;
     };
     const Case cases[] = {
         {{}, nullptr, "1003", "a\u00DF", "", {0x61, 0xDF}},
         {{}, "1005", "1003", "aB01", "", {0xAB, 0x01}},
-        {{7, 7, 0, 0}, "1004", "1003", "", "", std::vector<uint8_t>(7, 0xFF)},
+        {{7, 7, 0, 0}, "1004", "1003", "", "", Bytes(7, 0xFF)},
         {{8, 12, 0, 0}, nullptr, "1003", "1234567", "Password too short. Minimum 8 bytes", {}},
         {area, nullptr, "1002", "FFE6", "Illegal password area. Must be within FFDF - FFE5", {}},
         {area, nullptr, "1001", "", "Illegal count address. Must be within FFDF - FFE5", {}},
@@ -395,108 +302,12 @@ TEST(PasswordDialog, ShowsTheSettingsInTheirMode) {
     }
 }
 
-TEST(OptionsSheet, ApplyFollowsEveryChangeAndItsUndoing) {
-    UiWorld world;
-    selectVtB();
-    PASSWORD_SetBytes(std::vector<uint8_t>{0x61, 0x62});
-    SIO_Init(0, 9600, 0, 8, 0, 0);
-    struct Step {
-        const char* control;
-        const char* text; // typed or chosen; none: clicked
-    };
-    const std::pair<Step, std::vector<Step>> changes[] = {
-        {{"602", ""}, {{"602", ""}}},
-        {{"604", ""}, {{"605", ""}}},
-        {{"606", "1"}, {{"606", "0"}}},
-        {{"801", "2400"}, {{"801", "9600"}}},
-        {{"803", ""}, {{"803", ""}}},
-        {{"1003", "abc"}, {{"1003", "ab"}}},
-        {{"1005", ""}, {{"1005", ""}}},
-        {{"1001", "FFE0"}, {{"1001", "FFDF"}}},
-        {{"601", "VT-A"}, {{"601", "VT-B"}, {"605", ""}, {"606", "0"}}},
-    };
-    const auto take = [](QDialog& dialog, const Step& step) {
-        if (auto* combo = dialog.findChild<QComboBox*>(step.control)) {
-            combo->setCurrentIndex(combo->findText(step.text, Qt::MatchStartsWith));
-        } else if (*step.text != '\0') {
-            type(dialog, step.control, step.text);
-        } else {
-            click(dialog, step.control);
-        }
-    };
-    drive(DIALOG_Options, [&](QDialog& dialog) {
-        EXPECT_FALSE(applyEnabled(dialog));
-        for (const auto& [change, undo] : changes) {
-            SCOPED_TRACE(change.control);
-            take(dialog, change);
-            EXPECT_TRUE(applyEnabled(dialog));
-            std::ranges::for_each(undo, [&](const Step& step) { take(dialog, step); });
-            EXPECT_FALSE(applyEnabled(dialog));
-        }
-        EXPECT_EQ(SHEET_Options(nullptr), kDialogCancel) << "a second sheet";
-    });
-    EXPECT_TRUE(world.reports.empty());
-}
-
-TEST(OptionsSheet, ARefusingPageKeepsItOpenOnThatPage) {
-    UiWorld world;
-    addDevices();
-    SIO_Init(1, 9600, 0, 8, 0, 0);
-    const int result = drive(DIALOG_Options, [&world](QDialog& dialog) {
-        chooseDevice(dialog, "VT-B"); // whose password the next page asks for
-        click(dialog, "602");
-        type(dialog, "1003", "x");
-        click(dialog, "1");
-        EXPECT_TRUE(dialog.isVisible());
-        EXPECT_EQ(control<QTabWidget>(dialog, "pages").currentIndex(), 3);
-        EXPECT_EQ(world.reports, (Texts{"Password too short. Minimum 2 bytes"}));
-        EXPECT_FALSE(DEVPROPS_GetResetByPC()) << "no page commits before all are checked";
-        type(dialog, "1003", "xy");
-        EXPECT_TRUE(applyEnabled(dialog));
-        click(dialog, "apply");
-        EXPECT_FALSE(applyEnabled(dialog));
-        EXPECT_TRUE(DEVPROPS_GetResetByPC());
-        chooseDevice(dialog, "VT-A");
-    });
-    EXPECT_EQ(result, kDialogOk) << "settings were applied before it was cancelled";
-    EXPECT_EQ(PASSWORD_GetBytes(), (std::vector<uint8_t>{'x', 'y'}));
-    EXPECT_EQ(DEVICE_GetName(), "VT-B") << "the device applied last";
-}
-
-TEST(OptionsSheet, UntouchedPagesAreNotCheckedButFollowTheDevice) {
-    UiWorld world;
-    addDevices();
-    DeviceRecord other = makeDevice("VT-D", {{0, 0x400}});
-    other.IDLenMin = 5;
-    other.PWAreaStart = 0x100;
-    other.PWAreaLen = 8;
-    _AddDevice(other);
-    SIO_Init(1, 9600, 0, 8, 0, 0);
-    for (const auto& [device, count] : {std::pair("VT-B", 0xFFDFU), std::pair("VT-D", 0x100U)}) {
-        const int result = drive(DIALOG_Options, [device = device](QDialog& dialog) {
-            chooseDevice(dialog, device); // which wants a password that nobody gave
-            click(dialog, "1");
-        });
-        EXPECT_EQ(result, kDialogOk) << device;
-        EXPECT_EQ(DEVICE_GetName(), device);
-        EXPECT_EQ(PASSWORD_GetAdrCount(), count);
-        EXPECT_EQ(PASSWORD_GetAdrCompare(), count);
-    }
-    EXPECT_TRUE(world.reports.empty());
-    PASSWORD_Set({0, 0, {}, true, false});
-    drive(DIALOG_Options, [](QDialog& dialog) {
-        chooseDevice(dialog, "VT-B");
-        click(dialog, "1");
-    });
-    EXPECT_FALSE(PASSWORD_GetBytes().empty()) << "filled";
-}
-
 TEST(InterruptVectors, ShowsRowsWarnsAndKeepsWidths) {
     UiWorld world;
     DeviceRecord device = makeDevice("VT", {{0xC000, 0x4000}});
     device.aIVector = {{1, "Reset", 16, 0xFFFE}, {2, "NMI", 16, 0xFFFC}};
     _AddDevice(device);
-    HEXDATA_AddData(0xFFFE, std::vector<uint8_t>{0x00, 0x80});
+    HEXDATA_AddData(0xFFFE, Bytes{0x00, 0x80});
     drive(DIALOG_Settings, [](QDialog&) {}); // an application that has shown something
     EXPECT_EQ(DIALOG_InterruptVectors(nullptr), kDialogCancel);
     EXPECT_EQ(world.reports, (Texts{"Interupt Vectors: No file loaded!"}));

@@ -7,11 +7,6 @@
 #include "shell/program_files.h"
 #include "support/test_line.h"
 
-#include <QClipboard>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-
 // Offers a key to the shortcuts first, as the toolkit's own test library does.
 Q_GUI_EXPORT bool qt_sendShortcutOverrideEvent(QObject* object, ulong timestamp, int key,
                                                Qt::KeyboardModifiers modifiers, const QString& text,
@@ -224,7 +219,7 @@ TEST(Editing, KeysOfUndoGoToTheChipFromTheTerminal) {
     EXPECT_TRUE(press(*world.area, Qt::Key_Z, "\x1a"));
     EXPECT_EQ(world.dump(), kLoaded);
     const std::lock_guard lock(lines["terminal"].mutex);
-    EXPECT_EQ(lines["terminal"].fromProgram, (std::vector<std::string>{"\x1a", "\x19"}));
+    EXPECT_EQ(lines["terminal"].fromProgram, (Texts{"\x1a", "\x19"}));
 }
 
 TEST(Editing, AsksBeforeTheLastViewTakesChangesWithIt) {

@@ -7,10 +7,7 @@
 #include "shell/startup.h"
 #include "ui/status_bar.h"
 
-#include <QComboBox>
 #include <QDropEvent>
-#include <QLabel>
-#include <QLineEdit>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QRegularExpression>
@@ -22,8 +19,6 @@
 #include <set>
 
 namespace {
-
-using Texts = std::vector<std::string>;
 
 [[maybe_unused]] auto* const kEnvironment =
     ::testing::AddGlobalTestEnvironment(new ApplicationEnvironment); // which owns it
@@ -127,7 +122,7 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
     });
     watch.start(20);
     const auto flash = [&world] {
-        std::vector<uint8_t> bytes;
+        Bytes bytes;
         SIMPORT_WithChip(world.line, [&](Chip& chip) { bytes = CHIP_GetFlash(chip, 0, 20000); });
         return bytes;
     };
@@ -178,7 +173,7 @@ TEST(Target, ProgramsWhenTheFileChangesAndTellsFailuresInTheBar) {
                notice.isHidden();
     }));
     EXPECT_NE(world.window("Terminal I/O"), nullptr);
-    EXPECT_EQ(world.boxes, std::vector<std::string>());
+    EXPECT_EQ(world.boxes, Texts());
 }
 
 TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {

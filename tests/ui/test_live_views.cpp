@@ -3,13 +3,6 @@
 #include "support/test_line.h"
 #include "ui/terminal_keys.h"
 
-#include <QClipboard>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListView>
-#include <QPlainTextEdit>
-#include <QScrollBar>
 #include <QToolButton>
 #include <numeric>
 
@@ -69,7 +62,7 @@ struct TerminalWorld {
     TestLines lines{{"terminal"}}; // before the port that uses it
     TestLine& line = lines["terminal"];
     DesktopWorld world{"[Settings PORTS]\nCOM1 = \"test://terminal\"\n"};
-    std::vector<std::string>& boxes = world.boxes;
+    Texts& boxes = world.boxes;
     std::string chosen; // in file dialogs
 };
 
@@ -113,6 +106,8 @@ TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
 
     one.pane().selectAll();
     const QString selected = one.pane().textCursor().selectedText();
+    one.choose("TerminalCopy");
+    EXPECT_EQ(QApplication::clipboard()->text(), "> ok<1B><0A>\n");
     one.line.send(std::string(500, '\n') + "AAA");
     EXPECT_TRUE(runUntil([&] { return one.pane().toPlainText().endsWith("AAA"); }));
     EXPECT_EQ(one.pane().textCursor().selectedText(), selected);

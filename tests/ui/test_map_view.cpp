@@ -4,7 +4,7 @@
 #include "platform/format.h"
 
 #include <QImage>
-#include <QTableView>
+#include <set>
 
 namespace {
 
@@ -72,6 +72,12 @@ TEST(MapView, IsClickedHeardHiddenAndSaved) {
     const std::string svg = readFile(world.folder / "map.svg");
     EXPECT_TRUE(svg.starts_with("<svg") && svg.find(">8000</text>") != std::string::npos);
     EXPECT_NE(svg.find(">vectors</text>"), std::string::npos) << "the legend";
+    std::set<std::string> places;
+    int texts = 0;
+    for (size_t at = 0; (at = svg.find("<text x=", at)) != std::string::npos; ++at, ++texts) {
+        places.insert(svg.substr(at, svg.find(" fill", at) - at));
+    }
+    EXPECT_EQ(static_cast<int>(places.size()), texts) << "one text lies over another";
     EXPECT_NE(save("map.gif").find("A picture is saved as .png or .svg, not as "),
               std::string::npos);
     EXPECT_NE(save("no/folder/map.png").find("Error writing file ("), std::string::npos);

@@ -125,9 +125,8 @@ TEST(DataViews, ShowWhatTheImageIsAndUnloadWithTheLast) {
     EXPECT_FALSE(HEXDATA_IsEmpty());
     PROGRAM_Open(path); // closes and opens the list; nothing is lost on the way
     EXPECT_FALSE(HEXDATA_IsEmpty());
-    while (!world.windows().empty()) {
-        world.windows()[0]->close();
-    }
+    FRONTEND_Get().closeView(View::hexList);
+    FRONTEND_Get().closeView(View::hexDump);
     EXPECT_TRUE(HEXDATA_IsEmpty());
     EXPECT_EQ(world.frame().windowTitle().toStdString(), IDENTITY_Title());
 }

@@ -3,19 +3,10 @@
 #include "ui/view_widget.h"
 
 #include <QAction>
-#include <QClipboard>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QScrollBar>
-#include <QTableView>
 #include <tuple>
 
 namespace {
 
-using Texts = std::vector<std::string>;
-using Bytes = std::vector<uint8_t>;
 using ViewPtr = std::unique_ptr<ViewWidget>;
 
 Bytes bytesOf(const std::string& text) {
@@ -96,18 +87,20 @@ TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
         EXPECT_EQ(area.horizontalScrollBar()->maximum(), 0) << width;
         std::vector<int> widths = view->columnWidths();
         EXPECT_GT(*std::ranges::min_element(widths), 0) << "the widths in force are kept";
-        std::ranges::fill(widths, 222);
-        widths[0] = 0;
-        view->setColumnWidths(widths);
-        view->refresh();
-        EXPECT_GT(view->columnWidths()[0], 30);
         for (auto* header : area.findChildren<QHeaderView*>()) { // as the user drags it
             if (header->orientation() == Qt::Horizontal) {
                 header->resizeSection(0, 55);
             }
         }
+        view->resize(width + 50, height);
+        QApplication::processEvents();
+        EXPECT_EQ(view->columnWidths()[0], 55);
+        std::ranges::fill(widths, 222);
+        widths[0] = 0;
+        view->setColumnWidths(widths);
         view->refresh();
-        widths[0] = 55;
+        EXPECT_GT(view->columnWidths()[0], 30);
+        widths[0] = view->columnWidths()[0];
         EXPECT_EQ(view->columnWidths(), widths);
     }
 }

@@ -18,17 +18,32 @@
 #include <QAccessible>
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
 #include <QDialog>
+#include <QDialogButtonBox>
 #include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QListWidget>
+#include <QPlainTextEdit>
 #include <QPointer>
 #include <QPushButton>
 #include <QScopeGuard>
+#include <QScrollBar>
+#include <QTabWidget>
+#include <QTableView>
 #include <QTimer>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <vector>
+
+using Texts = std::vector<std::string>;
+using Bytes = std::vector<uint8_t>;
 
 // The one application object of the test program, gone before the library's own objects are.
 class ApplicationEnvironment : public ::testing::Environment {
@@ -76,7 +91,7 @@ public:
     UiWorld& operator=(const UiWorld&) = delete;
 
     const TempFolder folder;
-    std::vector<std::string> reports; // questions as "CAPTION: TEXT"
+    Texts reports; // questions as "CAPTION: TEXT"
 };
 
 // Runs `action` once, `ms` milliseconds from now, in whatever loop then processes events.

@@ -1,0 +1,44 @@
+// The dialogs, with a script that does in them what a user does, and three devices to choose from.
+#pragma once
+
+#include "ui/dialogs.h"
+#include "ui_world.h"
+
+using Dialog = int (*)(QWidget*);
+
+inline int drive(Dialog dialog, std::function<void(QDialog&)> script) {
+    return driveDialog([dialog] { return dialog(nullptr); }, std::move(script));
+}
+
+inline QString textIn(const QWidget& window, const char* name) {
+    return control<QLineEdit>(window, name).text();
+}
+
+inline void type(const QWidget& window, const char* name, const QString& text) {
+    control<QLineEdit>(window, name).setText(text);
+}
+
+// VT-C, VT-A, VT-B in table order; the last with a password area and a clock to set up.
+inline void addDevices() {
+    _AddDevice(makeDevice("VT-C", {{0x1000, 0x100}}));
+    _AddDevice(makeDevice("VT-A", {{0x0, 0x8000}, {0x8000, 0x8000}, {0x20000, 0x10}}));
+    DeviceRecord device = makeDevice("VT-B", {{0x0, 0x100}, {0x100, 0x100}});
+    device.TimerInit = 1;
+    device.IDLenMin = 2;
+    device.IDLenMax = 7;
+    device.PWAreaStart = 0xFFDF;
+    device.PWAreaLen = 7;
+    _AddDevice(device);
+}
+
+// The device for which every control is there.
+inline void selectVtB() {
+    addDevices();
+    DEVPROPS_SetDevice(2);
+    PASSWORD_SetLimitsOfDevice();
+}
+
+inline void chooseDevice(const QWidget& window, const char* name) {
+    auto& combo = control<QComboBox>(window, "601");
+    combo.setCurrentIndex(combo.findText(name));
+}
