@@ -34,18 +34,6 @@ ShellWorld& fuzzWorld() {
     return world;
 }
 
-// The image as one text: every area with its bytes.
-std::string imageText() {
-    std::string text;
-    for (const AddressRange& area : HEXDATA_GetAreas()) {
-        auto address = static_cast<uint32_t>(area.start);
-        const uint8_t* data = nullptr;
-        const uint32_t count = HEXDATA_GetData(address, data);
-        text += std::to_string(address) + ":" + std::string(data, data + count) + ";";
-    }
-    return text;
-}
-
 std::string fuzzProgramFile(Bytes bytes) {
     ShellWorld& world = fuzzWorld();
     const std::string path = world.folder / "program";
@@ -55,11 +43,11 @@ std::string fuzzProgramFile(Bytes bytes) {
                : world.reports.empty() ? "refused without a word"
                                        : "";
     }
-    const std::string image = imageText();
+    const std::string image = ShellWorld::image();
     for (const ProgramFormat& format : PROGRAMFORMAT_All()) {
         const std::string copy = path + format.suffix;
         if (!PROGRAMFILE_Save(copy, format.type) || !PROGRAMFILE_Load(copy) ||
-            imageText() != image) {
+            ShellWorld::image() != image) {
             return "comes back otherwise from " + format.name;
         }
     }

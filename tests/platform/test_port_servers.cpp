@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <arpa/inet.h>
 #include <atomic>
+#include <cerrno>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <netinet/in.h>
@@ -17,6 +19,7 @@
 namespace {
 
 std::atomic<bool> bytesWithoutEnd{false};
+std::atomic<bool> connectionReset{false};
 
 // In the system's place, for the port under test: it alone asks not to wait.
 extern "C" ssize_t receiveInstead(int descriptor, void* buffer, size_t size,
@@ -25,6 +28,10 @@ extern "C" ssize_t receiveInstead(int descriptor, void* buffer, size_t size, int
     if (bytesWithoutEnd && (flags & MSG_DONTWAIT) != 0) {
         std::fill_n(static_cast<char*>(buffer), size, 'x');
         return static_cast<ssize_t>(size);
+    }
+    if (connectionReset && (flags & MSG_DONTWAIT) != 0) {
+        errno = ECONNRESET;
+        return -1;
     }
     return syscall(SYS_recvfrom, descriptor, buffer, size, flags, nullptr, nullptr);
 }
@@ -208,16 +215,20 @@ TEST(Rfc2217Port, ServesTwoThreads) {
     ASSERT_TRUE(port) << server.error;
     std::string heard;
     const ClockThreadPtr reader = CLOCK_StartThread([&] {
-        while (port->waitReadable(CLOCK_After(30'000), {}) && !heard.ends_with('z')) {
+        while (!heard.ends_with('z') && port->waitReadable(CLOCK_After(30'000), {})) {
             heard += readText(*port, 1, 0);
         }
     });
     for (int round = 0; round < 50; ++round) {
         EXPECT_TRUE(writeText(*port, "x") && port->setDtr(round % 2 == 0));
     }
-    writeText(*port, "z\x04");
+    writeText(*port, "z");
     CLOCK_JoinThread(reader);
     EXPECT_EQ(heard, std::string(50, 'x') + "z");
+    connectionReset = true;
+    EXPECT_FALSE(port->waitReadable(kNever, {}));
+    connectionReset = false;
+    EXPECT_EQ(port->lostReason(), "the connection was lost: Connection reset by peer");
 }
 
 TEST(Rfc2217Port, SaysWhatAServerWillNotDo) {
@@ -235,6 +246,10 @@ TEST(Rfc2217Port, SaysWhatAServerWillNotDo) {
         {"\xFF\xFA\x2C\x66\x08\xFF\xF0"s, "\xFF\xFA\x2C\x66\x07\xFF\xF0"s, "",
          "the port server does not confirm 8 data bits without parity and one stop bit"},
         {"\xFF\xFA\x2C\x69\x08\xFF\xF0"s, "", "", "the port server does not confirm DTR"},
+        {"\xFF\xFA\x2C\x69\x08\xFF\xF0"s, "\xFF\xFA\x2C\x69\x09\xFF\xF0"s, "",
+         "the port server refuses to set DTR"},
+        {"\xFF\xFA\x2C\x65\x00\x00\x7A\x12\xFF\xF0"s, "", "",
+         "the port server does not confirm the rate"},
     };
     for (const Case& row : cases) {
         Server server;
@@ -273,6 +288,10 @@ TEST(Rfc2217Port, StandsAServerThatFloods) {
 }
 
 TEST(Rfc2217Port, SaysWhyThereIsNoConnection) {
+    const auto descriptors = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto openBefore = descriptors();
     std::string listening;
     { listening = Listener().name; }
     std::string host;
@@ -290,6 +309,7 @@ TEST(Rfc2217Port, SaysWhyThereIsNoConnection) {
         EXPECT_FALSE(SERIALPORT_Open("rfc2217://" + name, error));
         EXPECT_EQ(error, reason) << name;
     }
+    EXPECT_EQ(descriptors(), openBefore);
 }
 
 // The other end is the test itself: what is sent lies in the system until it is fetched.

@@ -7,15 +7,27 @@
 #include <thread>
 #include <unistd.h>
 
-TEST(Process, LeavesAHangUpAloneThatTheUserHasHadIgnored) {
-    const auto run = [] {
+// The second signal that asks it to end ends it at once; others that the user has had ignored, and
+// a pipe that nobody reads, do nothing.
+TEST(Process, EndsAtTheSecondSignal) {
+    const auto run = [](int signals) {
         std::signal(SIGHUP, SIG_IGN);
-        PROCESS_CatchSignals([] { _exit(1); });
+        PROCESS_CatchSignals([] {});
         kill(getpid(), SIGHUP);
-        CLOCK_Sleep(20);
-        _exit(0);
+        kill(getpid(), SIGPIPE);
+        if (signals > 0) {
+            kill(getpid(), SIGTERM);
+            CLOCK_Wait(CLOCK_After(60'000), PROCESS_IsEnding);
+        }
+        if (signals > 1) {
+            kill(getpid(), SIGTERM);
+        }
+        CLOCK_Sleep(signals > 1 ? 60'000 : 20);
+        _exit(PROCESS_IsEnding() ? 2 : 0);
     };
-    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(run(0), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(run(1), testing::ExitedWithCode(2), "");
+    EXPECT_EXIT(run(2), testing::ExitedWithCode(1), "");
 }
 
 TEST(Process, EndsWithAnErrorLineAtAnExceptionOnAnyThread) {

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
@@ -36,6 +37,22 @@ SerialPortPtr openTty(const std::string& name) {
     SerialPortPtr port = TTYPORT_Open(name, error);
     EXPECT_TRUE(port) << error;
     return port;
+}
+
+std::string lineCalls; // what was asked of the control lines
+int lineError = 0;     // and what becomes of it
+
+// In the system's place: a pseudo-terminal has no control lines.
+extern "C" int controlInstead(int descriptor, unsigned long request,
+                              void* argument) __asm__("ioctl");
+extern "C" int controlInstead(int descriptor, unsigned long request, void* argument) {
+    if (request != TIOCMBIS && request != TIOCMBIC) {
+        return static_cast<int>(syscall(SYS_ioctl, descriptor, request, argument));
+    }
+    lineCalls += request == TIOCMBIS ? "+" : "-";
+    lineCalls += *static_cast<int*>(argument) == TIOCM_DTR ? "DTR " : "RTS ";
+    errno = lineError;
+    return lineError == 0 ? 0 : -1;
 }
 
 // Whether the system keeps other programs off the device; privileged ones can open it and look.
@@ -108,7 +125,26 @@ TEST(TtyPort, RateChangesKeepWaitingInputAndTellTheRateBefore) {
     EXPECT_FALSE(port->configure({.baudrate = 0}));
     EXPECT_EQ(port->refusal(), "a rate of 0 Bd is not possible");
     EXPECT_EQ(port->configure({.baudrate = 2400}), 9600U);
-    EXPECT_TRUE(port->setDtr(true) && port->setRts(false)); // a pseudo-terminal has no lines
+}
+
+TEST(TtyPort, SetsTheControlLines) {
+    const FarEnd far;
+    const SerialPortPtr port = openTty(far.name);
+    lineCalls.clear();
+    EXPECT_TRUE(port->configure({.baudrate = 9600}));
+    EXPECT_TRUE(port->configure({.baudrate = 9600, .keepLines = true}));
+    EXPECT_TRUE(port->setDtr(true) && port->setRts(false));
+    EXPECT_EQ(lineCalls, "-DTR +RTS +DTR -RTS ");
+    const std::tuple<int, bool, const char*> cases[] = {{ENOTTY, true, ""}, // it has none
+                                                        {EPERM, false, ""},
+                                                        {EIO, false, "the device has gone"}};
+    for (const auto& [error, isSet, lost] : cases) {
+        lineError = error;
+        EXPECT_EQ(port->setDtr(true), isSet);
+        EXPECT_EQ(port->lostReason(), lost);
+    }
+    lineError = 0;
+    EXPECT_EQ(port->refusal(), "the control lines cannot be set: Input/output error");
 }
 
 TEST(TtyPort, IsExclusiveUntilClosed) {
@@ -132,6 +168,7 @@ TEST(TtyPort, HangUpLosesThePortAfterItsLastBytes) {
         far.hangUp();
         if (waitFirst) {
             EXPECT_FALSE(port->waitReadable(kNever, {}));
+            EXPECT_EQ(port->lostReason(), "the device has gone");
         }
         EXPECT_EQ(readText(*port, 1, 60'000), "");
         EXPECT_EQ(port->lostReason(), "the device has gone");

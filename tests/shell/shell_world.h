@@ -7,6 +7,8 @@
 #include "device/devprops_store.h"
 #include "link/password.h"
 #include "notice/run.h"
+#include "persist/hex_text.h"
+#include "platform/format.h"
 #include "serial/sio.h"
 #include "shell/cmdline.h"
 #include "shell/front_end.h"
@@ -29,6 +31,17 @@ public:
     static void load(uint32_t address, const std::vector<uint8_t>& bytes) {
         HEXDATA_AddData(address, bytes);
         SUMMARY_Refresh();
+    }
+    // Every area of the image: its address, and its bytes in hex.
+    static std::string image() {
+        std::string text;
+        for (const AddressRange& area : HEXDATA_GetAreas()) {
+            auto address = static_cast<uint32_t>(area.start);
+            const uint8_t* data = nullptr;
+            const uint32_t count = HEXDATA_GetData(address, data);
+            text += formatText("%X:", address) + HEXTEXT_FromBytes({data, count}) + " ";
+        }
+        return text;
     }
     // Writes a file of the folder; its path.
     std::string file(const std::string& name, const std::string& text) const {

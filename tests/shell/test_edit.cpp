@@ -3,6 +3,7 @@
 #include "data/program_format.h"
 #include "persist/ini.h"
 #include "platform/format.h"
+#include "shell/edit_bytes.h"
 #include "shell/edit_history.h"
 #include "shell/edit_operations.h"
 #include "shell/frame_rules.h"
@@ -22,7 +23,8 @@ std::string fieldText(Value value, bool negative) {
 }
 
 // What the dialog shows each time while the user types these values and then cancels.
-std::string shownBy(void (*dialog)(), std::vector<std::pair<Value, Value>> typed) {
+std::string shownBy(void (*dialog)(), std::vector<std::pair<Value, Value>> typed,
+                    const std::string& file) {
     std::string shown;
     FrontEnd frontEnd;
     frontEnd.editValue = [&](ValueRequest& request) {
@@ -35,18 +37,10 @@ std::string shownBy(void (*dialog)(), std::vector<std::pair<Value, Value>> typed
         typed.erase(typed.begin());
         return kDialogOk;
     };
+    frontEnd.chooseFile = [&file](const FileRequest&) { return FileChoice{file, 0}; };
     FRONTEND_Set(frontEnd);
     dialog();
     return shown;
-}
-
-using Areas = std::vector<AddressRange>;
-
-void typeByte(uint32_t address, uint8_t byte) {
-    EditStep step("Typing", AddressRange::of(address, 1));
-    HEXDATA_DeleteRange(address, 1);
-    HEXDATA_AddData(address, std::vector{byte});
-    step.setTyped(address);
 }
 
 int stepsUndone() {
@@ -68,20 +62,27 @@ TEST(EditHistory, TakesBackAndDoesAgain) {
         [] { EDIT_Relocate(0x10); },
         [] { EDIT_Relocate(INT32_MIN); },
         [] { EDIT_DeleteRange(0x80000011, 0x80000012); },
+        [] {
+            EDIT_Fill(AddressRange::upTo(0x20, 0x22), std::array<uint8_t, 2>{0xAB, 0xCD});
+        },
+        [] {
+            EDIT_TypeByte(0x22, 0x10);
+            EDIT_TypeByte(0x23, 0x11);
+        },
         [&] { PROGRAM_Merge(world.file("boot.hex", kBootHex)); },
         [&] { PROGRAM_Open(world.file("cut.hex", kCutHex)); }, // fails and leaves nothing
         [] { EDIT_DeleteRange(0, 5); },                        // changes nothing
     };
     ASSERT_TRUE(PROGRAM_Open(app));
-    std::vector<std::pair<std::string, Areas>> states;
-    const auto state = [] { return std::pair(ORIGIN_Text(), HEXDATA_GetAreas()); };
+    std::vector<std::pair<std::string, std::string>> states;
+    const auto state = [] { return std::pair(ORIGIN_Text(), ShellWorld::image()); };
     for (const auto& edit : edits) {
         if (const auto now = state(); states.empty() || states.back() != now) {
             states.push_back(now);
         }
         edit();
     }
-    ASSERT_EQ(states.back(), std::pair(std::string(), Areas()));
+    ASSERT_EQ(states.back(), std::pair(std::string(), std::string()));
     for (size_t i = states.size() - 1; i-- > 0;) {
         HISTORY_Undo();
         EXPECT_EQ(state(), states[i]) << i;
@@ -104,12 +105,12 @@ TEST(EditHistory, KnowsWhichStateIsSavedAndWhatTypingIsOne) {
     const std::string app = world.file("app.hex", kAppHex);
     const std::string copy = world.folder / "copy.hex";
     ASSERT_TRUE(PROGRAM_Open(app));
-    typeByte(1, 0x50);
-    typeByte(1, 0x56);
-    typeByte(2, 3); // as it was
-    typeByte(3, 9);
-    ORIGIN_MarkChanged();
+    EDIT_TypeByte(1, 0x50);
+    EDIT_TypeByte(1, 0x56);
+    EDIT_TypeByte(2, 3); // as it was
+    EDIT_TypeByte(3, 9);
     EXPECT_EQ(stepsUndone(), 1);
+    EXPECT_EQ(ShellWorld::image(), "0:01020304 ");
     EXPECT_EQ(ORIGIN_Text(), app);
     HISTORY_Redo();
     EXPECT_EQ(ORIGIN_Text(), app + " *");
@@ -119,10 +120,10 @@ TEST(EditHistory, KnowsWhichStateIsSavedAndWhatTypingIsOne) {
     EXPECT_EQ(ORIGIN_Text(), copy + " *");
     HISTORY_Redo();
     EXPECT_EQ(ORIGIN_Text(), copy);
-    typeByte(0, 7); // elsewhere
-    typeByte(1, 7);
+    EDIT_TypeByte(4, 7); // goes on where that ends, but that was done again
+    EDIT_TypeByte(5, 7);
     HISTORY_EndTyping();
-    typeByte(2, 7);
+    EDIT_TypeByte(6, 7);
     EXPECT_EQ(stepsUndone(), 3);
 }
 
@@ -166,33 +167,45 @@ TEST(EditHistory, ChangesAreNotLostWithoutAQuestion) {
 TEST(EditDialogs, AskUntilTheValuesAreGoodAndKeepThem) {
     ShellWorld world;
     INI_Load();
-    ShellWorld::load(0x100, std::vector<uint8_t>(0x20));
+    ShellWorld::load(0x100, {1, 2, 3, 4});
+    const std::string file = world.file("insert.bin", "abc");
     const struct {
         void (*dialog)();
         std::vector<std::pair<Value, Value>> typed;
         const char* shown;
         const char* errors;
-        AddressRange left;
+        const char* left;
     } cases[] = {
-        {EDIT_RelocateDialog, {{-0x10, {}}}, "0,none ", "", {0xF0, 0x110}},
-        {EDIT_RelocateDialog, {{{}, {}}}, "-10,none -10,none ", "Empty value!", {0xF0, 0x110}},
+        {EDIT_RelocateDialog, {{-0x10, {}}}, "0,none ", "", "F0:01020304 "},
+        {EDIT_RelocateDialog, {{{}, {}}}, "-10,none -10,none ", "Empty value!", "F0:01020304 "},
         {EDIT_DeleteRangeDialog,
-         {{{}, 0xFF}, {0x200, {}}, {0x200, 0x100}, {0, 0xF7}},
+         {{{}, 0xFF}, {0x200, {}}, {0x200, 0x100}, {0, 0xF1}},
          "0,0 none,FF 200,none 200,100 ",
          "Empty Start Address!\nEmpty End Address!\nEnd Address < Start Address!",
-         {0xF8, 0x110}},
-        {EDIT_DeleteRangeDialog, {}, "200,F7 ", "", {0xF8, 0x110}}, // a 0 is not kept
+         "F2:0304 "},
+        {EDIT_DeleteRangeDialog, {}, "200,F1 ", "", "F2:0304 "}, // a 0 is not kept
+        {EDIT_FillDialog,
+         {{0xFF, 0xFE}, {0, 0x7FFFFFFF}, {0xF3, 0xF4}},
+         "F2,F2 FF,FE 0,7FFFFFFF ",
+         "End Address < Start Address!\nAt most 67108864 bytes can be filled at once.",
+         "F2:03FFFF "},
+        {EDIT_InsertFileDialog,
+         {{{}, {}}, {-2, {}}, {0x10, {}}},
+         "F2,none none,none FFFFFFFE,none ",
+         "Empty value!\n3 bytes at FFFFFFFE would end behind FFFFFFFF",
+         "10:616263 F2:03FFFF "},
         {EDIT_ReadBackDialog,
          {{2, 1}},
-         "F8,10F 2,1 ",
+         "10,F4 2,1 ",
          "End Address < Start Address!",
-         {0xF8, 0x110}},
+         "10:616263 F2:03FFFF "},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(shownBy(c.dialog, c.typed), c.shown);
+        EXPECT_EQ(shownBy(c.dialog, c.typed, file), c.shown);
         EXPECT_EQ(world.screen.take(), c.errors);
-        EXPECT_EQ(HEXDATA_GetAreas(), std::vector{c.left});
+        EXPECT_EQ(ShellWorld::image(), c.left);
     }
+    EXPECT_NE(readFile(world.folder / "tool.ini").find("EAdr = 241"), std::string::npos);
     HEXDATA_Clear();
-    EXPECT_EQ(shownBy(EDIT_ReadBackDialog, {}), "0,2FF ") << "the flash of the device";
+    EXPECT_EQ(shownBy(EDIT_ReadBackDialog, {}, file), "0,2FF ") << "the flash of the device";
 }

@@ -108,4 +108,9 @@ TEST(FrameRules, OpenABroughtFileByItsName) {
     EXPECT_EQ(SIO_GetBaudrate(), 2400U);
     FRAMERULES_OpenFile(world.file("b.hex", kBootHex));
     EXPECT_EQ(HEXDATA_GetFirstAddr(), 0x20U);
+    world.screen.answer = ANSWER_YES;
+    world.file("b.hex", kAppHex);
+    SESSION_Get().image.time = 1;
+    FRAMERULES_Activated();
+    EXPECT_EQ(HEXDATA_GetFirstAddr(), 0U);
 }

@@ -200,19 +200,18 @@ bool writeBytes(Session& session, std::span<const uint8_t> bytes) {
         const int64_t lineUs = static_cast<int64_t>(bytes.size()) * kBitsPerByte * 1'000'000 /
                                std::max<uint32_t>(session.rate, 1);
         session.lineFree.us = std::max(session.lineFree, now).us + (session.rate ? lineUs : 0);
-        flush(session);
     }
     return waitFor(session, CLOCK_After(kWriteStallMs), {},
                    [&session] { return session.outgoing.empty() && session.lost.empty(); });
 }
 
-void send(Session& session, const std::vector<Setting>& settings) {
+// They leave while their answers are awaited.
+void ask(Session& session, const std::vector<Setting>& settings) {
     const std::lock_guard lock(session.mutex);
     session.answers.clear();
     for (const Setting& setting : settings) {
         telnetAppendSetting(session.outgoing, setting.command, setting.value);
     }
-    flush(session);
 }
 
 // The server's answer to a setting that has been sent; empty when none came in time.
@@ -248,7 +247,7 @@ bool refuse(Session& session, const std::string& reason) {
 
 bool setControl(Session& session, ComPortControl control, const char* name) {
     const Setting setting = controlSetting(control);
-    send(session, {setting});
+    ask(session, {setting});
     const std::vector<uint8_t> answer = awaitAnswer(session, setting);
     if (answer == setting.value) {
         return true;
@@ -272,7 +271,7 @@ uint32_t rateBefore(Session& session) {
         return rate;
     }
     const Setting question{COMPORT_SET_BAUDRATE, comPortRateBytes(0)};
-    send(session, {question});
+    ask(session, {question});
     return comPortRate(awaitAnswer(session, question));
 }
 
@@ -310,7 +309,7 @@ std::optional<uint32_t> configure(Session& session, const LineSettings& settings
     std::vector<Setting> all{rate};
     all.insert(all.end(), std::begin(framing), std::end(framing));
     all.insert(all.end(), controls.begin(), controls.end());
-    send(session, all);
+    ask(session, all);
     bool accepted = takeRate(session, rate, settings.baudrate);
     for (const Setting& setting : framing) {
         if (accepted && awaitAnswer(session, setting) != setting.value) {
