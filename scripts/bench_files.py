@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Times what users wait for without a chip: a start, a small and a large conversion, beside cp and
 objcopy on the same bytes. Every round runs all of them in turn, so that other load meets all alike;
-what is printed are the medians, the best and the ratios of the medians.
+`chrt -r 10` in front keeps most of it away. What is printed are the medians, the best and the ratios
+of the medians.
 
 Usage: scripts/bench_files.py [calvorin executable] [rounds]
 """

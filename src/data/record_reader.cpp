@@ -10,16 +10,15 @@
 namespace {
 
 constexpr size_t kReadPiece = 65536; // characters
-constexpr size_t kLargePiece = 524288;
+constexpr size_t kLargeReadPiece = 524288;
 constexpr uint64_t kLargeFile = 1U << 20; // bytes, many times what starting a thread costs
-constexpr char kCtrlZ = 0x1A;
 constexpr char kExpectedHex[] = "Expected Hex character : 0..9, A..F";
 
 } // namespace
 
 // What is no file in the end, a pipe or a device, tells no size.
 RecordReader::RecordReader(FileReader& file)
-    : file_(file), pieceSize_(file.size() >= kLargeFile ? kLargePiece
+    : file_(file), pieceSize_(file.size() >= kLargeFile ? kLargeReadPiece
                               : file.size() > 0         ? std::min(file.size() + 1, kReadPiece)
                                                         : kReadPiece),
       window_(kLongestRecord, '\0'), position_(kLongestRecord) {
@@ -59,20 +58,13 @@ void RecordReader::nextPiece() {
     }
 }
 
-void RecordReader::refill() {
+void RecordReader::slide() {
     const size_t left = window_.size() - position_;
-    if (fileEnded_ || left >= kLongestRecord) {
-        return;
-    }
     std::array<char, kLongestRecord> rest;
     std::memcpy(rest.data(), window_.data() + position_, left);
     nextPiece();
     position_ = kLongestRecord - left;
     std::memcpy(window_.data() + position_, rest.data(), left);
-}
-
-bool RecordReader::atEndOfData() const {
-    return atEndOfFile() || peek() == kCtrlZ;
 }
 
 void RecordReader::fail(const char* error) {

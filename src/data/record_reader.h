@@ -15,6 +15,7 @@
 
 // The longest record that is looked at in one piece: start, 256 bytes in hex digits and a line end.
 inline constexpr size_t kLongestRecord = 1000; // characters
+inline constexpr char kCtrlZ = 0x1A;
 inline constexpr char kUnexpectedCharacter[] = "Unexpected character";
 inline constexpr char kChecksumError[] = "CheckSum error !";
 inline constexpr char kRecordTooShort[] = "Record too short !";
@@ -24,10 +25,14 @@ public:
     explicit RecordReader(FileReader& file); // which nobody else reads meanwhile
 
     // Sees to it that the whole next record stands in the window.
-    void refill();
+    void refill() {
+        if (window_.size() - position_ < kLongestRecord && !fileEnded_) {
+            slide();
+        }
+    }
     bool atEndOfFile() const { return position_ == window_.size(); }
     // Ctrl-Z, or the end of the file.
-    bool atEndOfData() const;
+    bool atEndOfData() const { return atEndOfFile() || peek() == kCtrlZ; }
     char peek() const { return window_[position_]; } // NUL at the end of the file
 
     // Steps over `character`, or sets the error.
@@ -60,6 +65,7 @@ private:
 
     void readPiece(std::string& piece);
     void nextPiece();
+    void slide();
 
     FileReader& file_;
     const size_t pieceSize_;
