@@ -142,6 +142,8 @@ TEST(FaultyPort, RefusesWhatItDoesNotUnderstand) {
     EXPECT_EQ(world.error, "a faulty port is named faulty://FAULTS@DEVICE");
     EXPECT_FALSE(SERIALPORT_Open("faulty://@test://b", world.error));
     EXPECT_EQ(world.error, "No such line");
+    EXPECT_FALSE(SERIALPORT_Open("", world.error));
+    EXPECT_EQ(world.error, "no device is named");
     EXPECT_FALSE(SERIALPORT_Open("telnet://host:23", world.error));
     EXPECT_EQ(world.error, "there is no kind of port called telnet");
 }

@@ -164,6 +164,7 @@ TEST(Project, StopsAtTheFirstFault) {
         {"Password = \"ABC\"\n", "Odd length is illegal"},
         {"Password = \"" + std::string(516, '0') + "\"\n", "HexString too long"},
         {"Device = V\n", "Expected a text in double quotes"},
+        {"PortDevice = \"x\"\n", "A port is named by its path or URL"},
         {"# x\n\0\n"s, "Unexpected NUL byte"},
     };
     for (const auto& [statement, fault] : cases) {
@@ -179,6 +180,7 @@ TEST(Project, StopsAtTheFirstFault) {
     const ShellWorld world;
     const std::string none = world.folder / "none.tpu";
     EXPECT_EQ(PROJECT_Load(none), ProjectRead::failed);
+    EXPECT_EQ(world.log, none + ": No such file or directory");
     EXPECT_EQ(world.reports, std::vector<std::string>{"Read file failed (" + none +
                                                       ": No such file or directory)"});
 }
@@ -210,8 +212,13 @@ TEST(Project, KeepsWhatItCouldNotRead) {
         EXPECT_EQ(SESSION_Get().projectPath, path);
         PROJECT_SaveCurrent();
         EXPECT_EQ(readFile(path) == c.text, c.isKept) << "what cannot be kept is not written over";
+        const std::string start = "Note: the project " + path + " could not be read to its end; ";
+        const std::string stays = start + "it stays as it is, without the values of this run (" +
+                                  kept + ": Is a directory)";
+        EXPECT_EQ(world.log.ends_with(stays), c.isKept) << world.log;
         std::filesystem::remove_all(kept);
         PROJECT_SaveCurrent();
+        EXPECT_EQ(world.log.ends_with(start + "it is kept as " + kept), c.isKept) << world.log;
         EXPECT_EQ(FILES_Exists(kept), c.isKept);
         EXPECT_EQ(c.isKept ? readFile(kept) : c.text, c.text);
         EXPECT_TRUE(readFile(path).starts_with("\\\\\r\n"));
