@@ -118,6 +118,7 @@ TEST(Progress, ShowsWhatIsSetAndBeginsAnew) {
     PROGRESS_SetObserver({[&](void*) { told += "opened "; }, [&] { told += "changed "; }});
     PROGRESS_HideClock();
     PROGRESS_ShowCancel(false);
+    PROGRESS_SetText(""); // which stays when a command begins
     const ProgressTotal before = PROGRESS_Total();
     PROGRESS_Open("Programming", nullptr);
     EXPECT_EQ(shown(), "Programming||0 of 0 bytes||Elapsed time: 0:00|clock busy cancel ");

@@ -106,7 +106,7 @@ TEST(Placement, KeepsTheSharesOfTheArea) {
     world.window("Device")->move(viewport->width() / 2, 0);
     world.frame().resize(700, 500);
     QApplication::processEvents();
-    EXPECT_NEAR(world.window("Device")->x(), viewport->width() / 2, 2);
+    EXPECT_NEAR(world.window("Device")->x(), viewport->width() / 2.0, 2);
 }
 
 TEST(DataViews, ShowWhatTheImageIsAndUnloadWithTheLast) {
