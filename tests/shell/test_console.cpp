@@ -33,7 +33,8 @@ TEST(ProgressLine, ShowsBarBytesRateAndTimes) {
     const std::pair<int, std::string> cases[] = {
         {200, " [======>                 ]"}, {87, " [==>     ]"}, {80, ""}};
     for (const auto& [width, bar] : cases) {
-        EXPECT_EQ(PROGRESSLINE_Format(view, 1000, width), "Programming" + bar + behindTheBar);
+        EXPECT_EQ(PROGRESSLINE_Format(view, 1000, width),
+                  std::string("Programming").append(bar).append(behindTheBar));
     }
     EXPECT_EQ(PROGRESSLINE_Format(view, 1000, 12).size(), 11U);
     view.barTextMode = true;
