@@ -1,3 +1,4 @@
+#include "platform/format.h"
 #include "shell/checks.h"
 #include "shell/command_ids.h"
 #include "shell/command_table.h"
@@ -212,18 +213,18 @@ TEST(Project, KeepsWhatItCouldNotRead) {
         EXPECT_EQ(SESSION_Get().projectPath, path);
         PROJECT_SaveCurrent();
         EXPECT_EQ(readFile(path) == c.text, c.isKept) << "what cannot be kept is not written over";
-        const char* const note = "Note: the project %s could not be read to its end; %s%s%s";
-        EXPECT_EQ(world.log.ends_with(formatText(
-                      note, path.c_str(), "it stays as it is, without the values of this run (",
-                      kept.c_str(), ": Is a directory)")),
+        const auto isNoted = [&](const std::string& what) {
+            return world.log.ends_with(
+                formatText("Note: the project %s could not be read to its end; %s", path.c_str(),
+                           what.c_str()));
+        };
+        EXPECT_EQ(isNoted("it stays as it is, without the values of this run (" + kept +
+                          ": Is a directory)"),
                   c.isKept)
             << world.log;
         std::filesystem::remove_all(kept);
         PROJECT_SaveCurrent();
-        EXPECT_EQ(
-            world.log.ends_with(formatText(note, path.c_str(), "it is kept as ", kept.c_str(), "")),
-            c.isKept)
-            << world.log;
+        EXPECT_EQ(isNoted("it is kept as " + kept), c.isKept) << world.log;
         EXPECT_EQ(FILES_Exists(kept), c.isKept);
         EXPECT_EQ(c.isKept ? readFile(kept) : c.text, c.text);
         EXPECT_TRUE(readFile(path).starts_with("\\\\\r\n"));
