@@ -152,11 +152,11 @@ def planted_copy(seed):
     if kept.get("state") != state.hexdigest():
         kept = {"state": state.hexdigest(), "planted": plant(seed, names)}
         record.write_text(json.dumps(kept))
-    copy_others(names)
-    return {int(number): what for number, what in kept["planted"].items()}
+    return kept_copy()
 
 
 def kept_copy():
+    """The copy with the mistakes it has and the tests of now; what stands where, by its number."""
     copy_others(listed())
     kept = json.loads((WORK / "planted.json").read_text())
     return {int(number): what for number, what in kept["planted"].items()}

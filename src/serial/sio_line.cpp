@@ -86,6 +86,7 @@ void logRefusal(const PortUse& use) {
 // Empty when the rate is set, with the one in force before, else the error to report. The port is
 // left before anything is reported: an error's message box may be where the port gets closed.
 std::string setRate(uint32_t baudrate, bool keepLines, uint32_t& before) {
+    sendHeld();
     PortUse use;
     if (!use.usable()) {
         return ERROR_WithReason("SIO::SIO_ChangeBaudrate: GetCommState failed", whyNot(use));
@@ -108,7 +109,6 @@ std::string setRate(uint32_t baudrate, bool keepLines, uint32_t& before) {
 } // namespace
 
 uint32_t SIO_SetRate(uint32_t baudrate, bool quiet) {
-    sendHeld();
     uint32_t before = 0;
     const std::string error = setRate(baudrate, false, before);
     if (!error.empty() && !quiet) {

@@ -35,7 +35,7 @@ bool CMDLINE_ContainsTarget(const std::vector<std::string>& arguments);
 // The commands of the line in their order, without Exit, also of a line that was refused.
 std::vector<std::string> CMDLINE_CommandNames();
 
-// Runs at most one queued command.
+// Runs at most one queued command; behind the last one the menus show what may be done now.
 void CMDLINE_Poll();
 // The queue begins anew with its first command, in place of CMDLINE_Next.
 void CMDLINE_Rewind();

@@ -27,7 +27,7 @@ inline constexpr uint32_t kTerminalRates[] = {1200,   2400,   4800,   9600,   19
 
 // A number in the file that stands for no choice counts as the default.
 TerminalSettings TERMSETTINGS_Read();
-// The rate takes effect at once, where the line is free.
+// The rate takes effect with the next IDLERATE_Use.
 void TERMSETTINGS_Write(const TerminalSettings& settings);
 // The bytes of a line end.
 std::string_view TERMSETTINGS_Bytes(TerminalLineEnd lineEnd);

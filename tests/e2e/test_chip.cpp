@@ -95,7 +95,29 @@ TEST(Chip, IsProgrammedVerifiedAndReadBack) {
     });
 }
 
-// The messages of other faults and passwords are tests/target's, in virtual time.
+// A second run on a programmed chip goes by its password, and to the selected blocks alone.
+TEST(Chip, GivesItsSelectedBlocksForItsPassword) {
+    const ProgramFolder world;
+    VirtualTarget target(world.folder, "VT-B128", {"--password", "0102030405060708090A0B0C"});
+    const Bytes bytes = randomBytes(200, 3);
+    const std::string both = srecords(0x100, bytes) + srecords(0x10000, bytes);
+    EXPECT_EQ(world.run(withFile(world, both, onDevice("VT-B128", {"-TargetAuto"}))).exitCode, 0);
+    const auto eraseWith = [&world](const std::string& last) {
+        return world.run(
+            onDevice("VT-B128", {"-OptionsPWPassword0102030405060708090A0B" + last,
+                                 "-OptionsTargetSelBlocks0,0-3", "-OptionsTargetSelBlocks1,0-1",
+                                 "-TargetEraseBlocks", "-TargetCheckBlankBlocks"}));
+    };
+    const RunResult wrong = eraseWith("FF");
+    EXPECT_EQ(wrong.exitCode, 1);
+    EXPECT_EQ(wrong.errors, (Strings{"Password checksum failed",
+                                     "Could not download RAM image. Please check password"}));
+    EXPECT_EQ(eraseWith("0C").exitCode, 0);
+    EXPECT_EQ(target.stop(), 0) << target.summary();
+    EXPECT_TRUE(target.flash() == flashWith(deviceOf("VT-B128"), {{0x10000, bytes}}));
+}
+
+// The messages of other faults are tests/target's, in virtual time.
 TEST(Chip, FailureEndsTheRunWithItsMessageAndExitCode1) {
     struct Case {
         const char* device;
