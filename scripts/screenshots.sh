@@ -118,7 +118,8 @@ keys alt+w h; shot tiled; keys alt+w c; shot cascaded; keys alt+w r
 xdotool mousemove $((740 * scale)) $((590 * scale)); shot tool-tip 1.5
 printf ':00000001FF\nnonsense\n' >"$work/broken.hex"
 intoDump
-keys ctrl+o; xdotool type "$work/broken.hex"; keys Return; shot error; keys Return; keys Escape
+keys ctrl+o; xdotool type "$work/broken.hex"; keys Return Left Return # the changes may go
+shot error; keys Return Escape
 kill "$program" "$sim"; wait "$program" "$sim" 2>/dev/null || true
 
 # The terminal's one pane, with an application that speaks.
