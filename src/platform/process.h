@@ -24,9 +24,9 @@ bool PROCESS_NoColour();
 // The audible signal, where standard error is a terminal.
 void PROCESS_Beep();
 
-// Runs `handler` on a thread of its own for the first SIGINT, SIGTERM or SIGHUP; a second one ends
-// the process at once. A SIGHUP that is ignored already (nohup) stays ignored. To be called before
-// any other thread is started.
+// Runs `handler` on a thread of its own for the first SIGINT, SIGTERM or SIGHUP, and then has the
+// waits for files end; a second one ends the process at once. A SIGHUP that is ignored already
+// (nohup) stays ignored. To be called before any other thread is started.
 void PROCESS_CatchSignals(std::function<void()> handler);
 
 // Whether such a signal has come: what waits for a pipe or a device gives up.

@@ -1,23 +1,31 @@
 #include "platform/clock.h"
 #include "platform/process.h"
 
+#include <atomic>
 #include <csignal>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <thread>
 #include <unistd.h>
 
-// The second signal that asks it to end ends it at once; others that the user has had ignored, and
-// a pipe that nobody reads, do nothing.
+// The handler has run before any wait ends. The second signal that asks it to end ends it at once;
+// others that the user has had ignored, and a pipe that nobody reads, do nothing.
 TEST(Process, EndsAtTheSecondSignal) {
     const auto run = [](int signals) {
         std::signal(SIGHUP, SIG_IGN);
-        PROCESS_CatchSignals([] {});
+        static std::atomic<bool> heard{false};
+        PROCESS_CatchSignals([] {
+            CLOCK_Sleep(20);
+            heard = true;
+        });
         kill(getpid(), SIGHUP);
         kill(getpid(), SIGPIPE);
         if (signals > 0) {
             kill(getpid(), SIGTERM);
             CLOCK_Wait(CLOCK_After(60'000), PROCESS_IsEnding);
+            if (!heard) {
+                _exit(3);
+            }
         }
         if (signals > 1) {
             kill(getpid(), SIGTERM);

@@ -139,9 +139,9 @@ void PROCESS_CatchSignals(std::function<void()> handler) {
     std::thread([handler = std::move(handler)] {
         int number = 0;
         sigwait(&signals, &number);
+        handler(); // first: what ends with a wait may be over before it is heard why
         ending = true;
         CLOCK_Notify();
-        handler();
         sigwait(&signals, &number);
         ::_exit(1);
     }).detach();
