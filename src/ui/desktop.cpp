@@ -18,9 +18,11 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QLibrary>
 #include <QPalette>
 #include <cstdlib>
 #include <memory>
+#include <thread>
 
 namespace {
 
@@ -134,10 +136,20 @@ void completeDarkColours() {
     QApplication::setPalette(palette);
 }
 
+// The toolkit reads the system's list of fonts when it measures the first text. Read here, beside
+// the start of the application, it is there by then.
+void readFonts() {
+    if (const QFunctionPointer initialise = QLibrary::resolve("fontconfig", 1, "FcInit")) {
+        initialise();
+    }
+}
+
 void createApplication(char** argv) {
     static int count = 1; // the arguments behind the program's path are its own
+    std::thread fonts(readFonts);
     QtMessageHandler before = qInstallMessageHandler(catchFatal);
     application = std::make_unique<QApplication>(count, argv);
+    fonts.join();
     qInstallMessageHandler(before);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setApplicationName("Calvorin");

@@ -71,7 +71,6 @@ public:
     MainFrame() {
         setObjectName("MAINFRAME");
         setWindowTitle(QString::fromStdString(IDENTITY_Title()));
-        setWindowIcon(ART_Icon(Art::program));
         setAcceptDrops(true);
         area_ = new LogoArea(this);
         area_->setObjectName("140");
@@ -83,7 +82,8 @@ public:
         FRAMEMENU_Build(menuBar(), area_, FRAMERULES_Run, FRAMERULES_MayRun);
         addToolBar();
         addShortcuts();
-        connect(&glance_, &QTimer::timeout, this, [] {
+        connect(&glance_, &QTimer::timeout, this, [this] {
+            showIcon();
             PORTNOTICE_Watch();
             TERMLOG_Write();
             ONCHANGE_Glance();
@@ -145,6 +145,14 @@ protected:
     }
 
 private:
+    // Drawing it in all sizes takes a tenth of the start, so the first picture does not wait for
+    // it.
+    void showIcon() {
+        if (windowIcon().isNull()) {
+            setWindowIcon(ART_Icon(Art::program));
+        }
+    }
+
     void addArea() {
         auto* centre = new QWidget(this);
         auto* layout = new QVBoxLayout(centre);
