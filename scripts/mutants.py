@@ -9,6 +9,7 @@ with their line, to be judged: a mistake that changes nothing is none. The copy 
 when the sources or the seed changed, so that a run after a change of tests begins soon.
 "scripts/mutants.py --again NUMBER..." tries the mistakes of these numbers in the copy as it is,
 with the tests of now.
+"--own" before all this asks the tests of the mistake's own folder only: sooner, for a first look.
 Not as root: what a mistake does to files it does to the system's as well, /dev/full is one of them.
 """
 import concurrent.futures
@@ -29,6 +30,7 @@ TREE = WORK / "tree"
 BIN = WORK / "build" / "bin"
 SUITES = ["link", "notice", "persist", "device", "bootrom", "serial", "fuzz", "sim", "data",
           "target", "sweep", "platform", "shell", "ui", "e2e"]
+OWN_ONLY = "--own" in sys.argv
 SECONDS = {}  # that a suite may take, by its run without a mistake; one that hangs has found it
 
 HEADER = """#pragma once
@@ -172,6 +174,8 @@ def build():
 
 def suites_of(folder):
     own = [folder] if folder in SUITES else []
+    if OWN_ONLY:
+        return own
     return own + [suite for suite in SUITES if suite not in own and (suite != "ui" or folder == "ui")]
 
 
@@ -211,12 +215,13 @@ def drawn_by(count, seed, folders):
 
 
 def main():
-    if sys.argv[1:2] == ["--again"]:
-        planted, drawn = kept_copy(), sorted(map(int, sys.argv[2:]))
+    words = [word for word in sys.argv[1:] if word != "--own"]
+    if words[:1] == ["--again"]:
+        planted, drawn = kept_copy(), sorted(map(int, words[1:]))
     else:
-        count = int(sys.argv[1]) if len(sys.argv) > 1 else 400
-        seed = int(sys.argv[2]) if len(sys.argv) > 2 else 1
-        planted, drawn = drawn_by(count, seed, sys.argv[3:])
+        count = int(words[0]) if words else 400
+        seed = int(words[1]) if len(words) > 1 else 1
+        planted, drawn = drawn_by(count, seed, words[2:])
     build()
     needed = {suite for n in drawn for suite in suites_of(planted[n][0].split("/")[1])}
     for suite in sorted(needed):
