@@ -200,3 +200,16 @@ inline Strings withFile(const ProgramFolder& world, const std::string& text, Str
     arguments.insert(arguments.begin(), world.folder / "app.mot");
     return arguments;
 }
+
+// Runs `check` for every case, as many at a time as two processors serve in the short waits of the
+// boot ROM: nearly all of a run are longer waits that the protocol prescribes.
+template <class Case, class Check>
+void forAll(const std::vector<Case>& cases, const Check& check) {
+    constexpr size_t kAtOnce = 5;
+    for (size_t start = 0; start < cases.size(); start += kAtOnce) {
+        std::vector<std::jthread> threads;
+        for (size_t i = start; i < std::min(start + kAtOnce, cases.size()); ++i) {
+            threads.emplace_back([&check, &one = cases[i]] { check(one); });
+        }
+    }
+}

@@ -1,7 +1,4 @@
-// Runs of the built program against virtual chips on pseudo-terminals, in real time. The cases of a
-// table run side by side, as many as two processors serve in the short waits of the boot ROM:
-// nearly all of their time are longer waits that the protocol prescribes.
-
+// Runs of the built program against virtual chips on pseudo-terminals, in real time.
 #include "device/device_parser.h"
 #include "e2e/bench_world.h"
 #include "e2e/hex_files.h"
@@ -9,19 +6,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-constexpr size_t kAtOnce = 5;
-
-// Runs `check` for every case, several at a time.
-template <class Case, class Check>
-void forAll(const std::vector<Case>& cases, const Check& check) {
-    for (size_t start = 0; start < cases.size(); start += kAtOnce) {
-        std::vector<std::jthread> threads;
-        for (size_t i = start; i < std::min(start + kAtOnce, cases.size()); ++i) {
-            threads.emplace_back([&check, &one = cases[i]] { check(one); });
-        }
-    }
-}
 
 DeviceRecord deviceOf(const std::string& name) {
     const auto path = builtFolder() / "Device" / (name + ".dev");

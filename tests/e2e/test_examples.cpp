@@ -7,9 +7,8 @@
 namespace {
 
 // Two good boards and one that takes no password.
-class Examples : public testing::Test {
-protected:
-    Examples() {
+struct Boards {
+    Boards() {
         writeFile(bench_.folder / "app.mot", srecords(0, randomBytes(700, 1)));
         writeFile(bench_.folder / "key.bin", "\x01\x02\x03");
         writeFile(bench_.folder / "last_number", "41\n");
@@ -17,7 +16,7 @@ protected:
         addBoard("good2", {});
         addBoard("bad", {"--fault", "wrong-reply@header"});
     }
-    ~Examples() override {
+    ~Boards() {
         for (const auto& chip : chips_) {
             chip->signal(SIGTERM);
         }
@@ -59,40 +58,47 @@ constexpr char kReadAll[] = "read_results.py results/{good1,good2,bad}.json";
 
 } // namespace
 
-TEST_F(Examples, OneStation) {
-    EXPECT_EQ(shell("{ (station.sh good1 $PWD/good1.port; echo exit code $?) >good & }; "
-                    "station.sh bad $PWD/bad.port; code=$?; wait; cat good; exit $code"),
+TEST(Examples, OneStation) {
+    Boards boards;
+    EXPECT_EQ(boards.shell("{ (station.sh good1 $PWD/good1.port; echo exit code $?) >good & }; "
+                           "station.sh bad $PWD/bad.port; code=$?; wait; cat good; exit $code"),
               1);
     for (const char* part : {"try 3", "BAD   bad\nGOOD  good1\nexit code 0\n"}) {
-        EXPECT_NE(said().find(part), std::string::npos) << said();
+        EXPECT_NE(boards.said().find(part), std::string::npos) << boards.said();
     }
 }
 
-TEST_F(Examples, BoardsSideBySide) {
+TEST(Examples, BoardsSideBySide) {
     const std::string make = "make -s -f '" + (builtFolder() / "examples").string() +
                              "/boards.mk' -j8 -k FILE=app.mot DEVICE=VT-B128";
-    for (const std::string& line :
-         {make, std::string("boards_parallel.sh"), std::string("HOSTS=: boards_parallel.sh")}) {
-        if (line != make && shell("parallel --version") != 0) {
-            GTEST_SKIP() << "GNU parallel is not installed";
-        }
-        EXPECT_NE(shell("rm -rf results; " + line), 0) << line;
-        EXPECT_EQ(shell(kReadGood), 0) << line << "\n" << said();
-        EXPECT_EQ(shell(kReadAll), 1) << line << "\n" << said();
-        EXPECT_NE(said().find("bad.json  failed"), std::string::npos) << said();
+    std::vector<std::string> lines = {make, "boards_parallel.sh", "HOSTS=: boards_parallel.sh"};
+    const bool hasParallel = Boards().shell("parallel --version") == 0;
+    lines.resize(hasParallel ? lines.size() : 1);
+    forAll(lines, [](const std::string& line) {
+        Boards boards;
+        EXPECT_NE(boards.shell(line), 0) << line;
+        EXPECT_EQ(boards.shell(kReadGood), 0) << line << "\n" << boards.said();
+        EXPECT_EQ(boards.shell(kReadAll), 1) << line << "\n" << boards.said();
+        EXPECT_NE(boards.said().find("bad.json  failed"), std::string::npos) << boards.said();
+    });
+    if (!hasParallel) {
+        GTEST_SKIP() << "GNU parallel is not installed";
     }
 }
 
-TEST_F(Examples, NumbersOfTheirOwn) {
-    EXPECT_EQ(shell("serial_number.sh $PWD/good1.port 10 200 key.bin && "
-                    "serial_number.sh $PWD/good2.port 10 && grep -c '\"data\":\"2A000000\"' "
-                    "results/board42.json && "
-                    "grep -c '\"data\":\"2B000000\"' results/board43.json"),
+TEST(Examples, NumbersOfTheirOwn) {
+    Boards boards;
+    EXPECT_EQ(boards.shell("{ serial_number.sh $PWD/good1.port 10 200 key.bin & }; "
+                           "serial_number.sh $PWD/good2.port 10 && wait $! && "
+                           "grep -c '\"data\":\"2A000000\"' results/board42.json && "
+                           "grep -c '\"data\":\"2B000000\"' results/board43.json && "
+                           "cat results/*.json | grep -c key.bin"),
               0)
-        << said();
+        << boards.said();
 }
 
-TEST_F(Examples, CiJob) {
-    EXPECT_EQ(shell("OUT=ci ci_job.sh app.mot VT-B128"), 0) << said();
-    EXPECT_EQ(shell("OUT=none ci_job.sh nothing.mot VT-B128"), 1) << said();
+TEST(Examples, CiJob) {
+    Boards boards;
+    EXPECT_EQ(boards.shell("OUT=ci ci_job.sh app.mot VT-B128"), 0) << boards.said();
+    EXPECT_EQ(boards.shell("OUT=none ci_job.sh nothing.mot VT-B128"), 1) << boards.said();
 }
