@@ -2,6 +2,7 @@
 
 #include "bootrom/connect.h"
 #include "device/image_fit.h"
+#include "link/chip_record.h"
 #include "notice/progress.h"
 #include "notice/status.h"
 #include "platform/format.h"
@@ -234,6 +235,8 @@ TEST(Commands, ProtectAsksFirst) {
         EXPECT_FALSE(CHIP_IsBlockProtected(chip, 0));
         EXPECT_TRUE(CHIP_IsBlockProtected(chip, 1));
     });
+    EXPECT_TRUE(CHIPRECORD_Get().size() == 1 && CHIPRECORD_Get()[0].facts.isProtected);
+    EXPECT_EQ(CHIPRECORD_Get()[0].range.start, DEVICE_Blocks()[1].range.start);
     TARGET_EraseBlocks(); // protected now
     EXPECT_EQ(world.allErrors(), "Error erasing sector");
     EXPECT_TRUE(world.hasLogged("Erasing Blocks failed"));
@@ -260,6 +263,9 @@ TEST(Commands, BootRomCommandsLeaveTheLinkIdle) {
     TARGET_Program(HEXDATA_GetFirstAddr(), HEXDATA_GetLastAddr()); // and is wrong from here on
     TARGET_ProtectChip();
     EXPECT_TRUE(world.hasLogged("Protecting Chip finished"));
+    for (const ChipStretch& stretch : CHIPRECORD_Get()) {
+        EXPECT_TRUE(stretch.facts.isProtected);
+    }
     EXPECT_EQ(TARGET_FlashStatus(), 1);
     EXPECT_EQ(world.allErrors(),
               "Flash Memory Status is not supported by the boot ROM of this device");

@@ -43,6 +43,17 @@ TEST(Connect, ARefusedPasswordIsFollowedByTheOthersThatMayFit) {
     }
 }
 
+// With another file loaded and no password given, a chip takes what the last file gave it.
+TEST(Connect, TheProgrammedPasswordIsKnown) {
+    TargetWorld world({.device = "VT-B128", .chip = {}});
+    runAuto();
+    TARGET_Disconnect();
+    HEXDATA_Clear();
+    PASSWORD_SetBytes({});
+    EXPECT_EQ(TARGET_Connect(), 1);
+    EXPECT_EQ(world.allErrors() + world.violations(), "");
+}
+
 // To a chip in its boot ROM every byte is a command; only who answers by itself is not in it.
 TEST(Connect, KeysDoNotReachABootRom) {
     WorldOptions options;
