@@ -39,7 +39,7 @@ TEST(WithoutChip, AnswersHelpAndVersionWithoutTouchingAnything) {
     } cases[] = {{"--help", "\n-OptionsCOMPort\t\t<PORT> Sets COM-port of PC\n"},
                  {"-?", "Usage: calvorin [FILE]"},
                  {"--version", "Calvorin V1.26c\n"},
-                 {"--paths", "/Calvorin.tpu\n"},
+                 {"--paths", "/calvorin.ini\ndefault project: "},
                  {"--list-devices", "\nVT-B128  "}};
     for (const auto& c : cases) {
         const RunResult result = world.run({c.argument}, noSuchDisplay);

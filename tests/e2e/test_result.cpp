@@ -60,6 +60,9 @@ TEST(Result, OfAPassedRun) {
     EXPECT_EQ(result["port"]["path"], (run.bench.folder / "port").string());
     EXPECT_EQ(result["bytes"], 700);
     EXPECT_EQ(result["checksum"]["image"], result["checksum"]["chip"]);
+    EXPECT_EQ(result["tries"][0]["seconds"], result["seconds"]);
+    EXPECT_LT(result["seconds"], 60);
+    EXPECT_EQ(result["blocks"], (Json{0, 1, 2, 3}));
     const std::string peer = run.bench.folder / "sum";
     const std::string file = result["files"][0]["path"];
     ASSERT_EQ(std::system(("sha256sum '" + file + "' >'" + peer + "'").c_str()), 0);
@@ -149,6 +152,7 @@ TEST(Result, IsThatOfEachRoundWhileTheFileIsWatched) {
     run.signal(SIGINT);
     EXPECT_EQ(run.wait(), 0) << run.err();
     EXPECT_EQ(verdicts(), "+-+");
+    EXPECT_EQ(run.err().find('\a'), std::string::npos) << "no bell where no terminal is";
     EXPECT_EQ(target.stop(), 0) << target.summary();
     const Bytes last = randomBytes(900, 3);
     EXPECT_EQ(target.flash().substr(0, 900), std::string(last.begin(), last.end()));

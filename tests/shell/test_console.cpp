@@ -30,14 +30,20 @@ TEST(ProgressLine, ShowsBarBytesRateAndTimes) {
     view.line2 = "25000 of 100000 bytes";
     const std::string behindTheBar =
         "  25 %  25000 of 100000 bytes  1.0 kB/s  1:05 elapsed  1:15 left";
-    const std::pair<int, std::string> cases[] = {
-        {200, " [======>                 ]"}, {87, " [==>     ]"}, {80, ""}};
+    const std::pair<int, std::string> cases[] = {{200, " [======>                 ]"},
+                                                 {87, " [==>     ]"},
+                                                 {85, " [=>    ]"},
+                                                 {84, ""},
+                                                 {80, ""}};
     for (const auto& [width, bar] : cases) {
         EXPECT_EQ(PROGRESSLINE_Format(view, 1000, width),
                   std::string("Programming").append(bar).append(behindTheBar));
     }
     EXPECT_EQ(PROGRESSLINE_Format(view, 1000, 12).size(), 11U);
+    ProgressSteps steps;
+    EXPECT_TRUE(PROGRESSLINE_IsDue(steps, view));
     view.barTextMode = true;
+    EXPECT_FALSE(PROGRESSLINE_IsDue(steps, at(0, 0)) || PROGRESSLINE_IsDue(steps, view));
     view.barText = "Maximum time: 30 sec";
     EXPECT_EQ(PROGRESSLINE_Format(view, 0, 200), "Programming  Maximum time: 30 sec  1:05 elapsed");
 }

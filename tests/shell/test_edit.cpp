@@ -114,10 +114,12 @@ TEST(EditHistory, KnowsWhichStateIsSavedAndWhatTypingIsOne) {
     EXPECT_EQ(ORIGIN_Text(), app);
     HISTORY_Redo();
     EXPECT_EQ(ORIGIN_Text(), app + " *");
-    ASSERT_TRUE(PROGRAM_Save(copy, FILETYPE_INTEL));
+    ASSERT_TRUE(PROGRAM_Save(copy, FILETYPE_SRECORD));
     EXPECT_NE(readFile(copy).find("01560309"), std::string::npos);
     HISTORY_Undo();
     EXPECT_EQ(ORIGIN_Text(), copy + " *");
+    EXPECT_EQ(SESSION_Get().image.fileType, FILETYPE_SRECORD);
+    EXPECT_EQ(SESSION_Get().image.time, FILES_WriteTime(copy));
     HISTORY_Redo();
     EXPECT_EQ(ORIGIN_Text(), copy);
     EDIT_TypeByte(4, 7); // goes on where that ends, but that was done again
@@ -165,7 +167,7 @@ TEST(EditHistory, ChangesAreNotLostWithoutAQuestion) {
 }
 
 TEST(EditDialogs, AskUntilTheValuesAreGoodAndKeepThem) {
-    ShellWorld world;
+    ShellWorld world("Device = \"VT-1\"\nManufacturer = \"Acme\"\nBank = 4000, 100\n");
     INI_Load();
     ShellWorld::load(0x100, {1, 2, 3, 4});
     const std::string file = world.file("insert.bin", "abc");
@@ -207,5 +209,5 @@ TEST(EditDialogs, AskUntilTheValuesAreGoodAndKeepThem) {
     }
     EXPECT_NE(readFile(world.folder / "tool.ini").find("EAdr = 241"), std::string::npos);
     HEXDATA_Clear();
-    EXPECT_EQ(shownBy(EDIT_ReadBackDialog, {}, file), "0,2FF ") << "the flash of the device";
+    EXPECT_EQ(shownBy(EDIT_ReadBackDialog, {}, file), "4000,40FF ") << "the flash of the device";
 }

@@ -76,6 +76,9 @@ TEST(MemoryMap, SaysWhatIsWhere) {
                   "IVector = 0, \"Reset\", 32, 0\n",
          [] { note(0x801, 0x801, ChipMark::differs); }, "0+ 0-FFF [password, vectors] [differs]\n",
          "v+++++++D++++++p"},
+        {"a password area",
+         device + "Bank = 0, 1000\nPWArea = F00,100\nIDLenMin = 8\nIDLenMax = 31\n", [] {},
+         "0+ 0-FFF [password] []\n", "+++++++++++++++p"},
         {"the last that was done holds, and only where it was done",
          device + "Bank = 0, 100, 100, 100\n",
          [] {
@@ -95,6 +98,8 @@ TEST(MemoryMap, SaysWhatIsWhere) {
         one.prepare();
         EXPECT_EQ(rowsText(), one.rows);
         EXPECT_EQ(pixelText(16), one.pixels);
+        const std::string told = MEMORYMAP_Describe(MapScale(16), 0);
+        EXPECT_TRUE(told.starts_with(formatText("%X - ", MapScale(16).rangeAt(0).start))) << told;
         CHIPRECORD_SetChip(one.what); // another one than before
         EXPECT_TRUE(CHIPRECORD_Get().empty());
     }

@@ -1,4 +1,5 @@
 #include "data/program_format.h"
+#include "persist/mru.h"
 #include "shell/edit_operations.h"
 #include "shell/identity.h"
 #include "shell/program_files.h"
@@ -9,6 +10,7 @@
 TEST(ProgramFiles, AreOfferedAndSavedInTheirFormats) {
     const ShellWorld world;
     ShellWorld::load(0x10, {0x12});
+    MRU_Init(MRU_PROGRAMS, 1);
     std::string offered;
     size_t chosen = 0;
     FRONTEND_Get().chooseFile = [&](const FileRequest& request) -> std::optional<FileChoice> {
@@ -23,6 +25,7 @@ TEST(ProgramFiles, AreOfferedAndSavedInTheirFormats) {
         PROGRAM_SaveAsDialog();
         EXPECT_TRUE(readFile(world.folder / "x.y").starts_with(start)) << start;
         EXPECT_EQ(offered, "Intel Hex file (*.hex)=*.hex Motorola S file (*.mot)=*.mot ");
+        EXPECT_EQ(MRU_GetEntry(MRU_PROGRAMS, 0), world.folder / "x.y");
     }
     offered.clear();
     PROGRAM_OpenDialog();

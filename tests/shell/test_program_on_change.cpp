@@ -260,6 +260,10 @@ TEST(ProgramOnChange, AsksBeforeChangesAreLostAndEndsWithItsFile) {
     writeFile(world.folder() / "other.hex", programOfByte(3));
     PROGRAM_Open((world.folder() / "other.hex").string());
     world.build(4);
+    int menus = 0;
+    FRONTEND_Get().updateMenu = [&menus] { ++menus; };
     EXPECT_EQ(world.glances(10'000), "");
     EXPECT_FALSE(ONCHANGE_IsOn());
+    EXPECT_GT(menus, 0);
+    EXPECT_EQ(STATUS_GetText(STATUS_GENERAL), "Ready");
 }

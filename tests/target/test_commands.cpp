@@ -389,7 +389,10 @@ TEST(Commands, AReadBackThatFailsLeavesTheImage) {
     EXPECT_EQ(SESSION_Get().image.kind, ImageKind::file);
 
     world.setFaults({});
+    std::vector<View> opened;
+    FRONTEND_Get().openView = [&opened](View view) { opened.push_back(view); };
     EDIT_ReadBack(start, start + 0x3FF);
+    EXPECT_EQ(opened, (std::vector{View::hexList, View::hexDump}));
     EXPECT_EQ(HEXDATA_GetAreas(), std::vector{AddressRange::of(start, 0x400)});
     EXPECT_EQ(ORIGIN_Text(), "Read back");
     HISTORY_Undo();
