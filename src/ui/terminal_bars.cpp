@@ -130,7 +130,7 @@ private:
     std::function<void()> ended_;
     QLabel* progress_;
     QPushButton* cancel_;
-    QTimer timer_;
+    QTimer timer_{this};
 };
 
 } // namespace

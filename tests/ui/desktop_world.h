@@ -20,9 +20,11 @@
 #include "ui/frame.h"
 #include "ui/hex_dump_area.h"
 #include "ui_world.h"
+#include "virtual_time.h"
 
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <chrono>
 #include <thread>
 
 struct DesktopWorld : UiWorld {
@@ -102,7 +104,7 @@ struct DesktopWorld : UiWorld {
 };
 
 // The frame over a virtual chip on COM1. Every box is answered.
-struct ChipWorld : DesktopWorld {
+struct ChipWorld : VirtualTime, DesktopWorld {
     explicit ChipWorld(const ChipOptions& options = {})
         : DesktopWorld("[Settings PORTS]\nCOM1 = \"sim://desktop\"\n") {
         copyDevices(folder.path());
@@ -116,8 +118,12 @@ struct ChipWorld : DesktopWorld {
         SIO_SetConfig({1, 115200, 0});
         answerBoxes();
         TARGET_Init(nullptr, TERMINAL_ReceiveByte);
+        begin(&frame());
     }
-    ~ChipWorld() { SIMPORT_Withdraw("desktop"); }
+    ~ChipWorld() {
+        end();
+        SIMPORT_Withdraw("desktop");
+    }
 
     QDialog& progress() { return control<QDialog>(frame(), "900"); }
 
@@ -125,14 +131,11 @@ struct ChipWorld : DesktopWorld {
     SimLinePtr line;
 };
 
-// Runs the program's loop until `done` holds; false when it does not within a minute.
+// Runs the program's loop until `done` holds; false when it does not within a minute of real time.
 inline bool runUntil(const Condition& done) {
-    const Moment deadline = CLOCK_After(60'000);
-    while (!done()) {
-        if (CLOCK_Now() > deadline) {
-            return false;
-        }
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (!done() && std::chrono::steady_clock::now() < deadline) {
         EVENTS_WaitOne();
     }
-    return true;
+    return done();
 }

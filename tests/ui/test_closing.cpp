@@ -64,6 +64,7 @@ void closeDuringCommand(When when, bool cancelled) {
     if (asks) {
         BOX_SetResponder({});
     }
+    bool hasCame = false;
     const auto hasCome = [&] {
         if (asks) {
             return QApplication::activeModalWidget() != nullptr;
@@ -71,12 +72,11 @@ void closeDuringCommand(When when, bool cancelled) {
         return when == When::loaderIsSent ? SIMPORT_BytesToChip(world.line) > 100
                                           : TARGET_State().Operation != 0;
     };
-    QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, [&] {
-        if (!hasCome()) {
+    world.watch = [&] {
+        if (hasCame || !hasCome()) {
             return;
         }
-        watch.stop();
+        hasCame = true;
         if (cancelled) {
             click(world.progress(), "2");
         }
@@ -84,14 +84,13 @@ void closeDuringCommand(When when, bool cancelled) {
         world.frame().close();
         EXPECT_EQ(when == When::chipIsChanged,
                   !world.boxes.empty() && world.boxes[0].starts_with("Exit: "));
-    });
-    watch.start(5);
+    };
     const int command =
         when == When::chipIsChanged ? CMD_TARGET_PROGRAM : CMD_TARGET_BLANK_CHECK_CHIP;
     EXPECT_TRUE(world.isEnabled(command));
     world.item(command).trigger();
     EXPECT_TRUE(runUntil([] { return SESSION_Get().quit; }));
-    EXPECT_FALSE(watch.isActive()) << "the moment did not come";
+    EXPECT_TRUE(hasCame) << "the moment did not come";
     EXPECT_FALSE(SESSION_Get().targetBusy);
     EXPECT_FALSE(SIO_IsOpen());
 }

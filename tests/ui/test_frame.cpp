@@ -95,8 +95,7 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
     std::set<std::string> percents;
     QString details; // the longest
     bool cancels = true;
-    QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, [&] {
+    world.watch = [&] {
         const QDialog& dialog = world.progress();
         if (!dialog.isVisible() || dialog.windowTitle() != "Programming" ||
             !control<QLabel>(dialog, "902").text().endsWith(" of 20000 bytes")) {
@@ -119,8 +118,7 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
         } else if (percents.size() == 5) {
             world.frame().close(); // which the user thinks better of
         }
-    });
-    watch.start(20);
+    };
     const auto flash = [&world] {
         Bytes bytes;
         SIMPORT_WithChip(world.line, [&](Chip& chip) { bytes = CHIP_GetFlash(chip, 0, 20000); });
@@ -192,11 +190,9 @@ TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
     EXPECT_LE(bar.sizeHint().width(), 800);
     EXPECT_EQ(control<QComboBox>(world.frame(), "Port").currentText(), "COM1: sim://desktop");
     std::set<std::string> seen;
-    QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, [&] {
+    world.watch = [&] {
         seen.insert(link.text().toStdString() + (cancel.isEnabled() ? ", Cancel" : ""));
-    });
-    watch.start(5);
+    };
     world.item(CMD_TARGET_BLANK_CHECK_CHIP).trigger();
     EXPECT_TRUE(seen.contains("Busy, Cancel"));
     EXPECT_TRUE(tells("Loader running"));

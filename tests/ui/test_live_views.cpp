@@ -39,14 +39,16 @@ TEST(Terminal, TranslatesAndEchoesKeys) {
 }
 
 // The terminal over a line in memory.
-struct TerminalWorld {
+struct TerminalWorld : VirtualTime {
     TerminalWorld() {
         SIO_SetConfig({1, 115200, 0});
         world.answerBoxes();
         FILEDIALOG_SetResponder([this](const FileRequest&) { return FileChoice{chosen, 0}; });
         TARGET_Init(nullptr, TERMINAL_ReceiveByte);
         FRONTEND_Get().openView(View::terminal);
+        begin(&world.frame());
     }
+    ~TerminalWorld() { end(); }
 
     void choose(const char* item) { control<QAction>(world.frame(), item).trigger(); }
     QPlainTextEdit& pane() { return control<QPlainTextEdit>(world.frame(), "Terminal"); }
