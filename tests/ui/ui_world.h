@@ -137,6 +137,11 @@ Control& control(const QWidget& window, const char* name) {
     return *found;
 }
 
+// The text of a label, a button or a line edit.
+inline std::string textOf(const QWidget& window, const char* name) {
+    return control<QWidget>(window, name).property("text").toString().toStdString();
+}
+
 inline void click(const QWidget& window, const char* name) {
     control<QAbstractButton>(window, name).click();
 }
