@@ -68,7 +68,8 @@ TEST(FileDialog, TakesTheTypedPathAndFollowsTheFilterWithTheExtension) {
     DesktopWorld world;
     std::filesystem::create_directories(world.folder / "start" / "selected");
     const std::string other = (world.folder / "other.hex").string();
-    const auto choose = [&](bool save, const std::function<void(QFileDialog&, QLineEdit&)>& script) {
+    const auto choose = [&](bool save,
+                            const std::function<void(QFileDialog&, QLineEdit&)>& script) {
         const FileRequest request{
             save,
             "Title",

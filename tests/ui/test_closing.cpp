@@ -36,12 +36,13 @@ TEST(Closing, StoresTheViewsThatAreOpenAndThePlace) {
         DesktopWorld::open({View::log, View::terminal});
         world.frame().move(30, 40);
         world.frame().resize(700, 500);
+        world.window("Log")->setGeometry(20, 10, 300, 200);
         byMenu ? world.item(CMD_EXIT).trigger() : static_cast<void>(world.frame().close());
         EXPECT_TRUE(SESSION_Get().quit);
         STARTUP_Finish();
         const std::string kept = readFile(world.folder / "tool.ini");
-        for (const char* part :
-             {"ShowLog = 1", "ShowTerminal = 1", "ShowDevice = 0", "Rect = 30, 40, 730, 540"}) {
+        for (const char* part : {"ShowLog = 1", "ShowTerminal = 1", "ShowDevice = 0",
+                                 "Rect = 30, 40, 730, 540", "Rect = 20, 10, 300, 200"}) {
             EXPECT_NE(kept.find(part), std::string::npos) << part << "\n" << kept;
         }
     }

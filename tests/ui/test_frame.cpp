@@ -42,13 +42,16 @@ TEST(Menu, ChecksOpenViewsAndListsThem) {
     for (const QAction* action : menu.actions()) {
         texts << action->text() + (action->isChecked() ? "*" : "");
     }
-    EXPECT_TRUE(texts.contains("&1 Log"));
+    EXPECT_EQ(texts.count("&1 Log"), 1);
     EXPECT_TRUE(texts.contains("&2 Terminal I/O*"));
     EXPECT_TRUE(texts.contains("&Tool Bar*")) << texts.join(", ").toStdString();
     world.window("Log")->showMinimized();
     trigger(menu, "&1 Log");
     EXPECT_FALSE(world.window("Log")->isMinimized());
 
+    world.window("Log")->showMinimized();
+    FRONTEND_Get().openView(View::log);
+    EXPECT_FALSE(world.window("Log")->isMinimized());
     world.window("Log")->close();
     FRONTEND_Get().updateMenu();
     EXPECT_FALSE(world.item(CMD_VIEW_LOG).isChecked());
@@ -270,11 +273,11 @@ TEST(Help, ShowsTheDocumentWithItsContents) {
     DesktopWorld world;
     writeFile(world.folder / "Calvorin.hlp", readFile(builtFolder() / "Calvorin.hlp"));
     FRONTEND_Get().helpOnHelp();
-    QWidget* help = nullptr;
+    QPointer<QWidget> help;
     for (QWidget* window : QApplication::topLevelWidgets()) {
-        help = window->objectName() == "HELP" ? window : help;
+        help = window->objectName() == "HELP" ? window : help.data();
     }
-    ASSERT_NE(help, nullptr);
+    ASSERT_TRUE(help && help->isVisible());
     auto& contents = control<QTreeWidget>(*help, "HelpContents");
     EXPECT_EQ(contents.currentItem()->text(0), "How to use this help");
     const auto& page = control<QTextBrowser>(*help, "HelpPage");
@@ -293,6 +296,8 @@ TEST(Help, ShowsTheDocumentWithItsContents) {
             EXPECT_TRUE(text.contains(name)) << name.toStdString() << " is not explained";
         }
     }
+    FRONTEND_Get().stop();
+    EXPECT_TRUE(help.isNull());
 }
 
 TEST(Frame, OpensWhatIsDroppedOnIt) {
@@ -314,7 +319,8 @@ TEST(Frame, OpensWhatIsDroppedOnIt) {
 }
 
 TEST(Start, AsksForTheSettingsOverTheFrame) {
-    UiWorld world("[Settings PORTS]\nCOM1 = \"/no/port\"\n");
+    UiWorld world("[Settings PORTS]\nCOM1 = \"/no/port\"\n"
+                  "[Settings MAINFRAME]\nRect = 9000, 9000, 9600, 9500\n");
     copyDevices(world.folder.path());
     EVENTS_Open();
     FRONTEND_Set(DESKTOP_Create());
@@ -323,7 +329,12 @@ TEST(Start, AsksForTheSettingsOverTheFrame) {
     EXPECT_EQ(driveDialog(start,
                           [](const QDialog& dialog) { // which is cancelled
                               EXPECT_EQ(dialog.objectName(), "600");
+                              const QRect frame = FRAME_Get()->frameGeometry();
                               EXPECT_TRUE(FRAME_Get()->isVisible());
+                              EXPECT_TRUE(dialog.screen()->geometry().contains(frame.center()));
+                              EXPECT_EQ(dialog.parentWidget(), FRAME_Get());
+                              const QPoint away = dialog.geometry().center() - frame.center();
+                              EXPECT_LT(away.manhattanLength(), 8) << "over its middle";
                               EXPECT_TRUE(DEVPROPS_IsBlockSelected(0));
                           }),
               kDialogOk);

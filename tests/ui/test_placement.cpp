@@ -77,6 +77,16 @@ TEST(Placement, IsKeptAndRestored) {
     FRONTEND_Get().openView(View::log);
     EXPECT_EQ(world.window("Log")->geometry(), QRect(20, 30, 400, 200));
 
+    world.window("Log")->move(area.width() - 90, area.height() - 90);
+    const auto& mdi = *world.frame().findChild<QMdiArea*>();
+    for (const bool shown : {true, false}) {
+        EXPECT_TRUE(runUntil([&] {
+            return mdi.horizontalScrollBar()->isVisible() == shown &&
+                   mdi.verticalScrollBar()->isVisible() == shown;
+        }));
+        world.window("Log")->move(20, 30);
+    }
+
     FRONTEND_Get().openView(View::terminal);
     EXPECT_TRUE(area.contains(world.window("Terminal I/O")->geometry()));
 

@@ -49,11 +49,12 @@ struct DumpWorld : UiWorld {
 TEST(HexListView, ShowsTheRowsBelowASummaryInGreenOrRed) {
     UiWorld world;
     HEXDATA_AddData(0, Bytes(0x100, 0x11));
-    HEXDATA_AddData(0x200, bytesOf("0123456789abcdef"));
+    HEXDATA_AddData(0x200, bytesOf("0123456789\x7F"
+                                   "bcdef"));
     const ViewPtr view(HEXLISTVIEW_Create(nullptr));
     view->findChild<QTableView*>()->selectRow(1);
     EXPECT_EQ(copied(*view), "0002\t00000200\t00000010\t\t"
-                             "30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66\t0123456789abcdef");
+                             "30 31 32 33 34 35 36 37 38 39 7F 62 63 64 65 66\t0123456789.bcdef");
     const auto& range = control<QLabel>(*view, "range");
     EXPECT_EQ(range.text(), "0x000000-0x00020F");
     EXPECT_EQ(control<QLabel>(*view, "bytes").text(), "Number of bytes: 272");
@@ -75,9 +76,11 @@ TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
     DeviceRecord device = makeDevice("VT-1", {{0xFFFF0000, 0x10000}});
     device.Manufacturer = "Some Maker of Chips";
     _AddDevice(device);
-    const std::tuple<ViewWidget* (*)(QWidget*), int, int> cases[] = {{HEXLISTVIEW_Create, 782, 90},
-                                                                     {HEXDUMPVIEW_Create, 591, 270},
-                                                                     {DEVICEVIEW_Create, 281, 90}};
+    const std::tuple<ViewWidget* (*)(QWidget*), int, int> cases[] = {
+        {HEXLISTVIEW_Create, 782, 90},
+        {HEXDUMPVIEW_Create, 591, 270},
+        {MEMORYMAPVIEW_Create, 701, 90},
+        {DEVICEVIEW_Create, 281, 90}};
     for (const auto& [create, width, height] : cases) {
         const ViewPtr view(create(nullptr));
         view->resize(width, height);
@@ -87,6 +90,15 @@ TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
         EXPECT_EQ(area.horizontalScrollBar()->maximum(), 0) << width;
         std::vector<int> widths = view->columnWidths();
         EXPECT_GT(*std::ranges::min_element(widths), 0) << "the widths in force are kept";
+        if (const auto* table = qobject_cast<const QTableView*>(&area)) {
+            const auto* model = table->model();
+            for (int cell = 0; cell < model->rowCount() * model->columnCount(); ++cell) {
+                const auto index =
+                    model->index(cell / model->columnCount(), cell % model->columnCount());
+                EXPECT_LE(table->fontMetrics().horizontalAdvance(index.data().toString()),
+                          widths[index.column()]);
+            }
+        }
         for (auto* header : area.findChildren<QHeaderView*>()) { // as the user drags it
             if (header->orientation() == Qt::Horizontal) {
                 header->resizeSection(0, 55);
