@@ -9,10 +9,7 @@ TEST(Closing, ReleasesAWorkerThatWaitsForAnAnswer) {
     DesktopWorld world;
     std::atomic<int> answer{-1};
     std::thread worker([&answer] { answer = BOX_Ask(nullptr, "Go on?", "Question", BOX_YES_NO); });
-    later(100, [&world] {
-        EXPECT_NE(QApplication::activeModalWidget(), nullptr);
-        world.frame().close();
-    });
+    onModal([&world] { world.frame().close(); });
     EXPECT_TRUE(runUntil([] { return SESSION_Get().quit; }));
     worker.join();
     EXPECT_EQ(answer, ANSWER_NONE);
@@ -23,8 +20,10 @@ TEST(Closing, ReleasesAWorkerThatWaitsForAnAnswer) {
 TEST(Closing, EndsDialogsWhenTheProgramIsToldToEnd) {
     DesktopWorld world;
     int inner = ANSWER_OK;
-    later(10, [&inner] { inner = BOX_Ask(nullptr, "Really?", "Question", BOX_OK_CANCEL); });
-    later(50, [] { EVENTS_Post([] { SESSION_Get().quit = true; }); });
+    onModal([&inner] {
+        later(1, [] { EVENTS_Post([] { SESSION_Get().quit = true; }); });
+        inner = BOX_Ask(nullptr, "Really?", "Question", BOX_OK_CANCEL);
+    });
     EXPECT_EQ(BOX_Ask(nullptr, "Go on?", "Question", BOX_YES_NO), ANSWER_NONE);
     EXPECT_EQ(inner, ANSWER_NONE);
 }
@@ -120,7 +119,7 @@ TEST(Closing, AsksBeforeChangesAreLostAlsoOverABox) {
             asked.push_back(request.caption);
             return request.caption == "Unsaved changes" ? std::optional<int>(answer) : std::nullopt;
         });
-        later(100, [&world] { world.frame().close(); });
+        onModal([&world] { world.frame().close(); });
         EXPECT_EQ(BOX_Ask(nullptr, "Go on?", "Question", BOX_YES_NO), ANSWER_NONE);
         EXPECT_TRUE(runUntil([&asked] { return asked.size() == 2; }));
         EXPECT_EQ(SESSION_Get().quit, answer == ANSWER_OK);

@@ -1,6 +1,7 @@
 #include "dialog_world.h"
 #include "platform/serial_port.h"
 #include "ui/desktop.h"
+#include "virtual_time.h"
 
 #include <QTabBar>
 #include <cstdlib>
@@ -203,6 +204,7 @@ TEST(TargetDialog, ReadsTheFrequencyAsANumberInFront) {
 }
 
 TEST(CommunicationDialog, AppliesWhatTheControlsShow) {
+    const VirtualTime time;
     Texts opened;
     SERIALPORT_AddKind("test://", [&opened](const std::string& device, std::string&) {
         opened.push_back(device);

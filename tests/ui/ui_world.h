@@ -105,6 +105,13 @@ inline void later(int ms, std::function<void()> action) {
     timer->start(ms);
 }
 
+// Runs `action` once a modal window is open.
+inline void onModal(std::function<void()> action) {
+    later(1, [action = std::move(action)] {
+        QApplication::activeModalWidget() != nullptr ? action() : onModal(action);
+    });
+}
+
 // Runs a modal dialog and, once it is shown, the script; a dialog that the script leaves open is
 // cancelled.
 template <class Run>
