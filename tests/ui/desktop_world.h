@@ -131,8 +131,8 @@ struct ChipWorld : VirtualTime, DesktopWorld {
     SimLinePtr line;
 };
 
-// Runs the program's loop until `done` holds; false when it does not within a minute, in virtual time
-// within ten.
+// Runs the program's loop until `done` holds; false when it does not within a minute, in virtual
+// time within ten.
 inline bool runUntil(const Condition& done) {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
     const Moment virtualLimit = CLOCK_After(600'000);

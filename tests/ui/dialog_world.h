@@ -6,8 +6,18 @@
 
 using Dialog = int (*)(QWidget*);
 
+// Over a window, in whose middle it stands.
 inline int drive(Dialog dialog, std::function<void(QDialog&)> script) {
-    return driveDialog([dialog] { return dialog(nullptr); }, std::move(script));
+    QWidget owner;
+    owner.setGeometry(90, 50, 650, 600);
+    owner.show();
+    return driveDialog([&] { return dialog(&owner); },
+                       [&owner, script = std::move(script)](QDialog& shown) {
+                           const QPoint away =
+                               shown.geometry().center() - owner.geometry().center();
+                           EXPECT_LT(away.manhattanLength(), 8);
+                           script(shown);
+                       });
 }
 
 inline QString textIn(const QWidget& window, const char* name) {

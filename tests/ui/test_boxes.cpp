@@ -38,13 +38,17 @@ TEST(Boxes, HaveTheButtonsAndDefaultsOfTheirTypeAndTheHintBelow) {
                  {BOX_YES_NO | BOX_DEFAULT_SECOND, "No", ANSWER_NO, ANSWER_NO}};
     for (const auto& one : cases) {
         const auto ask = [&one] {
-            return BOX_Ask(nullptr, "Text", "A caption far longer than the text below it",
+            return BOX_Ask(nullptr, "Te\r\nxt", "A caption far longer than the text below it",
                            one.type);
         };
         const auto accept = [&one](QDialog& dialog) {
             auto& box = dynamic_cast<QMessageBox&>(dialog);
             const int caption = box.fontMetrics().horizontalAdvance(box.windowTitle());
             EXPECT_GT(box.width(), caption + 100) << "with icon and buttons beside it";
+            EXPECT_EQ(box.text(), "Te\nxt");
+            EXPECT_EQ(box.icon(),
+                      one.type == BOX_OK ? QMessageBox::Information : QMessageBox::Question);
+            EXPECT_EQ(box.textInteractionFlags(), Qt::TextSelectableByMouse);
             EXPECT_EQ(box.defaultButton()->text().remove('&'), one.defaultButton);
             box.defaultButton()->click();
         };
@@ -59,6 +63,7 @@ TEST(Boxes, HaveTheButtonsAndDefaultsOfTheirTypeAndTheHintBelow) {
         [](QDialog& dialog) {
             const auto& box = dynamic_cast<QMessageBox&>(dialog);
             EXPECT_EQ(box.text(), "Text");
+            EXPECT_EQ(box.icon(), QMessageBox::Critical);
             EXPECT_EQ(box.informativeText(), "Devices that there are: A");
         });
 }

@@ -3,6 +3,7 @@
 #include "ui/desktop.h"
 #include "virtual_time.h"
 
+#include <QShortcut>
 #include <QTabBar>
 #include <cstdlib>
 #include <set>
@@ -64,21 +65,37 @@ TEST(Dialogs, CanBeUsedByKeyboard) {
     UiWorld world;
     selectVtB();
     SESSION_Get().loaded = true;
-    ValueRequest request;
-    request.label0 = "First:";
-    request.label1 = "Second:";
     for (const Dialog dialog : {DIALOG_Target, DIALOG_Settings, DIALOG_Communication,
                                 DIALOG_Password, DIALOG_InterruptVectors}) {
         drive(dialog, expectReachable);
     }
-    driveDialog([&request] { return DIALOG_EditValue(nullptr, request); }, expectReachable);
-    driveDialog([] { DIALOG_About(nullptr); }, expectReachable);
+    static ValueRequest request;
+    request.label0 = "First:";
+    request.label1 = "Second:";
+    drive([](QWidget* owner) { return DIALOG_EditValue(owner, request); }, expectReachable);
+    driveDialog([] { DIALOG_About(nullptr); },
+                [](QDialog& dialog) {
+                    expectReachable(dialog);
+                    click(dialog, "1");
+                    EXPECT_FALSE(dialog.isVisible());
+                });
     drive(DIALOG_Options, [](QDialog& dialog) {
         auto& pages = control<QTabWidget>(dialog, "pages");
-        for (int page = 0; page < 4; ++page) {
-            pages.setCurrentIndex(page);
+        const auto press = [&dialog](const char* key) {
+            for (QShortcut* shortcut : dialog.findChildren<QShortcut*>()) {
+                if (shortcut->key() == QKeySequence(key)) {
+                    emit shortcut->activated();
+                }
+            }
+        };
+        for (const int next : {1, 2, 3, 0}) {
             expectReachable(dialog);
+            press("Ctrl+Tab");
+            EXPECT_EQ(pages.currentIndex(), next);
         }
+        press("Ctrl+Shift+Tab");
+        EXPECT_EQ(pages.currentIndex(), 3);
+        EXPECT_EQ(textIn(dialog, "1001"), "FFDF");
     });
 }
 
@@ -124,6 +141,7 @@ TEST(ValueDialog, ShowsAndReadsHexNumbersUnlessCancelled) {
             EXPECT_EQ(textIn(dialog, "705"), c.shown[1]);
             type(dialog, "704", c.typed[0]);
             type(dialog, "705", c.typed[1]);
+            EXPECT_EQ(textIn(dialog, "704"), QString(c.typed[0]).toUpper());
             click(dialog, c.button);
             EXPECT_FALSE(dialog.isVisible());
         });
@@ -213,24 +231,28 @@ TEST(CommunicationDialog, AppliesWhatTheControlsShow) {
     struct Case {
         SioConfig before;
         const char* button; // OK or Cancel
-        bool change;        // of everything
+        enum { nothing, logging, everything } change;
         SioConfig after;
         Texts opened;
     };
     const Case cases[] = {
-        {{2, 38400, 0}, "1", false, {2, 38400, 0}, {}},
-        {{0, 38400, 0}, "1", false, {1, 38400, 0}, {"test://one"}},
-        {{2, 31250, 0}, "1", false, {2, 31250, 0}, {}}, // a rate that the list lacks
-        {{1, 38400, 0}, "1", true, {2, 2400, 1}, {"test://two"}},
-        {{1, 38400, 0}, "2", true, {1, 38400, 0}, {}},
+        {{2, 38400, 1}, "1", Case::nothing, {2, 38400, 1}, {}},
+        {{0, 38400, 0}, "1", Case::nothing, {1, 38400, 0}, {"test://one"}},
+        {{2, 31250, 0}, "1", Case::nothing, {2, 31250, 0}, {}}, // a rate that the list lacks
+        {{2, 38400, 1}, "1", Case::logging, {2, 38400, 0}, {}},
+        {{1, 38400, 0}, "1", Case::everything, {2, 2400, 1}, {"test://two"}},
+        {{1, 38400, 0}, "2", Case::everything, {1, 38400, 0}, {}},
     };
     for (const Case& c : cases) {
         UiWorld world("[Settings PORTS]\nCOM1 = \"test://one\"\nCOM2 = \"test://two\"\n");
         SIO_Init(c.before.Port, c.before.Baudrate, c.before.Logging, 8, 0, 0);
         opened.clear();
         drive(DIALOG_Communication, [&c](QDialog& dialog) {
-            if (c.change) {
+            EXPECT_EQ(control<QCheckBox>(dialog, "803").isChecked(), c.before.Logging != 0);
+            if (c.change != Case::nothing) {
                 click(dialog, "803");
+            }
+            if (c.change == Case::everything) {
                 control<QComboBox>(dialog, "801").setCurrentIndex(0);
                 control<QComboBox>(dialog, "802").setCurrentIndex(1);
             }
@@ -299,6 +321,8 @@ TEST(PasswordDialog, ShowsTheSettingsInTheirMode) {
             EXPECT_EQ(control<QWidget>(dialog, "1003").isEnabled(), !fill);
             click(dialog, "1004");
             EXPECT_EQ(control<QWidget>(dialog, "1003").isEnabled(), fill);
+            EXPECT_EQ(control<QWidget>(dialog, "1005").isEnabled(), fill);
+            EXPECT_EQ(textIn(dialog, "1003"), "");
         });
         EXPECT_TRUE(PASSWORD_Get() == settings);
     }

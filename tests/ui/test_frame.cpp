@@ -1,6 +1,7 @@
 #include "desktop_world.h"
 #include "notice/status.h"
 #include "shell/frame_rules.h"
+#include "shell/identity.h"
 #include "shell/program_files.h"
 #include "shell/quick_choice.h"
 #include "shell/recent_choices.h"
@@ -12,6 +13,7 @@
 #include <QMimeData>
 #include <QRegularExpression>
 #include <QShortcut>
+#include <QTextBlock>
 #include <QTextBrowser>
 #include <QToolBar>
 #include <QTreeWidget>
@@ -31,6 +33,7 @@ TEST(Menu, ChecksOpenViewsAndListsThem) {
     world.item(CMD_VIEW_TERMINAL).trigger();
     world.item(CMD_VIEW_TERMINAL).trigger(); // open already
     EXPECT_EQ(world.windows().size(), 2U);
+    EXPECT_EQ(world.frame().windowTitle().toStdString(), IDENTITY_Title());
     EXPECT_TRUE(world.item(CMD_VIEW_LOG).isChecked());
     EXPECT_FALSE(world.item(CMD_VIEW_DEVICE).isChecked());
 
@@ -76,6 +79,13 @@ TEST(Menu, GivesEveryKeyToOneCommandAndAllHasAName) {
     std::set<std::string> inFront; // one after the other, by key
     for (QShortcut* shortcut : world.frame().findChildren<QShortcut*>()) {
         take(shortcut->key(), QString::number(used.size()));
+        if (shortcut->key() == QKeySequence("F1")) {
+            emit shortcut->activated();
+            EXPECT_TRUE(
+                std::ranges::any_of(QApplication::topLevelWidgets(), [](const QWidget* window) {
+                    return window->objectName() == "HELP";
+                }));
+        }
         if (shortcut->key().toString().endsWith("F6")) {
             emit shortcut->activated();
             auto* front = control<QMdiArea>(world.frame(), "140").activeSubWindow();
@@ -187,23 +197,29 @@ TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
         return runUntil([&link, text] { return link.text() == text; });
     };
     EXPECT_TRUE(tells("Port open"));
+    EXPECT_FALSE(world.frame().windowIcon().isNull());
     EXPECT_FALSE(cancel.isEnabled());
     auto& bar = control<QToolBar>(world.frame(), "toolBar");
     world.frame().resize(800, 600);
     EXPECT_LE(bar.sizeHint().width(), 800);
     EXPECT_EQ(control<QComboBox>(world.frame(), "Port").currentText(), "COM1: sim://desktop");
     std::set<std::string> seen;
+    bool wasFree = false;
     world.watch = [&] {
+        wasFree = wasFree || (cancel.isEnabled() && control<QComboBox>(bar, "Device").isEnabled());
         seen.insert(link.text().toStdString() + (cancel.isEnabled() ? ", Cancel" : ""));
     };
     world.item(CMD_TARGET_BLANK_CHECK_CHIP).trigger();
     EXPECT_TRUE(seen.contains("Busy, Cancel"));
+    EXPECT_FALSE(wasFree) << "the choices, while it ran";
     EXPECT_TRUE(tells("Loader running"));
     const auto& notice = control<QWidget>(world.frame(), "notice");
     EXPECT_FALSE(notice.isVisible());
     SIMPORT_Unplug(world.line);
     EXPECT_TRUE(tells("Port lost"));
     EXPECT_TRUE(notice.isVisible());
+    EXPECT_EQ(textOf(notice, "noticeHint").empty(),
+              !control<QLabel>(notice, "noticeHint").isVisible());
     EXPECT_TRUE(control<QLabel>(notice, "noticeText")
                     .text()
                     .startsWith("The port is lost: COM1 is sim://desktop"));
@@ -280,8 +296,15 @@ TEST(Help, ShowsTheDocumentWithItsContents) {
     ASSERT_TRUE(help && help->isVisible());
     auto& contents = control<QTreeWidget>(*help, "HelpContents");
     EXPECT_EQ(contents.currentItem()->text(0), "How to use this help");
+    EXPECT_NE(contents.currentItem()->parent(), nullptr);
     const auto& page = control<QTextBrowser>(*help, "HelpPage");
     const QString text = page.toPlainText();
+    for (QTreeWidgetItemIterator item(&contents); *item != nullptr; ++item) {
+        contents.setCurrentItem(*item);
+        EXPECT_EQ(page.textCursor().block().text(), (*item)->text(0));
+        EXPECT_EQ(page.textCursor().block().blockFormat().headingLevel() > 1,
+                  (*item)->parent() != nullptr);
+    }
     auto& find = *help->findChild<QLineEdit*>();
     find.setText("boot ROM");
     std::set<int> places; // of the matches, until it begins again

@@ -70,14 +70,25 @@ TEST(MapView, IsClickedHeardHiddenAndSaved) {
     const QImage seen = strip.grab().toImage().scaled(1, strip.height());
     EXPECT_NE(seen.pixel(0, seen.height() / 4), seen.pixel(0, 0)) << "blocks below a margin";
     const std::string svg = readFile(world.folder / "map.svg");
+    const auto count = [&svg](const std::string& what) {
+        int found = 0;
+        for (size_t at = 0; (at = svg.find(what, at)) != std::string::npos; ++at) {
+            ++found;
+        }
+        return found;
+    };
+    EXPECT_EQ(count("fill=\"none\""), 23) << "outlines";
+    EXPECT_EQ(count("url(#"), 8);
+    EXPECT_EQ(count("<pattern"), 8);
+    EXPECT_EQ(count("<rect"), 40);
+    EXPECT_EQ(count("height=\"3\""), 3) << "what must not be overlooked";
     EXPECT_TRUE(svg.starts_with("<svg") && svg.find(">8000</text>") != std::string::npos);
     EXPECT_NE(svg.find(">vectors</text>"), std::string::npos) << "the legend";
     std::set<std::string> places;
-    int texts = 0;
-    for (size_t at = 0; (at = svg.find("<text x=", at)) != std::string::npos; ++at, ++texts) {
+    for (size_t at = 0; (at = svg.find("<text x=", at)) != std::string::npos; ++at) {
         places.insert(svg.substr(at, svg.find(" fill", at) - at));
     }
-    EXPECT_EQ(static_cast<int>(places.size()), texts) << "one text lies over another";
+    EXPECT_EQ(static_cast<int>(places.size()), count("<text")) << "one text lies over another";
     EXPECT_NE(save("map.gif").find("A picture is saved as .png or .svg, not as "),
               std::string::npos);
     EXPECT_NE(save("no/folder/map.png").find("Error writing file ("), std::string::npos);

@@ -3,6 +3,9 @@
 #include "shell/identity.h"
 #include "shell/program_files.h"
 #include "ui/placement.h"
+#include "ui/view_widget.h"
+
+#include <QHeaderView>
 
 TEST(Placement, ComesBackIntoTheArea) {
     const QRect area(0, 0, 800, 500);
@@ -71,6 +74,15 @@ TEST(Placement, IsKeptAndRestored) {
     world.window("Log")->close();
     FRONTEND_Get().openView(View::log);
     EXPECT_EQ(world.window("Log")->geometry(), QRect(20, 30, 400, 200));
+
+    FRONTEND_Get().openView(View::device);
+    for (auto* header : world.window("Device")->findChildren<QHeaderView*>()) {
+        header->resizeSection(0, 77);
+    }
+    FRONTEND_Get().closeView(View::device);
+    FRONTEND_Get().openView(View::device);
+    EXPECT_EQ(dynamic_cast<ViewWidget&>(*world.window("Device")->widget()).columnWidths()[0], 77);
+    FRONTEND_Get().closeView(View::device);
 
     world.window("Log")->showMaximized();
     FRONTEND_Get().closeView(View::log);

@@ -117,6 +117,34 @@ TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
     }
 }
 
+TEST(HexDumpView, FollowsTheCaretSideways) {
+    const DumpWorld dump(0, Bytes(64, 0x41));
+    dump.view->resize(200, 300);
+    QApplication::processEvents();
+    QScrollBar& bar = *dump.area->horizontalScrollBar();
+    const auto* header = dump.area->header();
+    EXPECT_EQ(bar.pageStep(), dump.area->viewport()->width());
+    EXPECT_EQ(bar.maximum(), header->length() - bar.pageStep());
+    EXPECT_GT(bar.singleStep(), 1);
+    dump.area->placeCaret(15);
+    const int there = bar.value();
+    EXPECT_GT(there, 0);
+    dump.view->refresh();
+    EXPECT_EQ(header->offset(), there);
+    EXPECT_TRUE(dump.area->accessibleDescription().startsWith("0000000F"));
+    dump.area->placeCaret(0);
+    EXPECT_LT(bar.value(), there);
+    dump.area->select({20, 30});
+    HEXDATA_Clear();
+    HEXDATA_AddData(0, Bytes(8, 1));
+    dump.view->refresh();
+    EXPECT_EQ(dump.selected(), "none");
+    EXPECT_EQ(dump.area->caret().address, 7U);
+    HEXDATA_Clear();
+    dump.view->refresh();
+    EXPECT_EQ(dump.area->accessibleDescription(), "");
+}
+
 TEST(HexDumpView, KeysAndScrollBarFollowTheRules) {
     const DumpWorld dump(0x1005, Bytes(800, 0x41));
     QScrollBar& bar = *dump.area->verticalScrollBar();

@@ -56,15 +56,16 @@ private:
         addObject(widget, depth,
                   std::string(widget.isHidden() ? " hidden" : "") +
                       (widget.testAttribute(Qt::WA_SetWindowIcon) ? " picture" : "") +
-                      (widget.testAttribute(Qt::WA_DeleteOnClose) ? " once" : "") + " " +
+                      (widget.testAttribute(Qt::WA_DeleteOnClose) ? " once" : "") +
+                      (widget.minimumWidth() > 0 ? " not narrow" : "") +
+                      (widget.minimumHeight() > 0 ? " not low" : "") +
+                      (widget.maximumWidth() < QWIDGETSIZE_MAX ? " not wide" : "") + " " +
                       std::to_string(widget.backgroundRole()) + " " +
                       std::to_string(widget.foregroundRole()));
         if (const QLayout* layout = widget.layout()) {
             addLayout(*layout, depth + 1);
         }
-        if (!widget.inherits("QMdiSubWindow")) { // the toolkit's
-            addActions(widget.actions(), depth + 1);
-        }
+        addActions(widget.actions(), depth + 1, widget.inherits("QMdiSubWindow"));
         for (const QObject* child : widget.children()) {
             const auto* part = qobject_cast<const QWidget*>(child);
             if (part != nullptr && !part->isWindow() && !isInner(widget, *part)) {
@@ -81,9 +82,10 @@ private:
                kind == "QTableCornerButton" || kind == "QLineEditIconButton";
     }
 
-    void addActions(const QList<QAction*>& actions, int depth) {
+    void addActions(const QList<QAction*>& actions, int depth, bool ofToolkit = false) {
         for (const QAction* action : actions) {
-            if (told_.insert(action).second) {
+            const bool isOwn = !ofToolkit || action->shortcut().toString() == "Ctrl+F4";
+            if (isOwn && told_.insert(action).second) {
                 addObject(*action, depth, "");
                 if (action->menu() != nullptr) {
                     addActions(action->menu()->actions(), depth + 1);

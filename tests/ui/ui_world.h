@@ -162,10 +162,12 @@ inline void trigger(const QWidget& window, const char* text) {
     ADD_FAILURE() << "no action " << text;
 }
 
-inline void pressKey(QWidget& widget, int key, Qt::KeyboardModifiers modifiers = {}) {
+// Whether the widget took it.
+inline bool pressKey(QWidget& widget, int key, Qt::KeyboardModifiers modifiers = {}) {
     const QString text = key == Qt::Key_Space ? " " : "";
     QKeyEvent press(QEvent::KeyPress, key, modifiers, text);
     QApplication::sendEvent(&widget, &press);
+    return press.isAccepted();
 }
 
 // What can be reached by Tab says what it is to who hears it.
