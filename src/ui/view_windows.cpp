@@ -206,7 +206,6 @@ QMdiSubWindow* createWindow(const ViewSpec& spec) {
     windowOf(spec.view) = window;
     area->addSubWindow(window);
     window->placeFirst();
-    window->view().refresh();
     window->view().setFocus(); // else the first child gets it, which may be a label
     window->show();
     if (spec.view == View::log) {

@@ -92,6 +92,7 @@ TEST(FileDialog, TakesTheTypedPathAndFollowsTheFilterWithTheExtension) {
     writeFile(world.folder / "start" / "app.mot", "is replaced without a question");
     const auto ofFilter = choose(true, [](QFileDialog& files, QLineEdit& name) {
         EXPECT_EQ(name.text(), "app.hex");
+        EXPECT_GE(files.width(), 110 * files.fontMetrics().averageCharWidth());
         const QString second = files.nameFilters().at(1);
         files.selectNameFilter(second);
         emit files.filterSelected(second);

@@ -139,6 +139,11 @@ TEST(ValueDialog, ShowsAndReadsHexNumbersUnlessCancelled) {
             EXPECT_EQ(dialog.windowTitle(), "Title");
             EXPECT_EQ(textIn(dialog, "704"), c.shown[0]);
             EXPECT_EQ(textIn(dialog, "705"), c.shown[1]);
+            EXPECT_EQ(control<QLineEdit>(dialog, "704").selectedText(), c.shown[0]) << "typed over";
+            control<QLineEdit>(dialog, "704").setText("12");
+            control<QLineEdit>(dialog, "704").setCursorPosition(0);
+            control<QLineEdit>(dialog, "704").insert("a");
+            EXPECT_EQ(control<QLineEdit>(dialog, "704").cursorPosition(), 1);
             type(dialog, "704", c.typed[0]);
             type(dialog, "705", c.typed[1]);
             EXPECT_EQ(textIn(dialog, "704"), QString(c.typed[0]).toUpper());

@@ -341,6 +341,20 @@ TEST(Frame, OpensWhatIsDroppedOnIt) {
     EXPECT_TRUE(runUntil([] { return SIO_GetBaudrate() == 2400; }));
 }
 
+extern "C" bool calvorinDesktop(int count, char** words, FrontEnd& frontEnd, std::string& error);
+
+TEST(Start, TellsThatThereIsNoDisplay) {
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    for (const char* name : {"QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "DISPLAY"}) {
+        qunsetenv(name);
+    }
+    FrontEnd frontEnd;
+    std::string error;
+    EXPECT_FALSE(calvorinDesktop(0, nullptr, frontEnd, error));
+    EXPECT_EQ(error, "there is no display: neither DISPLAY nor WAYLAND_DISPLAY is set");
+    qputenv("QT_QPA_PLATFORM", platform);
+}
+
 TEST(Start, AsksForTheSettingsOverTheFrame) {
     UiWorld world("[Settings PORTS]\nCOM1 = \"/no/port\"\n"
                   "[Settings MAINFRAME]\nRect = 9000, 9000, 9600, 9500\n");

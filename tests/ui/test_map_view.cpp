@@ -3,7 +3,9 @@
 #include "link/chip_record.h"
 #include "platform/format.h"
 
+#include <QHelpEvent>
 #include <QImage>
+#include <QToolTip>
 #include <set>
 
 namespace {
@@ -32,9 +34,15 @@ TEST(MapView, IsClickedHeardHiddenAndSaved) {
     expectNamed(window);
 
     EXPECT_EQ(heardAt(table, 1, 1) + ", " + heardAt(table, 1, 2), "8000 - FFFF, yes");
+    table.clearFocus();
     clickAt(strip, QPointF(strip.width() / 2.0, strip.height() * 0.3)); // in the second of four
     EXPECT_FALSE(DEVPROPS_IsBlockSelected(1));
     EXPECT_EQ(heardAt(table, 1, 2), "no");
+    EXPECT_EQ(window.focusWidget(), &table);
+    const QPoint middle(strip.width() / 2, strip.height() / 2);
+    QHelpEvent help(QEvent::ToolTip, middle, strip.mapToGlobal(middle));
+    QApplication::sendEvent(&strip, &help);
+    EXPECT_NE(QToolTip::text(), "");
     trigger(table, "Select or &Deselect Block");
     EXPECT_TRUE(DEVPROPS_IsBlockSelected(1));
 

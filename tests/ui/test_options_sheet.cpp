@@ -147,6 +147,7 @@ TEST(OptionsSheet, UntouchedPagesAreNotCheckedButFollowTheDevice) {
     for (const auto& [device, count] : {std::pair("VT-B", 0xFFDFU), std::pair("VT-D", 0x100U)}) {
         const int result = drive(DIALOG_Options, [device = device](QDialog& dialog) {
             chooseDevice(dialog, device); // which wants a password that nobody gave
+            control<QTabWidget>(dialog, "pages").setCurrentIndex(3);
             click(dialog, "1");
         });
         EXPECT_EQ(result, kDialogOk) << device;

@@ -68,6 +68,9 @@ TEST(HexListView, ShowsTheRowsBelowASummaryInGreenOrRed) {
             EXPECT_GT(std::abs(colour.lightness() - window.lightness()), 90);
         }
     }
+    HEXDATA_AddData(0x400, Bytes(1));
+    view->refresh();
+    EXPECT_EQ(view->findChild<QTableView*>()->currentIndex().row(), 1);
 }
 
 TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
@@ -95,6 +98,8 @@ TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
             for (int cell = 0; cell < model->rowCount() * model->columnCount(); ++cell) {
                 const auto index =
                     model->index(cell / model->columnCount(), cell % model->columnCount());
+                EXPECT_EQ(index.data(Qt::TextAlignmentRole).toInt(),
+                          Qt::AlignLeft | Qt::AlignVCenter);
                 EXPECT_LE(table->fontMetrics().horizontalAdvance(index.data().toString()),
                           widths[index.column()]);
             }
