@@ -86,6 +86,14 @@ struct DesktopWorld : UiWorld {
         auto& note = control<QWidget>(frame(), "comparisonNote");
         return dynamic_cast<HexDumpArea&>(*note.parentWidget()->focusProxy());
     }
+    static QWidget* help() {
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            if (window->objectName() == "HELP") {
+                return window;
+            }
+        }
+        return nullptr;
+    }
     std::vector<QMdiSubWindow*> windows() {
         const auto list = frame().findChild<QMdiArea*>()->subWindowList();
         return {list.begin(), list.end()};

@@ -48,6 +48,26 @@ inline void selectVtB() {
     PASSWORD_SetLimitsOfDevice();
 }
 
+// Every dialog, of a device for which every control is there.
+inline void forEachDialog(const std::function<void(QDialog&)>& visit) {
+    selectVtB();
+    SESSION_Get().loaded = true;
+    static ValueRequest request;
+    request.label0 = "First:";
+    request.label1 = "Second:";
+    request.bytesLabel = "Bytes:";
+    for (const Dialog dialog :
+         {DIALOG_Target, DIALOG_Settings, DIALOG_Communication, DIALOG_Password,
+          DIALOG_InterruptVectors, DIALOG_Options,
+          Dialog{[](QWidget* owner) { return DIALOG_EditValue(owner, request); }},
+          Dialog{[](QWidget* owner) {
+              DIALOG_About(owner);
+              return 0;
+          }}}) {
+        drive(dialog, visit);
+    }
+}
+
 inline void chooseDevice(const QWidget& window, const char* name) {
     auto& combo = control<QComboBox>(window, "601");
     combo.setCurrentIndex(combo.findText(name));

@@ -81,10 +81,7 @@ TEST(Menu, GivesEveryKeyToOneCommandAndAllHasAName) {
         take(shortcut->key(), QString::number(used.size()));
         if (shortcut->key() == QKeySequence("F1")) {
             emit shortcut->activated();
-            EXPECT_TRUE(
-                std::ranges::any_of(QApplication::topLevelWidgets(), [](const QWidget* window) {
-                    return window->objectName() == "HELP";
-                }));
+            EXPECT_NE(DesktopWorld::help(), nullptr);
         }
         if (shortcut->key().toString().endsWith("F6")) {
             emit shortcut->activated();
@@ -289,10 +286,7 @@ TEST(Help, ShowsTheDocumentWithItsContents) {
     DesktopWorld world;
     writeFile(world.folder / "Calvorin.hlp", readFile(builtFolder() / "Calvorin.hlp"));
     FRONTEND_Get().helpOnHelp();
-    QPointer<QWidget> help;
-    for (QWidget* window : QApplication::topLevelWidgets()) {
-        help = window->objectName() == "HELP" ? window : help.data();
-    }
+    const QPointer<QWidget> help = DesktopWorld::help();
     ASSERT_TRUE(help && help->isVisible());
     auto& contents = control<QTreeWidget>(*help, "HelpContents");
     EXPECT_EQ(contents.currentItem()->text(0), "How to use this help");

@@ -1,12 +1,11 @@
-// Every window as tests/data/windows.txt describes it: what is altered or lost by mistake shows as
-// a difference. With CALVORIN_WINDOWS=PATH the description is written there, to be read like any
+// Every window and picture as tests/data/windows.txt describes it: what is altered or lost by
+// mistake is a difference. With CALVORIN_WINDOWS=PATH it is written there, to be read like any
 // change.
 #include "desktop_world.h"
 #include "dialog_world.h"
-#include "platform/format.h"
+#include "ui/artwork.h"
 
 #include <QFormLayout>
-#include <QLayout>
 #include <QMenu>
 #include <QMetaProperty>
 #include <QSplitter>
@@ -25,43 +24,73 @@ bool isTold(const std::string& property) {
         "visible",     "objectName", "iconText",     "html",        "markdown",       "Available",
         "displayText", "plainText",  "currentText",  "currentData", "windowModality", "Position",
         "floating",    "windowIcon", "documentTitle"};
-    return property.size() > 1 && std::ranges::none_of(kEnds, [&property](const char* end) {
-               return property.ends_with(end);
-           });
+    return property.size() > 1 &&
+           std::ranges::none_of(kEnds, [&](const char* end) { return property.ends_with(end); });
 }
 
 // Objects of the toolkit's kinds as they are made.
-struct Prototypes {
-    template <class... Kinds>
-    static std::map<std::string, std::shared_ptr<QObject>> make() {
-        return {{Kinds::staticMetaObject.className(), std::make_shared<Kinds>()}...};
+using Prototypes = std::map<std::string, std::shared_ptr<QObject>>;
+template <class... Kinds>
+Prototypes prototypes() {
+    return {{Kinds::staticMetaObject.className(), std::make_shared<Kinds>()}...};
+}
+
+std::string toldOf(const QMetaProperty& property, const QVariant& value) {
+    switch (property.isEnumType() ? int{QMetaType::Int} : value.typeId()) {
+    case QMetaType::QIcon:
+        return value.value<QIcon>().isNull() ? "" : "yes";
+    case QMetaType::QFont:
+        return value.value<QFont>().bold() ? "bold" : "";
+    case QMetaType::Int:
+        return std::to_string(value.toInt());
+    default:
+        if (value.metaType() == QMetaType::fromType<QMargins>()) {
+            const auto margins = value.value<QMargins>();
+            return std::to_string(margins.left()) + "," + std::to_string(margins.top());
+        }
+        return value.toString().replace('\n', "\\n").toStdString();
     }
-    std::map<std::string, std::shared_ptr<QObject>> kinds =
-        make<QWidget, QFrame, QLabel, QPushButton, QToolButton, QCheckBox, QLineEdit, QComboBox,
-             QListWidget, QListView, QTableView, QTreeWidget, QPlainTextEdit, QTextBrowser,
-             QTabWidget, QDialog, QDialogButtonBox, QSplitter, QMenu, QToolBar, QMdiSubWindow,
-             QAction, QMdiArea, QMainWindow, QVBoxLayout, QHBoxLayout, QGridLayout, QFormLayout>();
-};
+}
 
 class Description {
 public:
-    void addWindow(const char* title, const QWidget& window) {
-        text_ += std::string("\n") + title + "\n";
+    void addWindow(const QString& title, const QWidget& window) {
+        text += "\n" + title.toStdString() + "\n";
         addWidget(window, 1);
     }
-    const std::string& text() const { return text_; }
+
+    // How many thousandths of it have exactly a colour; soft edges are left out.
+    void addPicture(int number, const QImage& picture) {
+        std::map<QRgb, int> shares;
+        for (int at = 0; at < picture.width() * picture.height(); ++at) {
+            ++shares[picture.pixel(at % picture.width(), at / picture.width())];
+        }
+        text += "\nPicture " + std::to_string(number) + (shares.size() > 20 ? " smooth" : "");
+        for (const auto& [colour, count] : shares) {
+            if (const auto share = int64_t{1000} * count / picture.sizeInBytes() * 4; share >= 12) {
+                text += " " + QColor::fromRgba(colour).name(QColor::HexArgb).toStdString() + "=" +
+                        std::to_string(share);
+            }
+        }
+    }
+
+    std::string text;
 
 private:
     void addWidget(const QWidget& widget, int depth) {
-        addObject(widget, depth,
-                  std::string(widget.isHidden() ? " hidden" : "") +
-                      (widget.testAttribute(Qt::WA_SetWindowIcon) ? " picture" : "") +
-                      (widget.testAttribute(Qt::WA_DeleteOnClose) ? " once" : "") +
-                      (widget.minimumWidth() > 0 ? " not narrow" : "") +
-                      (widget.minimumHeight() > 0 ? " not low" : "") +
-                      (widget.maximumWidth() < QWIDGETSIZE_MAX ? " not wide" : "") + " " +
-                      std::to_string(widget.backgroundRole()) + " " +
-                      std::to_string(widget.foregroundRole()));
+        std::string more;
+        const auto note = [&more](bool holds, const char* word) { more += holds ? word : ""; };
+        note(widget.isHidden(), " hidden");
+        note(widget.testAttribute(Qt::WA_SetWindowIcon), " picture");
+        note(widget.testAttribute(Qt::WA_DeleteOnClose), " once");
+        note(widget.minimumWidth() > 0, " not narrow");
+        note(widget.minimumHeight() > 0, " not low");
+        note(widget.maximumWidth() < QWIDGETSIZE_MAX, " not wide");
+        const auto* label = qobject_cast<const QLabel*>(&widget);
+        if (label != nullptr && label->buddy() != nullptr) {
+            more += " of " + label->buddy()->objectName().toStdString();
+        }
+        addObject(widget, depth, more + " " + std::to_string(widget.backgroundRole()));
         if (const QLayout* layout = widget.layout()) {
             addLayout(*layout, depth + 1);
         }
@@ -96,12 +125,10 @@ private:
 
     void addLayout(const QLayout& layout, int depth) {
         std::string more = " of " + std::to_string(layout.count());
-        if (const auto* box = qobject_cast<const QBoxLayout*>(&layout)) {
-            for (int index = 0; index < box->count(); ++index) {
-                more += box->itemAt(index)->spacerItem() != nullptr
-                            ? " |"
-                            : " " + std::to_string(box->stretch(index));
-            }
+        const auto* box = qobject_cast<const QBoxLayout*>(&layout);
+        for (int index = 0; box != nullptr && index < box->count(); ++index) {
+            const bool isSpace = box->itemAt(index)->spacerItem() != nullptr;
+            more += isSpace ? " |" : " " + std::to_string(box->stretch(index));
         }
         addObject(layout, depth, more);
         for (int index = 0; index < layout.count(); ++index) {
@@ -112,53 +139,50 @@ private:
     }
 
     void addObject(const QObject& object, int depth, const std::string& more) {
-        const auto prototype = prototypes_.kinds.find(object.metaObject()->className());
-        text_.append(static_cast<size_t>(depth), ' ');
-        text_ += object.metaObject()->className();
-        text_ +=
-            (object.objectName().isEmpty() ? "" : " " + object.objectName().toStdString()) + more;
-        if (const auto* label = qobject_cast<const QLabel*>(&object);
-            label != nullptr && label->buddy() != nullptr) {
-            text_ += " of " + label->buddy()->objectName().toStdString();
-        }
-        for (int index = 0;
-             prototype != prototypes_.kinds.end() && index < object.metaObject()->propertyCount();
-             ++index) {
-            const QMetaProperty property = object.metaObject()->property(index);
+        const QMetaObject& kind = *object.metaObject();
+        const std::string name = object.objectName().toStdString();
+        text += std::string(static_cast<size_t>(depth), ' ') + kind.className() +
+                (name.empty() ? "" : " " + name) + more;
+        const auto prototype = prototypes_.find(kind.className());
+        const int count = prototype == prototypes_.end() ? 0 : kind.propertyCount();
+        for (int index = 0; index < count; ++index) {
+            const QMetaProperty property = kind.property(index);
             const QVariant value = property.read(&object);
-            if (isTold(property.name()) && value != property.read(prototype->second.get())) {
-                addValue(property, value);
-            }
+            const bool differs = value != property.read(prototype->second.get());
+            const std::string told = differs ? toldOf(property, value) : "";
+            text += isTold(property.name()) && !told.empty()
+                        ? std::string(" ") + property.name() + "=" + told
+                        : "";
         }
-        text_ += '\n';
+        text += '\n';
     }
 
-    void addValue(const QMetaProperty& property, const QVariant& value) {
-        std::string told;
-        if (property.isEnumType()) {
-            told = std::to_string(value.toInt());
-        } else if (value.typeId() == QMetaType::QIcon) {
-            told = value.value<QIcon>().isNull() ? "" : "yes";
-        } else if (value.typeId() == QMetaType::QFont) {
-            told = value.value<QFont>().bold() ? "bold" : "";
-        } else if (value.metaType() == QMetaType::fromType<QMargins>()) {
-            const auto margins = value.value<QMargins>();
-            told = formatText("%d,%d,%d,%d", margins.left(), margins.top(), margins.right(),
-                              margins.bottom());
-        } else if (value.typeId() == QMetaType::QKeySequence ||
-                   value.typeId() == QMetaType::QString || value.typeId() == QMetaType::Int ||
-                   value.typeId() == QMetaType::Bool || value.typeId() == QMetaType::Double) {
-            told = value.toString().replace('\n', "\\n").toStdString();
-        }
-        if (!told.empty()) {
-            text_ += std::string(" ") + property.name() + "=" + told;
-        }
-    }
-
-    Prototypes prototypes_;
+    const Prototypes prototypes_ =
+        prototypes<QWidget, QFrame, QLabel, QPushButton, QToolButton, QCheckBox, QLineEdit,
+                   QComboBox, QListWidget, QListView, QTableView, QTreeWidget, QPlainTextEdit,
+                   QTextBrowser, QTabWidget, QDialog, QDialogButtonBox, QSplitter, QMenu, QToolBar,
+                   QMdiSubWindow, QAction, QMdiArea, QMainWindow, QVBoxLayout, QHBoxLayout,
+                   QGridLayout, QFormLayout>();
     std::set<const QAction*> told_;
-    std::string text_;
 };
+
+void describePictures(Description& description) {
+    for (int number = 0; number <= static_cast<int>(Art::cancel); ++number) {
+        const QIcon icon = ART_Icon(static_cast<Art>(number));
+        QImage picture(128, 148, QImage::Format_ARGB32);
+        picture.fill(Qt::white);
+        QPainter painter(&picture);
+        icon.paint(&painter, 0, 20, 128, 128);
+        description.addPicture(number, picture.copy(0, 20, 128, 128));
+        const auto mode = static_cast<QIcon::Mode>(number % 2);
+        description.addPicture(number, icon.pixmap({64, 64}, mode).toImage());
+    }
+    QImage logo(150, 256, QImage::Format_ARGB32);
+    logo.fill(Qt::white);
+    QPainter painter(&logo);
+    ART_PaintLogo(painter, logo.rect(), QPalette(Qt::red, Qt::white));
+    description.addPicture(99, logo);
+}
 
 } // namespace
 
@@ -167,31 +191,14 @@ TEST(Windows, AreAsDescribed) {
     Description description;
     {
         UiWorld world(kPorts);
-        selectVtB();
-        SESSION_Get().loaded = true;
-        const std::pair<const char*, Dialog> dialogs[] = {{"Target", DIALOG_Target},
-                                                          {"Settings", DIALOG_Settings},
-                                                          {"Communication", DIALOG_Communication},
-                                                          {"Password", DIALOG_Password},
-                                                          {"Vectors", DIALOG_InterruptVectors},
-                                                          {"Options", DIALOG_Options}};
-        for (const auto& [title, dialog] : dialogs) {
-            drive(dialog, [&, title = title](const QDialog& shown) {
-                description.addWindow(title, shown);
-            });
-        }
-        ValueRequest request;
-        request.label0 = "First:";
-        request.label1 = "Second:";
-        request.bytesLabel = "Bytes:";
-        driveDialog([&] { return DIALOG_EditValue(nullptr, request); },
-                    [&](const QDialog& shown) { description.addWindow("Value", shown); });
-        driveDialog([] { DIALOG_About(nullptr); },
-                    [&](const QDialog& shown) {
-                        control<QLabel>(shown, "322").clear();
-                        control<QLabel>(shown, "323").clear();
-                        description.addWindow("About", shown);
-                    });
+        forEachDialog([&description](QDialog& shown) {
+            for (const char* ofTheDay : {"322", "323"}) {
+                if (auto* label = shown.findChild<QLabel*>(ofTheDay)) {
+                    label->clear();
+                }
+            }
+            description.addWindow(shown.windowTitle(), shown);
+        });
     }
     DesktopWorld world(kPorts);
     DesktopWorld::open(
@@ -199,14 +206,11 @@ TEST(Windows, AreAsDescribed) {
     FRONTEND_Get().helpOnHelp();
     FRONTEND_Get().setTitle("without the version");
     description.addWindow("Frame", world.frame());
-    for (const QWidget* window : QApplication::topLevelWidgets()) {
-        if (window->objectName() == "HELP") {
-            description.addWindow("Help", *window);
-        }
-    }
+    description.addWindow("Help", *world.help());
     description.addWindow("Progress", control<QDialog>(world.frame(), "900"));
+    describePictures(description);
     if (const char* path = std::getenv("CALVORIN_WINDOWS")) {
-        writeFile(path, description.text());
+        writeFile(path, description.text);
     }
-    EXPECT_EQ(description.text(), readFile(builtFolder() / "windows.txt"));
+    EXPECT_EQ(description.text, readFile(builtFolder() / "windows.txt"));
 }
