@@ -66,7 +66,6 @@ class ViewWindow : public QMdiSubWindow {
 public:
     explicit ViewWindow(const ViewSpec& spec) : spec_(spec) {
         setWindowIcon(ART_Icon(spec.icon));
-        setWindowTitle(spec.title);
         setAttribute(Qt::WA_DeleteOnClose);
         setCloseKey(*systemMenu());
         widget_ = spec.create(this);

@@ -49,6 +49,7 @@ TEST(Boxes, HaveTheButtonsAndDefaultsOfTheirTypeAndTheHintBelow) {
             EXPECT_EQ(box.icon(),
                       one.type == BOX_OK ? QMessageBox::Information : QMessageBox::Question);
             EXPECT_EQ(box.textInteractionFlags(), Qt::TextSelectableByMouse);
+            EXPECT_EQ(box.textFormat(), Qt::PlainText);
             EXPECT_EQ(box.defaultButton()->text().remove('&'), one.defaultButton);
             box.defaultButton()->click();
         };

@@ -250,6 +250,8 @@ TEST(CommunicationDialog, AppliesWhatTheControlsShow) {
                 control<QComboBox>(dialog, "802").setCurrentIndex(1);
             }
             const auto& port = control<QLabel>(dialog, "device");
+            const QVariant tip = control<QComboBox>(dialog, "802").itemData(0, Qt::ToolTipRole);
+            EXPECT_TRUE(tip.toString().startsWith("test://one ("));
             EXPECT_TRUE(port.text().endsWith(" (a port server on the network)"))
                 << port.text().toStdString();
             click(dialog, c.button);
@@ -309,14 +311,16 @@ TEST(PasswordDialog, ShowsTheSettingsInTheirMode) {
     for (const auto& [settings, text] : cases) {
         UiWorld world;
         PASSWORD_Set(settings);
-        drive(DIALOG_Password, [fill = settings.FillFF, text = text](QDialog& dialog) {
-            EXPECT_EQ(textIn(dialog, "1003"), QString::fromUtf8(text));
-            EXPECT_EQ(control<QWidget>(dialog, "1003").isEnabled(), !fill);
-            click(dialog, "1004");
-            EXPECT_EQ(control<QWidget>(dialog, "1003").isEnabled(), fill);
-            EXPECT_EQ(control<QWidget>(dialog, "1005").isEnabled(), fill);
-            EXPECT_EQ(textIn(dialog, "1003"), "");
-        });
+        drive(DIALOG_Password,
+              [fill = settings.FillFF, hex = settings.Hexmode, text = text](QDialog& dialog) {
+                  EXPECT_EQ(textIn(dialog, "1003"), QString::fromUtf8(text));
+                  EXPECT_EQ(control<QCheckBox>(dialog, "1005").isChecked(), hex);
+                  EXPECT_EQ(control<QWidget>(dialog, "1003").isEnabled(), !fill);
+                  click(dialog, "1004");
+                  EXPECT_EQ(control<QWidget>(dialog, "1003").isEnabled(), fill);
+                  EXPECT_EQ(control<QWidget>(dialog, "1005").isEnabled(), fill);
+                  EXPECT_EQ(textIn(dialog, "1003"), "");
+              });
         EXPECT_TRUE(PASSWORD_Get() == settings);
     }
 }

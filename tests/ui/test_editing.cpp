@@ -106,6 +106,8 @@ TEST(Editing, KeysTypeOverTheBytes) {
     EXPECT_TRUE(pressKey(*world.area, Qt::Key_Right, Qt::ShiftModifier));
     EXPECT_TRUE(pressKey(*world.area, Qt::Key_Escape));
     EXPECT_FALSE(pressKey(*world.area, Qt::Key_Escape)) << "there is nothing to end";
+    EXPECT_TRUE(pressKey(*world.area, Qt::Key_End) &&
+                pressKey(*world.area, Qt::Key_Home, Qt::ShiftModifier));
     EXPECT_FALSE(pressKey(*world.area, Qt::Key_F12));
     const TargetBusy busy;
     world.type("12");
@@ -253,6 +255,7 @@ TEST(Editing, AsksBeforeTheLastViewTakesChangesWithIt) {
     world.windows()[0]->close();
     EXPECT_EQ(HEXDATA_GetNumBytes(), 5U);
     ASSERT_EQ(world.windows().size(), 1U);
+    EXPECT_TRUE(world.windows()[0]->isVisible());
     answer = ANSWER_OK;
     world.windows()[0]->close();
     EXPECT_EQ(asked, 2);

@@ -1,5 +1,6 @@
 #include "desktop_world.h"
 #include "notice/status.h"
+#include "persist/mru.h"
 #include "shell/frame_rules.h"
 #include "shell/identity.h"
 #include "shell/program_files.h"
@@ -29,6 +30,21 @@ namespace {
 
 TEST(Menu, ChecksOpenViewsAndListsThem) {
     DesktopWorld world;
+    const QImage logo = world.frame().findChild<QMdiArea*>()->viewport()->grab().toImage();
+    int ofChip = 0;
+    for (int at = 0; at < logo.width() * logo.height(); ++at) {
+        ofChip +=
+            logo.pixel(at % logo.width(), at / logo.width()) == QColor(28, 62, 108).rgb() ? 1 : 0;
+    }
+    EXPECT_GT(ofChip, 5000);
+    MRU_Init(MRU_PROGRAMS, 4);
+    MRU_Add(MRU_PROGRAMS, "/a&b.hex");
+    const auto& file = control<QMenu>(world.frame(), "&File");
+    const auto before = file.actions().size();
+    for (int time = 0; time < 2; ++time) {
+        emit control<QMenu>(world.frame(), "&File").aboutToShow();
+        EXPECT_EQ(file.actions().size(), before + 1) << "the recent file";
+    }
     world.item(CMD_VIEW_LOG).trigger();
     world.item(CMD_VIEW_TERMINAL).trigger();
     world.item(CMD_VIEW_TERMINAL).trigger(); // open already
@@ -58,6 +74,11 @@ TEST(Menu, ChecksOpenViewsAndListsThem) {
     world.window("Log")->close();
     FRONTEND_Get().updateMenu();
     EXPECT_FALSE(world.item(CMD_VIEW_LOG).isChecked());
+    const auto entries = menu.actions().size();
+    world.window("Terminal I/O")->close();
+    QApplication::processEvents();
+    emit menu.aboutToShow();
+    EXPECT_EQ(menu.actions().size(), entries - 3) << "the entries of two windows and their line";
 }
 
 // A command's letters in its popup are given, and some stand twice there.

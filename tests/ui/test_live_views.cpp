@@ -191,6 +191,10 @@ TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
     window.showMinimized();
     EXPECT_EQ(follows(), 0) << "what is not seen";
     window.showNormal();
+    one.pane().setPalette(QPalette(QColor(30, 30, 30)));
+    EXPECT_TRUE(one.pane().toPlainText().endsWith("-- 9600 Bd --\n"));
+    window.resize(window.width(), 90);
+    EXPECT_EQ(bar.value(), bar.maximum());
     one.choose("OnePane");
     EXPECT_EQ(window.focusWidget()->objectName(), "Send");
 }

@@ -1,4 +1,5 @@
 #include "desktop_world.h"
+#include "notice/status.h"
 #include "platform/format.h"
 #include "ui/view_widget.h"
 
@@ -95,6 +96,8 @@ TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
         EXPECT_GT(*std::ranges::min_element(widths), 0) << "the widths in force are kept";
         if (const auto* table = qobject_cast<const QTableView*>(&area)) {
             const auto* model = table->model();
+            EXPECT_EQ(table->rowHeight(0), table->fontMetrics().height() + 4);
+            EXPECT_FALSE(model->headerData(0, Qt::Vertical).isValid());
             for (int cell = 0; cell < model->rowCount() * model->columnCount(); ++cell) {
                 const auto index =
                     model->index(cell / model->columnCount(), cell % model->columnCount());
@@ -148,6 +151,9 @@ TEST(HexDumpView, FollowsTheCaretSideways) {
     HEXDATA_Clear();
     dump.view->refresh();
     EXPECT_EQ(dump.area->accessibleDescription(), "");
+    QKeyEvent digit(QEvent::KeyPress, 0, {}, "1");
+    QApplication::sendEvent(dump.area, &digit);
+    EXPECT_EQ(STATUS_GetText(STATUS_GENERAL), "No program is loaded");
 }
 
 TEST(HexDumpView, KeysAndScrollBarFollowTheRules) {
