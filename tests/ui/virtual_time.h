@@ -27,8 +27,6 @@ public:
         QObject::disconnect(blocking_);
         QApplication::processEvents(); // a turn that is queued
     }
-    VirtualTime(const VirtualTime&) = delete;
-    VirtualTime& operator=(const VirtualTime&) = delete;
 
     // Runs the timers below `window` by the virtual clock.
     void begin(QWidget* window) {
