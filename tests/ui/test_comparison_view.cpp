@@ -7,26 +7,8 @@
 
 namespace {
 
-// How many pixels of the dump, or of a part, have a colour, or one like it: letters have soft
-// edges.
-int pixelsOf(const HexDumpArea& area, const QColor& colour, const QRect& part = {0, 0, -1, -1},
-             int tolerance = 0) {
-    const QImage picture = area.viewport()->grab(part).toImage();
-    int count = 0;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            const QColor found = picture.pixelColor(x, y);
-            const int away = std::abs(found.red() - colour.red()) +
-                             std::abs(found.green() - colour.green()) +
-                             std::abs(found.blue() - colour.blue());
-            count += away <= tolerance ? 1 : 0;
-        }
-    }
-    return count;
-}
-
 int pixelsOfDifferences(const HexDumpArea& area) {
-    return pixelsOf(area, LOOK_BadColour(area.palette()));
+    return pixelsOf(area.viewport()->grab(), LOOK_BadColour(area.palette()));
 }
 
 } // namespace
@@ -56,12 +38,14 @@ TEST(ComparisonView, ShowsBothValuesUntilItEnds) {
     const int one = pixelsOfDifferences(area);
     EXPECT_TRUE(one > 0 && one < both) << "the other one is selected";
 
-    const int bottom = area.fontMetrics().height() - 1;
-    const int line = area.header()->sectionViewportPosition(kHex) + 3;
-    EXPECT_GT(pixelsOf(area, LOOK_BadColour(area.palette()),
-                       {line + 9 * area.fontMetrics().horizontalAdvance("0"), bottom, 8, 1}),
-              5)
-        << "underlined";
+    const int height = area.fontMetrics().height();
+    const int left = area.header()->sectionViewportPosition(kHex) + 3 +
+                     9 * area.fontMetrics().horizontalAdvance("0");
+    const QColor bad = LOOK_BadColour(area.palette());
+    EXPECT_GT(pixelsOf(area.viewport()->grab({left, height - 1, 8, 1}), bad), 5) << "underlined";
+    const QPixmap digits = area.viewport()->grab({left, 0, 14, height - 2});
+    EXPECT_GT(pixelsOf(digits, bad, 60), 5);
+    EXPECT_EQ(pixelsOf(digits, area.palette().color(QPalette::Text), 60), 0);
     const int text = area.header()->sectionViewportPosition(kHex) + 3;
     const int cell = area.fontMetrics().horizontalAdvance("0") * 3;
     for (const auto& [index, tip] : {std::pair(2, ""), std::pair(3, "3: image 04, file BB")}) {
@@ -99,7 +83,7 @@ TEST(HexDumpView, DrawsTextsSelectionAndCaretInTheirColours) {
             .adjusted(1, 1, -1, -1);
     };
     const auto has = [&](const QColor& colour, const QRect& place) {
-        return pixelsOf(area, colour, place, colour == Qt::blue ? 0 : 300) > 0;
+        return pixelsOf(area.viewport()->grab(place), colour, colour == Qt::blue ? 0 : 300) > 0;
     };
     QApplication::setActiveWindow(&world.frame());
     area.setFocus();

@@ -30,19 +30,14 @@ namespace {
 
 TEST(Menu, ChecksOpenViewsAndListsThem) {
     DesktopWorld world;
-    const QImage logo = world.frame().findChild<QMdiArea*>()->viewport()->grab().toImage();
-    int ofChip = 0;
-    for (int at = 0; at < logo.width() * logo.height(); ++at) {
-        ofChip +=
-            logo.pixel(at % logo.width(), at / logo.width()) == QColor(28, 62, 108).rgb() ? 1 : 0;
-    }
-    EXPECT_GT(ofChip, 5000);
+    const QPixmap logo = world.frame().findChild<QMdiArea*>()->viewport()->grab();
+    EXPECT_GT(pixelsOf(logo, QColor(28, 62, 108)), 5000) << "its chip";
     MRU_Init(MRU_PROGRAMS, 4);
     MRU_Add(MRU_PROGRAMS, "/a&b.hex");
-    const auto& file = control<QMenu>(world.frame(), "&File");
+    auto& file = control<QMenu>(world.frame(), "&File");
     const auto before = file.actions().size();
     for (int time = 0; time < 2; ++time) {
-        emit control<QMenu>(world.frame(), "&File").aboutToShow();
+        emit file.aboutToShow();
         EXPECT_EQ(file.actions().size(), before + 1) << "the recent file";
     }
     world.item(CMD_VIEW_LOG).trigger();

@@ -149,6 +149,20 @@ inline std::string textOf(const QWidget& window, const char* name) {
     return control<QWidget>(window, name).property("text").toString().toStdString();
 }
 
+// How many of its pixels have a colour, or one like it: letters have soft edges.
+inline int pixelsOf(const QPixmap& shown, const QColor& colour, int tolerance = 0) {
+    const QImage picture = shown.toImage();
+    int count = 0;
+    for (int at = 0; at < picture.width() * picture.height(); ++at) {
+        const QColor found = picture.pixelColor(at % picture.width(), at / picture.width());
+        const int away = std::abs(found.red() - colour.red()) +
+                         std::abs(found.green() - colour.green()) +
+                         std::abs(found.blue() - colour.blue());
+        count += away <= tolerance ? 1 : 0;
+    }
+    return count;
+}
+
 inline void click(const QWidget& window, const char* name) {
     control<QAbstractButton>(window, name).click();
 }
