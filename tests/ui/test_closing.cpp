@@ -131,5 +131,6 @@ TEST(Closing, AsksBeforeChangesAreLostAlsoOverABox) {
         EXPECT_EQ(BOX_Ask(nullptr, "And now?", "Question", BOX_YES_NO), ANSWER_NONE);
         EXPECT_TRUE(runUntil([&asked] { return asked.size() == 2; }));
         EXPECT_EQ(SESSION_Get().quit, answer == ANSWER_OK);
+        EXPECT_EQ(world.frame().isVisible(), answer == ANSWER_CANCEL);
     }
 }

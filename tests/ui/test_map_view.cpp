@@ -75,6 +75,8 @@ TEST(MapView, IsClickedHeardHiddenAndSaved) {
     EXPECT_EQ(save("map.png") + save("map.svg"), "");
     const QImage image(QString::fromStdString((world.folder / "map.png").string()));
     EXPECT_GE(image.height(), 600);
+    EXPECT_EQ(image.pixelColor(0, 0), strip.palette().color(QPalette::Base));
+    EXPECT_GT(pixelsOf(QPixmap::fromImage(image), strip.palette().color(QPalette::Text)), 200);
     const QImage seen = strip.grab().toImage().scaled(1, strip.height());
     EXPECT_NE(seen.pixel(0, seen.height() / 4), seen.pixel(0, 0)) << "blocks below a margin";
     const std::string svg = readFile(world.folder / "map.svg");

@@ -127,9 +127,11 @@ TEST(Placement, KeepsTheSharesOfTheArea) {
         EXPECT_GT(world.window("Log")->x(), half.width());
     }
     world.window("Device")->move(viewport->width() / 2, 0);
+    world.window("Device")->resize(viewport->width() / 4, 200);
     world.frame().resize(700, 500);
     QApplication::processEvents();
     EXPECT_NEAR(world.window("Device")->x(), viewport->width() / 2.0, 2);
+    EXPECT_NEAR(world.window("Device")->width(), viewport->width() / 4.0, 2);
 }
 
 TEST(DataViews, ShowWhatTheImageIsAndUnloadWithTheLast) {
