@@ -154,6 +154,7 @@ TEST(TargetDialog, TheDeviceTakesEffectOnOkOnly) {
             EXPECT_EQ(combo.itemText(0), "VT-A"); // sorted
             EXPECT_EQ(combo.currentText(), "VT-C");
             EXPECT_EQ(blockLines(dialog), (Texts{"1000 - 10FF"}));
+            chooseDevice(dialog, "VT-A"); // whose third block is not the next one's
             chooseDevice(dialog, "VT-B");
             EXPECT_EQ(blockLines(dialog), (Texts{"+0 - FF", "+100 - 1FF"}));
             EXPECT_TRUE(control<QWidget>(dialog, "606").isVisible()) << "its clock";
