@@ -52,7 +52,6 @@ void paintProgram(QPainter& painter) {
                                 QPointF(11.1, 7.1), QPointF(8.3, 7.1)}) {
         bolt.lineTo(point);
     }
-    bolt.closeSubpath();
     painter.setPen(Qt::NoPen);
     painter.setBrush(kBolt);
     painter.drawPath(bolt);
@@ -101,7 +100,6 @@ void paintTerminal(QPainter& painter) {
     painter.setPen(QPen(kBodyEdge, 0.6));
     painter.setBrush(kInk);
     painter.drawRoundedRect(QRectF(1.2, 2.2, 13.6, 11.6), 1, 1);
-    painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(kBolt, 1.3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.drawPolyline(QPolygonF({QPointF(3.7, 5.4), QPointF(6.3, 8), QPointF(3.7, 10.6)}));
     painter.drawLine(QPointF(7.8, 10.8), QPointF(12, 10.8));
@@ -157,7 +155,6 @@ void paintTransfer(QPainter& painter, bool toChip) {
 }
 
 void paintVerify(QPainter& painter) {
-    painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(kGood, 2.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.drawPolyline(QPolygonF({{2.2, 8.6}, {6.2, 12.6}, {13.8, 3.4}}));
 }
@@ -267,7 +264,6 @@ void ART_PaintLogo(QPainter& painter, const QRect& area, const QPalette& palette
     const int nameHeight = QFontMetrics(font).height();
     QRect whole(0, 0, area.width(), kEmblem + kGap + nameHeight);
     whole.moveCenter(area.center());
-    painter.save();
     const QRect emblem(whole.center().x() - kEmblem / 2, whole.top(), kEmblem, kEmblem);
     paintIn(painter, emblem, Art::program);
     painter.setFont(font);
@@ -275,5 +271,4 @@ void ART_PaintLogo(QPainter& painter, const QRect& area, const QPalette& palette
     painter.drawText(
         QRect(whole.left(), whole.bottom() + 1 - nameHeight, whole.width(), nameHeight),
         Qt::AlignCenter, kProductName);
-    painter.restore();
 }

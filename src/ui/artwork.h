@@ -25,5 +25,6 @@ enum class Art {
 };
 
 QIcon ART_Icon(Art art);
-// The emblem and the name under it, centred in `area`, in the colours of the palette.
+// The emblem and the name under it, centred in `area`, in the colours of the palette; pen and font
+// of the painter are others afterwards.
 void ART_PaintLogo(QPainter& painter, const QRect& area, const QPalette& palette);

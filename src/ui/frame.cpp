@@ -194,7 +194,7 @@ private:
     }
 
     QMdiArea* area_ = nullptr;
-    QTimer glance_; // of the eye, at what tool bar and status bar tell of the state
+    QTimer glance_{this}; // of the eye, at what tool bar and status bar tell of the state
 };
 
 std::unique_ptr<MainFrame> frame;

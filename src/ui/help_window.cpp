@@ -116,7 +116,6 @@ private:
         }
         const QTextBlock block = page_->document()->findBlock(item->data(0, kPositionRole).toInt());
         const QRectF place = page_->document()->documentLayout()->blockBoundingRect(block);
-        page_->verticalScrollBar()->setValue(static_cast<int>(place.top()));
         page_->setTextCursor(QTextCursor(block));
         page_->verticalScrollBar()->setValue(static_cast<int>(place.top()));
     }

@@ -94,7 +94,6 @@ void HexDumpArea::layOut() {
     horizontalScrollBar()->setPageStep(area.width());
     horizontalScrollBar()->setSingleStep(static_cast<int>(charWidth()));
     horizontalScrollBar()->setRange(0, std::max(header_->length() - area.width(), 0));
-    header_->setOffset(horizontalScrollBar()->value());
 }
 
 void HexDumpArea::resizeEvent(QResizeEvent*) {

@@ -26,7 +26,6 @@ double HexDumpArea::charWidth() const {
 
 void HexDumpArea::paintEvent(QPaintEvent*) {
     QPainter painter(viewport());
-    painter.setFont(font());
     const DumpScroll place = scroll();
     for (int row = 0; row < place.page && place.position + row <= place.maximum; ++row) {
         drawLine(painter, row, static_cast<uint32_t>(place.position + row));

@@ -228,7 +228,6 @@ void MapPicture::paint(QPainter& painter) const {
         if (!shape.text.isEmpty()) {
             painter.drawText(shape.area, Qt::AlignLeft | Qt::AlignTop, shape.text);
         } else if (shape.pattern == Qt::NoBrush) {
-            painter.setBrush(Qt::NoBrush);
             painter.drawRect(shape.area.adjusted(0, 0, -1, -1));
         } else {
             painter.fillRect(shape.area, QBrush(shape.colour, shape.pattern));

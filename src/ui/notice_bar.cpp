@@ -64,7 +64,6 @@ private:
         label->setObjectName(name);
         label->setTextFormat(Qt::PlainText);
         label->setWordWrap(true);
-        label->setForegroundRole(QPalette::ToolTipText);
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
         layout->addWidget(label);
         return label;
@@ -73,7 +72,6 @@ private:
     void addButton(QHBoxLayout* layout, const char* text, void (*action)()) {
         auto* button = new QPushButton(text, this);
         button->setObjectName(text);
-        button->setAutoDefault(false);
         layout->addWidget(button, 0, Qt::AlignVCenter);
         connect(button, &QPushButton::clicked, this, action);
     }

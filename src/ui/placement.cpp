@@ -66,7 +66,6 @@ std::vector<QRect> PLACEMENT_Cascade(int count, QSize area, int step) {
     const QSize room = area - size;
     const int turn = std::max(1, std::min(room.width(), room.height()) / std::max(step, 1) + 1);
     std::vector<QRect> places;
-    places.reserve(static_cast<size_t>(count));
     for (int index = 0; index < count; ++index) {
         const int offset = index % turn * step;
         places.emplace_back(QPoint(offset, offset), size);

@@ -181,7 +181,7 @@ private:
     QLabel* details_ = nullptr;
     ProgressRate rate_;
     QPushButton* cancel_ = nullptr;
-    QTimer timer_;
+    QTimer timer_{this};
 };
 
 std::unique_ptr<ProgressDialog> dialog;

@@ -42,11 +42,9 @@ public:
         layout->addWidget(message_);
         connect(send, &QPushButton::clicked, this, [this] { sendBytes(); });
         connect(edit_, &QLineEdit::textChanged, message_, &QLabel::clear);
-        hide();
     }
 
     void open() {
-        show();
         edit_->selectAll();
         edit_->setFocus(Qt::ShortcutFocusReason);
     }
@@ -130,7 +128,7 @@ private:
     std::function<void()> ended_;
     QLabel* progress_;
     QPushButton* cancel_;
-    QTimer timer_;
+    QTimer timer_{this};
 };
 
 } // namespace

@@ -41,5 +41,5 @@ private:
     TerminalSettings settings_;
     TerminalText text_{settings_};
     uint64_t taken_ = 0; // of the history
-    QTimer timer_;
+    QTimer timer_{this};
 };

@@ -26,6 +26,6 @@ private:
     QHBoxLayout* sendHead_ = nullptr;
     QPlainTextEdit* receive_ = nullptr;
     QPlainTextEdit* send_ = nullptr;
-    QTimer timer_;
+    QTimer timer_{this};
     QString shown_;
 };

@@ -176,7 +176,7 @@ private:
     QWidget* hexBar_;
     QWidget* sendBar_;
     QStackedLayout* forms_ = new QStackedLayout;
-    QTimer timer_;
+    QTimer timer_{this};
 };
 
 } // namespace

@@ -66,7 +66,6 @@ class ViewWindow : public QMdiSubWindow {
 public:
     explicit ViewWindow(const ViewSpec& spec) : spec_(spec) {
         setWindowIcon(ART_Icon(spec.icon));
-        setWindowTitle(spec.title);
         setAttribute(Qt::WA_DeleteOnClose);
         setCloseKey(*systemMenu());
         widget_ = spec.create(this);
@@ -206,7 +205,6 @@ QMdiSubWindow* createWindow(const ViewSpec& spec) {
     windowOf(spec.view) = window;
     area->addSubWindow(window);
     window->placeFirst();
-    window->view().refresh();
     window->view().setFocus(); // else the first child gets it, which may be a label
     window->show();
     if (spec.view == View::log) {

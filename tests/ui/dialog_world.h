@@ -6,8 +6,18 @@
 
 using Dialog = int (*)(QWidget*);
 
+// Over a window, in whose middle it stands.
 inline int drive(Dialog dialog, std::function<void(QDialog&)> script) {
-    return driveDialog([dialog] { return dialog(nullptr); }, std::move(script));
+    QWidget owner;
+    owner.setGeometry(90, 50, 650, 600);
+    owner.show();
+    return driveDialog([&] { return dialog(&owner); },
+                       [&owner, script = std::move(script)](QDialog& shown) {
+                           const QPoint away =
+                               shown.geometry().center() - owner.geometry().center();
+                           EXPECT_LT(away.manhattanLength(), 8);
+                           script(shown);
+                       });
 }
 
 inline QString textIn(const QWidget& window, const char* name) {
@@ -36,6 +46,26 @@ inline void selectVtB() {
     addDevices();
     DEVPROPS_SetDevice(2);
     PASSWORD_SetLimitsOfDevice();
+}
+
+// Every dialog, of a device for which every control is there.
+inline void forEachDialog(const std::function<void(QDialog&)>& visit) {
+    selectVtB();
+    SESSION_Get().loaded = true;
+    static ValueRequest request;
+    request.label0 = "First:";
+    request.label1 = "Second:";
+    request.bytesLabel = "Bytes:";
+    for (const Dialog dialog :
+         {DIALOG_Target, DIALOG_Settings, DIALOG_Communication, DIALOG_Password,
+          DIALOG_InterruptVectors, DIALOG_Options,
+          Dialog{[](QWidget* owner) { return DIALOG_EditValue(owner, request); }},
+          Dialog{[](QWidget* owner) {
+              DIALOG_About(owner);
+              return 0;
+          }}}) {
+        drive(dialog, visit);
+    }
 }
 
 inline void chooseDevice(const QWidget& window, const char* name) {

@@ -38,13 +38,18 @@ TEST(Boxes, HaveTheButtonsAndDefaultsOfTheirTypeAndTheHintBelow) {
                  {BOX_YES_NO | BOX_DEFAULT_SECOND, "No", ANSWER_NO, ANSWER_NO}};
     for (const auto& one : cases) {
         const auto ask = [&one] {
-            return BOX_Ask(nullptr, "Text", "A caption far longer than the text below it",
+            return BOX_Ask(nullptr, "Te\r\nxt", "A caption far longer than the text below it",
                            one.type);
         };
         const auto accept = [&one](QDialog& dialog) {
             auto& box = dynamic_cast<QMessageBox&>(dialog);
             const int caption = box.fontMetrics().horizontalAdvance(box.windowTitle());
             EXPECT_GT(box.width(), caption + 100) << "with icon and buttons beside it";
+            EXPECT_EQ(box.text(), "Te\nxt");
+            EXPECT_EQ(box.icon(),
+                      one.type == BOX_OK ? QMessageBox::Information : QMessageBox::Question);
+            EXPECT_EQ(box.textInteractionFlags(), Qt::TextSelectableByMouse);
+            EXPECT_EQ(box.textFormat(), Qt::PlainText);
             EXPECT_EQ(box.defaultButton()->text().remove('&'), one.defaultButton);
             box.defaultButton()->click();
         };
@@ -59,63 +64,57 @@ TEST(Boxes, HaveTheButtonsAndDefaultsOfTheirTypeAndTheHintBelow) {
         [](QDialog& dialog) {
             const auto& box = dynamic_cast<QMessageBox&>(dialog);
             EXPECT_EQ(box.text(), "Text");
+            EXPECT_EQ(box.icon(), QMessageBox::Critical);
             EXPECT_EQ(box.informativeText(), "Devices that there are: A");
         });
 }
 
-TEST(FileDialog, FollowsTheFilterWithTheExtension) {
+TEST(FileDialog, TakesTheTypedPathAndFollowsTheFilterWithTheExtension) {
     EXPECT_EQ(FILEDIALOG_WithExtension("/a.b/app.v1.hex", "*.mot"), "/a.b/app.mot");
     DesktopWorld world;
-    const std::string path = world.programFile();
-    const FileRequest request{
-        true,
-        "Save file",
-        {{"Intel Hex file (*.hex)", "*.hex"}, {"Motorola S file (*.mot)", "*.mot"}},
-        (world.folder / "app.old.txt").string()};
-    writeFile(world.folder / "app.mot", "is replaced without a question");
-    const auto choose = [&request] { return FILEDIALOG_Choose(request); };
-    const auto choice = driveDialog(choose, [](QDialog& dialog) {
-        auto& name = control<QLineEdit>(dialog, "fileNameEdit");
+    std::filesystem::create_directories(world.folder / "start" / "selected");
+    const std::string other = (world.folder / "other.hex").string();
+    const auto choose = [&](bool save,
+                            const std::function<void(QFileDialog&, QLineEdit&)>& script) {
+        const FileRequest request{
+            save,
+            "Title",
+            {{"Intel Hex file (*.hex)", "*.hex"}, {"Motorola S file (*.mot)", "*.mot"}},
+            (world.folder / "start" / "app.old.txt").string()};
+        const auto run = [&request] { return FILEDIALOG_Choose(request); };
+        const auto choice = driveDialog(run, [&](QDialog& dialog) {
+            script(dynamic_cast<QFileDialog&>(dialog), control<QLineEdit>(dialog, "fileNameEdit"));
+            dialog.findChild<QDialogButtonBox*>()
+                ->button(save ? QDialogButtonBox::Save : QDialogButtonBox::Open)
+                ->click();
+        });
+        return choice ? std::pair(choice->path, choice->filter) : std::pair(std::string(), 9UL);
+    };
+    writeFile(world.folder / "start" / "app.mot", "is replaced without a question");
+    const auto ofFilter = choose(true, [](QFileDialog& files, QLineEdit& name) {
         EXPECT_EQ(name.text(), "app.hex");
-        auto& files = dynamic_cast<QFileDialog&>(dialog);
+        EXPECT_GE(files.width(), 110 * files.fontMetrics().averageCharWidth());
         const QString second = files.nameFilters().at(1);
         files.selectNameFilter(second);
         emit files.filterSelected(second);
         EXPECT_EQ(name.text(), "app.mot");
         name.setText("app");
-        files.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save)->click();
     });
-    ASSERT_TRUE(choice);
-    EXPECT_EQ(choice->path, (world.folder / "app.mot").string());
-    EXPECT_EQ(choice->filter, 1U);
-}
-
-TEST(FileDialog, TakesTheTypedPathAndNotTheFolderSelectedInTheList) {
-    DesktopWorld world;
-    std::filesystem::create_directories(world.folder / "start" / "selected");
-    const std::string path = (world.folder / "other.hex").string();
-    const std::string start = (world.folder / "start" / "app.hex").string();
-    for (const bool save : {true, false}) {
-        const FileRequest request{save, "Title", {{"All (*.hex)", "*.hex"}}, start};
-        const auto choose = [&request] { return FILEDIALOG_Choose(request); };
-        const auto choice = driveDialog(choose, [&path, save](QDialog& dialog) {
-            auto& list = control<QListView>(dialog, "listView");
+    EXPECT_EQ(ofFilter, std::pair((world.folder / "start" / "app.mot").string(), 1UL));
+    for (const bool save : {true, false}) { // and not the folder selected in the list
+        const auto typed = choose(save, [&other](QFileDialog& files, QLineEdit& name) {
+            auto& list = control<QListView>(files, "listView");
             const auto folder = [&list] { return list.model()->index(0, 0, list.rootIndex()); };
             ASSERT_TRUE(runUntil([&] { return folder().data().toString() == "selected"; }));
             list.selectionModel()->select(folder(), QItemSelectionModel::ClearAndSelect |
                                                         QItemSelectionModel::Rows);
-            auto& name = control<QLineEdit>(dialog, "fileNameEdit");
-            dialog.activateWindow();
+            files.activateWindow();
             name.setFocus();
             ASSERT_TRUE(runUntil([&name] { return name.hasFocus(); }));
-            name.setText(QString::fromStdString(path));
-            dialog.findChild<QDialogButtonBox*>()
-                ->button(save ? QDialogButtonBox::Save : QDialogButtonBox::Open)
-                ->click();
+            name.setText(QString::fromStdString(other));
         });
-        ASSERT_TRUE(choice) << (save ? "save" : "open");
-        EXPECT_EQ(choice->path, path);
-        writeFile(path, "");
+        EXPECT_EQ(typed, std::pair(other, 0UL)) << save;
+        writeFile(other, "");
     }
 }
 

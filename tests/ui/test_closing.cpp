@@ -9,10 +9,7 @@ TEST(Closing, ReleasesAWorkerThatWaitsForAnAnswer) {
     DesktopWorld world;
     std::atomic<int> answer{-1};
     std::thread worker([&answer] { answer = BOX_Ask(nullptr, "Go on?", "Question", BOX_YES_NO); });
-    later(100, [&world] {
-        EXPECT_NE(QApplication::activeModalWidget(), nullptr);
-        world.frame().close();
-    });
+    onModal([&world] { world.frame().close(); });
     EXPECT_TRUE(runUntil([] { return SESSION_Get().quit; }));
     worker.join();
     EXPECT_EQ(answer, ANSWER_NONE);
@@ -23,8 +20,13 @@ TEST(Closing, ReleasesAWorkerThatWaitsForAnAnswer) {
 TEST(Closing, EndsDialogsWhenTheProgramIsToldToEnd) {
     DesktopWorld world;
     int inner = ANSWER_OK;
-    later(10, [&inner] { inner = BOX_Ask(nullptr, "Really?", "Question", BOX_OK_CANCEL); });
-    later(50, [] { EVENTS_Post([] { SESSION_Get().quit = true; }); });
+    onModal([&inner] {
+        later(1, [] {
+            EVENTS_Post([] {});
+            EVENTS_Post([] { SESSION_Get().quit = true; });
+        });
+        inner = BOX_Ask(nullptr, "Really?", "Question", BOX_OK_CANCEL);
+    });
     EXPECT_EQ(BOX_Ask(nullptr, "Go on?", "Question", BOX_YES_NO), ANSWER_NONE);
     EXPECT_EQ(inner, ANSWER_NONE);
 }
@@ -36,12 +38,17 @@ TEST(Closing, StoresTheViewsThatAreOpenAndThePlace) {
         DesktopWorld::open({View::log, View::terminal});
         world.frame().move(30, 40);
         world.frame().resize(700, 500);
+        world.window("Log")->setGeometry(20, 10, 300, 200);
+        if (byMenu) { // which leaves the place as it was
+            world.frame().showMaximized();
+        }
         byMenu ? world.item(CMD_EXIT).trigger() : static_cast<void>(world.frame().close());
         EXPECT_TRUE(SESSION_Get().quit);
         STARTUP_Finish();
         const std::string kept = readFile(world.folder / "tool.ini");
         for (const char* part :
-             {"ShowLog = 1", "ShowTerminal = 1", "ShowDevice = 0", "Rect = 30, 40, 730, 540"}) {
+             {"ShowLog = 1", "ShowTerminal = 1", "ShowDevice = 0", "Rect = 20, 10, 300, 200",
+              byMenu ? "Rect = 0, 0, 800, 600" : "Rect = 30, 40, 730, 540"}) {
             EXPECT_NE(kept.find(part), std::string::npos) << part << "\n" << kept;
         }
     }
@@ -64,6 +71,7 @@ void closeDuringCommand(When when, bool cancelled) {
     if (asks) {
         BOX_SetResponder({});
     }
+    bool hasCame = false;
     const auto hasCome = [&] {
         if (asks) {
             return QApplication::activeModalWidget() != nullptr;
@@ -71,12 +79,11 @@ void closeDuringCommand(When when, bool cancelled) {
         return when == When::loaderIsSent ? SIMPORT_BytesToChip(world.line) > 100
                                           : TARGET_State().Operation != 0;
     };
-    QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, [&] {
-        if (!hasCome()) {
+    world.watch = [&] {
+        if (hasCame || !hasCome()) {
             return;
         }
-        watch.stop();
+        hasCame = true;
         if (cancelled) {
             click(world.progress(), "2");
         }
@@ -84,14 +91,13 @@ void closeDuringCommand(When when, bool cancelled) {
         world.frame().close();
         EXPECT_EQ(when == When::chipIsChanged,
                   !world.boxes.empty() && world.boxes[0].starts_with("Exit: "));
-    });
-    watch.start(5);
+    };
     const int command =
         when == When::chipIsChanged ? CMD_TARGET_PROGRAM : CMD_TARGET_BLANK_CHECK_CHIP;
     EXPECT_TRUE(world.isEnabled(command));
     world.item(command).trigger();
     EXPECT_TRUE(runUntil([] { return SESSION_Get().quit; }));
-    EXPECT_FALSE(watch.isActive()) << "the moment did not come";
+    EXPECT_TRUE(hasCame) << "the moment did not come";
     EXPECT_FALSE(SESSION_Get().targetBusy);
     EXPECT_FALSE(SIO_IsOpen());
 }
@@ -120,9 +126,11 @@ TEST(Closing, AsksBeforeChangesAreLostAlsoOverABox) {
             asked.push_back(request.caption);
             return request.caption == "Unsaved changes" ? std::optional<int>(answer) : std::nullopt;
         });
-        later(100, [&world] { world.frame().close(); });
+        onModal([&world] { world.frame().close(); });
         EXPECT_EQ(BOX_Ask(nullptr, "Go on?", "Question", BOX_YES_NO), ANSWER_NONE);
+        EXPECT_EQ(BOX_Ask(nullptr, "And now?", "Question", BOX_YES_NO), ANSWER_NONE);
         EXPECT_TRUE(runUntil([&asked] { return asked.size() == 2; }));
         EXPECT_EQ(SESSION_Get().quit, answer == ANSWER_OK);
+        EXPECT_EQ(world.frame().isVisible(), answer == ANSWER_CANCEL);
     }
 }

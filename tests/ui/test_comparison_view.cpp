@@ -7,17 +7,8 @@
 
 namespace {
 
-// How many pixels of the dump have the colour of a difference.
 int pixelsOfDifferences(const HexDumpArea& area) {
-    const QImage picture = area.viewport()->grab().toImage();
-    const QRgb wanted = LOOK_BadColour(area.palette()).rgb();
-    int count = 0;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            count += picture.pixel(x, y) == wanted ? 1 : 0;
-        }
-    }
-    return count;
+    return pixelsOf(area.viewport()->grab(), LOOK_BadColour(area.palette()));
 }
 
 } // namespace
@@ -33,16 +24,6 @@ TEST(ComparisonView, ShowsBothValuesUntilItEnds) {
     HexDumpArea& area = world.dumpArea();
     const auto& note = control<QLabel>(world.frame(), "comparisonNote");
     EXPECT_EQ(pixelsOfDifferences(area), 0);
-    const auto hasText = [&area](int column) {
-        const QRect place(area.header()->sectionViewportPosition(column), 0,
-                          area.header()->sectionSize(column) / 2, area.fontMetrics().height());
-        const QImage picture = area.viewport()->grab(place).toImage();
-        const QImage first = picture.copy(0, 0, 1, 1).scaled(picture.size());
-        return picture != first.convertToFormat(picture.format());
-    };
-    for (const int column : {0, 1, 2}) {
-        EXPECT_TRUE(hasText(column)) << column;
-    }
     EXPECT_FALSE(note.isVisible() || world.isEnabled(CMD_COMPARISON_NEXT));
 
     EXPECT_TRUE(world.isEnabled(CMD_FILE_COMPARE));
@@ -57,6 +38,14 @@ TEST(ComparisonView, ShowsBothValuesUntilItEnds) {
     const int one = pixelsOfDifferences(area);
     EXPECT_TRUE(one > 0 && one < both) << "the other one is selected";
 
+    const int height = area.fontMetrics().height();
+    const int left = area.header()->sectionViewportPosition(kHex) + 3 +
+                     9 * area.fontMetrics().horizontalAdvance("0");
+    const QColor bad = LOOK_BadColour(area.palette());
+    EXPECT_GT(pixelsOf(area.viewport()->grab({left, height - 1, 8, 1}), bad), 5) << "underlined";
+    const QPixmap digits = area.viewport()->grab({left, 0, 14, height - 2});
+    EXPECT_GT(pixelsOf(digits, bad, 60), 5);
+    EXPECT_EQ(pixelsOf(digits, area.palette().color(QPalette::Text), 60), 0);
     const int text = area.header()->sectionViewportPosition(kHex) + 3;
     const int cell = area.fontMetrics().horizontalAdvance("0") * 3;
     for (const auto& [index, tip] : {std::pair(2, ""), std::pair(3, "3: image 04, file BB")}) {
@@ -70,4 +59,53 @@ TEST(ComparisonView, ShowsBothValuesUntilItEnds) {
     EXPECT_EQ(pixelsOfDifferences(area), 0);
     EXPECT_FALSE(note.isVisible());
     EXPECT_EQ(HEXDATA_GetNumBytes(), 4U);
+}
+
+TEST(HexDumpView, DrawsTextsSelectionAndCaretInTheirColours) {
+    DesktopWorld world;
+    HEXDATA_AddData(0, Bytes(40, 0x88));
+    FRONTEND_Get().openView(View::hexDump);
+    world.window("Hex Dump")->showMaximized();
+    HexDumpArea& area = world.dumpArea();
+    QPalette colours = area.palette();
+    colours.setColor(QPalette::Text, Qt::red);
+    colours.setColor(QPalette::Base, Qt::white);
+    colours.setColor(QPalette::Highlight, Qt::blue);
+    colours.setColor(QPalette::HighlightedText, Qt::green);
+    area.setPalette(colours);
+    const int height = area.fontMetrics().height();
+    const double step = QFontMetricsF(area.font()).horizontalAdvance(u'0');
+    // The cell of a character of a line, inside a frame around it.
+    const auto cell = [&](int column, int line, int at) {
+        const int left = area.header()->sectionViewportPosition(column) + 3;
+        return QRectF(left + step * at, line * height, step, height)
+            .toRect()
+            .adjusted(1, 1, -1, -1);
+    };
+    const auto has = [&](const QColor& colour, const QRect& place) {
+        return pixelsOf(area.viewport()->grab(place), colour, colour == Qt::blue ? 0 : 300) > 0;
+    };
+    QApplication::setActiveWindow(&world.frame());
+    area.setFocus();
+    area.select({18, 17, true}); // its caret is in the characters
+    for (const int line : {0, 1}) {
+        EXPECT_TRUE(has(Qt::red, cell(kAddress, line, 0)) &&
+                    !has(Qt::blue, cell(kAddress, line, 0)));
+        for (const auto& [column, at] :
+             {std::pair(int{kHex}, 0), {int{kHex}, 3}, {int{kHex}, 6}, {int{kHex}, 9}}) {
+            const bool selected = line == 1 && (at == 3 || at == 6);
+            EXPECT_EQ(has(Qt::blue, cell(column, line, at)), selected) << line << " " << at;
+            EXPECT_EQ(has(Qt::green, cell(column, line, at)), selected);
+            EXPECT_EQ(has(Qt::red, cell(column, line, at)), !selected);
+        }
+    }
+    const QRect caret = cell(kCharacters, 1, 1);
+    EXPECT_TRUE(area.hasFocus());
+    EXPECT_TRUE(has(Qt::red, caret) && !has(Qt::blue, caret)) << "a block";
+    EXPECT_TRUE(has(Qt::blue, cell(kCharacters, 1, 2)));
+    EXPECT_FALSE(has(Qt::blue, cell(kCharacters, 1, 3)));
+    const QRect frame = cell(kHex, 1, 3).adjusted(-1, -1, 1, 1);
+    EXPECT_TRUE(has(Qt::red, frame)) << "a frame in the other column";
+    area.clearFocus();
+    EXPECT_TRUE(has(Qt::blue, caret)) << "a frame alone";
 }

@@ -1,7 +1,9 @@
 #include "dialog_world.h"
 #include "platform/serial_port.h"
 #include "ui/desktop.h"
+#include "virtual_time.h"
 
+#include <QShortcut>
 #include <QTabBar>
 #include <cstdlib>
 #include <set>
@@ -61,23 +63,27 @@ void expectReachable(const QDialog& dialog) {
 
 TEST(Dialogs, CanBeUsedByKeyboard) {
     UiWorld world;
-    selectVtB();
-    SESSION_Get().loaded = true;
-    ValueRequest request;
-    request.label0 = "First:";
-    request.label1 = "Second:";
-    for (const Dialog dialog : {DIALOG_Target, DIALOG_Settings, DIALOG_Communication,
-                                DIALOG_Password, DIALOG_InterruptVectors}) {
-        drive(dialog, expectReachable);
-    }
-    driveDialog([&request] { return DIALOG_EditValue(nullptr, request); }, expectReachable);
-    driveDialog([] { DIALOG_About(nullptr); }, expectReachable);
+    forEachDialog([](QDialog& dialog) {
+        expectReachable(dialog);
+        click(dialog, "1");
+        EXPECT_EQ(dialog.isVisible(), dialog.windowTitle() == "Password") << "which is too short";
+    });
     drive(DIALOG_Options, [](QDialog& dialog) {
-        auto& pages = control<QTabWidget>(dialog, "pages");
-        for (int page = 0; page < 4; ++page) {
-            pages.setCurrentIndex(page);
+        const auto& pages = control<QTabWidget>(dialog, "pages");
+        for (const auto& [key, next] : {std::pair("Ctrl+Tab", 1),
+                                        {"Ctrl+Tab", 2},
+                                        {"Ctrl+Tab", 3},
+                                        {"Ctrl+Tab", 0},
+                                        {"Ctrl+Shift+Tab", 3}}) {
+            for (QShortcut* shortcut : dialog.findChildren<QShortcut*>()) {
+                if (shortcut->key() == QKeySequence(key)) {
+                    emit shortcut->activated();
+                }
+            }
+            EXPECT_EQ(pages.currentIndex(), next);
             expectReachable(dialog);
         }
+        EXPECT_EQ(textIn(dialog, "1001"), "FFDF");
     });
 }
 
@@ -121,8 +127,14 @@ TEST(ValueDialog, ShowsAndReadsHexNumbersUnlessCancelled) {
             EXPECT_EQ(dialog.windowTitle(), "Title");
             EXPECT_EQ(textIn(dialog, "704"), c.shown[0]);
             EXPECT_EQ(textIn(dialog, "705"), c.shown[1]);
+            EXPECT_EQ(control<QLineEdit>(dialog, "704").selectedText(), c.shown[0]) << "typed over";
+            control<QLineEdit>(dialog, "704").setText("12");
+            control<QLineEdit>(dialog, "704").setCursorPosition(0);
+            control<QLineEdit>(dialog, "704").insert("a");
+            EXPECT_EQ(control<QLineEdit>(dialog, "704").cursorPosition(), 1);
             type(dialog, "704", c.typed[0]);
             type(dialog, "705", c.typed[1]);
+            EXPECT_EQ(textIn(dialog, "704"), QString(c.typed[0]).toUpper());
             click(dialog, c.button);
             EXPECT_FALSE(dialog.isVisible());
         });
@@ -142,6 +154,7 @@ TEST(TargetDialog, TheDeviceTakesEffectOnOkOnly) {
             EXPECT_EQ(combo.itemText(0), "VT-A"); // sorted
             EXPECT_EQ(combo.currentText(), "VT-C");
             EXPECT_EQ(blockLines(dialog), (Texts{"1000 - 10FF"}));
+            chooseDevice(dialog, "VT-A"); // whose third block is not the next one's
             chooseDevice(dialog, "VT-B");
             EXPECT_EQ(blockLines(dialog), (Texts{"+0 - FF", "+100 - 1FF"}));
             EXPECT_TRUE(control<QWidget>(dialog, "606").isVisible()) << "its clock";
@@ -203,6 +216,7 @@ TEST(TargetDialog, ReadsTheFrequencyAsANumberInFront) {
 }
 
 TEST(CommunicationDialog, AppliesWhatTheControlsShow) {
+    const VirtualTime time;
     Texts opened;
     SERIALPORT_AddKind("test://", [&opened](const std::string& device, std::string&) {
         opened.push_back(device);
@@ -211,28 +225,34 @@ TEST(CommunicationDialog, AppliesWhatTheControlsShow) {
     struct Case {
         SioConfig before;
         const char* button; // OK or Cancel
-        bool change;        // of everything
+        enum { nothing, logging, everything } change;
         SioConfig after;
         Texts opened;
     };
     const Case cases[] = {
-        {{2, 38400, 0}, "1", false, {2, 38400, 0}, {}},
-        {{0, 38400, 0}, "1", false, {1, 38400, 0}, {"test://one"}},
-        {{2, 31250, 0}, "1", false, {2, 31250, 0}, {}}, // a rate that the list lacks
-        {{1, 38400, 0}, "1", true, {2, 2400, 1}, {"test://two"}},
-        {{1, 38400, 0}, "2", true, {1, 38400, 0}, {}},
+        {{2, 38400, 1}, "1", Case::nothing, {2, 38400, 1}, {}},
+        {{0, 38400, 0}, "1", Case::nothing, {1, 38400, 0}, {"test://one"}},
+        {{2, 31250, 0}, "1", Case::nothing, {2, 31250, 0}, {}}, // a rate that the list lacks
+        {{2, 38400, 1}, "1", Case::logging, {2, 38400, 0}, {}},
+        {{1, 38400, 0}, "1", Case::everything, {2, 2400, 1}, {"test://two"}},
+        {{1, 38400, 0}, "2", Case::everything, {1, 38400, 0}, {}},
     };
     for (const Case& c : cases) {
         UiWorld world("[Settings PORTS]\nCOM1 = \"test://one\"\nCOM2 = \"test://two\"\n");
         SIO_Init(c.before.Port, c.before.Baudrate, c.before.Logging, 8, 0, 0);
         opened.clear();
         drive(DIALOG_Communication, [&c](QDialog& dialog) {
-            if (c.change) {
+            EXPECT_EQ(control<QCheckBox>(dialog, "803").isChecked(), c.before.Logging != 0);
+            if (c.change != Case::nothing) {
                 click(dialog, "803");
+            }
+            if (c.change == Case::everything) {
                 control<QComboBox>(dialog, "801").setCurrentIndex(0);
                 control<QComboBox>(dialog, "802").setCurrentIndex(1);
             }
             const auto& port = control<QLabel>(dialog, "device");
+            const QVariant tip = control<QComboBox>(dialog, "802").itemData(0, Qt::ToolTipRole);
+            EXPECT_TRUE(tip.toString().startsWith("test://one ("));
             EXPECT_TRUE(port.text().endsWith(" (a port server on the network)"))
                 << port.text().toStdString();
             click(dialog, c.button);
@@ -292,12 +312,16 @@ TEST(PasswordDialog, ShowsTheSettingsInTheirMode) {
     for (const auto& [settings, text] : cases) {
         UiWorld world;
         PASSWORD_Set(settings);
-        drive(DIALOG_Password, [fill = settings.FillFF, text = text](QDialog& dialog) {
-            EXPECT_EQ(textIn(dialog, "1003"), QString::fromUtf8(text));
-            EXPECT_EQ(control<QWidget>(dialog, "1003").isEnabled(), !fill);
-            click(dialog, "1004");
-            EXPECT_EQ(control<QWidget>(dialog, "1003").isEnabled(), fill);
-        });
+        drive(DIALOG_Password,
+              [fill = settings.FillFF, hex = settings.Hexmode, text = text](QDialog& dialog) {
+                  EXPECT_EQ(textIn(dialog, "1003"), QString::fromUtf8(text));
+                  EXPECT_EQ(control<QCheckBox>(dialog, "1005").isChecked(), hex);
+                  EXPECT_EQ(control<QWidget>(dialog, "1003").isEnabled(), !fill);
+                  click(dialog, "1004");
+                  EXPECT_EQ(control<QWidget>(dialog, "1003").isEnabled(), fill);
+                  EXPECT_EQ(control<QWidget>(dialog, "1005").isEnabled(), fill);
+                  EXPECT_EQ(textIn(dialog, "1003"), "");
+              });
         EXPECT_TRUE(PASSWORD_Get() == settings);
     }
 }

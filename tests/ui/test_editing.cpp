@@ -96,6 +96,19 @@ TEST(Editing, KeysTypeOverTheBytes) {
         FRONTEND_Get().openView(View::hexDump);
         world.area = &world.dumpArea();
     }
+    for (const auto& [keys, refusal] :
+         {std::pair("g", "Only hex digits can be typed here; Tab goes to the characters"),
+          std::pair("\t\u20ac", "Only Latin-1 characters are allowed")}) {
+        world.type(QString::fromUtf8(keys));
+        EXPECT_EQ(STATUS_GetText(STATUS_GENERAL), refusal);
+    }
+    EXPECT_TRUE(pressKey(*world.area, Qt::Key_Up, Qt::ControlModifier));
+    EXPECT_TRUE(pressKey(*world.area, Qt::Key_Right, Qt::ShiftModifier));
+    EXPECT_TRUE(pressKey(*world.area, Qt::Key_Escape));
+    EXPECT_FALSE(pressKey(*world.area, Qt::Key_Escape)) << "there is nothing to end";
+    EXPECT_TRUE(pressKey(*world.area, Qt::Key_End) &&
+                pressKey(*world.area, Qt::Key_Home, Qt::ShiftModifier));
+    EXPECT_FALSE(pressKey(*world.area, Qt::Key_F12));
     const TargetBusy busy;
     world.type("12");
     EXPECT_EQ(world.dump(), kLoaded);
@@ -144,8 +157,11 @@ TEST(Editing, CommandsChangeTheBytesOrSayWhyNot) {
         QGuiApplication::clipboard()->setText(c.text);
         world.area->placeCaret(static_cast<uint32_t>(c.start.value_or(0)) % 9);
         ASSERT_TRUE(world.isEnabled(c.command));
-        c.command == CMD_EDIT_PASTE_HEX ? pressKey(*world.area, Qt::Key_V, Qt::ControlModifier)
-                                        : world.item(c.command).trigger();
+        if (c.command == CMD_EDIT_PASTE_HEX) {
+            pressKey(*world.area, Qt::Key_V, Qt::ControlModifier);
+        } else {
+            world.item(c.command).trigger();
+        }
         if (world.reports.empty()) {
             EXPECT_EQ(world.dump(), c.result);
             EXPECT_EQ(world.area->selection()->range().start, static_cast<uint32_t>(*c.start));
@@ -239,6 +255,7 @@ TEST(Editing, AsksBeforeTheLastViewTakesChangesWithIt) {
     world.windows()[0]->close();
     EXPECT_EQ(HEXDATA_GetNumBytes(), 5U);
     ASSERT_EQ(world.windows().size(), 1U);
+    EXPECT_TRUE(world.windows()[0]->isVisible());
     answer = ANSWER_OK;
     world.windows()[0]->close();
     EXPECT_EQ(asked, 2);

@@ -1,6 +1,8 @@
 #include "desktop_world.h"
 #include "notice/status.h"
+#include "persist/mru.h"
 #include "shell/frame_rules.h"
+#include "shell/identity.h"
 #include "shell/program_files.h"
 #include "shell/quick_choice.h"
 #include "shell/recent_choices.h"
@@ -12,6 +14,7 @@
 #include <QMimeData>
 #include <QRegularExpression>
 #include <QShortcut>
+#include <QTextBlock>
 #include <QTextBrowser>
 #include <QToolBar>
 #include <QTreeWidget>
@@ -27,10 +30,21 @@ namespace {
 
 TEST(Menu, ChecksOpenViewsAndListsThem) {
     DesktopWorld world;
+    const QPixmap logo = world.frame().findChild<QMdiArea*>()->viewport()->grab();
+    EXPECT_GT(pixelsOf(logo, QColor(28, 62, 108)), 5000) << "its chip";
+    MRU_Init(MRU_PROGRAMS, 4);
+    MRU_Add(MRU_PROGRAMS, "/a&b.hex");
+    auto& file = control<QMenu>(world.frame(), "&File");
+    const auto before = file.actions().size();
+    for (int time = 0; time < 2; ++time) {
+        emit file.aboutToShow();
+        EXPECT_EQ(file.actions().size(), before + 1) << "the recent file";
+    }
     world.item(CMD_VIEW_LOG).trigger();
     world.item(CMD_VIEW_TERMINAL).trigger();
     world.item(CMD_VIEW_TERMINAL).trigger(); // open already
     EXPECT_EQ(world.windows().size(), 2U);
+    EXPECT_EQ(world.frame().windowTitle().toStdString(), IDENTITY_Title());
     EXPECT_TRUE(world.item(CMD_VIEW_LOG).isChecked());
     EXPECT_FALSE(world.item(CMD_VIEW_DEVICE).isChecked());
 
@@ -42,16 +56,24 @@ TEST(Menu, ChecksOpenViewsAndListsThem) {
     for (const QAction* action : menu.actions()) {
         texts << action->text() + (action->isChecked() ? "*" : "");
     }
-    EXPECT_TRUE(texts.contains("&1 Log"));
+    EXPECT_EQ(texts.count("&1 Log"), 1);
     EXPECT_TRUE(texts.contains("&2 Terminal I/O*"));
     EXPECT_TRUE(texts.contains("&Tool Bar*")) << texts.join(", ").toStdString();
     world.window("Log")->showMinimized();
     trigger(menu, "&1 Log");
     EXPECT_FALSE(world.window("Log")->isMinimized());
 
+    world.window("Log")->showMinimized();
+    FRONTEND_Get().openView(View::log);
+    EXPECT_FALSE(world.window("Log")->isMinimized());
     world.window("Log")->close();
     FRONTEND_Get().updateMenu();
     EXPECT_FALSE(world.item(CMD_VIEW_LOG).isChecked());
+    const auto entries = menu.actions().size();
+    world.window("Terminal I/O")->close();
+    QApplication::processEvents();
+    emit menu.aboutToShow();
+    EXPECT_EQ(menu.actions().size(), entries - 3) << "the entries of two windows and their line";
 }
 
 // A command's letters in its popup are given, and some stand twice there.
@@ -73,6 +95,10 @@ TEST(Menu, GivesEveryKeyToOneCommandAndAllHasAName) {
     std::set<std::string> inFront; // one after the other, by key
     for (QShortcut* shortcut : world.frame().findChildren<QShortcut*>()) {
         take(shortcut->key(), QString::number(used.size()));
+        if (shortcut->key() == QKeySequence("F1")) {
+            emit shortcut->activated();
+            EXPECT_NE(DesktopWorld::help(), nullptr);
+        }
         if (shortcut->key().toString().endsWith("F6")) {
             emit shortcut->activated();
             auto* front = control<QMdiArea>(world.frame(), "140").activeSubWindow();
@@ -95,8 +121,7 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
     std::set<std::string> percents;
     QString details; // the longest
     bool cancels = true;
-    QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, [&] {
+    world.watch = [&] {
         const QDialog& dialog = world.progress();
         if (!dialog.isVisible() || dialog.windowTitle() != "Programming" ||
             !control<QLabel>(dialog, "902").text().endsWith(" of 20000 bytes")) {
@@ -119,8 +144,7 @@ TEST(Target, AutoShowsItsProgressAndCanBeCancelledInTheMiddle) {
         } else if (percents.size() == 5) {
             world.frame().close(); // which the user thinks better of
         }
-    });
-    watch.start(20);
+    };
     const auto flash = [&world] {
         Bytes bytes;
         SIMPORT_WithChip(world.line, [&](Chip& chip) { bytes = CHIP_GetFlash(chip, 0, 20000); });
@@ -186,25 +210,29 @@ TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
         return runUntil([&link, text] { return link.text() == text; });
     };
     EXPECT_TRUE(tells("Port open"));
+    EXPECT_FALSE(world.frame().windowIcon().isNull());
     EXPECT_FALSE(cancel.isEnabled());
     auto& bar = control<QToolBar>(world.frame(), "toolBar");
     world.frame().resize(800, 600);
     EXPECT_LE(bar.sizeHint().width(), 800);
     EXPECT_EQ(control<QComboBox>(world.frame(), "Port").currentText(), "COM1: sim://desktop");
     std::set<std::string> seen;
-    QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, [&] {
+    bool wasFree = false;
+    world.watch = [&] {
+        wasFree = wasFree || (cancel.isEnabled() && control<QComboBox>(bar, "Device").isEnabled());
         seen.insert(link.text().toStdString() + (cancel.isEnabled() ? ", Cancel" : ""));
-    });
-    watch.start(5);
+    };
     world.item(CMD_TARGET_BLANK_CHECK_CHIP).trigger();
     EXPECT_TRUE(seen.contains("Busy, Cancel"));
+    EXPECT_FALSE(wasFree) << "the choices, while it ran";
     EXPECT_TRUE(tells("Loader running"));
     const auto& notice = control<QWidget>(world.frame(), "notice");
     EXPECT_FALSE(notice.isVisible());
     SIMPORT_Unplug(world.line);
     EXPECT_TRUE(tells("Port lost"));
     EXPECT_TRUE(notice.isVisible());
+    EXPECT_EQ(textOf(notice, "noticeHint").empty(),
+              !control<QLabel>(notice, "noticeHint").isVisible());
     EXPECT_TRUE(control<QLabel>(notice, "noticeText")
                     .text()
                     .startsWith("The port is lost: COM1 is sim://desktop"));
@@ -274,15 +302,19 @@ TEST(Help, ShowsTheDocumentWithItsContents) {
     DesktopWorld world;
     writeFile(world.folder / "Calvorin.hlp", readFile(builtFolder() / "Calvorin.hlp"));
     FRONTEND_Get().helpOnHelp();
-    QWidget* help = nullptr;
-    for (QWidget* window : QApplication::topLevelWidgets()) {
-        help = window->objectName() == "HELP" ? window : help;
-    }
-    ASSERT_NE(help, nullptr);
+    const QPointer<QWidget> help = DesktopWorld::help();
+    ASSERT_TRUE(help && help->isVisible());
     auto& contents = control<QTreeWidget>(*help, "HelpContents");
     EXPECT_EQ(contents.currentItem()->text(0), "How to use this help");
+    EXPECT_NE(contents.currentItem()->parent(), nullptr);
     const auto& page = control<QTextBrowser>(*help, "HelpPage");
     const QString text = page.toPlainText();
+    for (QTreeWidgetItemIterator item(&contents); *item != nullptr; ++item) {
+        contents.setCurrentItem(*item);
+        EXPECT_EQ(page.textCursor().block().text(), (*item)->text(0));
+        EXPECT_EQ(page.textCursor().block().blockFormat().headingLevel() > 1,
+                  (*item)->parent() != nullptr);
+    }
     auto& find = *help->findChild<QLineEdit*>();
     find.setText("boot ROM");
     std::set<int> places; // of the matches, until it begins again
@@ -297,6 +329,8 @@ TEST(Help, ShowsTheDocumentWithItsContents) {
             EXPECT_TRUE(text.contains(name)) << name.toStdString() << " is not explained";
         }
     }
+    FRONTEND_Get().stop();
+    EXPECT_TRUE(help.isNull());
 }
 
 TEST(Frame, OpensWhatIsDroppedOnIt) {
@@ -317,8 +351,23 @@ TEST(Frame, OpensWhatIsDroppedOnIt) {
     EXPECT_TRUE(runUntil([] { return SIO_GetBaudrate() == 2400; }));
 }
 
+extern "C" bool calvorinDesktop(int count, char** words, FrontEnd& frontEnd, std::string& error);
+
+TEST(Start, TellsThatThereIsNoDisplay) {
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    for (const char* name : {"QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "DISPLAY"}) {
+        qunsetenv(name);
+    }
+    FrontEnd frontEnd;
+    std::string error;
+    EXPECT_FALSE(calvorinDesktop(0, nullptr, frontEnd, error));
+    EXPECT_EQ(error, "there is no display: neither DISPLAY nor WAYLAND_DISPLAY is set");
+    qputenv("QT_QPA_PLATFORM", platform);
+}
+
 TEST(Start, AsksForTheSettingsOverTheFrame) {
-    UiWorld world("[Settings PORTS]\nCOM1 = \"/no/port\"\n");
+    UiWorld world("[Settings PORTS]\nCOM1 = \"/no/port\"\n"
+                  "[Settings MAINFRAME]\nRect = 9000, 9000, 9600, 9500\n");
     copyDevices(world.folder.path());
     EVENTS_Open();
     FRONTEND_Set(DESKTOP_Create());
@@ -327,7 +376,12 @@ TEST(Start, AsksForTheSettingsOverTheFrame) {
     EXPECT_EQ(driveDialog(start,
                           [](const QDialog& dialog) { // which is cancelled
                               EXPECT_EQ(dialog.objectName(), "600");
+                              const QRect frame = FRAME_Get()->frameGeometry();
                               EXPECT_TRUE(FRAME_Get()->isVisible());
+                              EXPECT_TRUE(dialog.screen()->geometry().contains(frame.center()));
+                              EXPECT_EQ(dialog.parentWidget(), FRAME_Get());
+                              const QPoint away = dialog.geometry().center() - frame.center();
+                              EXPECT_LT(away.manhattanLength(), 8) << "over its middle";
                               EXPECT_TRUE(DEVPROPS_IsBlockSelected(0));
                           }),
               kDialogOk);

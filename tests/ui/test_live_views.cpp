@@ -3,6 +3,7 @@
 #include "support/test_line.h"
 #include "ui/terminal_keys.h"
 
+#include <QMenu>
 #include <QToolButton>
 #include <numeric>
 
@@ -39,14 +40,16 @@ TEST(Terminal, TranslatesAndEchoesKeys) {
 }
 
 // The terminal over a line in memory.
-struct TerminalWorld {
+struct TerminalWorld : VirtualTime {
     TerminalWorld() {
         SIO_SetConfig({1, 115200, 0});
         world.answerBoxes();
         FILEDIALOG_SetResponder([this](const FileRequest&) { return FileChoice{chosen, 0}; });
         TARGET_Init(nullptr, TERMINAL_ReceiveByte);
         FRONTEND_Get().openView(View::terminal);
+        begin(&world.frame());
     }
+    ~TerminalWorld() { end(); }
 
     void choose(const char* item) { control<QAction>(world.frame(), item).trigger(); }
     QPlainTextEdit& pane() { return control<QPlainTextEdit>(world.frame(), "Terminal"); }
@@ -68,19 +71,29 @@ struct TerminalWorld {
 
 TEST(Terminal, WorksBothWaysInTwoPanes) {
     TerminalWorld two;
-    const auto& receive = control<QPlainTextEdit>(two.world.frame(), "Receive");
+    auto& receive = control<QPlainTextEdit>(two.world.frame(), "Receive");
     auto& send = control<QPlainTextEdit>(two.world.frame(), "Send");
     two.line.send("OK\r\nmoreX\b");
     EXPECT_TRUE(runUntil([&receive] { return receive.toPlainText() == "OK\nmore"; }));
+    receive.moveCursor(QTextCursor::Start);
+    receive.moveCursor(QTextCursor::EndOfLine, QTextCursor::KeepAnchor);
+    two.line.send("!");
+    EXPECT_TRUE(runUntil([&receive] { return receive.toPlainText() == "OK\nmore!"; }));
+    EXPECT_EQ(receive.textCursor().selectedText(), "OK");
     for (const auto key : {Qt::Key_Space, Qt::Key_Left, Qt::Key_F8}) {
         pressKey(send, key);
     }
     EXPECT_EQ(send.toPlainText(), " <LEFT>") << "F8 is the menu's, though disabled";
     EXPECT_EQ(two.sent(), " \x25");
+    emit send.customContextMenuRequested({});
+    auto* popup = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(popup, nullptr);
+    EXPECT_EQ(popup->actions().back()->text(), "One P&ane");
+    popup->close();
     FRONTEND_Get().closeView(View::terminal);
     EXPECT_FALSE(two.world.item(CMD_VIEW_TERMINAL).isChecked());
     FRONTEND_Get().openView(View::terminal);
-    EXPECT_EQ(control<QPlainTextEdit>(two.world.frame(), "Receive").toPlainText(), "OK\nmore");
+    EXPECT_EQ(control<QPlainTextEdit>(two.world.frame(), "Receive").toPlainText(), "OK\nmore!");
 }
 
 TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
@@ -97,6 +110,15 @@ TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
     EXPECT_EQ(window.focusWidget()->accessibleName(), "One Pane");
     pressKey(*window.focusWidget(), Qt::Key_Escape);
     EXPECT_EQ(window.focusWidget(), &one.pane());
+    pressKey(one.pane(), Qt::Key_F10, Qt::ShiftModifier);
+    QStringList items;
+    for (const QAction* action : QApplication::activePopupWidget()->actions()) {
+        items << action->text();
+    }
+    EXPECT_EQ(items.join(" ").toStdString(),
+              "&Copy Selec&t All Clea&r F&ind...  &Send &Log to File... "
+              "Settin&gs One P&ane");
+    QApplication::activePopupWidget()->close();
     one.line.send("ok\x1B\n");
     EXPECT_TRUE(one.shows(">  \nok\n"));
     one.choose("Controls2"); // as hex
@@ -118,6 +140,22 @@ TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
     EXPECT_TRUE(runUntil([&] { return one.pane().toPlainText().endsWith("B<0A>\n"); }));
     EXPECT_EQ(bar.value(), 100);
 
+    one.choose("Controls0"); // as text
+    for (const auto& [sent, end] : {std::pair("ab", "\nab"), std::pair("\b\b\bc", "\nc")}) {
+        one.line.send(sent);
+        EXPECT_TRUE(
+            runUntil([&, shown = end] { return one.pane().toPlainText().endsWith(shown); }));
+    }
+    one.choose("Controls2");
+    bar.setValue(bar.maximum());
+    one.line.send(std::string(400'000, '\x1B')); // four characters each
+    EXPECT_TRUE(runUntil([&] {
+        return one.pane().document()->characterCount() < 1'500'000 &&
+               one.pane().document()->characterCount() > 1'200'000;
+    }));
+    one.choose("TerminalClear");
+    one.line.send("ok\x1B\n");
+    EXPECT_TRUE(runUntil([&] { return one.pane().toPlainText().endsWith("<0A>\n"); }));
     one.choose("TerminalFind");
     QWidget& terminal = *window.widget();
     const auto find = [&](const char* text) {
@@ -144,6 +182,24 @@ TEST(TerminalPane, ShowsTheOrderAndLeavesSelectionsAlone) {
     EXPECT_EQ(TERMSETTINGS_Read().baudrate, 9600U);
     EXPECT_EQ(TERMSETTINGS_Read().controls, TerminalControls::hex);
     EXPECT_EQ(TERMSETTINGS_Read().lineEnd, TerminalLineEnd::crLf);
+
+    const auto follows = [&window] {
+        int count = 0;
+        for (const QTimer* timer : window.findChildren<QTimer*>()) {
+            count += timer->isActive() ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_EQ(follows(), 2) << "the pane and its log";
+    window.showMinimized();
+    EXPECT_EQ(follows(), 0) << "what is not seen";
+    window.showNormal();
+    one.pane().setPalette(QPalette(QColor(30, 30, 30)));
+    EXPECT_TRUE(one.pane().toPlainText().endsWith("-- 9600 Bd --\n"));
+    window.resize(window.width(), 90);
+    EXPECT_EQ(bar.value(), bar.maximum());
+    one.choose("OnePane");
+    EXPECT_EQ(window.focusWidget()->objectName(), "Send");
 }
 
 TEST(TerminalPane, SendsFilesAndHexAndWritesALog) {
@@ -153,14 +209,19 @@ TEST(TerminalPane, SendsFilesAndHexAndWritesALog) {
     const auto& message = control<QLabel>(one.world.frame(), "hexMessage");
     auto& hex = control<QLineEdit>(one.world.frame(), "hexText");
     one.choose("SendHex");
+    EXPECT_EQ(one.world.frame().focusWidget(), &hex);
     for (const auto& [text, fault] :
          {std::pair{"41 4g", "No hex digit at character 5"},
           std::pair{"41 4", "A hex digit is missing: 3 make no pairs"},
           std::pair{" ", "No hex digits"}, std::pair{"41 00\t0d", ""}}) {
         hex.setText(text);
-        click(one.world.frame(), "hexSend");
+        EXPECT_EQ(message.text(), "") << "of what stood there before";
+        pressKey(hex, Qt::Key_Return);
         EXPECT_EQ(message.text(), fault);
     }
+    EXPECT_EQ(hex.selectedText(), hex.text()) << "to be typed over";
+    pressKey(hex, Qt::Key_Escape);
+    EXPECT_TRUE(!hex.isVisible() && one.world.frame().focusWidget() == &one.pane());
     EXPECT_TRUE(runUntil([&] { return one.sent() == std::string("A\0\r", 3); }));
 
     const std::string contents = std::string(20'000, 'x') + "end";
@@ -205,11 +266,17 @@ TEST(TerminalPane, SendsFilesAndHexAndWritesALog) {
     one.chosen = (folder / "run.log").string();
     one.choose("LogToFile");
     one.line.send("a\x1B\r\n");
-    EXPECT_TRUE(runUntil([&] { return one.pane().toPlainText().endsWith("a\n"); }));
-    EXPECT_TRUE(control<QAction>(one.world.frame(), "LogToFile").isChecked());
+    EXPECT_TRUE(runUntil([&] { return readFile(folder / "run.log") == "before|a\x1B\r\n"; }));
+    const auto isOn = [&one] {
+        int on = control<QAction>(one.world.frame(), "LogToFile").isChecked() ? 1 : 0;
+        for (const auto* button : one.world.frame().findChildren<QToolButton*>()) {
+            on += button->accessibleName() == "Log to File" && button->isChecked() ? 1 : 0;
+        }
+        return on;
+    };
+    EXPECT_EQ(isOn(), 2) << "the item and its button";
     one.choose("LogToFile");
-    EXPECT_FALSE(control<QAction>(one.world.frame(), "LogToFile").isChecked());
-    EXPECT_EQ(readFile(folder / "run.log"), "before|a\x1B\r\n");
+    EXPECT_EQ(isOn(), 0);
 }
 
 TEST(LogView, FiltersAndCopies) {

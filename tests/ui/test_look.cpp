@@ -1,7 +1,5 @@
-// What is drawn in a colour of its own can be read: 4.5 to 1, by the formula of WCAG 2.1.
 #include "ui/look.h"
 
-#include <QPalette>
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
@@ -23,6 +21,7 @@ double contrast(const QColor& one, const QColor& other) {
 
 } // namespace
 
+// 4.5 to 1, by the formula of WCAG 2.1.
 TEST(Look, ColoursCanBeReadInBothPalettes) {
     for (const QColor& window : {QColor(239, 239, 239), QColor(49, 54, 59)}) {
         QPalette palette(window);

@@ -3,7 +3,9 @@
 #include "link/chip_record.h"
 #include "platform/format.h"
 
+#include <QHelpEvent>
 #include <QImage>
+#include <QToolTip>
 #include <set>
 
 namespace {
@@ -32,9 +34,15 @@ TEST(MapView, IsClickedHeardHiddenAndSaved) {
     expectNamed(window);
 
     EXPECT_EQ(heardAt(table, 1, 1) + ", " + heardAt(table, 1, 2), "8000 - FFFF, yes");
+    table.clearFocus();
     clickAt(strip, QPointF(strip.width() / 2.0, strip.height() * 0.3)); // in the second of four
     EXPECT_FALSE(DEVPROPS_IsBlockSelected(1));
     EXPECT_EQ(heardAt(table, 1, 2), "no");
+    EXPECT_EQ(window.focusWidget(), &table);
+    const QPoint middle(strip.width() / 2, strip.height() / 2);
+    QHelpEvent help(QEvent::ToolTip, middle, strip.mapToGlobal(middle));
+    QApplication::sendEvent(&strip, &help);
+    EXPECT_NE(QToolTip::text(), "");
     trigger(table, "Select or &Deselect Block");
     EXPECT_TRUE(DEVPROPS_IsBlockSelected(1));
 
@@ -67,17 +75,30 @@ TEST(MapView, IsClickedHeardHiddenAndSaved) {
     EXPECT_EQ(save("map.png") + save("map.svg"), "");
     const QImage image(QString::fromStdString((world.folder / "map.png").string()));
     EXPECT_GE(image.height(), 600);
+    EXPECT_EQ(image.pixelColor(0, 0), strip.palette().color(QPalette::Base));
+    EXPECT_GT(pixelsOf(QPixmap::fromImage(image), strip.palette().color(QPalette::Text)), 200);
     const QImage seen = strip.grab().toImage().scaled(1, strip.height());
     EXPECT_NE(seen.pixel(0, seen.height() / 4), seen.pixel(0, 0)) << "blocks below a margin";
     const std::string svg = readFile(world.folder / "map.svg");
+    const auto count = [&svg](const std::string& what) {
+        int found = 0;
+        for (size_t at = 0; (at = svg.find(what, at)) != std::string::npos; ++at) {
+            ++found;
+        }
+        return found;
+    };
+    EXPECT_EQ(count("fill=\"none\""), 23) << "outlines";
+    EXPECT_EQ(count("url(#"), 8);
+    EXPECT_EQ(count("<pattern"), 8);
+    EXPECT_EQ(count("<rect"), 40);
+    EXPECT_EQ(count("height=\"3\""), 3) << "what must not be overlooked";
     EXPECT_TRUE(svg.starts_with("<svg") && svg.find(">8000</text>") != std::string::npos);
     EXPECT_NE(svg.find(">vectors</text>"), std::string::npos) << "the legend";
     std::set<std::string> places;
-    int texts = 0;
-    for (size_t at = 0; (at = svg.find("<text x=", at)) != std::string::npos; ++at, ++texts) {
+    for (size_t at = 0; (at = svg.find("<text x=", at)) != std::string::npos; ++at) {
         places.insert(svg.substr(at, svg.find(" fill", at) - at));
     }
-    EXPECT_EQ(static_cast<int>(places.size()), texts) << "one text lies over another";
+    EXPECT_EQ(static_cast<int>(places.size()), count("<text")) << "one text lies over another";
     EXPECT_NE(save("map.gif").find("A picture is saved as .png or .svg, not as "),
               std::string::npos);
     EXPECT_NE(save("no/folder/map.png").find("Error writing file ("), std::string::npos);

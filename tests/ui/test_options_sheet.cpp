@@ -29,12 +29,19 @@ TEST(OptionsSheet, TakesTheNameOfAPortThatIsTyped) {
     UiWorld world;
     selectVtB();
     for (const std::string& name : names) {
-        drive(DIALOG_Options, [&name](QDialog& sheet) {
+        drive(DIALOG_Options, [&](QDialog& sheet) {
             auto& edit = *control<QComboBox>(sheet, "802").lineEdit();
+            edit.setText("COM21");
+            const std::string problem = textOf(sheet, "device");
+            click(sheet, "1");
+            EXPECT_TRUE(sheet.isVisible() &&
+                        problem.starts_with("The port is a number from 1 to 20"));
+            EXPECT_EQ(world.reports.back(), problem);
             edit.selectAll();
             edit.insert(QString::fromStdString(" " + name + " "));
             EXPECT_TRUE(applyEnabled(sheet));
             click(sheet, "1");
+            EXPECT_FALSE(sheet.isVisible());
         });
         EXPECT_EQ(SIO_GetDevice(), name);
         drive(DIALOG_Options, [&name](QDialog& sheet) {
@@ -96,6 +103,17 @@ TEST(OptionsSheet, ARefusingPageKeepsItOpenOnThatPage) {
     UiWorld world;
     addDevices();
     SIO_Init(1, 9600, 0, 8, 0, 0);
+    EXPECT_EQ(drive(DIALOG_Settings,
+                    [](QDialog& dialog) {
+                        click(dialog, "602");
+                        click(dialog, "1");
+                    }),
+              kDialogOk);
+    drive(DIALOG_Settings, [](QDialog& dialog) {
+        EXPECT_TRUE(control<QCheckBox>(dialog, "602").isChecked());
+        click(dialog, "602");
+        click(dialog, "1");
+    });
     const int result = drive(DIALOG_Options, [&world](QDialog& dialog) {
         chooseDevice(dialog, "VT-B"); // whose password the next page asks for
         click(dialog, "602");
@@ -129,6 +147,7 @@ TEST(OptionsSheet, UntouchedPagesAreNotCheckedButFollowTheDevice) {
     for (const auto& [device, count] : {std::pair("VT-B", 0xFFDFU), std::pair("VT-D", 0x100U)}) {
         const int result = drive(DIALOG_Options, [device = device](QDialog& dialog) {
             chooseDevice(dialog, device); // which wants a password that nobody gave
+            control<QTabWidget>(dialog, "pages").setCurrentIndex(3);
             click(dialog, "1");
         });
         EXPECT_EQ(result, kDialogOk) << device;
@@ -143,4 +162,9 @@ TEST(OptionsSheet, UntouchedPagesAreNotCheckedButFollowTheDevice) {
         click(dialog, "1");
     });
     EXPECT_FALSE(PASSWORD_GetBytes().empty()) << "filled";
+    PASSWORD_Set({});
+    drive(DIALOG_Options, [](QDialog& dialog) {
+        click(dialog, "1004");
+        EXPECT_TRUE(applyEnabled(dialog));
+    });
 }

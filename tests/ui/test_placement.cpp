@@ -3,6 +3,9 @@
 #include "shell/identity.h"
 #include "shell/program_files.h"
 #include "ui/placement.h"
+#include "ui/view_widget.h"
+
+#include <QHeaderView>
 
 TEST(Placement, ComesBackIntoTheArea) {
     const QRect area(0, 0, 800, 500);
@@ -72,10 +75,29 @@ TEST(Placement, IsKeptAndRestored) {
     FRONTEND_Get().openView(View::log);
     EXPECT_EQ(world.window("Log")->geometry(), QRect(20, 30, 400, 200));
 
+    FRONTEND_Get().openView(View::device);
+    for (auto* header : world.window("Device")->findChildren<QHeaderView*>()) {
+        header->resizeSection(0, 77);
+    }
+    FRONTEND_Get().closeView(View::device);
+    FRONTEND_Get().openView(View::device);
+    EXPECT_EQ(dynamic_cast<ViewWidget&>(*world.window("Device")->widget()).columnWidths()[0], 77);
+    FRONTEND_Get().closeView(View::device);
+
     world.window("Log")->showMaximized();
     FRONTEND_Get().closeView(View::log);
     FRONTEND_Get().openView(View::log);
     EXPECT_EQ(world.window("Log")->geometry(), QRect(20, 30, 400, 200));
+
+    world.window("Log")->move(area.width() - 90, area.height() - 90);
+    const auto& mdi = *world.frame().findChild<QMdiArea*>();
+    for (const bool shown : {true, false}) {
+        EXPECT_TRUE(runUntil([&] {
+            return mdi.horizontalScrollBar()->isVisible() == shown &&
+                   mdi.verticalScrollBar()->isVisible() == shown;
+        }));
+        world.window("Log")->move(20, 30);
+    }
 
     FRONTEND_Get().openView(View::terminal);
     EXPECT_TRUE(area.contains(world.window("Terminal I/O")->geometry()));
@@ -84,7 +106,8 @@ TEST(Placement, IsKeptAndRestored) {
     EXPECT_EQ(world.window("Log")->geometry().bottomRight(), area.bottomRight());
     EXPECT_EQ(world.window("Terminal I/O")->geometry().bottomLeft(), area.bottomLeft());
     INI_Save();
-    EXPECT_EQ(readFile(world.folder / "tool.ini").find("Rect"), std::string::npos);
+    const std::string kept = readFile(world.folder / "tool.ini");
+    EXPECT_TRUE(kept.find("Rect") == std::string::npos && kept.find("Header") == std::string::npos);
 }
 
 TEST(Placement, KeepsTheSharesOfTheArea) {
@@ -104,9 +127,11 @@ TEST(Placement, KeepsTheSharesOfTheArea) {
         EXPECT_GT(world.window("Log")->x(), half.width());
     }
     world.window("Device")->move(viewport->width() / 2, 0);
+    world.window("Device")->resize(viewport->width() / 4, 200);
     world.frame().resize(700, 500);
     QApplication::processEvents();
     EXPECT_NEAR(world.window("Device")->x(), viewport->width() / 2.0, 2);
+    EXPECT_NEAR(world.window("Device")->width(), viewport->width() / 4.0, 2);
 }
 
 TEST(DataViews, ShowWhatTheImageIsAndUnloadWithTheLast) {

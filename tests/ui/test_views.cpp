@@ -1,4 +1,5 @@
 #include "desktop_world.h"
+#include "notice/status.h"
 #include "platform/format.h"
 #include "ui/view_widget.h"
 
@@ -49,11 +50,12 @@ struct DumpWorld : UiWorld {
 TEST(HexListView, ShowsTheRowsBelowASummaryInGreenOrRed) {
     UiWorld world;
     HEXDATA_AddData(0, Bytes(0x100, 0x11));
-    HEXDATA_AddData(0x200, bytesOf("0123456789abcdef"));
+    HEXDATA_AddData(0x200, bytesOf("0123456789\x7F"
+                                   "bcdef"));
     const ViewPtr view(HEXLISTVIEW_Create(nullptr));
     view->findChild<QTableView*>()->selectRow(1);
     EXPECT_EQ(copied(*view), "0002\t00000200\t00000010\t\t"
-                             "30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66\t0123456789abcdef");
+                             "30 31 32 33 34 35 36 37 38 39 7F 62 63 64 65 66\t0123456789.bcdef");
     const auto& range = control<QLabel>(*view, "range");
     EXPECT_EQ(range.text(), "0x000000-0x00020F");
     EXPECT_EQ(control<QLabel>(*view, "bytes").text(), "Number of bytes: 272");
@@ -67,6 +69,9 @@ TEST(HexListView, ShowsTheRowsBelowASummaryInGreenOrRed) {
             EXPECT_GT(std::abs(colour.lightness() - window.lightness()), 90);
         }
     }
+    HEXDATA_AddData(0x400, Bytes(1));
+    view->refresh();
+    EXPECT_EQ(view->findChild<QTableView*>()->currentIndex().row(), 1);
 }
 
 TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
@@ -75,9 +80,11 @@ TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
     DeviceRecord device = makeDevice("VT-1", {{0xFFFF0000, 0x10000}});
     device.Manufacturer = "Some Maker of Chips";
     _AddDevice(device);
-    const std::tuple<ViewWidget* (*)(QWidget*), int, int> cases[] = {{HEXLISTVIEW_Create, 782, 90},
-                                                                     {HEXDUMPVIEW_Create, 591, 270},
-                                                                     {DEVICEVIEW_Create, 281, 90}};
+    const std::tuple<ViewWidget* (*)(QWidget*), int, int> cases[] = {
+        {HEXLISTVIEW_Create, 782, 90},
+        {HEXDUMPVIEW_Create, 591, 270},
+        {MEMORYMAPVIEW_Create, 701, 90},
+        {DEVICEVIEW_Create, 281, 90}};
     for (const auto& [create, width, height] : cases) {
         const ViewPtr view(create(nullptr));
         view->resize(width, height);
@@ -87,6 +94,19 @@ TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
         EXPECT_EQ(area.horizontalScrollBar()->maximum(), 0) << width;
         std::vector<int> widths = view->columnWidths();
         EXPECT_GT(*std::ranges::min_element(widths), 0) << "the widths in force are kept";
+        if (const auto* table = qobject_cast<const QTableView*>(&area)) {
+            const auto* model = table->model();
+            EXPECT_EQ(table->rowHeight(0), table->fontMetrics().height() + 4);
+            EXPECT_FALSE(model->headerData(0, Qt::Vertical).isValid());
+            for (int cell = 0; cell < model->rowCount() * model->columnCount(); ++cell) {
+                const auto index =
+                    model->index(cell / model->columnCount(), cell % model->columnCount());
+                EXPECT_EQ(index.data(Qt::TextAlignmentRole).toInt(),
+                          Qt::AlignLeft | Qt::AlignVCenter);
+                EXPECT_LE(table->fontMetrics().horizontalAdvance(index.data().toString()),
+                          widths[index.column()]);
+            }
+        }
         for (auto* header : area.findChildren<QHeaderView*>()) { // as the user drags it
             if (header->orientation() == Qt::Horizontal) {
                 header->resizeSection(0, 55);
@@ -103,6 +123,37 @@ TEST(Views, ColumnsFitTheDefaultSizeUntilTheUserSetsThem) {
         widths[0] = view->columnWidths()[0];
         EXPECT_EQ(view->columnWidths(), widths);
     }
+}
+
+TEST(HexDumpView, FollowsTheCaretSideways) {
+    const DumpWorld dump(0, Bytes(64, 0x41));
+    dump.view->resize(200, 300);
+    QApplication::processEvents();
+    QScrollBar& bar = *dump.area->horizontalScrollBar();
+    const auto* header = dump.area->header();
+    EXPECT_EQ(bar.pageStep(), dump.area->viewport()->width());
+    EXPECT_EQ(bar.maximum(), header->length() - bar.pageStep());
+    EXPECT_GT(bar.singleStep(), 1);
+    dump.area->placeCaret(15);
+    const int there = bar.value();
+    EXPECT_GT(there, 0);
+    dump.view->refresh();
+    EXPECT_EQ(header->offset(), there);
+    EXPECT_TRUE(dump.area->accessibleDescription().startsWith("0000000F"));
+    dump.area->placeCaret(0);
+    EXPECT_LT(bar.value(), there);
+    dump.area->select({20, 30});
+    HEXDATA_Clear();
+    HEXDATA_AddData(0, Bytes(8, 1));
+    dump.view->refresh();
+    EXPECT_EQ(dump.selected(), "none");
+    EXPECT_EQ(dump.area->caret().address, 7U);
+    HEXDATA_Clear();
+    dump.view->refresh();
+    EXPECT_EQ(dump.area->accessibleDescription(), "");
+    QKeyEvent digit(QEvent::KeyPress, 0, {}, "1");
+    QApplication::sendEvent(dump.area, &digit);
+    EXPECT_EQ(STATUS_GetText(STATUS_GENERAL), "No program is loaded");
 }
 
 TEST(HexDumpView, KeysAndScrollBarFollowTheRules) {

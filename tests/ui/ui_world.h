@@ -105,6 +105,13 @@ inline void later(int ms, std::function<void()> action) {
     timer->start(ms);
 }
 
+// Runs `action` once a modal window is open.
+inline void onModal(std::function<void()> action) {
+    later(1, [action = std::move(action)] {
+        QApplication::activeModalWidget() != nullptr ? action() : onModal(action);
+    });
+}
+
 // Runs a modal dialog and, once it is shown, the script; a dialog that the script leaves open is
 // cancelled.
 template <class Run>
@@ -137,6 +144,25 @@ Control& control(const QWidget& window, const char* name) {
     return *found;
 }
 
+// The text of a label, a button or a line edit.
+inline std::string textOf(const QWidget& window, const char* name) {
+    return control<QWidget>(window, name).property("text").toString().toStdString();
+}
+
+// How many of its pixels have a colour, or one like it: letters have soft edges.
+inline int pixelsOf(const QPixmap& shown, const QColor& colour, int tolerance = 0) {
+    const QImage picture = shown.toImage();
+    int count = 0;
+    for (int at = 0; at < picture.width() * picture.height(); ++at) {
+        const QColor found = picture.pixelColor(at % picture.width(), at / picture.width());
+        const int away = std::abs(found.red() - colour.red()) +
+                         std::abs(found.green() - colour.green()) +
+                         std::abs(found.blue() - colour.blue());
+        count += away <= tolerance ? 1 : 0;
+    }
+    return count;
+}
+
 inline void click(const QWidget& window, const char* name) {
     control<QAbstractButton>(window, name).click();
 }
@@ -150,10 +176,12 @@ inline void trigger(const QWidget& window, const char* text) {
     ADD_FAILURE() << "no action " << text;
 }
 
-inline void pressKey(QWidget& widget, int key, Qt::KeyboardModifiers modifiers = {}) {
+// Whether the widget took it.
+inline bool pressKey(QWidget& widget, int key, Qt::KeyboardModifiers modifiers = {}) {
     const QString text = key == Qt::Key_Space ? " " : "";
     QKeyEvent press(QEvent::KeyPress, key, modifiers, text);
     QApplication::sendEvent(&widget, &press);
+    return press.isAccepted();
 }
 
 // What can be reached by Tab says what it is to who hears it.
