@@ -2,6 +2,7 @@
 
 #include "notice/run.h"
 #include "persist/mru.h"
+#include "platform/clock.h"
 #include "shell/session.h"
 #include "shell/shell.h"
 #include "ui/boxes.h"
@@ -22,7 +23,6 @@
 #include <QPalette>
 #include <cstdlib>
 #include <memory>
-#include <thread>
 
 namespace {
 
@@ -146,10 +146,10 @@ void readFonts() {
 
 void createApplication(char** argv) {
     static int count = 1; // the arguments behind the program's path are its own
-    std::thread fonts(readFonts);
+    const ClockThreadPtr fonts = CLOCK_StartThread(readFonts);
     QtMessageHandler before = qInstallMessageHandler(catchFatal);
     application = std::make_unique<QApplication>(count, argv);
-    fonts.join();
+    CLOCK_JoinThread(fonts);
     qInstallMessageHandler(before);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setApplicationName("Calvorin");

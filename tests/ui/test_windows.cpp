@@ -189,6 +189,7 @@ void describePictures(Description& description) {
 TEST(Windows, AreAsDescribed) {
     const std::string kPorts = "[Settings PORTS]\nCOM1 = \"tcp://one:1\"\n";
     Description description;
+    description.text = std::string("Qt ") + qVersion() + "\n";
     {
         UiWorld world(kPorts);
         forEachDialog([&description](QDialog& shown) {
@@ -212,5 +213,11 @@ TEST(Windows, AreAsDescribed) {
     if (const char* path = std::getenv("CALVORIN_WINDOWS")) {
         writeFile(path, description.text);
     }
-    EXPECT_EQ(description.text, readFile(builtFolder() / "windows.txt"));
+    const std::string described = readFile(builtFolder() / "windows.txt");
+    if (const size_t end = described.find('\n');
+        !description.text.starts_with(described.substr(0, end + 1))) {
+        GTEST_SKIP() << "the windows are described as " << described.substr(0, end)
+                     << " makes them";
+    }
+    EXPECT_EQ(description.text, described);
 }
