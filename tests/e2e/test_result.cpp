@@ -101,6 +101,9 @@ TEST(Result, OfARefusedLine) {
         EXPECT_EQ(run.outcomes(), c.outcomes);
         EXPECT_EQ(run.result()["errors"][0], c.error);
     }
+    const RunResult unwritten = run.bench.run({"--isolated", "--result", "/none/x", "-Exit"});
+    EXPECT_EQ(unwritten.exitCode, 1);
+    EXPECT_NE(unwritten.err.find("The result cannot be written (/none/x: "), std::string::npos);
 }
 
 TEST(Result, OfAnInterruptedRunAndOfALostPort) {

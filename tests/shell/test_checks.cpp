@@ -235,4 +235,12 @@ TEST(Project, KeepsWhatItCouldNotRead) {
     };
     PROJECT_SaveAsDialog();
     EXPECT_EQ(SESSION_Get().projectPath, path) << "the last that could be opened or saved";
+    std::string title;
+    FRONTEND_Get().setTitle = [&title](const std::string& text) { title = text; };
+    FRONTEND_Get().chooseFile = [&world](const FileRequest&) {
+        return FileChoice{world.folder / "other.tpu", 0};
+    };
+    PROJECT_SaveAsDialog();
+    EXPECT_EQ(SESSION_Get().projectPath, world.folder / "other.tpu");
+    EXPECT_FALSE(title.empty());
 }

@@ -249,12 +249,12 @@ TEST(ToolBar, ChoosesRunsAndTellsOfTheLink) {
     EXPECT_FALSE(notice.isVisible());
 
     auto& device = control<QComboBox>(world.frame(), "Device");
-    device.setCurrentIndex(device.findText("VT-A32"));
+    device.setCurrentIndex(device.findText("VT-B64S"));
     emit device.activated(device.currentIndex());
-    EXPECT_EQ(DEVICE_GetName(), "VT-A32");
-    EXPECT_TRUE(runUntil([&device] { return device.itemText(0) == "VT-A32"; }));
+    EXPECT_EQ(DEVICE_GetName(), "VT-B64S");
+    EXPECT_TRUE(runUntil([&device] { return device.itemText(0) == "VT-B64S"; }));
     RECENTCHOICES_Reset(); // as at the next start
-    EXPECT_EQ(CHOICE_Devices().front(), "VT-A32");
+    EXPECT_EQ(CHOICE_Devices().front(), "VT-B64S");
     EXPECT_TRUE(control<QAction>(world.frame(), "tool273").isEnabled());
     HEXDATA_Clear();
     FRONTEND_Get().updateMenu();
