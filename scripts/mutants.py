@@ -128,7 +128,9 @@ def plant(seed, names):
         before = ""
         constant = False
         for i, line in enumerate(lines):
-            constant = line.startswith("constexpr") or (constant and line != "}")
+            code = line.split("//")[0].rstrip()
+            constant = (not code.endswith(";") if line.startswith("constexpr")
+                        else constant and not line.startswith("}"))
             # The first line of a statement, or all of it.
             begins = re.search(r"[;{}:]$|^$|//", before)
             before = line
