@@ -9,7 +9,7 @@ with their line, to be judged: a mistake that changes nothing is none. The copy 
 when the sources or the seed changed, so that a run after a change of tests begins soon.
 "scripts/mutants.py --again NUMBER..." tries the mistakes of these numbers in the copy as it is,
 with the tests of now.
-"--own" before all this asks the tests of the mistake's own folder only: sooner, for a first look.
+With "--own" only the tests of the mistake's own folder are asked: sooner, for a first look.
 Not as root: what a mistake does to files it does to the system's as well, /dev/full is one of them.
 """
 import concurrent.futures

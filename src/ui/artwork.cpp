@@ -264,6 +264,7 @@ void ART_PaintLogo(QPainter& painter, const QRect& area, const QPalette& palette
     const int nameHeight = QFontMetrics(font).height();
     QRect whole(0, 0, area.width(), kEmblem + kGap + nameHeight);
     whole.moveCenter(area.center());
+    painter.save();
     const QRect emblem(whole.center().x() - kEmblem / 2, whole.top(), kEmblem, kEmblem);
     paintIn(painter, emblem, Art::program);
     painter.setFont(font);
@@ -271,4 +272,5 @@ void ART_PaintLogo(QPainter& painter, const QRect& area, const QPalette& palette
     painter.drawText(
         QRect(whole.left(), whole.bottom() + 1 - nameHeight, whole.width(), nameHeight),
         Qt::AlignCenter, kProductName);
+    painter.restore();
 }

@@ -25,6 +25,5 @@ enum class Art {
 };
 
 QIcon ART_Icon(Art art);
-// The emblem and the name under it, centred in `area`, in the colours of the palette; pen and font
-// of the painter are others afterwards.
+// The emblem and the name under it, centred in `area`, in the colours of the palette.
 void ART_PaintLogo(QPainter& painter, const QRect& area, const QPalette& palette);

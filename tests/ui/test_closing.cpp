@@ -71,7 +71,7 @@ void closeDuringCommand(When when, bool cancelled) {
     if (asks) {
         BOX_SetResponder({});
     }
-    bool hasCame = false;
+    bool isClosed = false;
     const auto hasCome = [&] {
         if (asks) {
             return QApplication::activeModalWidget() != nullptr;
@@ -80,10 +80,10 @@ void closeDuringCommand(When when, bool cancelled) {
                                           : TARGET_State().Operation != 0;
     };
     world.watch = [&] {
-        if (hasCame || !hasCome()) {
+        if (isClosed || !hasCome()) {
             return;
         }
-        hasCame = true;
+        isClosed = true;
         if (cancelled) {
             click(world.progress(), "2");
         }
@@ -97,7 +97,7 @@ void closeDuringCommand(When when, bool cancelled) {
     EXPECT_TRUE(world.isEnabled(command));
     world.item(command).trigger();
     EXPECT_TRUE(runUntil([] { return SESSION_Get().quit; }));
-    EXPECT_TRUE(hasCame) << "the moment did not come";
+    EXPECT_TRUE(isClosed) << "the moment did not come";
     EXPECT_FALSE(SESSION_Get().targetBusy);
     EXPECT_FALSE(SIO_IsOpen());
 }
